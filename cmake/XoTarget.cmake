@@ -1,0 +1,46 @@
+# What every program and library of this project is built with; none of it reaches a consumer.
+
+add_library(xoWarnings INTERFACE)
+if(MSVC)
+  target_compile_options(xoWarnings INTERFACE /W4 /WX /permissive- /utf-8)
+else()
+  target_compile_options(xoWarnings INTERFACE
+    -Wall -Wextra -Wpedantic -Werror
+    -Wshadow        # a hidden name is a wrong name sooner or later
+    -Wconversion    # 64-bit sizes meet 32-bit Windows interfaces everywhere here
+    -Wno-language-extension-token) # __try and __int64 come from the platform
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(xoWarnings INTERFACE -Wthread-safety)
+  endif()
+endif()
+
+# Gives a program or library the project's language level, warnings, Windows target and, beside it, its PDB.
+function(xo_target_defaults target)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF PREFIX "" DEBUG_POSTFIX "")
+  target_compile_definitions(${target} PRIVATE
+    UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN WINVER=0x0A00 _WIN32_WINNT=0x0A00)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:xoWarnings>)
+  if(NOT MSVC)
+    target_link_options(${target} PRIVATE "-Wl,--pdb=$<TARGET_FILE_DIR:${target}>/$<TARGET_FILE_BASE_NAME:${target}>.pdb")
+  endif()
+endfunction()
+
+# The C++ runtime is shared between the DLL and its hosts, so that exceptions and streams cross the border. Windows
+# looks for it beside the program.
+function(xo_place_runtime_dlls folder)
+  if(MSVC)
+    return()
+  endif()
+  foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    execute_process(COMMAND x86_64-w64-mingw32-g++-posix -print-file-name=${dll}
+      OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(NOT IS_ABSOLUTE "${path}")
+      set(path /usr/x86_64-w64-mingw32/lib/${dll})
+    endif()
+    if(NOT EXISTS "${path}")
+      message(FATAL_ERROR "The C++ runtime ${dll} is missing; install g++-mingw-w64-x86-64-posix.")
+    endif()
+    file(COPY ${path} DESTINATION ${folder})
+  endforeach()
+endfunction()

@@ -1,0 +1,83 @@
+#include "platform/wideText.h"
+
+#include <limits>
+
+#include "platform/windows.h"
+
+namespace xo::platform {
+namespace {
+
+// Directories need room for an 8.3 name below MAX_PATH, so their limit is the one that always holds.
+constexpr std::size_t kShortPathLimit = MAX_PATH - 12;
+
+bool fitsInt(std::size_t size) {
+    return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)());
+}
+
+std::wstring widen(UINT codePage, std::string_view text) {
+    std::wstring wide;
+    if (text.empty() || !fitsInt(text.size())) return wide;
+    wide.resize(text.size());  // no code page makes more UTF-16 units than it has bytes
+    const int length = ::MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), wide.data(),
+                                             static_cast<int>(wide.size()));
+    wide.resize(static_cast<std::size_t>(length));
+    return wide;
+}
+
+std::string narrow(UINT codePage, std::wstring_view wide) {
+    std::string text;
+    if (wide.empty() || !fitsInt(wide.size())) return text;
+    const int size = static_cast<int>(wide.size());
+    const int room = ::WideCharToMultiByte(codePage, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
+    text.resize(static_cast<std::size_t>(room));
+    ::WideCharToMultiByte(codePage, 0, wide.data(), size, text.data(), room, nullptr, nullptr);
+    return text;
+}
+
+bool startsWith(std::wstring_view text, std::wstring_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+bool isAbsolute(std::wstring_view path) {
+    const auto isSeparator = [](wchar_t c) { return c == L'\\' || c == L'/'; };
+    if (path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1])) return true;
+    return path.size() >= 3 && path[1] == L':' && isSeparator(path[2]);
+}
+
+}  // namespace
+
+std::wstring toWide(std::string_view utf8) {
+    return widen(CP_UTF8, utf8);
+}
+
+std::string toUtf8(std::wstring_view wide) {
+    return narrow(CP_UTF8, wide);
+}
+
+std::string toNative(std::string_view utf8) {
+    return narrow(CP_ACP, toWide(utf8));
+}
+
+std::string fromNative(std::string_view native) {
+    return toUtf8(widen(CP_ACP, native));
+}
+
+std::wstring toApiPath(std::string_view utf8Path) {
+    return toApiPath(toWide(utf8Path));
+}
+
+std::wstring toApiPath(std::wstring path) {
+    if (path.find(L'\0') != std::wstring::npos) return {};
+    if (startsWith(path, LR"(\\?\)") || startsWith(path, LR"(\\.\)")) return path;
+    const std::size_t folder = isAbsolute(path) ? 0 : ::GetCurrentDirectoryW(0, nullptr);
+    if (path.empty() || folder + path.size() < kShortPathLimit) return path;
+
+    const std::wstring full =
+        readWide([&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
+    if (full.empty()) return path;
+    if (startsWith(full, LR"(\\?\)") || startsWith(full, LR"(\\.\)")) return full;
+    if (startsWith(full, LR"(\\)")) return LR"(\\?\UNC\)" + full.substr(2);
+    return LR"(\\?\)" + full;
+}
+
+}  // namespace xo::platform

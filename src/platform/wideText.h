@@ -1,0 +1,45 @@
+// The library's own conversions at the border to Windows. They convert a text whole, whatever its length or content;
+// the public ones of xoStringUtils keep a fixed output room.
+#ifndef XO_PLATFORM_WIDETEXT_H
+#define XO_PLATFORM_WIDETEXT_H
+
+#include <string>
+#include <string_view>
+
+namespace xo::platform {
+
+// UTF-8 to UTF-16. Each broken sequence becomes U+FFFD; NULs are kept. Empty for a text beyond 2 GB.
+std::wstring toWide(std::string_view utf8);
+
+// UTF-16 to UTF-8. Each lone surrogate becomes U+FFFD; NULs are kept. Empty for a text beyond 2 GB.
+std::string toUtf8(std::wstring_view wide);
+
+// UTF-8 to the process's ANSI code page; what that page lacks becomes its default character.
+std::string toNative(std::string_view utf8);
+
+// The ANSI code page to UTF-8.
+std::string fromNative(std::string_view native);
+
+// A UTF-8 path as a W call takes it. A path that MAX_PATH would cut off is made absolute and gets the "\\?\" prefix. A
+// path with a NUL inside names no file: it gives an empty text, which every W call refuses.
+std::wstring toApiPath(std::string_view utf8Path);
+
+// The same for a path that is wide already.
+std::wstring toApiPath(std::wstring path);
+
+// Calls fill(buffer, size) as the "returns the length, or the room needed" functions want it (GetFullPathNameW,
+// GetCurrentDirectoryW, GetTempPathW, GetEnvironmentVariableW) until the text fits. Empty when the call fails.
+template <class Fill>
+std::wstring readWide(Fill&& fill) {
+    std::wstring text(128, L'\0');
+    for (;;) {
+        const auto length = fill(text.data(), static_cast<unsigned long>(text.size()));
+        const bool fits = length < text.size();
+        text.resize(length);  // either the text's length, or the room that the next round needs
+        if (fits || text.empty()) return text;
+    }
+}
+
+}  // namespace xo::platform
+
+#endif

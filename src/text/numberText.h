@@ -1,0 +1,28 @@
+// Numbers from and to text as the whole library reads and prints them: the classic locale, whatever the user's is.
+#ifndef XO_TEXT_NUMBERTEXT_H
+#define XO_TEXT_NUMBERTEXT_H
+
+#include <cstdint>
+#include <string_view>
+
+namespace xo::text {
+
+// Both parsers read as the C runtime's strtoll (base 0) and strtod do in the "C" locale: leading white space and a sign
+// are taken, a text out of range gives the nearest end of the range. They return whether nothing is left over. An empty
+// text leaves nothing over and reads as 0; a text without any number, such as " " or "-", is all left over. Whatever
+// follows a NUL counts as left over.
+
+// "12", "-0x1F" (hexadecimal), "010" (octal).
+bool parseInteger(std::string_view text, std::int64_t& value);
+
+// Decimal only: "1.5", ".5", "1e3". No hexadecimal, infinity or NaN, as in msvcrt.
+bool parseReal(std::string_view text, double& value);
+
+// Writes the value as a stream with the given precision does by default ("%g"): 0.1, 1e+20, inf, nan. Returns the end.
+// The room must be kRealRoom bytes, which fits any value of up to 17 digits.
+constexpr int kRealRoom = 32;
+char* printReal(char* out, double value, int precision = 6);
+
+}  // namespace xo::text
+
+#endif
