@@ -1,0 +1,173 @@
+// Locks: xoMutex for the threads of a process, xoMutex2 where a wait needs a limit, xoMutexSystem between processes.
+//
+//     xoMutex mutex;
+//     {
+//         xoMutexLocker locker(mutex);
+//         ++shared;
+//     }
+//
+// Every operation may be called from any thread. A thread that owns a lock may lock it again and then unlocks it as often.
+// Nothing here reports an error; only tryLock has a result. Destroying a lock that somebody holds is a fault of the host.
+//
+// A lock made before initializeXoSystem(InitTypeFull) works, but logs one CRITICAL line, "Mutex created before full init of
+// xoSystem", when there is a log: the library's own services are not safe for threads yet.
+#ifndef XOSYSTEM_XOMUTEX_H
+#define XOSYSTEM_XOMUTEX_H
+
+#include <memory>
+
+#include "xoSystem/xoExport.h"
+
+namespace xo {
+
+namespace impl {
+// Chooses the constructors for the library's own locks, which may exist before the library is up and say nothing.
+struct WithoutEarlyWarning {};
+}  // namespace impl
+
+// The in-process lock: a critical section. The cheapest lock here, and the one that xoWaitCondition works with.
+class XO_CAPABILITY("mutex") XOSYSTEM_API xoMutex {
+public:
+    xoMutex();
+    explicit xoMutex(impl::WithoutEarlyWarning);
+    virtual ~xoMutex();
+    xoMutex(const xoMutex&) = delete;
+    xoMutex& operator=(const xoMutex&) = delete;
+
+    // Waits without limit.
+    void lock() XO_ACQUIRE();
+
+    // The calling thread must own the lock.
+    void unlock() XO_RELEASE();
+
+    // Takes the lock only when that needs no wait.
+    bool tryLock() XO_TRY_ACQUIRE(true);
+
+private:
+    friend class xoWaitCondition;
+    void* getMutexData() const;  // the critical section
+
+    struct Private;
+    std::unique_ptr<Private> mPrivate;
+};
+
+// An unnamed kernel mutex: slower, but a wait for it can have a limit. It belongs to a thread: an unlock by another thread
+// does nothing.
+class XO_CAPABILITY("mutex") XOSYSTEM_API xoMutex2 {
+public:
+    xoMutex2();
+    virtual ~xoMutex2();
+    xoMutex2(const xoMutex2&) = delete;
+    xoMutex2& operator=(const xoMutex2&) = delete;
+
+    // Waits without limit.
+    void lock() XO_ACQUIRE();
+
+    // Waits at most timeoutMs milliseconds (0xFFFFFFFF: without limit). False after that time, and also when the thread that
+    // owned the mutex ended without unlocking it: the caller owns it then all the same, and may unlock it.
+    bool tryLock(unsigned int timeoutMs) XO_TRY_ACQUIRE(true);
+
+    void unlock() XO_RELEASE();
+
+private:
+    struct Private;
+    std::unique_ptr<Private> mPrivate;
+};
+
+// A named mutex that all processes of the machine share, whoever is logged on.
+class XO_CAPABILITY("mutex") XOSYSTEM_API xoMutexSystem {
+public:
+    // Opens the mutex of that name or creates it. The name is UTF-8; case counts, a backslash counts as a slash, and the
+    // kernel name is "Global\" and the name. Null gives a fresh name that nobody else has. When the system refuses the
+    // mutex (its name belongs to another kind of object, or to a user who denies access), lock and unlock do nothing.
+    explicit xoMutexSystem(const char* name);
+    xoMutexSystem(const char* name, impl::WithoutEarlyWarning);
+    ~xoMutexSystem();
+    xoMutexSystem(const xoMutexSystem&) = delete;
+    xoMutexSystem& operator=(const xoMutexSystem&) = delete;
+
+    // Waits without limit. A process that ends while it holds the mutex passes it on.
+    void lock() XO_ACQUIRE();
+
+    void unlock() XO_RELEASE();
+
+private:
+    struct Private;
+    std::unique_ptr<Private> mPrivate;
+};
+
+// Holds an xoMutex for a scope. A locker belongs to one thread and must not outlive its mutex.
+class XO_SCOPED_CAPABILITY XOSYSTEM_API xoMutexLocker {
+public:
+    explicit xoMutexLocker(xoMutex& mutex) XO_ACQUIRE(mutex) : mMutex(mutex), mLocked(true) { mMutex.lock(); }
+
+    // Locks at once only when lockNow is true. Clang's analysis takes such a locker as not locked yet.
+    xoMutexLocker(xoMutex& mutex, bool lockNow) XO_EXCLUDES(mutex) XO_NO_THREAD_SAFETY_ANALYSIS : mMutex(mutex),
+                                                                                                 mLocked(lockNow) {
+        if (lockNow) mMutex.lock();
+    }
+    ~xoMutexLocker() XO_RELEASE() {
+        if (mLocked) mMutex.unlock();
+    }
+    xoMutexLocker(const xoMutexLocker&) = delete;
+    xoMutexLocker& operator=(const xoMutexLocker&) = delete;
+
+    // Does nothing when this locker holds the mutex already.
+    void lock() XO_ACQUIRE() {
+        if (!mLocked) mMutex.lock();
+        mLocked = true;
+    }
+
+    // Does nothing unless this locker holds the mutex.
+    void unlock() XO_RELEASE() {
+        if (mLocked) mMutex.unlock();
+        mLocked = false;
+    }
+
+    bool isLocked() const { return mLocked; }
+
+private:
+    xoMutex& mMutex;
+    bool mLocked;
+};
+
+// A value that all copies of the handle share, each access under a lock that they share too. The last copy to go frees
+// value and lock. Different handles may be used by different threads; one handle is assigned to by one thread at a time.
+template <class T>
+class xoThreadSafePtr {
+public:
+    explicit xoThreadSafePtr(const T& value) : mShared(std::make_shared<Shared>(value)) {}
+    virtual ~xoThreadSafePtr() = default;
+    xoThreadSafePtr(const xoThreadSafePtr&) = default;
+    xoThreadSafePtr& operator=(const xoThreadSafePtr&) = default;
+
+    T get() const {
+        const xoMutexLocker locker(mShared->mutex);
+        return mShared->value;
+    }
+
+    void set(const T& value) {
+        const xoMutexLocker locker(mShared->mutex);
+        mShared->value = value;
+    }
+
+    // Sets the value and returns the one before, with no other access in between.
+    T exchange(const T& value) {
+        const xoMutexLocker locker(mShared->mutex);
+        const T before = mShared->value;
+        mShared->value = value;
+        return before;
+    }
+
+private:
+    struct Shared {
+        explicit Shared(const T& v) : mutex(impl::WithoutEarlyWarning()), value(v) {}
+        xoMutex mutex;
+        T value XO_GUARDED_BY(mutex);
+    };
+    std::shared_ptr<Shared> mShared;
+};
+
+}  // namespace xo
+
+#endif

@@ -1,0 +1,45 @@
+// xoSemaphore: a count of free resources that threads take from and give back to.
+//
+//     xoSemaphore slots(4);
+//     slots.acquire();   // the fifth thread waits here
+//     work();
+//     slots.release();
+//
+// Every operation may be called from any thread. Waiting threads are not served in order: a thread that wants much may be
+// overtaken by threads that want little. Nothing here reports an error.
+#ifndef XOSYSTEM_XOSEMAPHORE_H
+#define XOSYSTEM_XOSEMAPHORE_H
+
+#include <atomic>
+
+#include "xoSystem/xoExport.h"
+#include "xoSystem/xoMutex.h"
+#include "xoSystem/xoWaitCondition.h"
+
+namespace xo {
+
+class XOSYSTEM_API xoSemaphore {
+public:
+    explicit xoSemaphore(unsigned int initialCount);
+    ~xoSemaphore();
+    xoSemaphore(const xoSemaphore&) = delete;
+    xoSemaphore& operator=(const xoSemaphore&) = delete;
+
+    // Waits without limit until n resources are free and takes them all at once. 0 returns at once.
+    void acquire(unsigned int n = 1);
+
+    // Gives n resources back; more than were taken is allowed. The count wraps beyond 32 bits. 0 does nothing.
+    void release(unsigned int n = 1);
+
+    // The number of free resources, which may have changed by the time the caller sees it.
+    unsigned int getNoResources() const { return mCount.load(std::memory_order_relaxed); }
+
+private:
+    xoMutex mMutex;  // held by whoever changes mCount
+    xoWaitCondition mCondition;
+    std::atomic<unsigned int> mCount;
+};
+
+}  // namespace xo
+
+#endif

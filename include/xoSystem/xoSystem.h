@@ -1,0 +1,12 @@
+// The whole library. A host may as well include only the headers of the classes that it uses.
+#ifndef XOSYSTEM_XOSYSTEM_H
+#define XOSYSTEM_XOSYSTEM_H
+
+#include "xoSystem/xoExport.h"
+#include "xoSystem/xoInit.h"
+#include "xoSystem/xoLog.h"
+#include "xoSystem/xoMutex.h"
+#include "xoSystem/xoSemaphore.h"
+#include "xoSystem/xoWaitCondition.h"
+
+#endif

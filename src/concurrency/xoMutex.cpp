@@ -1,0 +1,85 @@
+#include "xoSystem/xoMutex.h"
+
+#include <string>
+
+#include "concurrency/earlyCreation.h"
+#include "platform/handle.h"
+#include "platform/uuid.h"
+#include "platform/wideText.h"
+
+namespace xo {
+namespace {
+
+constexpr char kCreatedEarly[] = "Mutex created before full init of xoSystem";
+
+platform::KernelHandle openSystemMutex(const char* name) {
+    std::string kernelName = name ? name : platform::createUuid();
+    for (char& c : kernelName)
+        if (c == '\\') c = '/';  // a backslash would name another kernel namespace
+    kernelName.insert(0, "Global\\");
+    return platform::KernelHandle(
+        ::CreateMutexW(/*lpMutexAttributes=*/nullptr, /*bInitialOwner=*/FALSE, platform::toWide(kernelName).c_str()));
+}
+
+}  // namespace
+
+struct xoMutex::Private {
+    Private() { ::InitializeCriticalSection(&section); }
+    ~Private() { ::DeleteCriticalSection(&section); }
+    Private(const Private&) = delete;
+    Private& operator=(const Private&) = delete;
+
+    CRITICAL_SECTION section;
+};
+
+xoMutex::xoMutex() : xoMutex(impl::WithoutEarlyWarning()) { concurrency::warnIfCreatedEarly(kCreatedEarly); }
+
+xoMutex::xoMutex(impl::WithoutEarlyWarning) : mPrivate(std::make_unique<Private>()) {}
+
+xoMutex::~xoMutex() = default;
+
+void xoMutex::lock() XO_NO_THREAD_SAFETY_ANALYSIS { ::EnterCriticalSection(&mPrivate->section); }
+
+void xoMutex::unlock() XO_NO_THREAD_SAFETY_ANALYSIS { ::LeaveCriticalSection(&mPrivate->section); }
+
+bool xoMutex::tryLock() XO_NO_THREAD_SAFETY_ANALYSIS { return ::TryEnterCriticalSection(&mPrivate->section) == TRUE; }
+
+void* xoMutex::getMutexData() const { return &mPrivate->section; }
+
+struct xoMutex2::Private {
+    platform::KernelHandle mutex;
+};
+
+xoMutex2::xoMutex2() : mPrivate(std::make_unique<Private>()) {
+    mPrivate->mutex.reset(::CreateMutexA(/*lpMutexAttributes=*/nullptr, /*bInitialOwner=*/FALSE, /*lpName=*/nullptr));
+    concurrency::warnIfCreatedEarly(kCreatedEarly);
+}
+
+xoMutex2::~xoMutex2() = default;
+
+void xoMutex2::lock() XO_NO_THREAD_SAFETY_ANALYSIS { ::WaitForSingleObject(mPrivate->mutex.get(), INFINITE); }
+
+bool xoMutex2::tryLock(unsigned int timeoutMs) XO_NO_THREAD_SAFETY_ANALYSIS {
+    return ::WaitForSingleObject(mPrivate->mutex.get(), timeoutMs) == WAIT_OBJECT_0;
+}
+
+void xoMutex2::unlock() XO_NO_THREAD_SAFETY_ANALYSIS { ::ReleaseMutex(mPrivate->mutex.get()); }
+
+struct xoMutexSystem::Private {
+    platform::KernelHandle mutex;  // null when the system refused it
+};
+
+xoMutexSystem::xoMutexSystem(const char* name) : xoMutexSystem(name, impl::WithoutEarlyWarning()) {
+    concurrency::warnIfCreatedEarly(kCreatedEarly);
+}
+
+xoMutexSystem::xoMutexSystem(const char* name, impl::WithoutEarlyWarning)
+    : mPrivate(std::make_unique<Private>(Private{openSystemMutex(name)})) {}
+
+xoMutexSystem::~xoMutexSystem() = default;
+
+void xoMutexSystem::lock() XO_NO_THREAD_SAFETY_ANALYSIS { ::WaitForSingleObject(mPrivate->mutex.get(), INFINITE); }
+
+void xoMutexSystem::unlock() XO_NO_THREAD_SAFETY_ANALYSIS { ::ReleaseMutex(mPrivate->mutex.get()); }
+
+}  // namespace xo

@@ -1,0 +1,22 @@
+#include "xoSystem/xoSemaphore.h"
+
+namespace xo {
+
+xoSemaphore::xoSemaphore(unsigned int initialCount) : mCount(initialCount) {}
+
+xoSemaphore::~xoSemaphore() = default;
+
+void xoSemaphore::acquire(unsigned int n) {
+    const xoMutexLocker locker(mMutex);
+    while (getNoResources() < n) mCondition.wait(&mMutex);
+    mCount.store(getNoResources() - n, std::memory_order_relaxed);
+}
+
+void xoSemaphore::release(unsigned int n) {
+    if (n == 0) return;
+    const xoMutexLocker locker(mMutex);
+    mCount.store(getNoResources() + n, std::memory_order_relaxed);
+    mCondition.wakeAll();  // all, because each waits for an amount of its own
+}
+
+}  // namespace xo

@@ -1,0 +1,40 @@
+#include "xoSystem/xoWaitCondition.h"
+
+#include <atomic>
+
+#include "concurrency/earlyCreation.h"
+#include "concurrency/waitConditionPrivate.h"
+
+namespace xo {
+namespace {
+
+using Factory = std::unique_ptr<xoWaitConditionPrivate> (*)();
+
+template <class Implementation>
+std::unique_ptr<xoWaitConditionPrivate> make() {
+    return std::make_unique<Implementation>();
+}
+
+std::atomic<Factory> factory{make<xoWaitConditionPrivateEvent>};
+
+}  // namespace
+
+xoWaitCondition::xoWaitCondition() : mPrivate(factory.load(std::memory_order_relaxed)()) {
+    concurrency::warnIfCreatedEarly("WaitCondition created before full init of xoSystem");
+}
+
+xoWaitCondition::~xoWaitCondition() = default;
+
+bool xoWaitCondition::wait(xoMutex* mutex, unsigned long timeoutMs) {
+    return mPrivate->wait(static_cast<CRITICAL_SECTION*>(mutex->getMutexData()), timeoutMs);
+}
+
+void xoWaitCondition::wakeOne() { mPrivate->wakeOne(); }
+
+void xoWaitCondition::wakeAll() { mPrivate->wakeAll(); }
+
+void xoWaitCondition::FindBestImplementation() {
+    if (xoWaitConditionPrivateVista::lookUp()) factory = make<xoWaitConditionPrivateVista>;
+}
+
+}  // namespace xo

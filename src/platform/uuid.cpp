@@ -1,0 +1,26 @@
+#include "platform/uuid.h"
+
+#include "platform/windows.h"
+// RtlGenRandom, which <ntsecapi.h> declares under this macro's name, follows <windows.h>.
+#include <ntsecapi.h>
+
+namespace xo::platform {
+
+std::string createUuid() {
+    unsigned char bytes[16];
+    ::RtlGenRandom(bytes, sizeof bytes);
+    bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4
+    bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // the RFC's variant
+
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(36);
+    for (int i = 0; i < 16; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
+        text += kDigits[bytes[i] >> 4];
+        text += kDigits[bytes[i] & 0x0F];
+    }
+    return text;
+}
+
+}  // namespace xo::platform

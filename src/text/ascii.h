@@ -1,0 +1,38 @@
+// The ASCII side of characters, which no locale changes. Every byte from 0x80 up is neither white space nor a letter.
+#ifndef XO_TEXT_ASCII_H
+#define XO_TEXT_ASCII_H
+
+#include <string_view>
+
+namespace xo::text {
+
+// Space, \t, \n, \v, \f or \r.
+constexpr bool isSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+constexpr char toLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+constexpr char toUpper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+}
+
+constexpr std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
+    return text;
+}
+
+constexpr bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i != a.size(); ++i) {
+        if (toLower(a[i]) != toLower(b[i])) return false;
+    }
+    return true;
+}
+
+}  // namespace xo::text
+
+#endif

@@ -1,0 +1,95 @@
+// The public conversions. Their output room is fixed by the input's length; the platform room has the ones that take a
+// text of any shape whole.
+#include <cstdlib>
+#include <iostream>
+#include <limits>
+
+#include "platform/windows.h"
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo {
+namespace {
+
+constexpr char kWideningFailed[] = "xoStringUtils::convertCharset failed ";
+constexpr char kNarrowingFailed[] = "xoStringUtils::toUT8 failed ";
+constexpr char kAsciiFailed[] = "xoStringUtils::fromAscii failed ";
+
+// Standard output and not the log, because the log itself converts.
+template <class Text>
+Text failed(const char* message) {
+    std::cout << message << std::endl;
+    return {};
+}
+
+bool fitsInt(std::size_t size) {
+    return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)());
+}
+
+template <UINT codePage>
+std::wstring widen(const std::string& text) {
+    const std::size_t room = text.size() + 1;
+    if (!fitsInt(room)) return failed<std::wstring>(kWideningFailed);
+    std::wstring wide(room, L'\0');
+    const int count = ::MultiByteToWideChar(codePage, 0, text.c_str(), -1, wide.data(), static_cast<int>(room));
+    if (count == 0) return failed<std::wstring>(kWideningFailed);
+    wide.resize(static_cast<std::size_t>(count) - 1);  // the count includes the NUL
+    return wide;
+}
+
+template <UINT codePage>
+std::string narrow(const std::wstring& text) {
+    const std::size_t room = 2 * text.size() + 1;
+    if (!fitsInt(room)) return failed<std::string>(kNarrowingFailed);
+    std::string narrowed(room, '\0');
+    const int count =
+        ::WideCharToMultiByte(codePage, 0, text.c_str(), -1, narrowed.data(), static_cast<int>(room), nullptr, nullptr);
+    if (count == 0) return failed<std::string>(kNarrowingFailed);
+    narrowed.resize(static_cast<std::size_t>(count) - 1);
+    return narrowed;
+}
+
+std::wstring widenAscii(const std::string& text) {
+    std::wstring wide(text.size() + 1, L'\0');
+    const std::size_t count =
+        text.empty() ? 0 : ::_mbstowcs_l(wide.data(), text.c_str(), text.size(), xoStringUtils::GetCLocale());
+    if (count == 0 || count > text.size()) return failed<std::wstring>(kAsciiFailed);
+    wide.resize(count);
+    return wide;
+}
+
+std::string narrowAscii(const std::wstring& text) {
+    // The runtime refuses a room of nothing or beyond 2 GB by its invalid-parameter handler, which may end the process.
+    if (text.empty() || !fitsInt(2 * text.size())) return failed<std::string>(kAsciiFailed);
+    std::string narrowed(2 * text.size(), '\0');
+    std::size_t count = 0;  // with the NUL
+    const errno_t error = ::_wcstombs_s_l(&count, narrowed.data(), narrowed.size(), text.c_str(), text.size(),
+                                          xoStringUtils::GetCLocale());
+    if (error != 0 || count < 2) return failed<std::string>(kAsciiFailed);
+    narrowed.resize(count - 1);
+    return narrowed;
+}
+
+using Widen = std::wstring (*)(const std::string&);
+using Narrow = std::string (*)(const std::wstring&);
+constexpr Widen kWiden[] = {widen<CP_ACP>, widen<CP_UTF8>, widenAscii};
+constexpr Narrow kNarrow[] = {narrow<CP_ACP>, narrow<CP_UTF8>, narrowAscii};
+
+bool isCharSet(int charSet) {
+    return charSet >= xoStringUtils::CharSetNative && charSet <= xoStringUtils::CharSetAscii;
+}
+
+}  // namespace
+
+std::wstring xoStringUtils::convertToUnicode(const std::string& text, xoCharSet from) {
+    return isCharSet(from) ? kWiden[from](text) : failed<std::wstring>(kWideningFailed);
+}
+
+std::string xoStringUtils::convertTo8Bits(const std::wstring& text, xoCharSet to) {
+    return isCharSet(to) ? kNarrow[to](text) : failed<std::string>(kNarrowingFailed);
+}
+
+std::string xoStringUtils::convertCharset(const std::string& text, xoCharSet from, xoCharSet to) {
+    return convertTo8Bits(convertToUnicode(text, from), to);
+}
+
+}  // namespace xo

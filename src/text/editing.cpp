@@ -1,0 +1,97 @@
+#include <algorithm>
+#include <limits>
+
+#include "platform/windows.h"
+#include "text/ascii.h"
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo {
+namespace {
+
+// Replacing by the same length needs no room; all else goes to one new text, so that the cost stays linear.
+template <class Text>
+std::size_t replaceAll(Text& text, const Text& from, const Text& to) {
+    if (from.empty()) return 0;
+    std::size_t found = text.find(from);
+    if (found == Text::npos) return 0;
+
+    std::size_t count = 0;
+    const std::size_t length = from.size();
+    if (length == to.size()) {
+        for (; found != Text::npos; found = text.find(from, found + length), ++count) text.replace(found, length, to);
+        return count;
+    }
+    Text result;
+    result.reserve(text.size());
+    std::size_t copied = 0;
+    for (; found != Text::npos; found = text.find(from, copied), ++count) {
+        result.append(text, copied, found - copied).append(to);
+        copied = found + length;
+    }
+    result.append(text, copied);
+    text = std::move(result);
+    return count;
+}
+
+}  // namespace
+
+std::string& xoStringUtils::trim(std::string& text) {
+    rtrim(text);
+    return ltrim(text);
+}
+
+std::string& xoStringUtils::ltrim(std::string& text) {
+    const auto first = std::find_if_not(text.begin(), text.end(), text::isSpace);
+    text.erase(text.begin(), first);
+    return text;
+}
+
+std::string& xoStringUtils::rtrim(std::string& text) {
+    while (!text.empty() && text::isSpace(text.back())) text.pop_back();
+    return text;
+}
+
+std::string& xoStringUtils::trimAndRemoveConsecutiveSpaces(std::string& text) {
+    auto out = text.begin();
+    bool afterSpace = true;  // at the start, so that leading white space goes
+    for (const char c : text) {
+        const bool space = text::isSpace(c);
+        if (!space || !afterSpace) *out++ = space ? ' ' : c;
+        afterSpace = space;
+    }
+    text.erase(out, text.end());
+    return rtrim(text);
+}
+
+std::string& xoStringUtils::replace(std::string& text, const std::string& from, const std::string& to) {
+    replaceAll(text, from, to);
+    return text;
+}
+
+std::wstring& xoStringUtils::replace(std::wstring& text, const std::wstring& from, const std::wstring& to) {
+    replaceAll(text, from, to);
+    return text;
+}
+
+int xoStringUtils::ReplaceAllOccurences(std::string& text, const std::string& from, const std::string& to) {
+    constexpr std::size_t kMost = (std::numeric_limits<int>::max)();
+    return static_cast<int>((std::min)(replaceAll(text, from, to), kMost));
+}
+
+std::string& xoStringUtils::toUpper(std::string& text) {
+    std::transform(text.begin(), text.end(), text.begin(), text::toUpper);
+    return text;
+}
+
+std::string& xoStringUtils::toLower(std::string& text) {
+    std::transform(text.begin(), text.end(), text.begin(), text::toLower);
+    return text;
+}
+
+void xoStringUtils::SecureClear(std::string& text) {
+    text.resize(text.capacity());  // what the text once held may stand behind its end
+    ::SecureZeroMemory(text.data(), text.size());
+    text.clear();
+}
+
+}  // namespace xo

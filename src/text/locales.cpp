@@ -1,0 +1,34 @@
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo {
+
+_locale_t xoStringUtils::msCLocale = nullptr;
+std::locale* xoStringUtils::msCplusLocale = nullptr;
+
+bool xoStringUtils::InitializeStringUtils() {
+    if (msCLocale || msCplusLocale) return false;
+    msCLocale = ::_create_locale(LC_ALL, "C");
+    msCplusLocale = new std::locale("C");
+    return true;
+}
+
+bool xoStringUtils::TerminateStringUtils() {
+    if (!msCLocale && !msCplusLocale) return false;
+    ::_free_locale(msCLocale);
+    msCLocale = nullptr;
+    delete msCplusLocale;
+    msCplusLocale = nullptr;
+    return true;
+}
+
+void xoStringUtils::InitializeForThread() {}
+
+_locale_t xoStringUtils::GetCLocale() {
+    return msCLocale;
+}
+
+std::locale* xoStringUtils::GetCPlusLocale() {
+    return msCplusLocale;
+}
+
+}  // namespace xo

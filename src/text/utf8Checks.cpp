@@ -1,0 +1,96 @@
+#include "text/utf8Checks.h"
+
+#include <emmintrin.h>
+#include <utf8.h>
+
+#include <algorithm>
+
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo {
+namespace text {
+namespace {
+
+using Byte = unsigned char;
+
+bool isContinuation(Byte byte) {
+    return (byte & 0xC0) == 0x80;
+}
+
+__m128i load(const Byte* at) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+const Byte* skipAscii(const Byte* at, const Byte* end) {
+    for (; end - at >= 64; at += 64) {
+        const __m128i low = _mm_or_si128(load(at), load(at + 16));
+        const __m128i high = _mm_or_si128(load(at + 32), load(at + 48));
+        if (_mm_movemask_epi8(_mm_or_si128(low, high)) != 0) break;
+    }
+    for (; end - at >= 16; at += 16) {
+        if (_mm_movemask_epi8(load(at)) != 0) break;
+    }
+    while (at != end && *at < 0x80) ++at;
+    return at;
+}
+
+// The length of the well-formed sequence that starts here, which is at least four bytes before the end; 0 if there is
+// none. The second byte's range keeps out overlong forms, surrogates and what lies beyond U+10FFFF.
+std::ptrdiff_t sequenceLength(const Byte* at) {
+    const Byte lead = at[0];
+    const Byte second = at[1];
+    if (lead >= 0xC2 && lead <= 0xDF) return isContinuation(second) ? 2 : 0;
+    if (lead >= 0xE0 && lead <= 0xEF) {
+        const bool bounded = lead == 0xE0 ? second >= 0xA0 : lead != 0xED || second < 0xA0;
+        return bounded && isContinuation(second) && isContinuation(at[2]) ? 3 : 0;
+    }
+    if (lead >= 0xF0 && lead <= 0xF4) {
+        const bool bounded = lead == 0xF0 ? second >= 0x90 : lead != 0xF4 || second < 0x90;
+        return bounded && isContinuation(second) && isContinuation(at[2]) && isContinuation(at[3]) ? 4 : 0;
+    }
+    return 0;
+}
+
+// Skips well-formed sequences, and stops at the first one in doubt or too close to the end to be read ahead.
+const Byte* skipWellFormed(const Byte* at, const Byte* end) {
+    while ((at = skipAscii(at, end)), end - at >= 4) {
+        do {
+            const std::ptrdiff_t length = sequenceLength(at);
+            if (length == 0) return at;
+            at += length;
+        } while (end - at >= 4 && *at >= 0x80);
+    }
+    return at;
+}
+
+}  // namespace
+
+bool isUtf8(std::string_view text) {
+    const Byte* const begin = reinterpret_cast<const Byte*>(text.data());
+    const Byte* const end = begin + text.size();
+    return utf8::is_valid(skipWellFormed(begin, end), end);
+}
+
+}  // namespace text
+
+bool xoStringUtils::IsUtf8String(const std::string& text) {
+    return text::isUtf8(text);
+}
+
+std::size_t xoStringUtils::CountUtf8Char(const std::string& text) {
+    if (!text::isUtf8(text)) return 0;
+    const auto isLead = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isLead));
+}
+
+std::string xoStringUtils::UnknownEncodingToUtf8(const std::string& text, char replacement) {
+    if (text::isUtf8(text)) return text;
+    std::string converted = convertCharset(text, CharSetNative, CharSetUtf8);
+    if (text::isUtf8(converted)) return converted;
+    converted = text;
+    std::replace_if(
+        converted.begin(), converted.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, replacement);
+    return converted;
+}
+
+}  // namespace xo
