@@ -1,0 +1,452 @@
+// xoVariant: one value of any of the library's types, and the lists and maps that make trees of them.
+//
+//     xo::xoVariant::xoVariantMapImpl settings;
+//     settings.editValuePath("window/width", 800, '/');
+//     const std::int64_t width = settings.getValuePath("window/width", 640, '/').toInteger();
+//
+// A variant owns what it holds: copies are deep, a move leaves the source UNKNOWN. INTEGER, REAL, BOOL and DATETIME
+// live inside the variant's 16 bytes; the other types are one object on the heap.
+//
+// There is no lock: any number of threads may read one value, a writer must be alone. A thread may build, copy and
+// destroy trees of any depth; none of the operations needs more stack for a deeper one.
+//
+// Nothing here reports an error. A conversion that cannot be made gives its fixed fallback; only running out of memory
+// and a bad regular expression throw, each its standard exception.
+#ifndef XOSYSTEM_XOVARIANT_H
+#define XOSYSTEM_XOVARIANT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "xoSystem/xoExport.h"
+
+namespace xo {
+
+class XOSYSTEM_API xoVariant {
+public:
+    // The numbers are fixed: values of different types are ordered by them. 8 stays free.
+    enum Type : int {
+        UNKNOWN = 0,
+        INTEGER = 1,
+        REAL = 2,
+        STRING = 3,
+        BOOL = 4,
+        VEC2D = 5,
+        VEC3D = 6,
+        VEC4D = 7,
+        STRINGLIST = 9,
+        MAP = 10,
+        LIST = 11,
+        MAT3D = 12,
+        MAT4D = 13,
+        DATETIME = 14,
+        USERDATA = 15
+    };
+
+    class xoVariantListImpl;
+    class xoVariantMapImpl;
+
+    // A count whose unit and epoch are the caller's.
+    struct DateTime {
+        DateTime() noexcept = default;
+        explicit DateTime(std::int64_t count) noexcept : mValue(count) {}
+
+        friend bool operator==(DateTime a, DateTime b) noexcept { return a.mValue == b.mValue; }
+        friend bool operator!=(DateTime a, DateTime b) noexcept { return a.mValue != b.mValue; }
+        friend bool operator<(DateTime a, DateTime b) noexcept { return a.mValue < b.mValue; }
+
+        std::int64_t mValue = 0;
+    };
+
+    // The base of a caller's own payloads.
+    class XOSYSTEM_API UserDataInterface {
+    public:
+        UserDataInterface() noexcept = default;
+        UserDataInterface(const UserDataInterface&) noexcept {}
+        UserDataInterface& operator=(const UserDataInterface&) noexcept { return *this; }
+        virtual ~UserDataInterface();
+
+        // A new copy from operator new, which the caller owns.
+        virtual UserDataInterface* clone() const = 0;
+        // Asked of the left value with the object of the right one, whatever its class.
+        virtual bool equals(const UserDataInterface& other) const = 0;
+    };
+
+    xoVariant() noexcept : mType(UNKNOWN) { mPayload.integer = 0; }
+
+    // The default value of the type: 0, false, empty, all zeros, no object. A number that is no type gives UNKNOWN.
+    xoVariant(Type type);
+
+    // A bool gives BOOL, any other integer INTEGER (unsigned values beyond its range wrap round), a floating-point
+    // value REAL. No pointer becomes a bool: pointers other than the ones below do not compile.
+    template <class T, std::enable_if_t<std::is_integral_v<T>, int> = 0>
+    xoVariant(T value) noexcept {
+        if constexpr (std::is_same_v<T, bool>) {
+            mType = BOOL;
+            mPayload.integer = 0;
+            mPayload.boolean = value;
+        } else {
+            mType = INTEGER;
+            mPayload.integer = static_cast<std::int64_t>(value);
+        }
+    }
+    template <class T, std::enable_if_t<std::is_floating_point_v<T>, int> = 0>
+    xoVariant(T value) noexcept : mType(REAL) {
+        mPayload.real = static_cast<double>(value);
+    }
+
+    // STRING. A null text is an empty one; the other two may hold NULs.
+    xoVariant(const char* text);
+    xoVariant(std::string_view text);
+    xoVariant(std::string text);
+
+    xoVariant(std::vector<std::string> strings);
+    xoVariant(xoVariantListImpl list);
+    xoVariant(xoVariantMapImpl map);
+    xoVariant(DateTime time) noexcept : mType(DATETIME) { mPayload.integer = time.mValue; }
+
+    // USERDATA that owns the object from here on; null is a USERDATA without one.
+    template <class T, std::enable_if_t<std::is_convertible_v<T*, UserDataInterface*>, int> = 0>
+    xoVariant(std::unique_ptr<T> object) noexcept : mType(USERDATA) {
+        mPayload.userData = object.release();
+    }
+    template <class T, std::enable_if_t<std::is_convertible_v<T*, UserDataInterface*>, int> = 0>
+    explicit xoVariant(T* object) noexcept : mType(USERDATA) {
+        mPayload.userData = object;
+    }
+
+    // The count chooses the type: 2, 3 and 4 give vectors, 9 and 16 matrices. Any other count, and null, gives UNKNOWN.
+    xoVariant(const double* values, std::size_t count);
+    xoVariant(const float* values, std::size_t count);
+
+    xoVariant(const xoVariant& other) : mType(other.mType), mPayload(other.mPayload) {
+        if (ownsHeap()) copyPayload(other);
+    }
+    xoVariant(xoVariant&& other) noexcept : mType(other.mType), mPayload(other.mPayload) { other.mType = UNKNOWN; }
+    ~xoVariant() {
+        if (ownsHeap()) destroyPayload();
+    }
+
+    // Both work from a value inside the one assigned to, and from itself.
+    xoVariant& operator=(const xoVariant& other);
+    xoVariant& operator=(xoVariant&& other) noexcept {
+        xoVariant taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
+
+    void swap(xoVariant& other) noexcept {
+        std::swap(mType, other.mType);
+        std::swap(mPayload, other.mPayload);
+    }
+    friend void swap(xoVariant& a, xoVariant& b) noexcept { a.swap(b); }
+
+    // The narrowest type that reads the whole text: INTEGER ("0x1F" and "010" too, and the empty text is 0), else REAL
+    // ("3.25" or "3,25"), else STRING. Never BOOL.
+    static xoVariant BuildFromString(std::string_view text);
+
+    Type getType() const noexcept { return mType; }
+    // "INTEGER" for INTEGER and so on; "NOT DEFINED" for DATETIME and USERDATA.
+    std::string getTypeAsString() const;
+    bool isNull() const noexcept { return mType == UNKNOWN; }
+    bool isNumeric() const noexcept { return mType == INTEGER || mType == REAL; }
+
+    // Access without conversion, for a variant that has the type already. Otherwise a get... gives an empty value (the
+    // pointers: sixteen zeros) and an edit... first makes the variant the default value of its type.
+    const std::string& getString() const { return mType == STRING ? *mPayload.text : noString(); }
+    std::string& editString() { return *as(STRING).text; }
+    const std::vector<std::string>& getStringList() const {
+        return mType == STRINGLIST ? *mPayload.strings : noStrings();
+    }
+    std::vector<std::string>& editStringList() { return *as(STRINGLIST).strings; }
+    const xoVariantListImpl& getList() const { return mType == LIST ? *mPayload.list : noList(); }
+    xoVariantListImpl& editList() { return *as(LIST).list; }
+    const xoVariantMapImpl& getMap() const { return mType == MAP ? *mPayload.map : noMap(); }
+    xoVariantMapImpl& editMap() { return *as(MAP).map; }
+    const double* getVec2d() const { return getNumbers(VEC2D); }
+    const double* getVec3d() const { return getNumbers(VEC3D); }
+    const double* getVec4d() const { return getNumbers(VEC4D); }
+    const double* getMat3d() const { return getNumbers(MAT3D); }
+    const double* getMat4d() const { return getNumbers(MAT4D); }
+    // Null for any other type; the object stays the variant's.
+    const UserDataInterface* getUserData() const { return mType == USERDATA ? mPayload.userData : nullptr; }
+    UserDataInterface* editUserData() { return mType == USERDATA ? mPayload.userData : nullptr; }
+
+    // Replaces the value by the default one of the type, even where it has that type already.
+    xoVariant& setType(Type type);
+    void clear() noexcept {
+        xoVariant old;
+        swap(old);
+    }
+
+    // A NaN is true; of the texts only "true", "True", "TRUE", "t" and "1" are.
+    bool toBool() const { return mType == BOOL ? mPayload.boolean : convertToBool(); }
+    // A text that is not wholly an integer gives 0. A REAL beyond the range gives the nearest end of it, NaN gives 0.
+    std::int64_t toInteger() const { return mType == INTEGER ? mPayload.integer : convertToInteger(); }
+    // A text that is not wholly a number gives 0.0, what is neither number, text nor BOOL gives NaN.
+    double toReal() const { return mType == REAL ? mPayload.real : convertToReal(); }
+    // REAL with six significant digits, vectors as "[1,2.5,3]", string lists and lists joined by " ".
+    std::string toString() const;
+    std::vector<std::string> toStringList() const;
+    // Lists come from LIST and STRINGLIST, maps from MAP alone; any other type gives an empty one.
+    xoVariantListImpl toList() const;
+    xoVariantMapImpl toMap() const;
+    // From DATETIME and INTEGER; 0 from any other type.
+    DateTime toDateTime() const;
+
+    // Writes the converted value to out (which may be this variant) where nothing is lost; otherwise returns false and
+    // leaves out alone. Besides each type to itself:
+    //
+    //   to INTEGER     BOOL, DATETIME; REAL without a fraction and in range; STRING that is wholly an integer in range
+    //   to REAL        BOOL; INTEGER that a double holds exactly; STRING that is wholly a number, finite and not
+    //                  rounded down to 0
+    //   to BOOL        INTEGER and REAL 0 and 1; STRING "true", "True", "TRUE", "false", "False", "FALSE"
+    //   to STRING      INTEGER, BOOL; REAL whose text reads back as the same value; STRINGLIST of one text
+    //   to STRINGLIST  STRING; LIST of nothing but STRING
+    //   to LIST        STRINGLIST
+    //   to DATETIME    INTEGER
+    bool convertLosslessTo(Type type, xoVariant& out) const;
+
+    // Values of different types are never equal, whatever numbers they hold. A REAL NaN is unequal to itself; vectors
+    // and matrices are compared as bytes.
+    bool operator==(const xoVariant& other) const;
+    bool operator!=(const xoVariant& other) const { return !(*this == other); }
+    // A strict order over all values: the type's number first, then the value. Vectors and matrices are ordered as
+    // bytes, user data by address. A REAL NaN stands beside every REAL: keep it out of ordered containers.
+    bool operator<(const xoVariant& other) const;
+
+private:
+    union Payload {
+        std::int64_t integer;  // INTEGER and DATETIME
+        double real;
+        bool boolean;
+        std::string* text;
+        double* numbers;
+        std::vector<std::string>* strings;
+        xoVariantMapImpl* map;
+        xoVariantListImpl* list;
+        UserDataInterface* userData;  // may be null
+    };
+
+    bool ownsHeap() const noexcept {
+        constexpr unsigned owners = 1u << STRING | 1u << VEC2D | 1u << VEC3D | 1u << VEC4D | 1u << STRINGLIST |
+                                    1u << MAP | 1u << LIST | 1u << MAT3D | 1u << MAT4D | 1u << USERDATA;
+        return (owners >> static_cast<unsigned>(mType) & 1u) != 0;
+    }
+    template <class Number>
+    void buildNumbers(const Number* values, std::size_t count);
+    void copyPayload(const xoVariant& other);
+    void copyContainer(const xoVariant& other);
+    void copyOneLevel(const xoVariant& other);
+    void destroyPayload() noexcept;
+
+    Payload& as(Type type) {
+        if (mType != type) setType(type);
+        return mPayload;
+    }
+    const double* getNumbers(Type type) const { return mType == type ? mPayload.numbers : noNumbers(); }
+    static const std::string& noString();
+    static const std::vector<std::string>& noStrings();
+    static const xoVariantListImpl& noList();
+    static const xoVariantMapImpl& noMap();
+    static const double* noNumbers();
+
+    bool convertToBool() const;
+    std::int64_t convertToInteger() const;
+    double convertToReal() const;
+
+    Type mType;  // always one of the enumerators
+    Payload mPayload;
+};
+
+static_assert(sizeof(xoVariant) == 16, "a table of variants is an array of tag and word");
+
+// An ordered, contiguous sequence. References and iterators last as those of std::vector do.
+class XOSYSTEM_API xoVariant::xoVariantListImpl {
+public:
+    using Container = std::vector<xoVariant>;
+    using value_type = Container::value_type;
+    using size_type = Container::size_type;
+    using reference = Container::reference;
+    using const_reference = Container::const_reference;
+    using iterator = Container::iterator;
+    using const_iterator = Container::const_iterator;
+
+    // As for variants, what is assigned may lie inside the one assigned to.
+    xoVariantListImpl() noexcept = default;
+    xoVariantListImpl(const xoVariantListImpl&) = default;
+    xoVariantListImpl(xoVariantListImpl&&) noexcept = default;
+    xoVariantListImpl& operator=(const xoVariantListImpl& other) { return *this = xoVariantListImpl(other); }
+    xoVariantListImpl& operator=(xoVariantListImpl&& other) noexcept {
+        xoVariantListImpl taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
+    ~xoVariantListImpl() = default;
+
+    iterator begin() noexcept { return mElements.begin(); }
+    iterator end() noexcept { return mElements.end(); }
+    const_iterator begin() const noexcept { return mElements.begin(); }
+    const_iterator end() const noexcept { return mElements.end(); }
+    size_type size() const noexcept { return mElements.size(); }
+    bool empty() const noexcept { return mElements.empty(); }
+    size_type capacity() const noexcept { return mElements.capacity(); }
+
+    // The index must be below size(); the list must not be empty.
+    xoVariant& operator[](size_type index) { return mElements[index]; }
+    const xoVariant& operator[](size_type index) const { return mElements[index]; }
+    xoVariant& back() { return mElements.back(); }
+    const xoVariant& back() const { return mElements.back(); }
+
+    // The value may lie inside this list, or be the variant that holds it.
+    xoVariant& push_back(const xoVariant& value);
+    xoVariant& push_back(xoVariant&& value);
+    xoVariantListImpl& operator<<(const xoVariant& value);
+    iterator erase(iterator position) { return mElements.erase(position); }
+    void resize(size_type count, const xoVariant& fill = xoVariant()) { mElements.resize(count, fill); }
+    void reserve(size_type count) { mElements.reserve(count); }
+    void clear() noexcept { mElements.clear(); }
+    void swap(xoVariantListImpl& other) noexcept { mElements.swap(other.mElements); }
+    friend void swap(xoVariantListImpl& a, xoVariantListImpl& b) noexcept { a.swap(b); }
+
+    // The elements' texts with the separator between them. Lists inside use " ".
+    std::string toString(std::string_view separator = " ") const;
+
+    bool operator==(const xoVariantListImpl& other) const;
+    bool operator!=(const xoVariantListImpl& other) const { return !(*this == other); }
+    bool operator<(const xoVariantListImpl& other) const;
+
+private:
+    Container mElements;
+};
+
+// Values under unique text keys, in the keys' byte order. References and iterators last as those of std::map do.
+//
+// A path is keys joined by a separator, ended by a NUL: "a/b" is the key b of the map under the key a. A key in it may
+// be empty, so "a/" is the empty key of the map under a, and "" the empty key of this map. Lists have no place in a
+// path. Looking up a key or a path allocates nothing.
+class XOSYSTEM_API xoVariant::xoVariantMapImpl {
+public:
+    using Container = std::map<std::string, xoVariant, std::less<>>;
+    using key_type = Container::key_type;
+    using mapped_type = Container::mapped_type;
+    using value_type = Container::value_type;
+    using size_type = Container::size_type;
+    using iterator = Container::iterator;
+    using const_iterator = Container::const_iterator;
+
+    // As for variants, what is assigned may lie inside the one assigned to.
+    xoVariantMapImpl() noexcept = default;
+    xoVariantMapImpl(const xoVariantMapImpl&) = default;
+    xoVariantMapImpl(xoVariantMapImpl&&) noexcept = default;
+    xoVariantMapImpl& operator=(const xoVariantMapImpl& other) { return *this = xoVariantMapImpl(other); }
+    xoVariantMapImpl& operator=(xoVariantMapImpl&& other) noexcept {
+        xoVariantMapImpl taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
+    ~xoVariantMapImpl() = default;
+
+    iterator begin() noexcept { return mEntries.begin(); }
+    iterator end() noexcept { return mEntries.end(); }
+    const_iterator begin() const noexcept { return mEntries.begin(); }
+    const_iterator end() const noexcept { return mEntries.end(); }
+    size_type size() const noexcept { return mEntries.size(); }
+    bool empty() const noexcept { return mEntries.empty(); }
+    void clear() noexcept { mEntries.clear(); }
+    void swap(xoVariantMapImpl& other) noexcept { mEntries.swap(other.mEntries); }
+    friend void swap(xoVariantMapImpl& a, xoVariantMapImpl& b) noexcept { a.swap(b); }
+
+    xoVariant getValue(std::string_view key, const xoVariant& defaultValue = xoVariant()) const;
+    // An absent key is inserted with a copy of the default; operator[] inserts UNKNOWN.
+    xoVariant& editValue(std::string_view key, const xoVariant& defaultValue = xoVariant());
+    xoVariant& operator[](std::string_view key);
+
+    iterator find(std::string_view key);
+    const_iterator find(std::string_view key) const;
+    bool contains(std::string_view key) const;
+    // Leaves an existing value alone. Returns the key's place and whether it was inserted.
+    std::pair<iterator, bool> insert(std::pair<std::string, xoVariant> entry);
+    iterator erase(iterator position) { return mEntries.erase(position); }
+    bool remove(std::string_view key);
+
+    // A null path resolves to nothing.
+    xoVariant getValuePath(const char* path, const xoVariant& defaultValue = xoVariant(), char separator = '/') const;
+    const xoVariant* findPath(const char* path, char separator = '/') const;
+    xoVariant* findPath(const char* path, char separator = '/');
+    // Creates what is missing, the last key with a copy of the default; an existing value is left as it is. A value on
+    // the way that is not a map is lost: an empty map takes its place. A null path gives a value of the calling thread
+    // that holds a copy of the default and lasts until its next call with a null path; no map has a part in it.
+    xoVariant& editValuePath(const char* path, const xoVariant& defaultValue = xoVariant(), char separator = '/');
+
+    xoVariant getValuePath(const std::string& path, const xoVariant& defaultValue = xoVariant(),
+                           char separator = '/') const {
+        return getValuePath(path.c_str(), defaultValue, separator);
+    }
+    const xoVariant* findPath(const std::string& path, char separator = '/') const {
+        return findPath(path.c_str(), separator);
+    }
+    xoVariant* findPath(const std::string& path, char separator = '/') { return findPath(path.c_str(), separator); }
+    xoVariant& editValuePath(const std::string& path, const xoVariant& defaultValue = xoVariant(),
+                             char separator = '/') {
+        return editValuePath(path.c_str(), defaultValue, separator);
+    }
+
+    // Inserts beside what the key holds already. Without asList two maps merge key by key at every depth, and texts
+    // gather in a STRINGLIST; otherwise the values gather in a LIST.
+    void multiInsert(std::string_view key, const xoVariant& value, bool asList = false);
+    // The same, taking the value and leaving it UNKNOWN.
+    void multiInsertAndDestroy(std::string_view key, xoVariant& value, bool asList = false);
+    void multiInsertAndDestroy(std::string_view key, xoVariant&& value, bool asList = false) {
+        multiInsertAndDestroy(key, value, asList);
+    }
+    // Multi-inserts a copy of every entry. The other map may be this one, or a part of it.
+    void mergeWith(const xoVariantMapImpl& other, bool asList = false);
+
+    // Multi-inserts each leaf of the tree into out, beside what it holds, under the leaf's keys joined by the
+    // separator. The maps in a list are flattened under the list's key; what else it holds, or the list without maps,
+    // is one leaf. An empty map leaves nothing. out may be this map.
+    void toFlattenMap(xoVariantMapImpl& out, char separator = '/') const;
+
+    // Erases each entry whose whole path (keys joined by "/") matches the ECMAScript expression, with all below it, and
+    // returns how many entries matched. The maps in a list share the list's path; the elements of a list are never
+    // erased. A bad expression throws std::regex_error before anything is erased.
+    std::uint64_t erasePathRegEx(const std::string& pattern, bool caseInsensitive = false);
+
+    // "(key=value),(key=value)" in key order.
+    std::string toString() const;
+
+    bool operator==(const xoVariantMapImpl& other) const;
+    bool operator!=(const xoVariantMapImpl& other) const { return !(*this == other); }
+    bool operator<(const xoVariantMapImpl& other) const;
+
+private:
+    struct Merge;
+
+    Container mEntries;
+};
+
+// The walk of erasePathRegEx with an expression that the caller has compiled, from a place whose path is already known:
+// the prefix stands before every key.
+class XOSYSTEM_API xoVariantUtils {
+public:
+    // Throws std::regex_error with error_stack at a path that is too long for the runtime's recursive matcher; the
+    // entries before it in key order have been dealt with.
+    static std::uint64_t ErasePathRegExImplRecurse(xoVariant::xoVariantMapImpl& map, const std::regex& expression,
+                                                   const std::string& prefix);
+    static std::uint64_t ErasePathRegExImplRecurse(xoVariant::xoVariantListImpl& list, const std::regex& expression,
+                                                   const std::string& prefix);
+};
+
+}  // namespace xo
+
+#endif

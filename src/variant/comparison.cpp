@@ -1,0 +1,152 @@
+#include <cstring>
+
+#include "variant/treeCursor.h"
+
+namespace xo {
+namespace {
+
+using variant::TreeCursor;
+
+template <class T>
+int order(const T& a, const T& b) {
+    return a < b ? -1 : b < a ? 1 : 0;
+}
+
+int orderOfStrings(const std::vector<std::string>& a, const std::vector<std::string>& b) {
+    for (std::size_t i = 0; i < a.size() && i < b.size(); ++i)
+        if (const int result = a[i].compare(b[i])) return result;
+    return order(a.size(), b.size());
+}
+
+int orderOfBytes(const double* a, const double* b, std::size_t count) {
+    return std::memcmp(a, b, count * sizeof(double));
+}
+
+int orderOfNumbers(const xoVariant& a, const xoVariant& b) {
+    switch (a.getType()) {
+        case xoVariant::VEC2D: return orderOfBytes(a.getVec2d(), b.getVec2d(), 2);
+        case xoVariant::VEC3D: return orderOfBytes(a.getVec3d(), b.getVec3d(), 3);
+        case xoVariant::VEC4D: return orderOfBytes(a.getVec4d(), b.getVec4d(), 4);
+        case xoVariant::MAT3D: return orderOfBytes(a.getMat3d(), b.getMat3d(), 9);
+        case xoVariant::MAT4D: return orderOfBytes(a.getMat4d(), b.getMat4d(), 16);
+        default: return 0;
+    }
+}
+
+// Both rules below look at values of one type that are no containers. Each difference that they find decides.
+
+struct EqualityRule {
+    static bool mayMatch(std::size_t a, std::size_t b) { return a == b; }
+    static int keys(const std::string& a, const std::string& b) { return a == b ? 0 : 1; }
+
+    static int leaves(const xoVariant& a, const xoVariant& b) {
+        switch (a.getType()) {
+            case xoVariant::INTEGER:
+            case xoVariant::DATETIME: return a.toInteger() == b.toInteger() ? 0 : 1;
+            case xoVariant::BOOL: return a.toBool() == b.toBool() ? 0 : 1;
+            case xoVariant::REAL: return a.toReal() == b.toReal() ? 0 : 1;
+            case xoVariant::STRING: return a.getString() == b.getString() ? 0 : 1;
+            case xoVariant::STRINGLIST: return a.getStringList() == b.getStringList() ? 0 : 1;
+            case xoVariant::USERDATA: return sameUserData(a.getUserData(), b.getUserData()) ? 0 : 1;
+            default: return orderOfNumbers(a, b);
+        }
+    }
+
+    static bool sameUserData(const xoVariant::UserDataInterface* a, const xoVariant::UserDataInterface* b) {
+        return a != nullptr && b != nullptr ? a->equals(*b) : a == b;
+    }
+};
+
+struct OrderRule {
+    static bool mayMatch(std::size_t, std::size_t) { return true; }
+    static int keys(const std::string& a, const std::string& b) { return a.compare(b); }
+
+    static int leaves(const xoVariant& a, const xoVariant& b) {
+        switch (a.getType()) {
+            case xoVariant::INTEGER:
+            case xoVariant::DATETIME: return order(a.toInteger(), b.toInteger());
+            case xoVariant::BOOL: return order(a.toBool(), b.toBool());
+            case xoVariant::REAL: return order(a.toReal(), b.toReal());
+            case xoVariant::STRING: return a.getString().compare(b.getString());
+            case xoVariant::STRINGLIST: return orderOfStrings(a.getStringList(), b.getStringList());
+            case xoVariant::USERDATA: return orderOfUserData(a.getUserData(), b.getUserData());
+            default: return orderOfNumbers(a, b);
+        }
+    }
+
+    static int orderOfUserData(const xoVariant::UserDataInterface* a, const xoVariant::UserDataInterface* b) {
+        const std::less<> before;
+        return before(a, b) ? -1 : before(b, a) ? 1 : 0;
+    }
+};
+
+std::size_t sizeOf(const xoVariant& container) {
+    return container.getType() == xoVariant::MAP ? container.getMap().size() : container.getList().size();
+}
+
+// The first difference of two lists or two maps, in the order of their elements; 0 where there is none. The values that
+// are containers are entered from here, without recursion.
+template <class Rule>
+int compareTrees(TreeCursor a, TreeCursor b) {
+    std::vector<std::pair<TreeCursor, TreeCursor>> around;
+    for (;;) {
+        if (a.atEnd() || b.atEnd()) {
+            if (const int result = order(b.atEnd(), a.atEnd())) return result;
+            if (around.empty()) return 0;
+            std::tie(a, b) = around.back();
+            around.pop_back();
+            continue;
+        }
+        if (a.isOnMap())
+            if (const int result = Rule::keys(a.key(), b.key())) return result;
+        const xoVariant& left = a.value();
+        const xoVariant& right = b.value();
+        a.advance();
+        b.advance();
+        if (left.getType() != right.getType()) return left.getType() < right.getType() ? -1 : 1;
+        if (!variant::isContainer(left)) {
+            if (const int result = Rule::leaves(left, right)) return result;
+            continue;
+        }
+        if (!Rule::mayMatch(sizeOf(left), sizeOf(right))) return 1;
+        around.emplace_back(a, b);
+        a = TreeCursor::into(left);
+        b = TreeCursor::into(right);
+    }
+}
+
+template <class Rule>
+int compareValues(const xoVariant& a, const xoVariant& b) {
+    if (a.getType() != b.getType()) return a.getType() < b.getType() ? -1 : 1;
+    if (!variant::isContainer(a)) return Rule::leaves(a, b);
+    if (!Rule::mayMatch(sizeOf(a), sizeOf(b))) return 1;
+    return compareTrees<Rule>(TreeCursor::into(a), TreeCursor::into(b));
+}
+
+}  // namespace
+
+bool xoVariant::operator==(const xoVariant& other) const {
+    return compareValues<EqualityRule>(*this, other) == 0;
+}
+
+bool xoVariant::operator<(const xoVariant& other) const {
+    return compareValues<OrderRule>(*this, other) < 0;
+}
+
+bool xoVariant::xoVariantListImpl::operator==(const xoVariantListImpl& other) const {
+    return size() == other.size() && compareTrees<EqualityRule>(TreeCursor(*this), TreeCursor(other)) == 0;
+}
+
+bool xoVariant::xoVariantListImpl::operator<(const xoVariantListImpl& other) const {
+    return compareTrees<OrderRule>(TreeCursor(*this), TreeCursor(other)) < 0;
+}
+
+bool xoVariant::xoVariantMapImpl::operator==(const xoVariantMapImpl& other) const {
+    return size() == other.size() && compareTrees<EqualityRule>(TreeCursor(*this), TreeCursor(other)) == 0;
+}
+
+bool xoVariant::xoVariantMapImpl::operator<(const xoVariantMapImpl& other) const {
+    return compareTrees<OrderRule>(TreeCursor(*this), TreeCursor(other)) < 0;
+}
+
+}  // namespace xo

@@ -1,0 +1,25 @@
+#include "variant/textForm.h"
+#include "xoSystem/xoVariant.h"
+
+namespace xo {
+
+xoVariant& xoVariant::xoVariantListImpl::push_back(const xoVariant& value) {
+    return push_back(xoVariant(value));
+}
+
+xoVariant& xoVariant::xoVariantListImpl::push_back(xoVariant&& value) {
+    return mElements.emplace_back(std::move(value));
+}
+
+xoVariant::xoVariantListImpl& xoVariant::xoVariantListImpl::operator<<(const xoVariant& value) {
+    push_back(value);
+    return *this;
+}
+
+std::string xoVariant::xoVariantListImpl::toString(std::string_view separator) const {
+    std::string text;
+    variant::appendTree(text, variant::TreeCursor(*this), separator);
+    return text;
+}
+
+}  // namespace xo

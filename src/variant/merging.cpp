@@ -1,0 +1,164 @@
+#include "variant/treeCursor.h"
+#include "xoSystem/xoVariant.h"
+
+namespace xo {
+
+using Map = xoVariant::xoVariantMapImpl;
+using List = xoVariant::xoVariantListImpl;
+
+// One multi-value insertion. Maps that meet inside wait until the level above is done, so that none is too deep.
+struct Map::Merge {
+    bool asList;
+    std::vector<std::pair<Map*, xoVariant>> waiting = {};  // a map, and the MAP whose entries go into it
+
+    void combine(xoVariant& existing, xoVariant&& added);
+    bool combineAlike(xoVariant& existing, xoVariant& added);
+    void takeEntries(Map& target, Map& source);
+    void finish();
+};
+
+void Map::Merge::combine(xoVariant& existing, xoVariant&& added) {
+    if (!asList && combineAlike(existing, added)) return;
+    if (existing.getType() != LIST) {
+        List list;
+        list.reserve(2);
+        list.push_back(std::move(existing));
+        existing = std::move(list);
+    }
+    existing.editList().push_back(std::move(added));
+}
+
+bool Map::Merge::combineAlike(xoVariant& existing, xoVariant& added) {
+    if (existing.getType() == MAP && added.getType() == MAP) {
+        waiting.emplace_back(&existing.editMap(), std::move(added));
+        return true;
+    }
+    if (added.getType() != STRING) return false;
+    if (existing.getType() == STRING) {
+        std::vector<std::string> strings;
+        strings.reserve(2);
+        strings.push_back(std::move(existing.editString()));
+        existing = std::move(strings);
+    }
+    if (existing.getType() != STRINGLIST) return false;
+    existing.editStringList().push_back(std::move(added.editString()));
+    return true;
+}
+
+void Map::Merge::takeEntries(Map& target, Map& source) {
+    while (!source.mEntries.empty()) {
+        auto result = target.mEntries.insert(source.mEntries.extract(source.mEntries.begin()));
+        if (!result.inserted) combine(result.position->second, std::move(result.node.mapped()));
+    }
+}
+
+void Map::Merge::finish() {
+    while (!waiting.empty()) {
+        auto [target, source] = std::move(waiting.back());
+        waiting.pop_back();
+        takeEntries(*target, source.editMap());
+    }
+}
+
+void Map::multiInsert(std::string_view key, const xoVariant& value, bool asList) {
+    multiInsertAndDestroy(key, xoVariant(value), asList);
+}
+
+void Map::multiInsertAndDestroy(std::string_view key, xoVariant& value, bool asList) {
+    xoVariant added(std::move(value));
+    const auto at = mEntries.lower_bound(key);
+    if (at == mEntries.end() || at->first != key) {
+        mEntries.emplace_hint(at, key, std::move(added));
+        return;
+    }
+    Merge merge{asList};
+    merge.combine(at->second, std::move(added));
+    merge.finish();
+}
+
+void Map::mergeWith(const Map& other, bool asList) {
+    Map copy(other);
+    Merge merge{asList};
+    merge.takeEntries(*this, copy);
+    merge.finish();
+}
+
+namespace {
+
+// The leaves of a tree under their joined keys, in the order of the walk.
+class Flattening {
+public:
+    explicit Flattening(char separator) : mSeparator(separator) {}
+
+    void walk(const Map& map) {
+        mLevel = {variant::TreeCursor(map), 0};
+        for (;;) {
+            if (!mLevel.cursor.atEnd()) {
+                mPath.resize(mLevel.prefix);
+                visit();
+            } else if (!mAround.empty()) {
+                mLevel = mAround.back();
+                mAround.pop_back();
+            } else {
+                return;
+            }
+        }
+    }
+
+    std::vector<std::pair<std::string, xoVariant>> takeLeaves() { return std::move(mLeaves); }
+
+private:
+    struct Level {
+        variant::TreeCursor cursor;
+        std::size_t prefix = 0;  // how much of the path stands before the keys of this level
+    };
+
+    void visit() {
+        const bool inMap = mLevel.cursor.isOnMap();
+        const xoVariant& value = mLevel.cursor.value();
+        if (inMap) mPath += mLevel.cursor.key();
+        mLevel.cursor.advance();
+        if (!inMap) {  // a list was entered for its maps, which share its path
+            if (value.getType() == xoVariant::MAP) enter(value);
+        } else if (value.getType() == xoVariant::MAP) {
+            mPath += mSeparator;
+            enter(value);
+        } else if (value.getType() == xoVariant::LIST) {
+            visitList(value);
+        } else {
+            mLeaves.emplace_back(mPath, value);
+        }
+    }
+
+    void visitList(const xoVariant& value) {
+        List rest;
+        for (const xoVariant& element : value.getList())
+            if (element.getType() != xoVariant::MAP) rest.push_back(element);
+        const bool hasMaps = rest.size() != value.getList().size();
+        if (!hasMaps || !rest.empty()) mLeaves.emplace_back(mPath, std::move(rest));
+        if (!hasMaps) return;
+        mPath += mSeparator;
+        enter(value);
+    }
+
+    void enter(const xoVariant& container) {
+        mAround.push_back(mLevel);
+        mLevel = {variant::TreeCursor::into(container), mPath.size()};
+    }
+
+    char mSeparator;
+    std::string mPath;
+    Level mLevel = {};
+    std::vector<Level> mAround;
+    std::vector<std::pair<std::string, xoVariant>> mLeaves;
+};
+
+}  // namespace
+
+void Map::toFlattenMap(Map& out, char separator) const {
+    Flattening flattening(separator);
+    flattening.walk(*this);  // to its end, before out may change what is walked on
+    for (auto& [path, value] : flattening.takeLeaves()) out.multiInsertAndDestroy(path, value, false);
+}
+
+}  // namespace xo

@@ -1,0 +1,54 @@
+#include "variant/pathKeys.h"
+#include "xoSystem/xoVariant.h"
+
+namespace xo {
+
+using Map = xoVariant::xoVariantMapImpl;
+
+const xoVariant* Map::findPath(const char* path, char separator) const {
+    if (path == nullptr) return nullptr;
+    std::string_view rest(path);
+    std::string_view key;
+    const Map* map = this;
+    while (variant::takeKey(rest, separator, key)) {
+        const auto found = map->mEntries.find(key);
+        if (found == map->mEntries.end() || found->second.getType() != MAP) return nullptr;
+        map = &found->second.getMap();
+    }
+    const auto found = map->mEntries.find(key);
+    return found != map->mEntries.end() ? &found->second : nullptr;
+}
+
+xoVariant* Map::findPath(const char* path, char separator) {
+    return const_cast<xoVariant*>(std::as_const(*this).findPath(path, separator));
+}
+
+xoVariant Map::getValuePath(const char* path, const xoVariant& defaultValue, char separator) const {
+    const xoVariant* const found = findPath(path, separator);
+    return found != nullptr ? *found : defaultValue;
+}
+
+xoVariant& Map::editValuePath(const char* path, const xoVariant& defaultValue, char separator) {
+    if (path == nullptr) {
+        thread_local xoVariant scratch;
+        return scratch = defaultValue;
+    }
+    std::string_view rest(path);
+    std::string_view key;
+    Map* map = this;
+    // The one value that a map takes the place of (all below it is new) lives to the end: the path's text and the
+    // default may be part of it.
+    xoVariant lost;
+    const xoVariant* fill = &defaultValue;
+    while (variant::takeKey(rest, separator, key)) {
+        xoVariant& value = (*map)[key];
+        if (value.getType() != MAP) {
+            if (&value == fill) fill = &lost;
+            if (!value.isNull()) lost.swap(value);
+        }
+        map = &value.editMap();
+    }
+    return map->editValue(key, *fill);
+}
+
+}  // namespace xo
