@@ -3,12 +3,10 @@
 #include <charconv>
 #include <limits>
 
+#include "text/ascii.h"
+
 namespace xo::text {
 namespace {
-
-bool isSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 // Skips white space and takes a sign; the rest must begin with the number itself.
 const char* skipToDigits(const char* at, const char* end, bool& negative) {
