@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "text/numberText.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
@@ -44,10 +45,10 @@ std::string xoStringUtils::fromFloat(float value, int precision) {
 
 std::string xoStringUtils::fromFloat(double value, int precision) {
     constexpr int kMostDigits = 767;  // of any double; more precision changes nothing
-    char text[kMostDigits + 16];      // sign, "0.000" and exponent
+    constexpr int kRoom = text::kRealRoom + kMostDigits;
+    char text[kRoom];
     const int digits = precision < 0 ? 6 : (std::min)(precision, kMostDigits);
-    const auto result = std::to_chars(text, std::end(text), value, std::chars_format::general, digits);
-    return {text, result.ptr};
+    return {text, text::printReal(text, value, digits, kRoom)};
 }
 
 std::string xoStringUtils::roundNumber(double value, unsigned char digits, char decimalPoint, bool keepZeros,
