@@ -28,7 +28,7 @@ namespace xo {
 
 class XOSYSTEM_API xoStringUtils {
 public:
-    enum xoCharSet {
+    enum xoCharSet : int {
         CharSetNative = 0,  // the process's ANSI code page
         CharSetUtf8 = 1,
         CharSetAscii = 2,  // what the classic locale converts: one byte a character

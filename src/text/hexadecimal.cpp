@@ -1,10 +1,9 @@
-#include <emmintrin.h>
-
 #include <array>
 #include <cstring>
 #include <functional>
 #include <string_view>
 
+#include "text/blocks.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
@@ -44,7 +43,7 @@ __m128i digitsOf(__m128i values) {
 void encode(const char* data, std::size_t size, char* out) {
     const __m128i lowBits = _mm_set1_epi8(0x0F);
     for (; size >= 16; size -= 16, data += 16, out += 32) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data));
+        const __m128i bytes = text::loadBlock(data);
         const __m128i high = digitsOf(_mm_and_si128(_mm_srli_epi16(bytes, 4), lowBits));
         const __m128i low = digitsOf(_mm_and_si128(bytes, lowBits));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(high, low));

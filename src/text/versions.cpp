@@ -13,6 +13,7 @@ using Components = std::vector<std::uint32_t>;
 
 // Cuts at the dots as Split does: a dot at the very end opens no further component.
 bool parseVersion(std::string_view text, Components& components) {
+    components.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '.')) + 1);
     while (!text.empty()) {
         const std::size_t dot = (std::min)(text.find('.'), text.size());
         std::int64_t number = 0;
