@@ -17,7 +17,7 @@ constexpr char kAsciiFailed[] = "xoStringUtils::fromAscii failed ";
 // Standard output and not the log, because the log itself converts.
 template <class Text>
 Text failed(const char* message) {
-    std::cout << message << std::endl;
+    std::cout << message << '\n' << std::flush;
     return {};
 }
 
