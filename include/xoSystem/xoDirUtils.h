@@ -1,0 +1,157 @@
+// xoDirUtils: paths, folders and files by UTF-8 name.
+//
+//     std::string error;
+//     if (!xoDirUtils::MkpathUtf8(folder) || !xoDirUtils::RenameFileUtf8(made, folder + "/report.csv", &error))
+//         return show(error);
+//
+// Every path is UTF-8, with "/" or "\" between its names, absolute or relative to the working directory. Paths beyond
+// 260 characters work wherever the operating system takes them. A path with a NUL inside names no file: it is never
+// found and never made.
+//
+// All functions may be called from any thread; the working directory is one for the whole process.
+//
+// Nothing throws. A failure gives false, an empty text or 0. A std::string* that is not null then receives the reason;
+// success leaves it as it was.
+#ifndef XOSYSTEM_XODIRUTILS_H
+#define XOSYSTEM_XODIRUTILS_H
+
+#include <cstdint>
+#include <string>
+
+#include "xoSystem/xoExport.h"
+
+namespace xo {
+
+// What GetFileInfoUtf8 finds out about one file or folder.
+struct XOSYSTEM_API xoFileInfoUtf8 {
+    xoFileInfoUtf8() { clearInfos(); }
+
+    // Empties the path and zeroes the rest.
+    void clearInfos();
+
+    // Whether every field is equal; the paths are compared byte for byte.
+    bool operator==(const xoFileInfoUtf8& other) const;
+    bool operator!=(const xoFileInfoUtf8& other) const { return !(*this == other); }
+
+    std::string path;               // as it was asked for
+    std::int64_t accessTime;        // seconds since 1970-01-01 UTC, as the next two
+    std::int64_t creationTime;      //
+    std::int64_t modificationTime;  //
+    std::uint64_t size;             // bytes; 0 for a folder
+    bool exists : 1;
+    bool hasType : 1;  // whether it is known to be a file, a folder or a device; set for all that exists
+    bool isDirectory : 1;
+};
+
+class XOSYSTEM_API xoDirUtils {
+public:
+    xoDirUtils() = delete;
+
+    // ---- working directory and program ----
+
+    // Windows takes no working directory beyond 258 characters, unless the program declares itself aware of long paths.
+    static bool SetCurrentWorkingDirUtf8(const std::string& path);
+    static std::string GetCurrentWorkingDirUtf8();
+
+    // The folder of the running executable, with backslashes and no separator at the end except after a bare drive.
+    // On failure the argument stays as it is.
+    static bool GetFolderOfCurrentProcessUtf8(std::string& folder);
+
+    // ---- paths as text ----
+
+    // With backslashes, "." and ".." resolved, and a separator at the end if there was one. The path need not exist.
+    static std::string GetAbsolutePathUtf8(const std::string& path);
+
+    // As PathIsRelativeW sees it: what begins with a backslash or a drive is not relative, what begins with "/" is.
+    static bool IsPathRelativeUtf8(const std::string& path);
+
+    // The path without its last name, with "/" between the others: "C:\a\b\c.txt" gives "C:/a/b". One separator at the
+    // end does not count: "C:/a/b/" gives "C:/a". Empty for a single name.
+    static std::string GetParentPathUtf8(const std::string& path);
+
+    // The path with each name in the case in which the disk holds it, short 8.3 names in their long form, and an
+    // upper-case drive letter. Separators and "." and ".." stay as given, and so does all from the first name that does
+    // not exist.
+    static std::string GetActualPathNameUtf8(const std::string& path);
+
+    // ---- known folders, without a separator at the end; empty when the system has none ----
+
+    static std::string GetFontFolderUtf8();
+    static std::string GetCommonAppDataFolderUtf8();  // for all users
+    static std::string GetAppDataFolderUtf8();        // of this user, roaming
+    static std::string GetPicturesFolderUtf8();
+    static std::string GetDocumentsFolderUtf8();
+
+    // What TEMP holds, else the system's answer, with "/" between the names. A separator at the end is dropped, except
+    // after a bare drive.
+    static std::string GetTempFolderUtf8();
+
+    // The path of a file that does not exist, in a folder that must exist and be writable; an empty folder stands for
+    // GetTempFolderUtf8(). The name is made of the first three characters of the prefix, a number in hexadecimal and
+    // ".tmp", or the extension given (with or without its point; an empty one leaves the name without any). The path
+    // has backslashes. It is empty on failure, and for a prefix or extension that could not stand in a file name.
+    //
+    // Only the name is returned, no file is left behind: within this process no number comes twice before all 65535
+    // have, whatever thread asks, but another process may take the name before the caller does.
+    static std::string GetTempFileUtf8(const std::string& folder, const std::string& prefix);
+    static std::string GetTempFileUtf8(const std::string& folder, const std::string& prefix,
+                                       const std::string& extension);
+
+    // ---- existence and information ----
+
+    // Files, folders and devices all count. Links are followed: one that leads nowhere does not exist. A file that
+    // another program holds open exists, however it is held. A separator at the end is taken for a folder, not for a
+    // file.
+    static bool FileExistsUtf8(const std::string& path);
+
+    // Folders, drives and links to folders. Links are not followed.
+    static bool DirExistsUtf8(const std::string& path);
+
+    // Fills info anew. What FileExistsUtf8 denies leaves all but the path cleared. A file system without access or
+    // creation times gives the modification time for them.
+    static void GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info);
+
+    // The bytes that the caller may still write to the volume of a path. Of a path that is no folder, or not one yet,
+    // the nearest folder above it counts; of a network path its share. The error is emptied on success, and holds
+    // "GetDiskFreeSpaceExW error " and the code on failure, so that a full volume and a failure differ.
+    static std::uint64_t GetAvailableDiskSizeUtf8(const std::string& path, std::string& error);
+
+    // ---- changing files and folders ----
+
+    // Renames or moves, to another volume too (files only), and replaces a file that is there.
+    // Error: "MoveFileExW error " and the code.
+    static bool RenameFileUtf8(const std::string& from, const std::string& to, std::string* error = nullptr);
+
+    // Reads as CopyFileW: true, the default, never touches a file that is there; false replaces it.
+    static bool CopyFileUtf8(const std::string& from, const std::string& to, bool failIfExists = true);
+
+    // A missing file, a read-only one and a folder all give false.
+    static bool RemoveFileUtf8(const std::string& path);
+
+    // Makes every folder of the path that is missing. True when the whole path then is a folder; a file in the way
+    // gives false, and what was made before it stays. An empty path stands for the working directory.
+    static bool MkpathUtf8(const std::string& path);
+
+    // Deletes all that a folder holds, read-only files and whole trees of any depth included, and with
+    // removeFolderItself the emptied folder too. A link among what it holds is removed itself; what it leads to is
+    // never touched. If the folder given is a link, the folder behind it is cleared, but with removeFolderItself only
+    // the link goes.
+    //
+    // Files go before the folders beside them, a folder after what it held. A failed deletion does not keep the rest
+    // from being deleted; the result is false and the error is that of the first failure: "FindFirstFileW error " and
+    // the code (a missing folder, for one), "DeleteFileW error " with the code, " for " and the path, or
+    // "RemoveDirectoryW error " and the code.
+    //
+    // Another thread may set *cancel at any time. It is looked at before each folder is read and before each entry is
+    // deleted; once it is true nothing more is deleted, and the result is false with the error "Canceled".
+    static bool ClearFolderUtf8(const std::string& folder, bool removeFolderItself = false,
+                                std::string* error = nullptr, const bool* cancel = nullptr);
+
+    // Gives everyone full access to one file or folder; what a folder holds keeps its own permissions. All permissions
+    // that were set before are replaced.
+    static bool GrantAllFilePermissionsUtf8(const std::string& path);
+};
+
+}  // namespace xo
+
+#endif

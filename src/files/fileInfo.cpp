@@ -1,0 +1,126 @@
+// What is there, how big, how old; and how much room is left.
+#include <algorithm>
+
+#include "files/pathParts.h"
+#include "platform/handle.h"
+#include "platform/wideText.h"
+#include "xoSystem/xoDirUtils.h"
+
+namespace xo {
+namespace {
+
+using platform::toApiPath;
+
+struct Facts {
+    DWORD attributes;
+    FILETIME accessed;
+    FILETIME created;
+    FILETIME modified;
+    std::uint64_t size;
+};
+
+// The three structures of Windows that tell about a file share these names.
+template <class Source>
+Facts factsOf(const Source& source) {
+    return {source.dwFileAttributes, source.ftLastAccessTime, source.ftCreationTime, source.ftLastWriteTime,
+            (std::uint64_t{source.nFileSizeHigh} << 32) | source.nFileSizeLow};
+}
+
+// Of a file that cannot be opened even for its attributes, such as the paging file.
+bool readFromFolder(const std::wstring& path, Facts& facts) {
+    WIN32_FIND_DATAW found;
+    if (!platform::FindHandle(::FindFirstFileW(path.c_str(), &found))) return false;
+    facts = factsOf(found);
+    return true;
+}
+
+// Of what a link leads to.
+bool readTarget(const std::wstring& path, Facts& facts) {
+    const platform::FileHandle file(::CreateFileW(
+        path.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+        /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, /*hTemplateFile=*/nullptr));
+    BY_HANDLE_FILE_INFORMATION target;
+    if (!file || !::GetFileInformationByHandle(file.get(), &target)) return false;
+    facts = factsOf(target);
+    return true;
+}
+
+bool readFacts(const std::wstring& path, Facts& facts) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!::GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data))
+        return ::GetLastError() == ERROR_SHARING_VIOLATION && readFromFolder(path, facts);
+    if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return readTarget(path, facts);
+    facts = factsOf(data);
+    return true;
+}
+
+// FILETIME counts 100 ns since 1601; 0 stands for a time that the file system does not keep.
+std::int64_t toUnixSeconds(const FILETIME& time, std::int64_t unknown) {
+    constexpr std::uint64_t ticksPerSecond = 10'000'000;
+    constexpr std::int64_t from1601To1970 = 11'644'473'600;
+    const std::uint64_t ticks = (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+    return ticks == 0 ? unknown : static_cast<std::int64_t>(ticks / ticksPerSecond) - from1601To1970;
+}
+
+}  // namespace
+
+void xoFileInfoUtf8::clearInfos() {
+    path.clear();
+    accessTime = creationTime = modificationTime = 0;
+    size = 0;
+    exists = hasType = isDirectory = false;
+}
+
+bool xoFileInfoUtf8::operator==(const xoFileInfoUtf8& other) const {
+    return accessTime == other.accessTime && creationTime == other.creationTime &&
+           modificationTime == other.modificationTime && size == other.size && exists == other.exists &&
+           hasType == other.hasType && isDirectory == other.isDirectory && path == other.path;
+}
+
+bool xoDirUtils::FileExistsUtf8(const std::string& path) {
+    Facts facts;
+    return readFacts(toApiPath(path), facts);
+}
+
+bool xoDirUtils::DirExistsUtf8(const std::string& path) {
+    const DWORD attributes = ::GetFileAttributesW(toApiPath(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+void xoDirUtils::GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info) {
+    const std::string asked = path;  // which may be info's own
+    info.clearInfos();
+    info.path = asked;
+
+    Facts facts;
+    if (!readFacts(toApiPath(asked), facts)) return;
+    info.exists = info.hasType = true;
+    info.isDirectory = (facts.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    info.modificationTime = toUnixSeconds(facts.modified, 0);
+    info.accessTime = toUnixSeconds(facts.accessed, info.modificationTime);
+    info.creationTime = toUnixSeconds(facts.created, info.modificationTime);
+    info.size = info.isDirectory ? 0 : facts.size;
+}
+
+std::uint64_t xoDirUtils::GetAvailableDiskSizeUtf8(const std::string& path, std::string& error) {
+    std::wstring folder = files::toExtendedPath(platform::toWide(path));
+    const std::size_t root = files::rootLength(folder);
+    if (files::isNetworkPath(folder)) {  // a server that does not answer is to be asked only once
+        folder.resize(root);
+        if (!files::isSeparator(folder.back())) folder += L'\\';
+    }
+    for (;;) {
+        ULARGE_INTEGER available;
+        if (!folder.empty() && ::GetDiskFreeSpaceExW(folder.c_str(), &available, nullptr, nullptr)) {
+            error.clear();
+            return available.QuadPart;
+        }
+        if (folder.size() <= root) break;
+        folder.resize((std::max)(root, folder.find_last_of(L'\\')));
+    }
+    const DWORD code = folder.empty() ? ERROR_INVALID_NAME : ::GetLastError();
+    error = "GetDiskFreeSpaceExW error " + std::to_string(code);
+    return 0;
+}
+
+}  // namespace xo

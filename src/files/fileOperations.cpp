@@ -1,0 +1,60 @@
+// Single files renamed, copied and removed; folders made.
+#include <algorithm>
+
+#include "files/pathParts.h"
+#include "platform/wideText.h"
+#include "platform/windows.h"
+#include "xoSystem/xoDirUtils.h"
+
+namespace xo {
+namespace {
+
+using platform::toApiPath;
+
+bool isFolder(const wchar_t* path) {
+    const DWORD attributes = ::GetFileAttributesW(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// Someone else may make the folder between the question and the call, so the question comes again after a failure.
+bool ensureFolder(const wchar_t* path) {
+    return isFolder(path) || ::CreateDirectoryW(path, nullptr) || isFolder(path);
+}
+
+}  // namespace
+
+bool xoDirUtils::RenameFileUtf8(const std::string& from, const std::string& to, std::string* error) {
+    constexpr DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED;
+    const std::wstring source = toApiPath(from);
+    const std::wstring target = toApiPath(to);
+    if (::MoveFileExW(source.c_str(), target.c_str(), flags)) return true;
+    const DWORD code = ::GetLastError();
+    if (error != nullptr) *error = "MoveFileExW error " + std::to_string(code);
+    return false;
+}
+
+bool xoDirUtils::CopyFileUtf8(const std::string& from, const std::string& to, bool failIfExists) {
+    return ::CopyFileW(toApiPath(from).c_str(), toApiPath(to).c_str(), failIfExists ? TRUE : FALSE) != FALSE;
+}
+
+bool xoDirUtils::RemoveFileUtf8(const std::string& path) {
+    return ::DeleteFileW(toApiPath(path).c_str()) != FALSE;
+}
+
+bool xoDirUtils::MkpathUtf8(const std::string& path) {
+    if (path.empty()) return true;
+    std::wstring folder = toApiPath(path);
+    if (folder.empty()) return false;
+    if (isFolder(folder.c_str())) return true;
+
+    std::replace(folder.begin(), folder.end(), L'/', L'\\');
+    const std::size_t root = files::rootLength(folder);
+    for (std::size_t at = root; at < folder.size();) {
+        const std::size_t end = (std::min)(folder.find(L'\\', at), folder.size());
+        if (!ensureFolder(folder.substr(0, end).c_str())) return false;
+        at = (std::min)(folder.find_first_not_of(L'\\', end), folder.size());
+    }
+    return root < folder.size();  // a drive or share alone cannot be made
+}
+
+}  // namespace xo

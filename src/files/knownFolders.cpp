@@ -1,0 +1,59 @@
+// Folders that the system knows by number, and the one for temporary files.
+#include <shlobj.h>
+
+#include <algorithm>
+
+#include "files/pathParts.h"
+#include "platform/wideText.h"
+#include "xoSystem/xoDirUtils.h"
+
+namespace xo {
+namespace {
+
+constexpr DWORD kTempPathRoom = 2048;
+constexpr DWORD kLongestTempPath = 260;
+
+std::string knownFolder(int id) {
+    wchar_t path[MAX_PATH];
+    if (FAILED(::SHGetFolderPathW(nullptr, id, nullptr, 0, path))) return {};
+    return platform::toUtf8(path);
+}
+
+std::wstring systemTempFolder() {
+    wchar_t path[kTempPathRoom];
+    const DWORD length = ::GetTempPathW(kTempPathRoom, path);
+    if (length == 0 || length > kLongestTempPath) return {};
+    return {path, length};
+}
+
+}  // namespace
+
+std::string xoDirUtils::GetFontFolderUtf8() {
+    return knownFolder(CSIDL_FONTS);
+}
+
+std::string xoDirUtils::GetCommonAppDataFolderUtf8() {
+    return knownFolder(CSIDL_COMMON_APPDATA);
+}
+
+std::string xoDirUtils::GetAppDataFolderUtf8() {
+    return knownFolder(CSIDL_APPDATA);
+}
+
+std::string xoDirUtils::GetPicturesFolderUtf8() {
+    return knownFolder(CSIDL_MYPICTURES);
+}
+
+std::string xoDirUtils::GetDocumentsFolderUtf8() {
+    return knownFolder(CSIDL_PERSONAL);
+}
+
+std::string xoDirUtils::GetTempFolderUtf8() {
+    std::wstring folder = platform::readWide(
+        [](wchar_t* buffer, DWORD size) { return ::GetEnvironmentVariableW(L"TEMP", buffer, size); });
+    if (folder.empty()) folder = systemTempFolder();
+    std::replace(folder.begin(), folder.end(), L'\\', L'/');
+    return platform::toUtf8(files::withoutTrailingSeparators(folder));
+}
+
+}  // namespace xo

@@ -1,0 +1,75 @@
+#include "files/pathParts.h"
+
+#include "platform/wideText.h"
+#include "platform/windows.h"
+
+namespace xo::files {
+namespace {
+
+constexpr std::size_t kDevicePrefix = 4;   // "\\?\" or "\\.\"
+constexpr std::size_t kNetworkPrefix = 8;  // "\\?\UNC\"
+
+bool hasDevicePrefix(std::wstring_view path) {
+    return path.size() >= kDevicePrefix && isSeparator(path[0]) && isSeparator(path[1]) &&
+           (path[2] == L'?' || path[2] == L'.') && isSeparator(path[3]);
+}
+
+bool hasNetworkPrefix(std::wstring_view path) {
+    if (path.size() < kNetworkPrefix || !hasDevicePrefix(path) || !isSeparator(path[7])) return false;
+    return ::CompareStringOrdinal(path.data() + kDevicePrefix, 3, L"UNC", 3, TRUE) == CSTR_EQUAL;
+}
+
+std::size_t pastName(std::wstring_view path, std::size_t at) {
+    while (at < path.size() && !isSeparator(path[at])) ++at;
+    return at;
+}
+
+std::size_t pastSeparators(std::wstring_view path, std::size_t at) {
+    while (at < path.size() && isSeparator(path[at])) ++at;
+    return at;
+}
+
+}  // namespace
+
+std::size_t rootLength(std::wstring_view path) {
+    std::size_t at = 0;
+    int names = 0;  // that belong to the root
+    if (hasNetworkPrefix(path)) {
+        at = kNetworkPrefix;
+        names = 2;
+    } else if (hasDevicePrefix(path)) {
+        at = kDevicePrefix;
+        names = 1;
+    } else if (path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1])) {
+        at = 2;
+        names = 2;
+    } else if (path.size() >= 2 && path[1] == L':') {
+        at = 2;
+    }
+    for (; names > 0; --names) at = pastName(path, pastSeparators(path, at));
+    return pastSeparators(path, at);
+}
+
+bool isNetworkPath(std::wstring_view path) {
+    if (hasDevicePrefix(path)) return hasNetworkPrefix(path);
+    return path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1]);
+}
+
+std::wstring_view withoutTrailingSeparators(std::wstring_view path) {
+    const std::size_t root = rootLength(path);
+    std::size_t length = path.size();
+    while (length > root && isSeparator(path[length - 1])) --length;
+    return path.substr(0, length);
+}
+
+std::wstring toExtendedPath(const std::wstring& path) {
+    if (path.empty() || path.find(L'\0') != std::wstring::npos) return {};
+    if (hasDevicePrefix(path)) return path;
+    const std::wstring full = platform::readWide(
+        [&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
+    if (full.empty() || hasDevicePrefix(full)) return full;
+    if (isNetworkPath(full)) return LR"(\\?\UNC\)" + full.substr(2);
+    return LR"(\\?\)" + full;
+}
+
+}  // namespace xo::files

@@ -1,0 +1,31 @@
+// Where the names of a path begin, and paths for work inside a tree.
+#ifndef XO_FILES_PATHPARTS_H
+#define XO_FILES_PATHPARTS_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace xo::files {
+
+inline bool isSeparator(wchar_t c) noexcept {
+    return c == L'\\' || c == L'/';
+}
+
+// The length of what stands before the first name, separators included: "C:", "C:\", "\", "\\server\share\",
+// "\\?\C:\", "\\?\UNC\server\share\", "\\.\device\". 0 for a path that begins with a name.
+std::size_t rootLength(std::wstring_view path);
+
+// Whether the path lies on a share: "\\server\...", "\\?\UNC\server\...".
+bool isNetworkPath(std::wstring_view path);
+
+// The path without separators at its end; a root keeps its own.
+std::wstring_view withoutTrailingSeparators(std::wstring_view path);
+
+// The absolute path with backslashes and the "\\?\" prefix, however short it is: what lies below may be long. Empty for
+// a path that names nothing.
+std::wstring toExtendedPath(const std::wstring& path);
+
+}  // namespace xo::files
+
+#endif
