@@ -4,8 +4,9 @@
 //     ...
 //     xo::terminateXoSystem();
 //
-// Calls nest: each initialisation is matched by one termination, and only the outermost termination takes the library down.
-// A host calls both from one thread, initialises before it starts threads and terminates after it has stopped them.
+// Calls nest: each initialisation is matched by one termination, and only the outermost termination takes the library
+// down. A host calls both from one thread, initialises before it starts threads and terminates after it has stopped
+// them.
 #ifndef XOSYSTEM_XOINIT_H
 #define XOSYSTEM_XOINIT_H
 
@@ -28,9 +29,9 @@ inline void initializeXoSystem(int type, bool queryMainDisk = false) {
     initializeXoSystem(static_cast<InitType>(type), queryMainDisk);
 }
 
-// Ends one use; the outermost one takes everything down and destroys the log. There is no floor: a termination too many is
-// remembered, and the next initialisation then sets nothing up. A full initialisation after a basic one is undone with the
-// outermost termination alone.
+// Ends one use; the outermost one takes everything down and destroys the log. There is no floor: a termination too many
+// is remembered, and the next initialisation then sets nothing up. A full initialisation after a basic one is undone
+// with the outermost termination alone.
 XOSYSTEM_API void terminateXoSystem();
 
 // True from the first full initialisation to the outermost termination. Any thread may ask.

@@ -6,11 +6,12 @@
 //         ++shared;
 //     }
 //
-// Every operation may be called from any thread. A thread that owns a lock may lock it again and then unlocks it as often.
-// Nothing here reports an error; only tryLock has a result. Destroying a lock that somebody holds is a fault of the host.
+// Every operation may be called from any thread. A thread that owns a lock may lock it again and then unlocks it as
+// often. Nothing here reports an error; only tryLock has a result. Destroying a lock that somebody holds is a fault of
+// the host.
 //
-// A lock made before initializeXoSystem(InitTypeFull) works, but logs one CRITICAL line, "Mutex created before full init of
-// xoSystem", when there is a log: the library's own services are not safe for threads yet.
+// A lock made before initializeXoSystem(InitTypeFull) works, but logs one CRITICAL line, "Mutex created before full
+// init of xoSystem", when there is a log: the library's own services are not safe for threads yet.
 #ifndef XOSYSTEM_XOMUTEX_H
 #define XOSYSTEM_XOMUTEX_H
 
@@ -51,8 +52,8 @@ private:
     std::unique_ptr<Private> mPrivate;
 };
 
-// An unnamed kernel mutex: slower, but a wait for it can have a limit. It belongs to a thread: an unlock by another thread
-// does nothing.
+// An unnamed kernel mutex: slower, but a wait for it can have a limit. It belongs to a thread: an unlock by another
+// thread does nothing.
 class XO_CAPABILITY("mutex") XOSYSTEM_API xoMutex2 {
 public:
     xoMutex2();
@@ -63,8 +64,8 @@ public:
     // Waits without limit.
     void lock() XO_ACQUIRE();
 
-    // Waits at most timeoutMs milliseconds (0xFFFFFFFF: without limit). False after that time, and also when the thread that
-    // owned the mutex ended without unlocking it: the caller owns it then all the same, and may unlock it.
+    // Waits at most timeoutMs milliseconds (0xFFFFFFFF: without limit). False after that time, and also when the thread
+    // that owned the mutex ended without unlocking it: the caller owns it then all the same, and may unlock it.
     bool tryLock(unsigned int timeoutMs) XO_TRY_ACQUIRE(true);
 
     void unlock() XO_RELEASE();
@@ -77,9 +78,10 @@ private:
 // A named mutex that all processes of the machine share, whoever is logged on.
 class XO_CAPABILITY("mutex") XOSYSTEM_API xoMutexSystem {
 public:
-    // Opens the mutex of that name or creates it. The name is UTF-8; case counts, a backslash counts as a slash, and the
-    // kernel name is "Global\" and the name. Null gives a fresh name that nobody else has. When the system refuses the
-    // mutex (its name belongs to another kind of object, or to a user who denies access), lock and unlock do nothing.
+    // Opens the mutex of that name or creates it. The name is UTF-8; case counts, a backslash counts as a slash, and
+    // the kernel name is "Global\" and the name. Null gives a fresh name that nobody else has. When the system refuses
+    // the mutex (its name belongs to another kind of object, or to a user who denies access), lock and unlock do
+    // nothing.
     explicit xoMutexSystem(const char* name);
     xoMutexSystem(const char* name, impl::WithoutEarlyWarning);
     ~xoMutexSystem();
@@ -103,7 +105,7 @@ public:
 
     // Locks at once only when lockNow is true. Clang's analysis takes such a locker as not locked yet.
     xoMutexLocker(xoMutex& mutex, bool lockNow) XO_EXCLUDES(mutex) XO_NO_THREAD_SAFETY_ANALYSIS : mMutex(mutex),
-                                                                                                 mLocked(lockNow) {
+                                                                                                  mLocked(lockNow) {
         if (lockNow) mMutex.lock();
     }
     ~xoMutexLocker() XO_RELEASE() {
@@ -132,7 +134,8 @@ private:
 };
 
 // A value that all copies of the handle share, each access under a lock that they share too. The last copy to go frees
-// value and lock. Different handles may be used by different threads; one handle is assigned to by one thread at a time.
+// value and lock. Different handles may be used by different threads; one handle is assigned to by one thread at a
+// time.
 template <class T>
 class xoThreadSafePtr {
 public:

@@ -5,8 +5,8 @@
 //     work();
 //     slots.release();
 //
-// Every operation may be called from any thread. Waiting threads are not served in order: a thread that wants much may be
-// overtaken by threads that want little. Nothing here reports an error.
+// Every operation may be called from any thread. Waiting threads are not served in order: a thread that wants much may
+// be overtaken by threads that want little. Nothing here reports an error.
 #ifndef XOSYSTEM_XOSEMAPHORE_H
 #define XOSYSTEM_XOSEMAPHORE_H
 

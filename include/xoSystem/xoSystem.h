@@ -2,11 +2,16 @@
 #ifndef XOSYSTEM_XOSYSTEM_H
 #define XOSYSTEM_XOSYSTEM_H
 
+#include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoExport.h"
+#include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoMutex.h"
 #include "xoSystem/xoSemaphore.h"
+#include "xoSystem/xoStringUtils.h"
+#include "xoSystem/xoVariant.h"
+#include "xoSystem/xoVectorConstants.h"
 #include "xoSystem/xoWaitCondition.h"
 
 #endif

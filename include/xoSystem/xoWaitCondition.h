@@ -3,11 +3,11 @@
 //     xoMutexLocker locker(mutex);
 //     while (queue.empty()) condition.wait(&mutex);
 //
-// Any number of threads may use one object. A wake-up with nobody waiting is forgotten, and a thread may wake for no reason:
-// test what you wait for, in a loop, with the mutex held.
+// Any number of threads may use one object. A wake-up with nobody waiting is forgotten, and a thread may wake for no
+// reason: test what you wait for, in a loop, with the mutex held.
 //
-// Made before initializeXoSystem(InitTypeFull), an object works for life on the older of two implementations and logs one
-// CRITICAL line, "WaitCondition created before full init of xoSystem", when there is a log.
+// Made before initializeXoSystem(InitTypeFull), an object works for life on the older of two implementations and logs
+// one CRITICAL line, "WaitCondition created before full init of xoSystem", when there is a log.
 #ifndef XOSYSTEM_XOWAITCONDITION_H
 #define XOSYSTEM_XOWAITCONDITION_H
 
@@ -27,8 +27,8 @@ public:
     xoWaitCondition(const xoWaitCondition&) = delete;
     xoWaitCondition& operator=(const xoWaitCondition&) = delete;
 
-    // Releases the mutex, which the caller must hold exactly once, waits to be woken, and takes the mutex again in every
-    // case. False when timeoutMs milliseconds (0xFFFFFFFF: no limit) have passed.
+    // Releases the mutex, which the caller must hold exactly once, waits to be woken, and takes the mutex again in
+    // every case. False when timeoutMs milliseconds (0xFFFFFFFF: no limit) have passed.
     bool wait(xoMutex* mutex, unsigned long timeoutMs = 0xFFFFFFFF) XO_REQUIRES(mutex);
 
     // Wakes one of the waiting threads, if there is any.

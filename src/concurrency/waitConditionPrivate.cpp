@@ -10,8 +10,8 @@ decltype(&::WakeConditionVariable) wakeConditionVariable;
 
 template <class Function>
 bool lookUpFunction(const char* name, Function& function) {
-    function = reinterpret_cast<Function>(
-        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleA("kernel32.dll"), name)));
+    function =
+        reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleA("kernel32.dll"), name)));
     return function != nullptr;
 }
 
@@ -30,10 +30,11 @@ private:
 
 bool xoWaitConditionPrivateVista::lookUp() {
     // One "and" without a short cut: every pointer is set, to null where the function is missing.
-    return static_cast<bool>(static_cast<int>(lookUpFunction("InitializeConditionVariable", initializeConditionVariable)) &
-                             static_cast<int>(lookUpFunction("SleepConditionVariableCS", sleepConditionVariable)) &
-                             static_cast<int>(lookUpFunction("WakeAllConditionVariable", wakeAllConditionVariable)) &
-                             static_cast<int>(lookUpFunction("WakeConditionVariable", wakeConditionVariable)));
+    return static_cast<bool>(
+        static_cast<int>(lookUpFunction("InitializeConditionVariable", initializeConditionVariable)) &
+        static_cast<int>(lookUpFunction("SleepConditionVariableCS", sleepConditionVariable)) &
+        static_cast<int>(lookUpFunction("WakeAllConditionVariable", wakeAllConditionVariable)) &
+        static_cast<int>(lookUpFunction("WakeConditionVariable", wakeConditionVariable)));
 }
 
 xoWaitConditionPrivateVista::xoWaitConditionPrivateVista() { initializeConditionVariable(&mCondition); }

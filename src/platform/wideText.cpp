@@ -1,5 +1,6 @@
 #include "platform/wideText.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "platform/windows.h"
@@ -10,9 +11,7 @@ namespace {
 // Directories need room for an 8.3 name below MAX_PATH, so their limit is the one that always holds.
 constexpr std::size_t kShortPathLimit = MAX_PATH - 12;
 
-bool fitsInt(std::size_t size) {
-    return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)());
-}
+bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)()); }
 
 std::wstring widen(UINT codePage, std::string_view text) {
     std::wstring wide;
@@ -34,9 +33,7 @@ std::string narrow(UINT codePage, std::wstring_view wide) {
     return text;
 }
 
-bool startsWith(std::wstring_view text, std::wstring_view prefix) {
-    return text.substr(0, prefix.size()) == prefix;
-}
+bool startsWith(std::wstring_view text, std::wstring_view prefix) { return text.substr(0, prefix.size()) == prefix; }
 
 bool isAbsolute(std::wstring_view path) {
     const auto isSeparator = [](wchar_t c) { return c == L'\\' || c == L'/'; };
@@ -46,25 +43,26 @@ bool isAbsolute(std::wstring_view path) {
 
 }  // namespace
 
-std::wstring toWide(std::string_view utf8) {
-    return widen(CP_UTF8, utf8);
+std::wstring toWide(std::string_view utf8) { return widen(CP_UTF8, utf8); }
+
+std::string toUtf8(std::wstring_view wide) { return narrow(CP_UTF8, wide); }
+
+std::string toNative(std::string_view utf8, std::size_t maxBytes) {
+    const std::wstring wide = toWide(utf8);
+    std::wstring_view kept(wide.data(), (std::min)(wide.size(), maxBytes));  // each unit becomes a byte or more
+    for (;;) {
+        if (kept.size() < wide.size() && !kept.empty() && IS_HIGH_SURROGATE(kept.back())) kept.remove_suffix(1);
+        std::string native = narrow(CP_ACP, kept);
+        if (native.size() <= maxBytes) return native;
+        constexpr std::size_t kMostBytesPerUnit = 3;
+        const std::size_t excess = native.size() - maxBytes;
+        kept.remove_suffix((excess + kMostBytesPerUnit - 1) / kMostBytesPerUnit);
+    }
 }
 
-std::string toUtf8(std::wstring_view wide) {
-    return narrow(CP_UTF8, wide);
-}
+std::string fromNative(std::string_view native) { return toUtf8(widen(CP_ACP, native)); }
 
-std::string toNative(std::string_view utf8) {
-    return narrow(CP_ACP, toWide(utf8));
-}
-
-std::string fromNative(std::string_view native) {
-    return toUtf8(widen(CP_ACP, native));
-}
-
-std::wstring toApiPath(std::string_view utf8Path) {
-    return toApiPath(toWide(utf8Path));
-}
+std::wstring toApiPath(std::string_view utf8Path) { return toApiPath(toWide(utf8Path)); }
 
 std::wstring toApiPath(std::wstring path) {
     if (path.find(L'\0') != std::wstring::npos) return {};

@@ -14,8 +14,9 @@ std::wstring toWide(std::string_view utf8);
 // UTF-16 to UTF-8. Each lone surrogate becomes U+FFFD; NULs are kept. Empty for a text beyond 2 GB.
 std::string toUtf8(std::wstring_view wide);
 
-// UTF-8 to the process's ANSI code page; what that page lacks becomes its default character.
-std::string toNative(std::string_view utf8);
+// UTF-8 to the process's ANSI code page; what that page lacks becomes its default character. Cut, at a character, to at
+// most maxBytes.
+std::string toNative(std::string_view utf8, std::size_t maxBytes = std::string::npos);
 
 // The ANSI code page to UTF-8.
 std::string fromNative(std::string_view native);

@@ -51,9 +51,7 @@ TEST(ApiPath, LiftsTheLengthLimit) {
     EXPECT_EQ(relative.substr(relative.size() - longName.size() - 1), L"\\" + longName);
 }
 
-TEST(ApiPath, RefusesAPathWithANul) {
-    EXPECT_EQ(toApiPath("C:\\a\0.txt"s), L"");
-}
+TEST(ApiPath, RefusesAPathWithANul) { EXPECT_EQ(toApiPath("C:\\a\0.txt"s), L""); }
 
 TEST(ReadWide, GrowsUntilTheTextFits) {
     const std::wstring text(1000, L'x');

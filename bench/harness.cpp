@@ -1,0 +1,99 @@
+#include "harness.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "platform/windows.h"
+
+namespace bench {
+namespace {
+
+constexpr int kRounds = 25;
+constexpr double kSampleNs = 4e6;  // long against the clock's grain, short against the scheduler's
+constexpr double kMostCalls = 1e8;
+
+double nowNs() {
+    static const double nsPerTick = [] {
+        LARGE_INTEGER frequency;
+        ::QueryPerformanceFrequency(&frequency);
+        return 1e9 / static_cast<double>(frequency.QuadPart);
+    }();
+    LARGE_INTEGER ticks;
+    ::QueryPerformanceCounter(&ticks);
+    return static_cast<double>(ticks.QuadPart) * nsPerTick;
+}
+
+double timeNs(const std::function<void()>& run, std::int64_t calls) {
+    const double start = nowNs();
+    for (std::int64_t i = 0; i < calls; ++i) run();
+    return nowNs() - start;
+}
+
+// How many calls make one sample. Also warms the code up.
+std::int64_t callsPerSample(const std::function<void()>& run) {
+    std::int64_t calls = 1;
+    for (;;) {
+        const double ns = timeNs(run, calls);
+        if (ns >= kSampleNs || static_cast<double>(calls) >= kMostCalls) return calls;
+        const double wanted = ns > 0 ? std::ceil(static_cast<double>(calls) * kSampleNs * 1.2 / ns) : 1000.0;
+        calls = static_cast<std::int64_t>((std::min)(wanted, static_cast<double>(calls) * 100));
+    }
+}
+
+double quantile(std::vector<double> values, double fraction) {
+    std::sort(values.begin(), values.end());
+    return values[static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1) + 0.5)];
+}
+
+std::string quoted(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) result += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return result + "\"";
+}
+
+}  // namespace
+
+void Suite::compare(const std::string& family, const std::string& name, double units, const std::function<void()>& ours,
+                    const std::vector<Other>& others) {
+    if (!wants(family)) return;
+    std::vector<const std::function<void()>*> runs{&ours};
+    for (const Other& other : others) runs.push_back(&other.run);
+    std::vector<std::int64_t> calls;
+    for (const auto* run : runs) calls.push_back(callsPerSample(*run));
+
+    std::vector<std::vector<double>> ns(runs.size());
+    for (int round = 0; round < kRounds; ++round)
+        for (std::size_t i = 0; i < runs.size(); ++i)
+            ns[i].push_back(timeNs(*runs[i], calls[i]) / static_cast<double>(calls[i]) / units);
+
+    for (std::size_t i = 1; i < runs.size(); ++i) {
+        std::vector<double> ratios;
+        for (int round = 0; round < kRounds; ++round)
+            ratios.push_back(ns[0][static_cast<std::size_t>(round)] / ns[i][static_cast<std::size_t>(round)]);
+        const Row row{family,
+                      name,
+                      others[i - 1].name,
+                      quantile(ns[0], 0.5),
+                      quantile(ns[i], 0.5),
+                      quantile(ratios, 0.5),
+                      quantile(ratios, 0.25),
+                      quantile(ratios, 0.75)};
+        std::printf("%-8s %-38s %-34s %11.2f %11.2f %7.3f  (%.3f to %.3f)\n", row.family.c_str(), row.name.c_str(),
+                    row.other.c_str(), row.oursNs, row.otherNs, row.ratio, row.lowRatio, row.highRatio);
+        std::fflush(stdout);
+        mRows.push_back(row);
+    }
+}
+
+bool Suite::writeCsv(const wchar_t* path) const {
+    std::FILE* const file = ::_wfopen(path, L"wb");
+    if (!file) return false;
+    std::fputs("family,case,other,ours_ns,other_ns,ratio\n", file);
+    for (const Row& row : mRows)
+        std::fprintf(file, "%s,%s,%s,%.3f,%.3f,%.4f\n", quoted(row.family).c_str(), quoted(row.name).c_str(),
+                     quoted(row.other).c_str(), row.oursNs, row.otherNs, row.ratio);
+    return std::fclose(file) == 0;
+}
+
+}  // namespace bench

@@ -1,0 +1,81 @@
+#include "xoSystem/xoInit.h"
+
+#include <atomic>
+
+#include "concurrency/earlyCreation.h"
+#include "frame/laneMasks.h"
+#include "xoSystem/xoLog.h"
+#include "xoSystem/xoStringUtils.h"
+#include "xoSystem/xoWaitCondition.h"
+
+namespace xo {
+namespace {
+
+impl::LibInitCounter basicCounter("xoSystem basic");
+impl::LibInitCounter fullCounter("xoSystem full");
+std::atomic<int> levelReached{0};  // 0, InitTypeBasic or InitTypeFull
+
+void initializeBasic() {
+    levelReached = InitTypeBasic;
+    xoLog::createInstance(/*threadSafe=*/false);
+    frame::writeLaneMasks();
+    xoStringUtils::InitializeStringUtils();
+}
+
+// The log may be missing: after a termination too many, full initialisation comes up without the basic one.
+void initializeFull() {
+    levelReached = InitTypeFull;
+    if (xoLog* const log = xoLog::editPtr()) log->makeThreadSafe();
+    xoWaitCondition::FindBestImplementation();
+}
+
+}  // namespace
+
+void initializeXoSystem(InitType type, bool) {
+    if (type != InitTypeBasic && type != InitTypeFull) return;
+    if (basicCounter.incrementInitCounter()) initializeBasic();
+    if (type == InitTypeFull && fullCounter.incrementInitCounter()) initializeFull();
+}
+
+void terminateXoSystem() {
+    if (!basicCounter.decrementInitCounter()) return;
+    fullCounter.clearInitCounter();
+    xoStringUtils::TerminateStringUtils();
+    xoLog::destroyInstance();
+    levelReached = 0;
+}
+
+bool IsXoSystemThreadSafe() { return levelReached.load(std::memory_order_relaxed) == InitTypeFull; }
+
+namespace impl {
+
+LibInitCounter::LibInitCounter(const char* name) : mName(name ? name : "n/a") {}
+
+LibInitCounter::LibInitCounter(const LibInitCounter& other) = default;
+
+LibInitCounter::~LibInitCounter() = default;
+
+bool LibInitCounter::incrementInitCounter() {
+    mInitialisedOnce = 1;
+    return ++mCounter == 1;
+}
+
+bool LibInitCounter::decrementInitCounter() { return --mCounter == 0; }
+
+void LibInitCounter::clearInitCounter() { mCounter = 0; }
+
+bool LibInitCounter::isInitialized() const { return mCounter != 0; }
+
+int LibInitCounter::getInitCounter() const { return mCounter; }
+
+}  // namespace impl
+
+namespace concurrency {
+
+void warnIfCreatedEarly(const char* text) {
+    if (IsXoSystemThreadSafe()) return;
+    if (xoLog* const log = xoLog::editPtr()) xoLogObject(xoLogCritical, nullptr, log) << text;
+}
+
+}  // namespace concurrency
+}  // namespace xo

@@ -1,0 +1,16 @@
+// The Windows event log as a sink of lines.
+#ifndef XO_LOG_EVENTLOG_H
+#define XO_LOG_EVENTLOG_H
+
+#include <string>
+
+#include "xoSystem/xoLog.h"
+
+namespace xo::log {
+
+// Reports one event, or nothing for a DEBUG line and where the source cannot be registered.
+void reportEvent(const std::string& message, xoLogType type, const std::string& sourceName);
+
+}  // namespace xo::log
+
+#endif

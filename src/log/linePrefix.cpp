@@ -1,0 +1,62 @@
+#include "log/linePrefix.h"
+
+#include <cstdio>
+#include <ctime>
+
+#include "platform/windows.h"
+
+namespace xo::log {
+namespace {
+
+std::string_view typeName(xoLogType type) {
+    switch (static_cast<int>(type)) {
+        case xoLogDebug: return "DEBUG";
+        case xoLogInfo: return "INFO";
+        case xoLogWarning: return "WARNING";
+        case xoLogCritical: return "CRITICAL";
+        default: return "UNKNOWN";
+    }
+}
+
+}  // namespace
+
+std::int64_t currentSecond() {
+    FILETIME now;
+    ::GetSystemTimeAsFileTime(&now);
+    const std::uint64_t ticks = (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
+    constexpr std::int64_t kTicksFrom1601To1970 = 116444736000000000;
+    constexpr std::int64_t kTicksPerSecond = 10000000;
+    return (static_cast<std::int64_t>(ticks) - kTicksFrom1601To1970) / kTicksPerSecond;
+}
+
+std::string_view LocalTimeText::of(std::int64_t second) {
+    if (second == mSecond) return {mText, mLength};
+
+    const __time64_t time = second;
+    std::tm local{};
+    ::_localtime64_s(&local, &time);
+    // strftime's names would follow the host's setlocale; a log reads the same everywhere.
+    static constexpr char kDays[7][4] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    static constexpr char kMonths[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    const int length = std::snprintf(mText, sizeof mText, "%s %s %02d %02d:%02d:%02d %d", kDays[local.tm_wday % 7],
+                                     kMonths[local.tm_mon % 12], local.tm_mday, local.tm_hour, local.tm_min,
+                                     local.tm_sec, local.tm_year + 1900);
+    mLength = static_cast<std::size_t>(length);
+    mSecond = second;
+    return {mText, mLength};
+}
+
+void appendPrefix(std::string& line, xoLogType type, std::string_view qualifier, std::string_view localTime) {
+    line += typeName(type);
+    if (!qualifier.empty()) {
+        line += '(';
+        line += qualifier;
+        line += ')';
+    }
+    line += " : ";
+    line += localTime;
+    line += ' ';
+}
+
+}  // namespace xo::log

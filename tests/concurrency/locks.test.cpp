@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+#include "platform/windows.h"
+#include "support/child.h"
+#include "xoSystem/xoMutex.h"
+
+namespace {
+
+// Runs the body on another thread and waits for it: locks care who asks.
+template <class Body>
+auto onAnotherThread(Body body) {
+    decltype(body()) result{};
+    std::thread([&] { result = body(); }).join();
+    return result;
+}
+
+bool isFree(xo::xoMutex& mutex) {
+    return onAnotherThread([&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        const bool locked = mutex.tryLock();
+        if (locked) mutex.unlock();
+        return locked;
+    });
+}
+
+TEST(Mutex, ExcludesOtherThreadsAndLetsItsOwnerInAgain) {
+    xo::xoMutex mutex;
+    EXPECT_TRUE(isFree(mutex));
+    [&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        mutex.lock();
+        EXPECT_TRUE(mutex.tryLock());
+        mutex.unlock();
+        EXPECT_FALSE(isFree(mutex)) << "locked twice, unlocked once";
+        mutex.unlock();
+    }();
+    EXPECT_TRUE(isFree(mutex));
+}
+
+TEST(MutexLocker, TouchesTheMutexOnlyWhileItHoldsIt) {
+    xo::xoMutex mutex;
+    {
+        xo::xoMutexLocker locker(mutex, false);
+        EXPECT_FALSE(locker.isLocked());
+        [&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+            locker.unlock();  // nothing to do
+            locker.lock();
+            locker.lock();  // must not count twice
+            EXPECT_FALSE(isFree(mutex));
+            locker.unlock();
+            EXPECT_TRUE(isFree(mutex));
+        }();
+    }
+    EXPECT_TRUE(isFree(mutex));
+    {
+        const xo::xoMutexLocker locker(mutex, true);
+        EXPECT_TRUE(locker.isLocked());
+        EXPECT_FALSE(isFree(mutex));
+    }
+    EXPECT_TRUE(isFree(mutex));
+}
+
+TEST(Mutex2, WaitsNoLongerThanAsked) {
+    xo::xoMutex2 mutex;
+    [&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        mutex.lock();
+        EXPECT_TRUE(mutex.tryLock(0)) << "the owner may lock again";
+        EXPECT_FALSE(onAnotherThread([&]() XO_NO_THREAD_SAFETY_ANALYSIS { return mutex.tryLock(0); }));
+        EXPECT_FALSE(onAnotherThread([&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+            mutex.unlock();  // not the owner: nothing happens
+            return mutex.tryLock(20);
+        }));
+        mutex.unlock();
+        mutex.unlock();
+    }();
+}
+
+TEST(Mutex2, GivesAnAbandonedMutexWithoutSayingSo) {
+    xo::xoMutex2 mutex;
+    onAnotherThread([&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        mutex.lock();
+        return true;
+    });
+    [&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        EXPECT_FALSE(mutex.tryLock(0)) << "the first wait reports that the owner is gone";
+        EXPECT_FALSE(onAnotherThread([&]() XO_NO_THREAD_SAFETY_ANALYSIS { return mutex.tryLock(0); }))
+            << "yet this thread owns it";
+        mutex.unlock();
+        EXPECT_TRUE(mutex.tryLock(0));
+        mutex.unlock();
+    }();
+}
+
+// Whether somebody holds the kernel mutex of this name.
+bool isHeld(const wchar_t* kernelName) {
+    return onAnotherThread([&] {
+        const xo::platform::KernelHandle mutex(::OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, kernelName));
+        if (!mutex) return false;
+        const bool held = ::WaitForSingleObject(mutex.get(), 0) == WAIT_TIMEOUT;
+        if (!held) ::ReleaseMutex(mutex.get());
+        return held;
+    });
+}
+
+TEST(MutexSystem, IsGlobalUnderItsNameWithSlashes) {
+    xo::xoMutexSystem mutex("xo t\xC3\xA9st\\a/b");
+    [&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        mutex.lock();
+        EXPECT_TRUE(isHeld(L"Global\\xo t\u00E9st/a/b"));
+        mutex.unlock();
+    }();
+    EXPECT_FALSE(isHeld(L"Global\\xo t\u00E9st/a/b"));
+}
+
+TEST(MutexSystem, WithoutANameIsAlone) {
+    xo::xoMutexSystem first(nullptr);
+    xo::xoMutexSystem second(nullptr);
+    [&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        first.lock();
+        EXPECT_TRUE(onAnotherThread([&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+            second.lock();
+            second.unlock();
+            return true;
+        }));
+        first.unlock();
+    }();
+}
+
+TEST(MutexSystem, DoesNothingWhereTheNameBelongsToAnotherObject) {
+    const xo::platform::KernelHandle event(::CreateEventW(nullptr, TRUE, FALSE, L"Global\\xo taken"));
+    ASSERT_TRUE(event);
+    xo::xoMutexSystem mutex("xo taken");
+    [&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        mutex.lock();
+        mutex.unlock();
+    }();
+    EXPECT_EQ(::WaitForSingleObject(event.get(), 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "the event is untouched";
+}
+
+TEST(MutexSystem, PassesOnWhenItsProcessEnds) {
+    constexpr wchar_t kName[] = L"Global\\xo passed on";
+    const xo::tests::Child child(L"mutexHolder", L"\"xo passed on\"");
+    ASSERT_TRUE(child.isStarted());
+    for (int i = 0; i < 2000 && !isHeld(kName); ++i) ::Sleep(5);
+    ASSERT_TRUE(isHeld(kName));
+    child.kill();
+    xo::xoMutexSystem mutex("xo passed on");
+    [&]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        mutex.lock();  // would hang if the mutex died with its owner
+        EXPECT_TRUE(isHeld(kName));
+        mutex.unlock();
+    }();
+}
+
+TEST(ThreadSafePtr, SharesOneValueAmongCopies) {
+    xo::xoThreadSafePtr<bool> flag(false);
+    {
+        xo::xoThreadSafePtr<bool> copy(flag);
+        EXPECT_FALSE(copy.exchange(true));
+    }
+    EXPECT_TRUE(flag.get());
+    xo::xoThreadSafePtr<bool> other(false);
+    other = flag;
+    flag.set(false);
+    EXPECT_FALSE(other.get());
+}
+
+}  // namespace

@@ -1,0 +1,196 @@
+// Each of these tests runs in a process of its own: what it sees is the library's first start.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "support/capturedOutput.h"
+#include "xoSystem/xoSystem.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using xo::initializeXoSystem;
+using xo::IsXoSystemThreadSafe;
+using xo::terminateXoSystem;
+using xo::xoLog;
+
+std::vector<std::string> lines;
+
+// Collects the lines of the log that there is now, away from the console.
+void collectLines() {
+    xoLog::edit().setEchoToConsole(false);
+    xoLog::edit().installCustomHandler([](const std::string& message, xo::xoLogType type, const std::string&,
+                                          void*) { lines.push_back(std::to_string(type) + " " + message); },
+                                       nullptr);
+}
+
+std::vector<std::string> takeLines() { return std::exchange(lines, {}); }
+
+bool isUp() { return xoLog::editPtr() != nullptr && xo::xoStringUtils::GetCLocale() != nullptr; }
+
+TEST(Lifecycle, IgnoresTypesThatItDoesNotKnow) {
+    for (const int type : {0, 3, -1}) initializeXoSystem(type, false);
+    EXPECT_FALSE(isUp());
+    initializeXoSystem(1);
+    EXPECT_TRUE(isUp()) << "a refused call must not count";
+}
+
+TEST(Lifecycle, EndsWithTheOutermostTermination) {
+    initializeXoSystem(xo::InitTypeBasic);
+    initializeXoSystem(xo::InitTypeBasic);
+    EXPECT_FALSE(IsXoSystemThreadSafe());
+    const xoLog* const log = xoLog::editPtr();
+    terminateXoSystem();
+    EXPECT_TRUE(isUp());
+    EXPECT_EQ(xoLog::editPtr(), log);
+    terminateXoSystem();
+    EXPECT_FALSE(isUp());
+
+    initializeXoSystem(xo::InitTypeBasic);
+    EXPECT_TRUE(isUp()) << "a second life";
+    terminateXoSystem();
+    EXPECT_FALSE(isUp());
+}
+
+TEST(Lifecycle, ReachesTheFullLevelOnceAndLeavesItAtTheEnd) {
+    for (int life = 0; life < 2; ++life) {
+        initializeXoSystem(xo::InitTypeBasic);
+        EXPECT_FALSE(IsXoSystemThreadSafe());
+        initializeXoSystem(xo::InitTypeFull, false);
+        EXPECT_TRUE(IsXoSystemThreadSafe());
+        terminateXoSystem();
+        EXPECT_TRUE(IsXoSystemThreadSafe());
+        initializeXoSystem(xo::InitTypeFull, false);
+        terminateXoSystem();
+        EXPECT_TRUE(IsXoSystemThreadSafe());
+        terminateXoSystem();
+        EXPECT_FALSE(IsXoSystemThreadSafe());
+        EXPECT_FALSE(isUp());
+    }
+}
+
+TEST(Lifecycle, RemembersATerminationTooMany) {
+    terminateXoSystem();
+    EXPECT_FALSE(isUp());
+    initializeXoSystem(xo::InitTypeBasic);
+    EXPECT_FALSE(isUp()) << "only back at zero";
+    initializeXoSystem(xo::InitTypeBasic);
+    EXPECT_TRUE(isUp());
+}
+
+TEST(Lifecycle, ReachesTheFullLevelEvenThen) {
+    terminateXoSystem();
+    initializeXoSystem(xo::InitTypeFull, false);
+    EXPECT_TRUE(IsXoSystemThreadSafe());
+    EXPECT_EQ(xoLog::editPtr(), nullptr);
+    const xo::xoMutex mutex;
+    initializeXoSystem(xo::InitTypeBasic);
+    EXPECT_TRUE(isUp());
+}
+
+TEST(Lifecycle, KeepsAndFinallyDestroysTheHostsLog) {
+    xoLog::createInstance(false);
+    const xoLog* const log = xoLog::editPtr();
+    collectLines();
+    xoLog::createInstance(true);
+    initializeXoSystem(xo::InitTypeFull);
+    EXPECT_EQ(xoLog::editPtr(), log);
+    xo::xoLogObject(xo::xoLogInfo) << "kept";
+    EXPECT_THAT(takeLines(), ElementsAre("1 kept")) << "its own locks say nothing either";
+    terminateXoSystem();
+    EXPECT_EQ(xoLog::editPtr(), nullptr);
+}
+
+TEST(Lifecycle, WarnsOncePerLockMadeTooEarly) {
+    { const xo::xoMutex withoutALog; }
+    const std::string mutexLine = "3 Mutex created before full init of xoSystem";
+    const std::string conditionLine = "3 WaitCondition created before full init of xoSystem";
+    xoLog::createInstance(true);
+    collectLines();
+    EXPECT_THAT(takeLines(), IsEmpty());
+
+    { const xo::xoMutex mutex; }
+    EXPECT_THAT(takeLines(), ElementsAre(mutexLine));
+    { const xo::xoMutex2 mutex; }
+    EXPECT_THAT(takeLines(), ElementsAre(mutexLine));
+    { const xo::xoMutexSystem mutex("xo early"); }
+    EXPECT_THAT(takeLines(), ElementsAre(mutexLine));
+    { const xo::xoWaitCondition condition; }
+    EXPECT_THAT(takeLines(), ElementsAre(conditionLine));
+    initializeXoSystem(xo::InitTypeBasic);
+    { const xo::xoSemaphore semaphore(1); }
+    EXPECT_THAT(takeLines(), ElementsAre(mutexLine, conditionLine));
+    xoLog::edit().setLogTypeEnabled(xo::xoLogCritical, false);
+    { const xo::xoMutex mutex; }
+    xoLog::edit().setLogTypeEnabled(xo::xoLogCritical, true);
+
+    initializeXoSystem(xo::InitTypeFull);
+    {
+        const xo::xoMutex2 mutex;
+        const xo::xoSemaphore semaphore(1);
+    }
+    EXPECT_THAT(takeLines(), IsEmpty());
+}
+
+TEST(LibInitCounter, CountsWithoutAFloor) {
+    xo::impl::LibInitCounter counter(nullptr);
+    EXPECT_FALSE(counter.isInitialized());
+    EXPECT_TRUE(counter.incrementInitCounter());
+    EXPECT_FALSE(counter.incrementInitCounter());
+    EXPECT_FALSE(counter.decrementInitCounter());
+    EXPECT_TRUE(counter.decrementInitCounter());
+    EXPECT_FALSE(counter.decrementInitCounter());
+    EXPECT_EQ(counter.getInitCounter(), -1);
+    EXPECT_TRUE(counter.isInitialized());
+    EXPECT_FALSE(counter.incrementInitCounter());
+    const xo::impl::LibInitCounter copy(counter);
+    counter.incrementInitCounter();
+    counter.clearInitCounter();
+    EXPECT_FALSE(counter.isInitialized());
+    EXPECT_EQ(copy.getInitCounter(), 0);
+}
+
+template <class Vector>
+std::vector<std::uint32_t> lanes(const Vector& vector) {
+    std::vector<std::uint32_t> lanes(4);
+    std::memcpy(lanes.data(), &vector, sizeof vector);
+    return lanes;
+}
+
+TEST(VectorConstants, HoldWhatTheirNamesSay) {
+    constexpr std::uint32_t kAll = 0xFFFFFFFF;
+    EXPECT_THAT(lanes(xo::sSSE_FF_FF_FF_FF), ElementsAre(0, 0, 0, 0)) << "before initialisation";
+    initializeXoSystem(xo::InitTypeBasic);
+    const struct {
+        const __m128& mask;
+        std::vector<std::uint32_t> lanes;
+    } masks[] = {
+        {xo::sSSE_FF_FF_FF_FF, {kAll, kAll, kAll, kAll}},
+        {xo::sSSE_0_FF_FF_FF, {kAll, kAll, kAll, 0}},
+        {xo::sSSE_FF_0_FF_FF, {kAll, kAll, 0, kAll}},
+        {xo::sSSE_FF_FF_0_FF, {kAll, 0, kAll, kAll}},
+        {xo::sSSE_FF_FF_FF_0, {0, kAll, kAll, kAll}},
+        {xo::sSSE_FF_FF_0_0, {0, 0, kAll, kAll}},
+        {xo::sSSE_FF_0_0_0, {0, 0, 0, kAll}},
+        {xo::sSSE_0_FF_0_0, {0, 0, kAll, 0}},
+        {xo::sSSE_0_0_FF_0, {0, kAll, 0, 0}},
+        {xo::sSSE_0_0_0_FF, {kAll, 0, 0, 0}},
+    };
+    for (const auto& row : masks) EXPECT_EQ(lanes(row.mask), row.lanes);
+
+    // Integers and mixed lanes are where compilers differ.
+    EXPECT_THAT(lanes(xo::sSSEThreeI), ElementsAre(3, 3, 3, 3));
+    EXPECT_THAT(lanes(xo::sSSERedI), ElementsAre(255, 0, 0, 255));
+    EXPECT_THAT(lanes(xo::sSSEHalfWhiteI), ElementsAre(127, 127, 127, 255));
+    EXPECT_THAT(lanes(xo::sSSE_ALL_BIT_ONE), ElementsAre(kAll, kAll, kAll, kAll));
+    EXPECT_THAT(lanes(xo::sSSESignBitMask), ElementsAre(0x80000000, 0x80000000, 0x80000000, 0x80000000));
+    EXPECT_EQ(lanes(xo::sSSEMaskRound), lanes(xo::sSSEMaskRoundFloat));
+    EXPECT_THAT(lanes(xo::sSSEFirst), ElementsAre(0x3F800000, 0, 0, 0));
+}
+
+}  // namespace

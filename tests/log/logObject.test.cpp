@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <clocale>
+#include <limits>
+#include <regex>
+#include <stdexcept>
+#include <thread>
+
+#include "log/logFixture.h"
+#include "support/allocationCount.h"
+#include "support/capturedOutput.h"
+
+namespace {
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using xo::xoLog;
+using xo::xoLogObject;
+
+class LogObject : public xo::tests::LogTest {};
+
+TEST_F(LogObject, FollowsTheFlagsOfItsType) {
+    const auto writeOneOfEach = [] {
+        for (const int type : {0, 1, 2, 3, 9}) xoLogObject(static_cast<xo::xoLogType>(type)) << "x";
+    };
+    writeOneOfEach();
+    EXPECT_THAT(takeLines(), ElementsAre("1()x", "2()x", "3()x", "9()x")) << "DEBUG is off at first";
+    for (const int type : {1, 2, 3, 9}) log().setLogTypeEnabled(static_cast<xo::xoLogType>(type), false);
+    log().setLogTypeEnabled(xo::xoLogDebug, true);
+    writeOneOfEach();
+    EXPECT_THAT(takeLines(), ElementsAre("0()x", "9()x")) << "a type without a flag cannot be switched off";
+}
+
+TEST_F(LogObject, WritesOnceAndOnlyIfTextCameIn) {
+    { const xoLogObject silent(xo::xoLogCritical, "net"); }
+    EXPECT_THAT(takeLines(), IsEmpty());
+
+    xoLogObject(xo::xoLogInfo) << "";
+    EXPECT_THAT(takeLines(), ElementsAre("1()")) << "an empty text is a text";
+
+    {
+        xoLogObject first(xo::xoLogWarning, "net");
+        first << "half ";
+        xoLogObject second(std::move(first));
+        second << "whole";
+        first << "lost";
+    }
+    EXPECT_THAT(takeLines(), ElementsAre("2(net)half whole"));
+
+    xoLogObject(xo::xoLogInfo, "") << static_cast<const char*>(nullptr) << nullptr;
+    EXPECT_THAT(takeLines(), ElementsAre("1()[NullPtr][NullPtr]"));
+}
+
+TEST_F(LogObject, TakesTextAndNumbersInTheClassicLocale) {
+    std::setlocale(LC_ALL, "German");
+    const std::string text = "a\0b"s;
+    char buffer[] = "buffer";
+    xoLogObject(xo::xoLogInfo) << text << '|' << std::string_view("view") << '|' << buffer;
+    xoLogObject(xo::xoLogInfo) << INT_MIN << ' ' << std::numeric_limits<std::int64_t>::min() << ' '
+                               << std::numeric_limits<std::uint64_t>::max() << ' ' << static_cast<short>(-3) << ' '
+                               << static_cast<unsigned char>(200);
+    xoLogObject(xo::xoLogInfo) << 0.1 << ' ' << 1.5f << ' ' << 1234567.0 << ' ' << 1e-300L << ' ' << true << ' '
+                               << false;
+    std::setlocale(LC_ALL, "C");
+    EXPECT_THAT(takeLines(),
+                ElementsAre("1()a\0b|view|buffer"s, "1()-2147483648 -9223372036854775808 18446744073709551615 -3 200",
+                            "1()0.1 1.5 1.23457e+06 1e-300 true false"));
+
+    xoLogObject(xo::xoLogInfo) << std::string(1 << 20, 'x') << "end";
+    EXPECT_EQ(takeLines().at(0).size(), 3u + (1 << 20) + 3);
+}
+
+TEST_F(LogObject, CostsNoAllocationWhenNotWanted) {
+    log().setLogTypeEnabled(xo::xoLogInfo, false);
+    log().setLogTypeEnabled(xo::xoLogDebug, true);
+    constexpr char kQualifier[] = "a qualifier that is too long to be kept without an allocation";
+    log().setDebugSubTypeEnabled("a,qualifier,that,is", false);
+    log().isDebugSubTypeEnabled("a");  // the notice is out
+    const std::string text(100, 'x');
+
+    const xo::tests::AllocationCount allocations;
+    ASSERT_TRUE(allocations.isCounting());
+    for (int i = 0; i < 100; ++i) {
+        xoLogObject(xo::xoLogInfo, kQualifier) << text << i << 0.5;
+        xoLogObject(xo::xoLogDebug, "qualifier") << text << i << 0.5;
+    }
+    EXPECT_EQ(allocations.count(), 0);
+    xoLogObject(xo::xoLogWarning, kQualifier) << text;
+    EXPECT_GT(allocations.count(), 0) << "the counter does not count";
+}
+
+TEST_F(LogObject, WithoutALogGoesToStandardOutput) {
+    xoLog::destroyInstance();
+    const xo::tests::CapturedOutput output;
+    xoLogObject(xo::xoLogDebug, "net") << "no filter here";
+    EXPECT_TRUE(std::regex_match(
+        output.text(),
+        std::regex(R"(DEBUG\(net\) : [A-Z][a-z]{2} [A-Z][a-z]{2} \d\d \d\d:\d\d:\d\d \d{4} no filter here\n)")))
+        << output.text();
+}
+
+class Log : public xo::tests::LogTest {};
+
+TEST_F(Log, EchoesLinesWithTheirPrefix) {
+    const xo::tests::CapturedOutput output;
+    xoLogObject(xo::xoLogInfo) << "unseen";
+    log().setEchoToConsole(true);
+    const std::string time = R"([A-Z][a-z]{2} [A-Z][a-z]{2} \d\d \d\d:\d\d:\d\d \d{4} )";
+    std::string pattern;
+    const char* const names[] = {"DEBUG", "INFO", "WARNING", "CRITICAL", "UNKNOWN", "UNKNOWN"};
+    for (int type = 0; type < 6; ++type) {
+        log().Write("\xC3\xA9t\xC3\xA9", static_cast<xo::xoLogType>(type), type == 2 ? "net" : "");
+        pattern += names[type] + std::string(type == 2 ? "\\(net\\)" : "") + " : " + time + "\xC3\xA9t\xC3\xA9\n";
+    }
+    EXPECT_TRUE(std::regex_match(output.text(), std::regex(pattern))) << output.text();
+}
+
+TEST_F(Log, TellsTheLocalTimeOfNow) {
+    const std::time_t before = std::time(nullptr);
+    const std::string text = xoLog::GetTime();
+    const std::time_t after = std::time(nullptr);
+    const auto classic = [](std::time_t time) {
+        char buffer[80];
+        std::strftime(buffer, sizeof buffer, "%a %b %d %H:%M:%S %Y", std::localtime(&time));
+        return std::string(buffer);
+    };
+    EXPECT_TRUE(text == classic(before) || text == classic(after)) << text;
+}
+
+TEST_F(Log, BlacklistsQualifiersOfDebugLinesAlone) {
+    log().setLogTypeEnabled(xo::xoLogDebug, true);
+    log().setDebugSubTypeEnabled("a, b;c|d\\e", false);
+    for (const char* qualifier : {"a", "b", "c", "d", "e", "A", "f", ""}) xoLogObject(xo::xoLogDebug, qualifier) << "x";
+    xoLogObject(xo::xoLogDebug) << "x";
+    xoLogObject(xo::xoLogInfo, "a") << "x";
+    EXPECT_THAT(takeLines(), ElementsAre("0()xoDebug qualifier(s) blacklist : 'a' 'b' 'c' 'd' 'e'", "0(A)x", "0(f)x",
+                                         "0()x", "0()x", "1(a)x"));
+
+    log().setDebugSubTypeEnabled("b / \tc\t,,d e", true);
+    log().setDebugSubTypeEnabled(nullptr, false);
+    log().setLogTypeEnabled(xo::xoLogDebug, false);
+    EXPECT_TRUE(log().isDebugSubTypeEnabled(nullptr)) << "and no notice yet";
+    EXPECT_THAT(takeLines(), IsEmpty());
+    EXPECT_TRUE(log().isDebugSubTypeEnabled("b"));
+    EXPECT_FALSE(log().isDebugSubTypeEnabled("a"));
+    EXPECT_THAT(takeLines(), ElementsAre("0()xoDebug qualifier(s) blacklist : 'a'")) << "once, though DEBUG is off";
+}
+
+TEST_F(Log, SurvivesItsHandler) {
+    log().installCustomHandler(
+        [](const std::string&, xo::xoLogType type, const std::string&, void*) {
+            if (type == xo::xoLogInfo) xoLogObject(xo::xoLogWarning) << "from the handler";
+            throw std::runtime_error("handler");
+        },
+        nullptr);
+    log().makeThreadSafe();
+    log().setEchoToConsole(true);
+    const xo::tests::CapturedOutput output;
+    xoLogObject(xo::xoLogInfo) << "line";
+    log().installCustomHandler(nullptr, nullptr);
+    EXPECT_NE(output.text().find("from the handler\n"), std::string::npos);
+    EXPECT_NE(output.text().find("line\n"), std::string::npos) << "the other places still get the line";
+    std::thread([&] { log().Write("lock is free", xo::xoLogInfo, {}); }).join();
+    EXPECT_NE(output.text().find("lock is free\n"), std::string::npos);
+}
+
+TEST_F(Log, KeepsLinesOfManyThreadsWhole) {
+    log().makeThreadSafe();
+    constexpr int kThreads = 8;
+    constexpr int kLines = 2000;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([] {
+            for (int i = 0; i < kLines; ++i) xoLogObject(xo::xoLogInfo, "thread") << "line " << i << " of many";
+        });
+    for (std::thread& thread : threads) thread.join();
+    const std::vector<std::string> lines = takeLines();
+    EXPECT_EQ(lines.size(), static_cast<std::size_t>(kThreads * kLines));
+    for (const std::string& line : lines) ASSERT_TRUE(line.rfind("1(thread)line ", 0) == 0 && line.size() < 40) << line;
+}
+
+}  // namespace
