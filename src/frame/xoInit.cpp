@@ -4,6 +4,7 @@
 
 #include "concurrency/earlyCreation.h"
 #include "frame/laneMasks.h"
+#include "frame/resourceRegistry.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoStringUtils.h"
 #include "xoSystem/xoWaitCondition.h"
@@ -20,11 +21,13 @@ void initializeBasic() {
     xoLog::createInstance(/*threadSafe=*/false);
     frame::writeLaneMasks();
     xoStringUtils::InitializeStringUtils();
+    frame::createResourceRegistry();
 }
 
 // The log may be missing: after a termination too many, full initialisation comes up without the basic one.
 void initializeFull() {
     levelReached = InitTypeFull;
+    frame::makeResourceRegistryThreadSafe();
     if (xoLog* const log = xoLog::editPtr()) log->makeThreadSafe();
     xoWaitCondition::FindBestImplementation();
 }
@@ -40,6 +43,7 @@ void initializeXoSystem(InitType type, bool) {
 void terminateXoSystem() {
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
+    frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
     xoLog::destroyInstance();
     levelReached = 0;
