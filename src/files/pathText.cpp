@@ -56,7 +56,8 @@ std::wstring storedName(const std::wstring& path, std::wstring_view name) {
     if (name == L"." || name == L"..") return std::wstring(name);
     if (name.find_first_of(L"*?") != std::wstring_view::npos) return {};  // would find some other file
     std::wstring stored = nameInShell(path, name);
-    return stored.empty() ? nameInFolder(path) : stored;
+    if (stored.empty()) stored = nameInFolder(path);
+    return stored;
 }
 
 // "C:" at the start, or behind "\\?\".
