@@ -12,6 +12,7 @@
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoStringUtils.h"
 #include "xoSystem/xoSystemError.h"
+#include "xoSystem/xoSystemUtils.h"
 #include "xoSystem/xoVariant.h"
 #include "xoSystem/xoVectorConstants.h"
 #include "xoSystem/xoWaitCondition.h"

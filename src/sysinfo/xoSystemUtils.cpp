@@ -6,13 +6,12 @@
 #include <mutex>
 #include <optional>
 
+#include "platform/uuid.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
 #include "sysinfo/mainDisk.h"
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoLog.h"
-
-#include <ntsecapi.h>
 
 namespace xo {
 namespace {
@@ -42,9 +41,7 @@ unsigned readProcessorCount() {
 
 }  // namespace
 
-void xoSystemUtils::InitializeSystemUtils() {
-    processorCount.store(readProcessorCount(), std::memory_order_relaxed);
-}
+void xoSystemUtils::InitializeSystemUtils() { processorCount.store(readProcessorCount(), std::memory_order_relaxed); }
 
 void xoSystemUtils::TerminateSystemUtils() {
     processorCount.store(1, std::memory_order_relaxed);
@@ -52,9 +49,7 @@ void xoSystemUtils::TerminateSystemUtils() {
     mainDisk().device.reset();
 }
 
-unsigned xoSystemUtils::GetProcessorCount() {
-    return processorCount.load(std::memory_order_relaxed);
-}
+unsigned xoSystemUtils::GetProcessorCount() { return processorCount.load(std::memory_order_relaxed); }
 
 std::string xoSystemUtils::getMainHDDDevice() {
     MainDisk& disk = mainDisk();
@@ -64,22 +59,8 @@ std::string xoSystemUtils::getMainHDDDevice() {
 }
 
 std::string xoSystemUtils::CreateUuid(bool inBraces) {
-    unsigned char bytes[16];
-    if (!::RtlGenRandom(bytes, sizeof bytes)) return {};
-    bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4: random
-    bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // the variant whose layout this is
-
-    std::string text;
-    text.reserve(38);
-    if (inBraces) text += '{';
-    for (std::size_t i = 0; i < sizeof bytes; ++i) {
-        constexpr char digits[] = "0123456789abcdef";
-        if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
-        text += digits[bytes[i] >> 4];
-        text += digits[bytes[i] & 0x0F];
-    }
-    if (inBraces) text += '}';
-    return text;
+    const std::string uuid = platform::createUuid();
+    return inBraces ? "{" + uuid + "}" : uuid;
 }
 
 std::string xoSystemUtils::GetBinaryFolderUtf8() {
