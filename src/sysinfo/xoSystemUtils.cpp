@@ -60,7 +60,7 @@ std::string xoSystemUtils::getMainHDDDevice() {
 
 std::string xoSystemUtils::CreateUuid(bool inBraces) {
     const std::string uuid = platform::createUuid();
-    return inBraces ? '{' + uuid + '}' : uuid;
+    return inBraces ? "{" + uuid + "}" : uuid;
 }
 
 std::string xoSystemUtils::GetBinaryFolderUtf8() {
