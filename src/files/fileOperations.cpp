@@ -17,9 +17,7 @@ bool isFolder(const wchar_t* path) {
 }
 
 // Someone else may make the folder between the question and the call, so the question comes again after a failure.
-bool ensureFolder(const wchar_t* path) {
-    return isFolder(path) || ::CreateDirectoryW(path, nullptr) || isFolder(path);
-}
+bool ensureFolder(const wchar_t* path) { return isFolder(path) || ::CreateDirectoryW(path, nullptr) || isFolder(path); }
 
 }  // namespace
 
@@ -37,9 +35,7 @@ bool xoDirUtils::CopyFileUtf8(const std::string& from, const std::string& to, bo
     return ::CopyFileW(toApiPath(from).c_str(), toApiPath(to).c_str(), failIfExists ? TRUE : FALSE) != FALSE;
 }
 
-bool xoDirUtils::RemoveFileUtf8(const std::string& path) {
-    return ::DeleteFileW(toApiPath(path).c_str()) != FALSE;
-}
+bool xoDirUtils::RemoveFileUtf8(const std::string& path) { return ::DeleteFileW(toApiPath(path).c_str()) != FALSE; }
 
 bool xoDirUtils::MkpathUtf8(const std::string& path) {
     if (path.empty()) return true;

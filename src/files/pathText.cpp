@@ -17,9 +17,7 @@ using platform::toApiPath;
 using platform::toUtf8;
 using platform::toWide;
 
-bool hasNul(std::wstring_view text) {
-    return text.find(L'\0') != std::wstring_view::npos;
-}
+bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
 
 std::wstring programPath() {
     std::wstring path(MAX_PATH, L'\0');

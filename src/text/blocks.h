@@ -13,14 +13,10 @@ namespace xo::text {
 
 constexpr std::ptrdiff_t kBlock = 16;
 
-inline __m128i loadBlock(const char* at) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-}
+inline __m128i loadBlock(const char* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
 
 // A bit for each byte of the block whose top bit is set.
-inline unsigned topBits(__m128i block) {
-    return static_cast<unsigned>(_mm_movemask_epi8(block));
-}
+inline unsigned topBits(__m128i block) { return static_cast<unsigned>(_mm_movemask_epi8(block)); }
 
 // The index of the lowest bit of a mask that has one.
 inline unsigned lowestBit(unsigned mask) {

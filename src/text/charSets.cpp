@@ -21,9 +21,7 @@ Text failed(const char* message) {
     return {};
 }
 
-bool fitsInt(std::size_t size) {
-    return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)());
-}
+bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)()); }
 
 template <UINT codePage>
 std::wstring widen(const std::string& text) {

@@ -26,13 +26,9 @@ constexpr std::array<unsigned char, 256> makeDigitValues() {
 
 constexpr auto kDigitValues = makeDigitValues();
 
-unsigned char digitValue(char c) {
-    return kDigitValues[static_cast<unsigned char>(c)];
-}
+unsigned char digitValue(char c) { return kDigitValues[static_cast<unsigned char>(c)]; }
 
-char digitOf(unsigned value) {
-    return "0123456789abcdef"[value];
-}
+char digitOf(unsigned value) { return "0123456789abcdef"[value]; }
 
 // Sixteen values below 16 to their digits.
 __m128i digitsOf(__m128i values) {
@@ -74,9 +70,7 @@ bool liesIn(const char* data, const std::string& out) {
     return !before(data, out.data()) && !before(out.data() + out.capacity(), data);
 }
 
-bool isDashPlace(std::size_t index) {
-    return index == 8 || index == 13 || index == 18 || index == 23;
-}
+bool isDashPlace(std::size_t index) { return index == 8 || index == 13 || index == 18 || index == 23; }
 
 bool parseUuid(std::string_view text, char* bytes) {
     if (text.size() > 2 && text.front() == '{' && text.back() == '}') text = text.substr(1, text.size() - 2);

@@ -11,9 +11,7 @@ constexpr int kFailed = -2;
 constexpr int kLess = -1;
 
 // Windows refuses null even for a text of no characters.
-const wchar_t* orEmpty(const wchar_t* text, std::uint64_t size) {
-    return text || size != 0 ? text : L"";
-}
+const wchar_t* orEmpty(const wchar_t* text, std::uint64_t size) { return text || size != 0 ? text : L""; }
 
 int compareNatural(const std::string& a, const std::string& b, bool caseInsensitive) {
     constexpr auto kMost = static_cast<std::size_t>((std::numeric_limits<int>::max)());

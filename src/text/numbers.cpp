@@ -23,21 +23,13 @@ std::string printPadded(Integer value, int width) {
 
 }  // namespace
 
-std::string xoStringUtils::fromInt(int value, int width) {
-    return printPadded(value, width);
-}
+std::string xoStringUtils::fromInt(int value, int width) { return printPadded(value, width); }
 
-std::string xoStringUtils::fromUInt(unsigned value, int width) {
-    return printPadded(value, width);
-}
+std::string xoStringUtils::fromUInt(unsigned value, int width) { return printPadded(value, width); }
 
-std::string xoStringUtils::fromInt64(std::int64_t value, int width) {
-    return printPadded(value, width);
-}
+std::string xoStringUtils::fromInt64(std::int64_t value, int width) { return printPadded(value, width); }
 
-std::string xoStringUtils::fromUInt64(std::uint64_t value, int width) {
-    return printPadded(value, width);
-}
+std::string xoStringUtils::fromUInt64(std::uint64_t value, int width) { return printPadded(value, width); }
 
 std::string xoStringUtils::fromFloat(float value, int precision) {
     return fromFloat(static_cast<double>(value), precision);

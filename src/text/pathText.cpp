@@ -31,9 +31,7 @@ bool mayStandInName(char c) {
     return static_cast<unsigned char>(c) >= 0x20 && std::string_view("<>:\"/\\|?*").find(c) == std::string_view::npos;
 }
 
-bool mayEndName(char c) {
-    return mayStandInName(c) && c != '.' && c != ' ';
-}
+bool mayEndName(char c) { return mayStandInName(c) && c != '.' && c != ' '; }
 
 // A decimal digit, or one of the superscripts that Windows counts as such here.
 bool isPortNumber(std::string_view text) {
@@ -58,9 +56,7 @@ bool isDevice(std::string_view stem) {
 
 }  // namespace
 
-std::string xoStringUtils::ExtractFolder(const std::string& path) {
-    return std::string(folderOf(path));
-}
+std::string xoStringUtils::ExtractFolder(const std::string& path) { return std::string(folderOf(path)); }
 
 std::string xoStringUtils::ExtractFileBaseName(const std::string& path) {
     const std::string_view name = fileOf(path);

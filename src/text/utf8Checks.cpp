@@ -14,9 +14,7 @@ namespace {
 // Byte by byte the sequences are unsigned; the blocks do not care.
 using Byte = unsigned char;
 
-bool isContinuation(Byte byte) {
-    return (byte & 0xC0) == 0x80;
-}
+bool isContinuation(Byte byte) { return (byte & 0xC0) == 0x80; }
 
 // The first byte that is not ASCII, or end. The short runs of mixed text end in the first block.
 const char* skipAscii(const char* at, const char* end) {
@@ -73,9 +71,7 @@ bool isUtf8(std::string_view text) {
 
 }  // namespace text
 
-bool xoStringUtils::IsUtf8String(const std::string& text) {
-    return text::isUtf8(text);
-}
+bool xoStringUtils::IsUtf8String(const std::string& text) { return text::isUtf8(text); }
 
 std::size_t xoStringUtils::CountUtf8Char(const std::string& text) {
     if (!text::isUtf8(text)) return 0;

@@ -125,13 +125,9 @@ int compareValues(const xoVariant& a, const xoVariant& b) {
 
 }  // namespace
 
-bool xoVariant::operator==(const xoVariant& other) const {
-    return compareValues<EqualityRule>(*this, other) == 0;
-}
+bool xoVariant::operator==(const xoVariant& other) const { return compareValues<EqualityRule>(*this, other) == 0; }
 
-bool xoVariant::operator<(const xoVariant& other) const {
-    return compareValues<OrderRule>(*this, other) < 0;
-}
+bool xoVariant::operator<(const xoVariant& other) const { return compareValues<OrderRule>(*this, other) < 0; }
 
 bool xoVariant::xoVariantListImpl::operator==(const xoVariantListImpl& other) const {
     return size() == other.size() && compareTrees<EqualityRule>(TreeCursor(*this), TreeCursor(other)) == 0;

@@ -12,9 +12,7 @@ using xo::tests::makeFile;
 using xo::tests::makeReadOnly;
 using xo::tests::TemporaryFolder;
 
-bool isEmpty(const std::filesystem::path& folder) {
-    return std::filesystem::is_empty(folder);
-}
+bool isEmpty(const std::filesystem::path& folder) { return std::filesystem::is_empty(folder); }
 
 // A folder "top" with files and folders in it, some read-only.
 class ClearFolder : public testing::Test {

@@ -31,9 +31,7 @@ inline platform::FileHandle hold(const std::string& path) {
     return open(path, GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS);
 }
 
-inline void makeFile(const std::string& path) {
-    ASSERT_TRUE(hold(path)) << path << " error " << ::GetLastError();
-}
+inline void makeFile(const std::string& path) { ASSERT_TRUE(hold(path)) << path << " error " << ::GetLastError(); }
 
 inline void makeReadOnly(const std::string& path) {
     ASSERT_TRUE(::SetFileAttributesW(platform::toApiPath(path).c_str(), FILE_ATTRIBUTE_READONLY));
