@@ -4,6 +4,7 @@
 
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoExport.h"
+#include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoMutex.h"

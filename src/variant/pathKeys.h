@@ -1,10 +1,10 @@
-// The keys of a path, one after the other.
+// Paths of keys, as texts in which a NUL is a character like any other.
 #ifndef XO_VARIANT_PATHKEYS_H
 #define XO_VARIANT_PATHKEYS_H
 
 #include <string_view>
 
-#include "xoSystem/xoVariant.h"
+#include "variant/treeCursor.h"
 
 namespace xo::variant {
 
@@ -17,6 +17,9 @@ inline bool takeKey(std::string_view& path, char separator, std::string_view& ke
     path.remove_prefix(end + 1);
     return true;
 }
+
+// The value at the path, made UNKNOWN if absent. What is on the way and no map is replaced by one.
+xoVariant& createPath(Map& map, std::string_view path, char separator, bool* isNew = nullptr);
 
 }  // namespace xo::variant
 

@@ -3,6 +3,16 @@
 
 namespace xo {
 
+xoVariant& variant::createPath(Map& map, std::string_view path, char separator, bool* isNew) {
+    Map* at = &map;
+    std::string_view key;
+    while (takeKey(path, separator, key)) at = &(*at)[key].editMap();
+    const std::size_t before = at->size();
+    xoVariant& value = (*at)[key];
+    if (isNew != nullptr) *isNew = at->size() != before;
+    return value;
+}
+
 using Map = xoVariant::xoVariantMapImpl;
 
 const xoVariant* Map::findPath(const char* path, char separator) const {

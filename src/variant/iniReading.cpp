@@ -1,0 +1,132 @@
+#include <cstdint>
+#include <string>
+
+#include "text/ascii.h"
+#include "text/numberText.h"
+#include "variant/iniFormat.h"
+#include "variant/pathKeys.h"
+#include "variant/wholeFile.h"
+#include "xoSystem/xoIniFile.h"
+#include "xoSystem/xoLog.h"
+
+namespace xo {
+namespace variant {
+namespace {
+
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+bool isEnclosed(std::string_view text, char first, char last) {
+    return text.size() >= 2 && text.front() == first && text.back() == last;
+}
+
+// The text without its first and last character.
+std::string_view inner(std::string_view text) { return text.substr(1, text.size() - 2); }
+
+// Makes one character of each backslash and code in the text, from left to right.
+void replaceEscape(std::string& text, char code, char meaning) {
+    std::size_t kept = text.find('\\');
+    if (kept == std::string::npos) return;
+    for (std::size_t at = kept; at < text.size(); ++at, ++kept) {
+        const bool isEscape = text[at] == '\\' && at + 1 < text.size() && text[at + 1] == code;
+        text[kept] = isEscape ? meaning : text[at];
+        if (isEscape) ++at;
+    }
+    text.resize(kept);
+}
+
+// One kind after the other, the backslash last: what one replacement leaves can make a match for a later one.
+std::string unescape(std::string_view escaped) {
+    std::string text(escaped);
+    replaceEscape(text, '"', '"');
+    replaceEscape(text, 't', '\t');
+    replaceEscape(text, 'r', '\r');
+    replaceEscape(text, 'n', '\n');
+    replaceEscape(text, '\\', '\\');
+    return text;
+}
+
+xoVariant typedValue(std::string_view text) {
+    if (text::equalIgnoringCase(text, "true")) return true;
+    if (text::equalIgnoringCase(text, "false")) return false;
+    if (text.empty()) return text;
+    std::int64_t integer = 0;
+    if (text::parseInteger(text, integer)) return integer;
+    double real = 0.0;
+    if (text::parseReal(text, real)) return real;
+    return text;
+}
+
+xoVariant readValue(std::string_view text) {
+    if (isEnclosed(text, '"', '"')) text = inner(text);
+    if (text.find('\\') == std::string_view::npos) return typedValue(text);
+    return typedValue(unescape(text));
+}
+
+class IniReader {
+public:
+    explicit IniReader(Map& map) : mTop(map), mSection(&map) {}
+
+    void read(std::string_view text) {
+        if (text.substr(0, kUtf8Mark.size()) == kUtf8Mark) text.remove_prefix(kUtf8Mark.size());
+        for (std::int64_t number = 0; !text.empty(); ++number) {
+            const std::size_t end = text.find('\n');
+            readLine(text::trimmed(text.substr(0, end)), number);
+            if (end == std::string_view::npos) return;
+            text.remove_prefix(end + 1);
+        }
+    }
+
+private:
+    void readLine(std::string_view line, std::int64_t number) {
+        if (isEnclosed(line, '[', ']')) return enterSection(inner(line));
+        if (line.empty() || line.front() == ';') return;
+        const std::size_t equals = line.find('=');
+        if (equals == std::string_view::npos) return report("Invalid line (", number, line);
+        const std::string_view key = text::trimmed(line.substr(0, equals));
+        if (key.empty()) return report("Invalid key at line (", number, line);
+        if (!insert(key, text::trimmed(line.substr(equals + 1)))) report("Duplicated key at line (", number, line);
+    }
+
+    void enterSection(std::string_view name) {
+        mName = name;
+        mSection = name == kTopSection ? &mTop : nullptr;
+    }
+
+    // The maps of a section come into being with its first key. They stay where they are while the file is read: only a
+    // value that is no map is ever replaced.
+    Map& section() {
+        if (mSection == nullptr) mSection = &createPath(mTop, mName, kIniSeparator).editMap();
+        return *mSection;
+    }
+
+    bool insert(std::string_view path, std::string_view value) {
+        bool isNew = false;
+        xoVariant& place = createPath(section(), path, kIniSeparator, &isNew);
+        if (isNew) place = readValue(value);
+        return isNew;
+    }
+
+    static void report(const char* what, std::int64_t number, std::string_view line) {
+        xoLogObject(xoLogWarning, nullptr, xoLog::editPtr(), nullptr)
+            << what << number << std::string_view(") ") << line << std::string_view(" in Ini file");
+    }
+
+    Map& mTop;
+    std::string_view mName;  // of the section
+    Map* mSection;           // null until the section's first key
+};
+
+}  // namespace
+
+void readIni(std::string_view text, Map& map) { IniReader(map).read(text); }
+
+}  // namespace variant
+
+bool LoadIniFile(const std::string& path, xoVariant::xoVariantMapImpl& map) {
+    variant::FileBytes file;
+    if (file.read(path) != variant::FileBytes::Complete) return false;
+    variant::readIni(file.view(), map);
+    return true;
+}
+
+}  // namespace xo

@@ -1,0 +1,72 @@
+#include "variant/wholeFile.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/wideText.h"
+
+namespace xo::variant {
+namespace {
+
+constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes 32-bit sizes
+constexpr std::size_t kFirstRoom = 4096;                    // for what has no size beforehand
+
+platform::FileHandle open(const std::string& path, DWORD access, DWORD shareMode, DWORD disposition) {
+    return platform::FileHandle(::CreateFileW(platform::toApiPath(path).c_str(), access, shareMode,
+                                              /*lpSecurityAttributes=*/nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
+                                              /*hTemplateFile=*/nullptr));
+}
+
+bool isAbsent(DWORD error) {
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
+}
+
+}  // namespace
+
+FileBytes::State FileBytes::read(const std::string& path) {
+    const auto file = open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
+    if (!file) return isAbsent(::GetLastError()) ? Missing : Unreadable;
+    return fill(file);
+}
+
+FileBytes::State FileBytes::fill(const platform::FileHandle& file) {
+    LARGE_INTEGER size{};
+    const bool knowsSize = ::GetFileSizeEx(file.get(), &size) != 0;
+    // One byte more than the file has: the read that comes back short then tells its end.
+    grow(knowsSize ? static_cast<std::size_t>(size.QuadPart) + 1 : kFirstRoom);
+    for (;;) {
+        if (mSize == mRoom) grow(2 * mRoom);
+        DWORD got = 0;
+        const auto wanted = static_cast<DWORD>((std::min)(mRoom - mSize, kMaxTransfer));
+        if (!::ReadFile(file.get(), mBytes.get() + mSize, wanted, &got, /*lpOverlapped=*/nullptr)) {
+            const DWORD error = ::GetLastError();
+            return error == ERROR_HANDLE_EOF || error == ERROR_BROKEN_PIPE ? Complete : Unreadable;
+        }
+        mSize += got;
+        if (got == 0 || (knowsSize && mSize == static_cast<std::size_t>(size.QuadPart))) return Complete;
+    }
+}
+
+void FileBytes::grow(std::size_t room) {
+    std::unique_ptr<char[]> bytes(new char[room]);  // not filled with zeros first
+    if (mSize != 0) std::memcpy(bytes.get(), mBytes.get(), mSize);
+    mBytes = std::move(bytes);
+    mRoom = room;
+}
+
+platform::FileHandle openForWriting(const std::string& path) {
+    return open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, CREATE_ALWAYS);
+}
+
+bool writeAll(const platform::FileHandle& file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMaxTransfer));
+        DWORD written = 0;
+        if (!::WriteFile(file.get(), bytes.data(), size, &written, /*lpOverlapped=*/nullptr) || written == 0)
+            return false;
+        bytes.remove_prefix(written);
+    }
+    return true;
+}
+
+}  // namespace xo::variant

@@ -1,0 +1,37 @@
+// A file's bytes, all at once.
+#ifndef XO_VARIANT_WHOLEFILE_H
+#define XO_VARIANT_WHOLEFILE_H
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/handle.h"
+
+namespace xo::variant {
+
+class FileBytes {
+public:
+    enum State { Complete, Missing, Unreadable };
+
+    // Reads the file to its end, however others hold it.
+    State read(const std::string& path);
+    std::string_view view() const { return {mBytes.get(), mSize}; }
+
+private:
+    State fill(const platform::FileHandle& file);
+    void grow(std::size_t room);
+
+    std::unique_ptr<char[]> mBytes;
+    std::size_t mSize = 0;
+    std::size_t mRoom = 0;
+};
+
+// Makes the file, or empties it. Holds nothing where that fails.
+platform::FileHandle openForWriting(const std::string& path);
+
+bool writeAll(const platform::FileHandle& file, std::string_view bytes);
+
+}  // namespace xo::variant
+
+#endif
