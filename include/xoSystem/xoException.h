@@ -12,8 +12,8 @@
 
 namespace xo::exception {
 
-// Whether the library's handlers for SIGFPE, SIGILL and SIGSEGV are installed: from full initialisation to the outermost
-// termination.
+// Whether the library's handlers for SIGFPE, SIGILL and SIGSEGV are installed: from full initialisation to the
+// outermost termination.
 XOSYSTEM_API bool IsSigWatcherRegistered();
 
 namespace impl {

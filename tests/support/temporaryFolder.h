@@ -16,7 +16,8 @@ class TemporaryFolder {
 public:
     TemporaryFolder() {
         const auto base = std::filesystem::temp_directory_path() / L"xo t\u00E9st \u65E5\u672C ";
-        for (unsigned number = ::GetCurrentProcessId();; ++number) {  // identifiers come again, folders may be left over
+        for (unsigned number = ::GetCurrentProcessId();;
+             ++number) {  // identifiers come again, folders may be left over
             mPath = base.wstring() + std::to_wstring(number);
             if (std::filesystem::create_directory(mPath)) break;
         }
