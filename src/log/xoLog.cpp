@@ -31,7 +31,7 @@ struct xoLog::Private {
 
 namespace {
 
-constexpr std::size_t kLineRoomKept = 64 * 1024;
+constexpr std::size_t kLineRoomKept = 65536;
 
 }  // namespace
 
