@@ -197,9 +197,7 @@ xoVariant::xoVariantListImpl xoVariant::toList() const {
     return list;
 }
 
-xoVariant::xoVariantMapImpl xoVariant::toMap() const {
-    return getMap();
-}
+xoVariant::xoVariantMapImpl xoVariant::toMap() const { return getMap(); }
 
 xoVariant::DateTime xoVariant::toDateTime() const {
     return DateTime(mType == INTEGER || mType == DATETIME ? mPayload.integer : 0);

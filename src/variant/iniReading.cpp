@@ -20,9 +20,7 @@ bool isEnclosed(std::string_view text, char first, char last) {
 }
 
 // The text without its first and last character.
-std::string_view inner(std::string_view text) {
-    return text.substr(1, text.size() - 2);
-}
+std::string_view inner(std::string_view text) { return text.substr(1, text.size() - 2); }
 
 // Makes one character of each backslash and code in the text, from left to right.
 void replaceEscape(std::string& text, char code, char meaning) {
@@ -120,9 +118,7 @@ private:
 
 }  // namespace
 
-void readIni(std::string_view text, Map& map) {
-    IniReader(map).read(text);
-}
+void readIni(std::string_view text, Map& map) { IniReader(map).read(text); }
 
 }  // namespace variant
 

@@ -3,9 +3,7 @@
 
 namespace xo {
 
-xoVariant& xoVariant::xoVariantListImpl::push_back(const xoVariant& value) {
-    return push_back(xoVariant(value));
-}
+xoVariant& xoVariant::xoVariantListImpl::push_back(const xoVariant& value) { return push_back(xoVariant(value)); }
 
 xoVariant& xoVariant::xoVariantListImpl::push_back(xoVariant&& value) {
     return mElements.emplace_back(std::move(value));

@@ -46,7 +46,7 @@ void destroyContainer(Held* container) noexcept {
     if (state.depth == 1) {
         while (state.waiting != nullptr) {
             Held* const next = state.waiting;
-            state.waiting = next->mNextDying;
+            state.waiting = next->mNextDying;  // NOLINT(clang-analyzer-cplusplus.NewDelete): no one waits twice
             delete next;
         }
     }
@@ -123,25 +123,17 @@ xoVariant::xoVariant(Type type) : xoVariant() {
 
 xoVariant::xoVariant(const char* text) : xoVariant(std::string_view(text != nullptr ? text : "")) {}
 
-xoVariant::xoVariant(std::string_view text) : mType(STRING) {
-    mPayload.text = new std::string(text);
-}
+xoVariant::xoVariant(std::string_view text) : mType(STRING) { mPayload.text = new std::string(text); }
 
-xoVariant::xoVariant(std::string text) : mType(STRING) {
-    mPayload.text = new std::string(std::move(text));
-}
+xoVariant::xoVariant(std::string text) : mType(STRING) { mPayload.text = new std::string(std::move(text)); }
 
 xoVariant::xoVariant(std::vector<std::string> strings) : mType(STRINGLIST) {
     mPayload.strings = new std::vector<std::string>(std::move(strings));
 }
 
-xoVariant::xoVariant(xoVariantListImpl list) : mType(LIST) {
-    mPayload.list = new HeldList(std::move(list));
-}
+xoVariant::xoVariant(xoVariantListImpl list) : mType(LIST) { mPayload.list = new HeldList(std::move(list)); }
 
-xoVariant::xoVariant(xoVariantMapImpl map) : mType(MAP) {
-    mPayload.map = new HeldMap(std::move(map));
-}
+xoVariant::xoVariant(xoVariantMapImpl map) : mType(MAP) { mPayload.map = new HeldMap(std::move(map)); }
 
 template <class Number>
 void xoVariant::buildNumbers(const Number* values, std::size_t count) {
@@ -152,13 +144,9 @@ void xoVariant::buildNumbers(const Number* values, std::size_t count) {
     mType = type;
 }
 
-xoVariant::xoVariant(const double* values, std::size_t count) : xoVariant() {
-    buildNumbers(values, count);
-}
+xoVariant::xoVariant(const double* values, std::size_t count) : xoVariant() { buildNumbers(values, count); }
 
-xoVariant::xoVariant(const float* values, std::size_t count) : xoVariant() {
-    buildNumbers(values, count);
-}
+xoVariant::xoVariant(const float* values, std::size_t count) : xoVariant() { buildNumbers(values, count); }
 
 // Copies one container, of which the containers inside come to copyPayload again.
 void xoVariant::copyOneLevel(const xoVariant& other) {
@@ -228,9 +216,7 @@ xoVariant& xoVariant::operator=(const xoVariant& other) {
     return *this;
 }
 
-xoVariant& xoVariant::setType(Type type) {
-    return *this = xoVariant(type);
-}
+xoVariant& xoVariant::setType(Type type) { return *this = xoVariant(type); }
 
 std::string xoVariant::getTypeAsString() const {
     switch (mType) {

@@ -15,9 +15,7 @@ namespace xo {
 inline void PrintTo(const xoVariant& value, std::ostream* out) {
     *out << value.getTypeAsString() << ' ' << value.toString();
 }
-inline void PrintTo(const xoVariant::xoVariantMapImpl& map, std::ostream* out) {
-    *out << map.toString();
-}
+inline void PrintTo(const xoVariant::xoVariantMapImpl& map, std::ostream* out) { *out << map.toString(); }
 
 namespace tests {
 
@@ -37,9 +35,7 @@ inline List list(std::initializer_list<xoVariant> elements) {
     return result;
 }
 
-inline xoVariant numbers(std::initializer_list<double> values) {
-    return {values.begin(), values.size()};
-}
+inline xoVariant numbers(std::initializer_list<double> values) { return {values.begin(), values.size()}; }
 
 // A map whose only entry is a map whose only entry ... is the value; or the same of lists.
 inline xoVariant nest(int depth, bool inMaps, xoVariant value = 1) {
