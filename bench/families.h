@@ -6,7 +6,10 @@
 
 namespace bench {
 
+void measureIni(Suite& suite);
 void measureLog(Suite& suite);
+void measureText(Suite& suite);
+void measureVariant(Suite& suite);
 
 }  // namespace bench
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 
 #include "platform/windows.h"
 
@@ -53,6 +54,12 @@ std::string quoted(const std::string& text) {
 }
 
 }  // namespace
+
+void require(bool sameResult, const char* what) {
+    if (sameResult) return;
+    std::fprintf(stderr, "the sides differ: %s\n", what);
+    std::exit(1);
+}
 
 void Suite::compare(const std::string& family, const std::string& name, double units, const std::function<void()>& ours,
                     const std::vector<Other>& others) {

@@ -20,6 +20,9 @@ void keep(const T& value) {
     asm volatile("" : : "r,m"(value) : "memory");
 }
 
+// Ends the program with a message unless all sides of a case come to the same result. Asked before they are measured.
+void require(bool sameResult, const char* what);
+
 struct Other {
     std::string name;
     std::function<void()> run;

@@ -28,7 +28,7 @@ namespace xo {
 
 class XOSYSTEM_API xoStringUtils {
 public:
-    enum xoCharSet {
+    enum xoCharSet : int {
         CharSetNative = 0,  // the process's ANSI code page
         CharSetUtf8 = 1,
         CharSetAscii = 2,  // what the classic locale converts: one byte a character
@@ -189,9 +189,9 @@ public:
     static void SplitFolderFilename(const std::string& path, std::string& folder, std::string& file);
 
     // Makes the text a name that Windows takes for a file, and returns it. Replaced are the control characters, any of
-    // <>:"/\|?* and the dots and spaces at the end. A device name (CON, PRN, AUX, NUL, CONIN$, CONOUT$, COM0 to COM9,
-    // LPT0 to LPT9, whatever extension follows) gets the replacement behind it, and an empty text becomes it. A
-    // replacement that may not itself stand anywhere in a name, or is not ASCII, counts as '_'. Nothing is shortened.
+    // <>:"/\|?* and the dots and spaces at the end. A device name (CON, PRN, AUX, NUL, CONIN$, CONOUT$, COM or LPT with
+    // one digit, whatever extension follows) gets the replacement behind it, and an empty text becomes it. A
+    // replacement that may not itself end a name, or is not ASCII, counts as '_'. Nothing is shortened.
     static std::string& GenerateValidFileName(std::string& name, char replacement = '_');
 
     // ---- Natural order, by the user's locale: file2 before file10.

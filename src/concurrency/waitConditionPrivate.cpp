@@ -10,8 +10,8 @@ decltype(&::WakeConditionVariable) wakeConditionVariable;
 
 template <class Function>
 bool lookUpFunction(const char* name, Function& function) {
-    function =
-        reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleA("kernel32.dll"), name)));
+    const FARPROC found = ::GetProcAddress(::GetModuleHandleA("kernel32.dll"), name);
+    function = reinterpret_cast<Function>(reinterpret_cast<void (*)()>(found));
     return function != nullptr;
 }
 

@@ -1,5 +1,6 @@
 // What is there, how big, how old; and how much room is left.
 #include <algorithm>
+#include <utility>
 
 #include "files/pathParts.h"
 #include "platform/handle.h"
@@ -88,12 +89,12 @@ bool xoDirUtils::DirExistsUtf8(const std::string& path) {
 }
 
 void xoDirUtils::GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info) {
-    const std::string asked = path;  // which may be info's own
+    std::string asked = path;  // which may be info's own
     info.clearInfos();
-    info.path = asked;
+    info.path = std::move(asked);
 
     Facts facts;
-    if (!readFacts(toApiPath(asked), facts)) return;
+    if (!readFacts(toApiPath(info.path), facts)) return;
     info.exists = info.hasType = true;
     info.isDirectory = (facts.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     info.modificationTime = toUnixSeconds(facts.modified, 0);

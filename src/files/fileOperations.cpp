@@ -16,10 +16,8 @@ bool isFolder(const wchar_t* path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-// Someone else may make the folder between the question and the call, so the question comes again after a failure.
-bool ensureFolder(const wchar_t* path) {
-    return isFolder(path) || ::CreateDirectoryW(path, nullptr) || isFolder(path);
-}
+// Someone else may make the folder at the same moment.
+bool makeFolder(const wchar_t* path) { return ::CreateDirectoryW(path, nullptr) || isFolder(path); }
 
 }  // namespace
 
@@ -37,9 +35,7 @@ bool xoDirUtils::CopyFileUtf8(const std::string& from, const std::string& to, bo
     return ::CopyFileW(toApiPath(from).c_str(), toApiPath(to).c_str(), failIfExists ? TRUE : FALSE) != FALSE;
 }
 
-bool xoDirUtils::RemoveFileUtf8(const std::string& path) {
-    return ::DeleteFileW(toApiPath(path).c_str()) != FALSE;
-}
+bool xoDirUtils::RemoveFileUtf8(const std::string& path) { return ::DeleteFileW(toApiPath(path).c_str()) != FALSE; }
 
 bool xoDirUtils::MkpathUtf8(const std::string& path) {
     if (path.empty()) return true;
@@ -49,9 +45,14 @@ bool xoDirUtils::MkpathUtf8(const std::string& path) {
 
     std::replace(folder.begin(), folder.end(), L'/', L'\\');
     const std::size_t root = files::rootLength(folder);
+    bool mayExist = true;  // below the first folder made here, nothing does
     for (std::size_t at = root; at < folder.size();) {
         const std::size_t end = (std::min)(folder.find(L'\\', at), folder.size());
-        if (!ensureFolder(folder.substr(0, end).c_str())) return false;
+        const std::wstring prefix = folder.substr(0, end);
+        if (!mayExist || !isFolder(prefix.c_str())) {
+            if (!makeFolder(prefix.c_str())) return false;
+            mayExist = false;
+        }
         at = (std::min)(folder.find_first_not_of(L'\\', end), folder.size());
     }
     return root < folder.size();  // a drive or share alone cannot be made

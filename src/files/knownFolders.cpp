@@ -28,25 +28,15 @@ std::wstring systemTempFolder() {
 
 }  // namespace
 
-std::string xoDirUtils::GetFontFolderUtf8() {
-    return knownFolder(CSIDL_FONTS);
-}
+std::string xoDirUtils::GetFontFolderUtf8() { return knownFolder(CSIDL_FONTS); }
 
-std::string xoDirUtils::GetCommonAppDataFolderUtf8() {
-    return knownFolder(CSIDL_COMMON_APPDATA);
-}
+std::string xoDirUtils::GetCommonAppDataFolderUtf8() { return knownFolder(CSIDL_COMMON_APPDATA); }
 
-std::string xoDirUtils::GetAppDataFolderUtf8() {
-    return knownFolder(CSIDL_APPDATA);
-}
+std::string xoDirUtils::GetAppDataFolderUtf8() { return knownFolder(CSIDL_APPDATA); }
 
-std::string xoDirUtils::GetPicturesFolderUtf8() {
-    return knownFolder(CSIDL_MYPICTURES);
-}
+std::string xoDirUtils::GetPicturesFolderUtf8() { return knownFolder(CSIDL_MYPICTURES); }
 
-std::string xoDirUtils::GetDocumentsFolderUtf8() {
-    return knownFolder(CSIDL_PERSONAL);
-}
+std::string xoDirUtils::GetDocumentsFolderUtf8() { return knownFolder(CSIDL_PERSONAL); }
 
 std::string xoDirUtils::GetTempFolderUtf8() {
     std::wstring folder = platform::readWide(

@@ -65,7 +65,7 @@ std::wstring_view withoutTrailingSeparators(std::wstring_view path) {
 std::wstring toExtendedPath(const std::wstring& path) {
     if (path.empty() || path.find(L'\0') != std::wstring::npos) return {};
     if (hasDevicePrefix(path)) return path;
-    const std::wstring full = platform::readWide(
+    std::wstring full = platform::readWide(
         [&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
     if (full.empty() || hasDevicePrefix(full)) return full;
     if (isNetworkPath(full)) return LR"(\\?\UNC\)" + full.substr(2);

@@ -8,9 +8,7 @@
 
 namespace xo::files {
 
-inline bool isSeparator(wchar_t c) noexcept {
-    return c == L'\\' || c == L'/';
-}
+inline bool isSeparator(wchar_t c) noexcept { return c == L'\\' || c == L'/'; }
 
 // The length of what stands before the first name, separators included: "C:", "C:\", "\", "\\server\share\",
 // "\\?\C:\", "\\?\UNC\server\share\", "\\.\device\". 0 for a path that begins with a name.

@@ -17,9 +17,7 @@ using platform::toApiPath;
 using platform::toUtf8;
 using platform::toWide;
 
-bool hasNul(std::wstring_view text) {
-    return text.find(L'\0') != std::wstring_view::npos;
-}
+bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
 
 std::wstring programPath() {
     std::wstring path(MAX_PATH, L'\0');
@@ -56,7 +54,8 @@ std::wstring storedName(const std::wstring& path, std::wstring_view name) {
     if (name == L"." || name == L"..") return std::wstring(name);
     if (name.find_first_of(L"*?") != std::wstring_view::npos) return {};  // would find some other file
     std::wstring stored = nameInShell(path, name);
-    return stored.empty() ? nameInFolder(path) : stored;
+    if (stored.empty()) stored = nameInFolder(path);
+    return stored;
 }
 
 // "C:" at the start, or behind "\\?\".

@@ -42,9 +42,7 @@ NumberRegister& numbers() noexcept {
     return instance;
 }
 
-UINT after(UINT number) noexcept {
-    return number % kLastNumber + 1;
-}
+UINT after(UINT number) noexcept { return number % kLastNumber + 1; }
 
 struct TemporaryFile {
     std::wstring folder;  // with backslashes

@@ -4,8 +4,10 @@
 
 #include "concurrency/earlyCreation.h"
 #include "frame/laneMasks.h"
+#include "frame/resourceRegistry.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoStringUtils.h"
+#include "xoSystem/xoSystemUtils.h"
 #include "xoSystem/xoWaitCondition.h"
 
 namespace xo {
@@ -19,28 +21,34 @@ void initializeBasic() {
     levelReached = InitTypeBasic;
     xoLog::createInstance(/*threadSafe=*/false);
     frame::writeLaneMasks();
+    xoSystemUtils::InitializeSystemUtils();
     xoStringUtils::InitializeStringUtils();
+    frame::createResourceRegistry();
 }
 
 // The log may be missing: after a termination too many, full initialisation comes up without the basic one.
-void initializeFull() {
+void initializeFull(bool queryMainDisk) {
     levelReached = InitTypeFull;
+    frame::makeResourceRegistryThreadSafe();
     if (xoLog* const log = xoLog::editPtr()) log->makeThreadSafe();
     xoWaitCondition::FindBestImplementation();
+    if (queryMainDisk) xoSystemUtils::getMainHDDDevice();
 }
 
 }  // namespace
 
-void initializeXoSystem(InitType type, bool) {
+void initializeXoSystem(InitType type, bool queryMainDisk) {
     if (type != InitTypeBasic && type != InitTypeFull) return;
     if (basicCounter.incrementInitCounter()) initializeBasic();
-    if (type == InitTypeFull && fullCounter.incrementInitCounter()) initializeFull();
+    if (type == InitTypeFull && fullCounter.incrementInitCounter()) initializeFull(queryMainDisk);
 }
 
 void terminateXoSystem() {
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
+    frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
+    xoSystemUtils::TerminateSystemUtils();
     xoLog::destroyInstance();
     levelReached = 0;
 }

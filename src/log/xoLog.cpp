@@ -3,55 +3,35 @@
 #include <algorithm>
 #include <set>
 
+#include "concurrency/lateMutex.h"
 #include "log/console.h"
 #include "log/eventLog.h"
 #include "log/linePrefix.h"
 #include "log/logFile.h"
-#include "xoSystem/xoMutex.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
 
-// The record is itself the lock of the sinks: a real one once the log is safe for threads.
-struct XO_CAPABILITY("mutex") xoLog::Private {
-    void takeCriticalSection() XO_ACQUIRE() XO_NO_THREAD_SAFETY_ANALYSIS {
-        if (mutex) mutex->lock();
-    }
-    void releaseCriticalSection() XO_RELEASE() XO_NO_THREAD_SAFETY_ANALYSIS {
-        if (mutex) mutex->unlock();
-    }
+struct xoLog::Private {
+    void callHandler(const std::string& message, xoLogType type, const std::string& qualifier) const XO_REQUIRES(mutex);
+    void writeLine(const std::string& message, xoLogType type, const std::string& qualifier) XO_REQUIRES(mutex);
 
-    void callHandler(const std::string& message, xoLogType type, const std::string& qualifier) const XO_REQUIRES(this);
-    void writeLine(const std::string& message, xoLogType type, const std::string& qualifier) XO_REQUIRES(this);
-
-    std::unique_ptr<xoMutex> mutex;  // null until the log is made safe for threads
+    concurrency::LateMutex mutex;  // guards the sinks
     std::atomic<bool> echoToConsole{true};
     std::set<std::string, std::less<>> blacklist;  // changed before threads log, hence read without the lock
 
-    CustomHandler handler XO_GUARDED_BY(this) = nullptr;
-    void* handlerUser XO_GUARDED_BY(this) = nullptr;
-    log::LogFile file XO_GUARDED_BY(this);
-    log::LocalTimeText localTime XO_GUARDED_BY(this);
-    std::string line XO_GUARDED_BY(this);  // room that each line reuses
-    std::string pendingNotice XO_GUARDED_BY(this);
+    CustomHandler handler XO_GUARDED_BY(mutex) = nullptr;
+    void* handlerUser XO_GUARDED_BY(mutex) = nullptr;
+    log::LogFile file XO_GUARDED_BY(mutex);
+    log::LocalTimeText localTime XO_GUARDED_BY(mutex);
+    std::string line XO_GUARDED_BY(mutex);  // room that each line reuses
+    std::string pendingNotice XO_GUARDED_BY(mutex);
     std::atomic<bool> hasPendingNotice{false};
 };
 
 namespace {
 
-constexpr std::size_t kLineRoomKept = 64 * 1024;
-
-template <class Section>
-class XO_SCOPED_CAPABILITY ScopedSection {
-public:
-    explicit ScopedSection(Section& section) XO_ACQUIRE(section) : mSection(section) { mSection.takeCriticalSection(); }
-    ~ScopedSection() XO_RELEASE() { mSection.releaseCriticalSection(); }
-    ScopedSection(const ScopedSection&) = delete;
-    ScopedSection& operator=(const ScopedSection&) = delete;
-
-private:
-    Section& mSection;
-};
+constexpr std::size_t kLineRoomKept = 65536;
 
 }  // namespace
 
@@ -74,8 +54,8 @@ xoLog::xoLog(bool threadSafe) : mPrivate(std::make_unique<Private>()) {
 xoLog::~xoLog() = default;
 
 void xoLog::makeThreadSafe() {
-    if (!mPrivate->mutex) mPrivate->mutex = std::make_unique<xoMutex>(impl::WithoutEarlyWarning());
-    const ScopedSection section(*mPrivate);
+    mPrivate->mutex.make();
+    const concurrency::LateMutexLocker locker(mPrivate->mutex);
     mPrivate->file.share();
 }
 
@@ -100,7 +80,7 @@ void xoLog::setDebugSubTypeEnabled(const char* qualifiers, bool enabled) {
         notice.append(separator).append("'").append(qualifier).append("'");
         separator = " ";
     }
-    const ScopedSection section(*mPrivate);
+    const concurrency::LateMutexLocker locker(mPrivate->mutex);
     mPrivate->pendingNotice = std::move(notice);
     mPrivate->hasPendingNotice = true;
 }
@@ -113,7 +93,7 @@ bool xoLog::isQualifierWanted(std::string_view qualifier) {
 void xoLog::writePendingNotice() {
     std::string notice;
     {
-        const ScopedSection section(*mPrivate);
+        const concurrency::LateMutexLocker locker(mPrivate->mutex);
         if (!mPrivate->hasPendingNotice.exchange(false)) return;
         notice.swap(mPrivate->pendingNotice);
     }
@@ -123,34 +103,33 @@ void xoLog::writePendingNotice() {
 void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount) {
     bool installed = false;
     {
-        const ScopedSection section(*mPrivate);
+        const concurrency::LateMutexLocker locker(mPrivate->mutex);
         mPrivate->file.remove();
         mPrivate->echoToConsole = (flags & xoLogFileEcho) != 0;
-        installed =
-            mPrivate->file.install(path, flags, maxSizeBytes, backupCount, /*shared=*/mPrivate->mutex != nullptr);
+        installed = mPrivate->file.install(path, flags, maxSizeBytes, backupCount, /*shared=*/mPrivate->mutex.isMade());
     }
     if (!installed) xoLogObject(xoLogCritical, nullptr, this) << "Fail to install log file handler to " << path;
 }
 
 void xoLog::removeFileHandler() {
-    const ScopedSection section(*mPrivate);
+    const concurrency::LateMutexLocker locker(mPrivate->mutex);
     mPrivate->file.remove();
     mPrivate->echoToConsole = false;
 }
 
 std::string xoLog::getCurrentLogFileNameUtf8() const {
-    const ScopedSection section(*mPrivate);
+    const concurrency::LateMutexLocker locker(mPrivate->mutex);
     return mPrivate->file.path();
 }
 
 void xoLog::installCustomHandler(CustomHandler handler, void* user) {
-    const ScopedSection section(*mPrivate);
+    const concurrency::LateMutexLocker locker(mPrivate->mutex);
     mPrivate->handler = handler;
     mPrivate->handlerUser = user;
 }
 
 void xoLog::Write(const std::string& message, xoLogType type, const std::string& qualifier) {
-    const ScopedSection section(*mPrivate);
+    const concurrency::LateMutexLocker locker(mPrivate->mutex);
     if (mPrivate->handler) mPrivate->callHandler(message, type, qualifier);
     if (mPrivate->echoToConsole.load(std::memory_order_relaxed) || mPrivate->file.isInstalled())
         mPrivate->writeLine(message, type, qualifier);

@@ -70,7 +70,7 @@ std::wstring toApiPath(std::wstring path) {
     const std::size_t folder = isAbsolute(path) ? 0 : ::GetCurrentDirectoryW(0, nullptr);
     if (path.empty() || folder + path.size() < kShortPathLimit) return path;
 
-    const std::wstring full =
+    std::wstring full =
         readWide([&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
     if (full.empty()) return path;
     if (startsWith(full, LR"(\\?\)") || startsWith(full, LR"(\\.\)")) return full;

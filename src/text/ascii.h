@@ -7,17 +7,11 @@
 namespace xo::text {
 
 // Space, \t, \n, \v, \f or \r.
-constexpr bool isSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
+constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-constexpr char toLower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
+constexpr char toLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
-constexpr char toUpper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-}
+constexpr char toUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c; }
 
 constexpr std::string_view trimmed(std::string_view text) {
     while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);

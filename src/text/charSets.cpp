@@ -17,13 +17,11 @@ constexpr char kAsciiFailed[] = "xoStringUtils::fromAscii failed ";
 // Standard output and not the log, because the log itself converts.
 template <class Text>
 Text failed(const char* message) {
-    std::cout << message << std::endl;
+    std::cout << message << '\n' << std::flush;
     return {};
 }
 
-bool fitsInt(std::size_t size) {
-    return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)());
-}
+bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)()); }
 
 template <UINT codePage>
 std::wstring widen(const std::string& text) {

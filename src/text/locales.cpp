@@ -23,12 +23,8 @@ bool xoStringUtils::TerminateStringUtils() {
 
 void xoStringUtils::InitializeForThread() {}
 
-_locale_t xoStringUtils::GetCLocale() {
-    return msCLocale;
-}
+_locale_t xoStringUtils::GetCLocale() { return msCLocale; }
 
-std::locale* xoStringUtils::GetCPlusLocale() {
-    return msCplusLocale;
-}
+std::locale* xoStringUtils::GetCPlusLocale() { return msCplusLocale; }
 
 }  // namespace xo

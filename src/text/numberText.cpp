@@ -1,14 +1,13 @@
 #include "text/numberText.h"
 
 #include <charconv>
+#include <cmath>
 #include <limits>
+
+#include "text/ascii.h"
 
 namespace xo::text {
 namespace {
-
-bool isSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 // Skips white space and takes a sign; the rest must begin with the number itself.
 const char* skipToDigits(const char* at, const char* end, bool& negative) {
@@ -92,9 +91,9 @@ bool parseReal(std::string_view text, double& value) {
     return stop == end;
 }
 
-char* printReal(char* out, double value, int precision) {
-    const auto result = std::to_chars(out, out + kRealRoom, value, std::chars_format::general, precision);
-    return result.ptr;
+char* printReal(char* out, double value, int precision, int room) {
+    if (std::isnan(value)) value = std::fabs(value);  // its sign means nothing, and a stream prints none
+    return std::to_chars(out, out + room, value, std::chars_format::general, precision).ptr;
 }
 
 }  // namespace xo::text

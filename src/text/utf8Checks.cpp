@@ -1,42 +1,41 @@
 #include "text/utf8Checks.h"
 
-#include <emmintrin.h>
 #include <utf8.h>
 
 #include <algorithm>
 
+#include "text/blocks.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
 namespace text {
 namespace {
 
+// Byte by byte the sequences are unsigned; the blocks do not care.
 using Byte = unsigned char;
 
-bool isContinuation(Byte byte) {
-    return (byte & 0xC0) == 0x80;
-}
+bool isContinuation(Byte byte) { return (byte & 0xC0) == 0x80; }
 
-__m128i load(const Byte* at) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-}
-
-const Byte* skipAscii(const Byte* at, const Byte* end) {
-    for (; end - at >= 64; at += 64) {
-        const __m128i low = _mm_or_si128(load(at), load(at + 16));
-        const __m128i high = _mm_or_si128(load(at + 32), load(at + 48));
-        if (_mm_movemask_epi8(_mm_or_si128(low, high)) != 0) break;
+// The first byte that is not ASCII, or end. The short runs of mixed text end in the first block.
+const char* skipAscii(const char* at, const char* end) {
+    for (; end - at >= kBlock; at += kBlock) {
+        const unsigned mask = topBits(loadBlock(at));
+        if (mask != 0) return at + lowestBit(mask);
+        while (end - at >= 5 * kBlock) {
+            const __m128i low = _mm_or_si128(loadBlock(at + kBlock), loadBlock(at + 2 * kBlock));
+            const __m128i high = _mm_or_si128(loadBlock(at + 3 * kBlock), loadBlock(at + 4 * kBlock));
+            if (topBits(_mm_or_si128(low, high)) != 0) break;
+            at += 4 * kBlock;
+        }
     }
-    for (; end - at >= 16; at += 16) {
-        if (_mm_movemask_epi8(load(at)) != 0) break;
-    }
-    while (at != end && *at < 0x80) ++at;
+    while (at != end && static_cast<Byte>(*at) < 0x80) ++at;
     return at;
 }
 
 // The length of the well-formed sequence that starts here, which is at least four bytes before the end; 0 if there is
 // none. The second byte's range keeps out overlong forms, surrogates and what lies beyond U+10FFFF.
-std::ptrdiff_t sequenceLength(const Byte* at) {
+std::ptrdiff_t sequenceLength(const char* text) {
+    const Byte* const at = reinterpret_cast<const Byte*>(text);
     const Byte lead = at[0];
     const Byte second = at[1];
     if (lead >= 0xC2 && lead <= 0xDF) return isContinuation(second) ? 2 : 0;
@@ -52,13 +51,13 @@ std::ptrdiff_t sequenceLength(const Byte* at) {
 }
 
 // Skips well-formed sequences, and stops at the first one in doubt or too close to the end to be read ahead.
-const Byte* skipWellFormed(const Byte* at, const Byte* end) {
+const char* skipWellFormed(const char* at, const char* end) {
     while ((at = skipAscii(at, end)), end - at >= 4) {
         do {
             const std::ptrdiff_t length = sequenceLength(at);
             if (length == 0) return at;
             at += length;
-        } while (end - at >= 4 && *at >= 0x80);
+        } while (end - at >= 4 && static_cast<Byte>(*at) >= 0x80);
     }
     return at;
 }
@@ -66,16 +65,13 @@ const Byte* skipWellFormed(const Byte* at, const Byte* end) {
 }  // namespace
 
 bool isUtf8(std::string_view text) {
-    const Byte* const begin = reinterpret_cast<const Byte*>(text.data());
-    const Byte* const end = begin + text.size();
-    return utf8::is_valid(skipWellFormed(begin, end), end);
+    const char* const end = text.data() + text.size();
+    return utf8::is_valid(skipWellFormed(text.data(), end), end);
 }
 
 }  // namespace text
 
-bool xoStringUtils::IsUtf8String(const std::string& text) {
-    return text::isUtf8(text);
-}
+bool xoStringUtils::IsUtf8String(const std::string& text) { return text::isUtf8(text); }
 
 std::size_t xoStringUtils::CountUtf8Char(const std::string& text) {
     if (!text::isUtf8(text)) return 0;

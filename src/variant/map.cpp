@@ -18,9 +18,15 @@ xoVariant& Map::editValue(std::string_view key, const xoVariant& defaultValue) {
 
 xoVariant& Map::operator[](std::string_view key) { return editValue(key, xoVariant()); }
 
-Map::iterator Map::find(std::string_view key) { return mEntries.find(key); }
+Map::iterator Map::find(std::string_view key) {
+    const auto at = mEntries.lower_bound(key);
+    return at != mEntries.end() && at->first == key ? at : mEntries.end();
+}
 
-Map::const_iterator Map::find(std::string_view key) const { return mEntries.find(key); }
+Map::const_iterator Map::find(std::string_view key) const {
+    const auto at = mEntries.lower_bound(key);
+    return at != mEntries.end() && at->first == key ? at : mEntries.end();
+}
 
 bool Map::contains(std::string_view key) const { return find(key) != mEntries.end(); }
 

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_literals;
 using xo::xoDirUtils;
-using xo::tests::TemporaryFolder;
+using xo::tests::TestFolder;
 
 TEST(PathParts, KnowWhereTheNamesBegin) {
     const struct {
@@ -70,7 +70,7 @@ TEST(PathText, TellsRelativePathsAndMakesThemAbsolute) {
 }
 
 TEST(PathText, FollowsTheWorkingDirectory) {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     const std::string before = xoDirUtils::GetCurrentWorkingDirUtf8();
     ASSERT_TRUE(xoDirUtils::SetCurrentWorkingDirUtf8(folder.path()));
     EXPECT_EQ(xoDirUtils::GetCurrentWorkingDirUtf8(), folder.path());
@@ -88,7 +88,7 @@ TEST(PathText, KnowsTheFolderOfTheProgram) {
 }
 
 TEST(PathText, FindsTheCaseOnDisk) {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     const std::string deep = xo::tests::longPath(folder) + "\\Deepest";
     ASSERT_TRUE(xoDirUtils::MkpathUtf8(folder.path("Sub Folder \xC3\x89")));
     ASSERT_TRUE(xoDirUtils::MkpathUtf8(deep));
@@ -142,7 +142,7 @@ TEST(TempFolder, IsWhatTheEnvironmentSays) {
 }
 
 TEST(TempFile, NamesAFileThatCanBeMade) {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     const std::string deep = xo::tests::longPath(folder);
     ASSERT_TRUE(xoDirUtils::MkpathUtf8(deep));
     const struct {
@@ -173,7 +173,7 @@ TEST(TempFile, NamesAFileThatCanBeMade) {
 }
 
 TEST(TempFile, GivesNoNameTwice) {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     constexpr int perThread = 100;
     std::vector<std::string> names[8];
     std::vector<std::thread> threads;

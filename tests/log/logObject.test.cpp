@@ -10,7 +10,6 @@
 #include "log/logFixture.h"
 #include "support/allocationCount.h"
 #include "support/capturedOutput.h"
-#include "support/child.h"
 
 namespace {
 
@@ -180,13 +179,6 @@ TEST_F(Log, KeepsLinesOfManyThreadsWhole) {
     const std::vector<std::string> lines = takeLines();
     EXPECT_EQ(lines.size(), static_cast<std::size_t>(kThreads * kLines));
     for (const std::string& line : lines) ASSERT_TRUE(line.rfind("1(thread)line ", 0) == 0 && line.size() < 40) << line;
-}
-
-TEST(Console, ShowsTextAsItIs) {
-    const xo::tests::Child child(L"consoleWriter", {}, CREATE_NEW_CONSOLE);
-    const int result = child.wait();
-    if (result == 2) GTEST_SKIP() << "no console can be made here";
-    EXPECT_EQ(result, 0);
 }
 
 }  // namespace

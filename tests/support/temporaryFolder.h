@@ -2,30 +2,27 @@
 #ifndef XO_TESTS_TEMPORARYFOLDER_H
 #define XO_TESTS_TEMPORARYFOLDER_H
 
-#include <atomic>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 
 #include "platform/windows.h"
+#include "xoSystem/xoDirUtils.h"
 
 namespace xo::tests {
 
 class TemporaryFolder {
 public:
     TemporaryFolder() {
-        static std::atomic<int> made{0};
-        mPath =
-            std::filesystem::temp_directory_path() /
-            (L"xo t\u00E9st \u65E5\u672C " + std::to_wstring(::GetCurrentProcessId()) + L"-" + std::to_wstring(++made));
-        std::filesystem::create_directories(mPath);
+        const auto base = std::filesystem::temp_directory_path() / L"xo t\u00E9st \u65E5\u672C ";
+        for (unsigned number = ::GetCurrentProcessId();;
+             ++number) {  // identifiers come again, folders may be left over
+            mPath = base.wstring() + std::to_wstring(number);
+            if (std::filesystem::create_directory(mPath)) break;
+        }
     }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(LR"(\\?\)" + mPath.wstring(), ignored);
-    }
+    ~TemporaryFolder() { xoDirUtils::ClearFolderUtf8(mPath.u8string(), /*removeFolderItself=*/true); }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 

@@ -43,6 +43,7 @@ TEST(Locales, ExistBetweenInitialisationAndTermination) {
     EXPECT_FALSE(xoStringUtils::TerminateStringUtils());
     EXPECT_EQ(xoStringUtils::GetCLocale(), nullptr);
     EXPECT_EQ(xoStringUtils::GetCPlusLocale(), nullptr);
+    EXPECT_EQ(xoStringUtils::convertCharset("no locale yet", kAscii, kAscii), "no locale yet");
 
     EXPECT_TRUE(xoStringUtils::InitializeStringUtils());
     const auto runtime = xoStringUtils::GetCLocale();
@@ -137,6 +138,8 @@ TEST_F(CharSets, TakeATextOfUnknownEncodingForNative) {
     EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\xC3\xA9 \xE4\xB8\xAD", '?'), "\xC3\xA9 \xE4\xB8\xAD");
     EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\xE9t\xE9", '?'), "\xC3\xA9t\xC3\xA9");
     EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\x80\x80\x80", '?'), "");  // three euro signs: nine bytes
+    EXPECT_EQ(output.text(), kNarrowingFailed);
 }
 
 }  // namespace

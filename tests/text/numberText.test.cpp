@@ -86,6 +86,8 @@ TEST(NumberText, PrintsAsAStreamDoes) {
                 {1234.5678, 3, "1.23e+03"},
                 {0.00001, 6, "1e-05"},
                 {100000.0, 6, "100000"},
+                {std::numeric_limits<double>::quiet_NaN(), 6, "nan"},
+                {-std::numeric_limits<double>::quiet_NaN(), 6, "nan"},
                 {1.0 / 3, 17, "0.33333333333333331"}};
     for (const auto& row : rows) {
         char text[xo::text::kRealRoom];

@@ -1,0 +1,33 @@
+// SystemError: an error code of Windows, and its text.
+//
+//     if (!::DeleteFileW(path)) xoLogObject(xoLogCritical) << xo::SystemError(::GetLastError()).toString();
+#ifndef XOSYSTEM_XOSYSTEMERROR_H
+#define XOSYSTEM_XOSYSTEMERROR_H
+
+#include <string>
+
+#include "xoSystem/xoExport.h"
+
+namespace xo {
+
+// A plain value; 0 is success. Codes above 0x7FFFFFFF, such as an HRESULT, are negative.
+class XOSYSTEM_API SystemError {
+public:
+    SystemError() = default;
+    SystemError(int code) : mCode(code) {}
+    SystemError(unsigned long code) : mCode(static_cast<int>(code)) {}  // as GetLastError gives it
+
+    int getErrorCode() const { return mCode; }
+
+    // The system's message in the user's language, UTF-8 on one line, then the code: "File not found.  (2)". The second
+    // space stands for the line end of the message. A code that the system has no text for, or one whose text wants
+    // arguments, is "Unknown Error (12345)".
+    std::string toString() const;
+
+private:
+    int mCode = 0;
+};
+
+}  // namespace xo
+
+#endif

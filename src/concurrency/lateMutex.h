@@ -1,0 +1,45 @@
+// The lock of a service that starts out for one thread: it does nothing until it is made.
+#ifndef XO_CONCURRENCY_LATEMUTEX_H
+#define XO_CONCURRENCY_LATEMUTEX_H
+
+#include <memory>
+
+#include "xoSystem/xoMutex.h"
+
+namespace xo::concurrency {
+
+class XO_CAPABILITY("mutex") LateMutex {
+public:
+    // Both while one thread alone uses the service.
+    void make() {
+        if (!mMutex) mMutex = std::make_unique<xoMutex>(impl::WithoutEarlyWarning());
+    }
+    void unmake() { mMutex.reset(); }
+
+    bool isMade() const { return mMutex != nullptr; }
+
+    void lock() XO_ACQUIRE() XO_NO_THREAD_SAFETY_ANALYSIS {
+        if (mMutex) mMutex->lock();
+    }
+    void unlock() XO_RELEASE() XO_NO_THREAD_SAFETY_ANALYSIS {
+        if (mMutex) mMutex->unlock();
+    }
+
+private:
+    std::unique_ptr<xoMutex> mMutex;
+};
+
+class XO_SCOPED_CAPABILITY LateMutexLocker {
+public:
+    explicit LateMutexLocker(LateMutex& mutex) XO_ACQUIRE(mutex) : mMutex(mutex) { mMutex.lock(); }
+    ~LateMutexLocker() XO_RELEASE() { mMutex.unlock(); }
+    LateMutexLocker(const LateMutexLocker&) = delete;
+    LateMutexLocker& operator=(const LateMutexLocker&) = delete;
+
+private:
+    LateMutex& mMutex;
+};
+
+}  // namespace xo::concurrency
+
+#endif

@@ -1,0 +1,72 @@
+#include "xoSystem/xoSystemUtils.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cwchar>
+#include <mutex>
+#include <optional>
+
+#include "platform/uuid.h"
+#include "platform/wideText.h"
+#include "platform/windows.h"
+#include "sysinfo/mainDisk.h"
+#include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoLog.h"
+
+namespace xo {
+namespace {
+
+std::atomic<unsigned> processorCount{1};
+
+struct MainDisk {
+    std::mutex lock;                    // guards device
+    std::optional<std::string> device;  // once it has been asked for
+};
+
+MainDisk& mainDisk() {
+    static MainDisk disk;
+    return disk;
+}
+
+unsigned readProcessorCount() {
+    ::SetLastError(ERROR_SUCCESS);
+    const std::wstring text = platform::readWide(
+        [](wchar_t* buffer, DWORD size) { return ::GetEnvironmentVariableW(L"NUMBER_OF_PROCESSORS", buffer, size); });
+    if (text.empty() && ::GetLastError() == ERROR_ENVVAR_NOT_FOUND) {
+        xoLogObject(xoLogCritical, nullptr, xoLog::editPtr(), nullptr) << "Failed to retrieve NUMBER_OF_PROCESSORS";
+        return 1;
+    }
+    return static_cast<unsigned>((std::max)(std::wcstol(text.c_str(), nullptr, 10), 1L));
+}
+
+}  // namespace
+
+void xoSystemUtils::InitializeSystemUtils() { processorCount.store(readProcessorCount(), std::memory_order_relaxed); }
+
+void xoSystemUtils::TerminateSystemUtils() {
+    processorCount.store(1, std::memory_order_relaxed);
+    const std::lock_guard<std::mutex> lock(mainDisk().lock);
+    mainDisk().device.reset();
+}
+
+unsigned xoSystemUtils::GetProcessorCount() { return processorCount.load(std::memory_order_relaxed); }
+
+std::string xoSystemUtils::getMainHDDDevice() {
+    MainDisk& disk = mainDisk();
+    const std::lock_guard<std::mutex> lock(disk.lock);
+    if (!disk.device) disk.device = sysinfo::findMainDisk();
+    return *disk.device;
+}
+
+std::string xoSystemUtils::CreateUuid(bool inBraces) {
+    const std::string uuid = platform::createUuid();
+    return inBraces ? "{" + uuid + "}" : uuid;
+}
+
+std::string xoSystemUtils::GetBinaryFolderUtf8() {
+    std::string folder;
+    xoDirUtils::GetFolderOfCurrentProcessUtf8(folder);
+    return folder;
+}
+
+}  // namespace xo

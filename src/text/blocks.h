@@ -1,0 +1,34 @@
+// Sixteen bytes of text at a time, with what every x86-64 processor has.
+#ifndef XO_TEXT_BLOCKS_H
+#define XO_TEXT_BLOCKS_H
+
+#include <emmintrin.h>
+
+#include <cstddef>
+#if defined(_MSC_VER) && !defined(__clang__)
+#    include <intrin.h>
+#endif
+
+namespace xo::text {
+
+constexpr std::ptrdiff_t kBlock = 16;
+
+inline __m128i loadBlock(const char* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
+
+// A bit for each byte of the block whose top bit is set.
+inline unsigned topBits(__m128i block) { return static_cast<unsigned>(_mm_movemask_epi8(block)); }
+
+// The index of the lowest bit of a mask that has one.
+inline unsigned lowestBit(unsigned mask) {
+#if defined(_MSC_VER) && !defined(__clang__)
+    unsigned long index = 0;
+    _BitScanForward(&index, mask);
+    return index;
+#else
+    return static_cast<unsigned>(__builtin_ctz(mask));
+#endif
+}
+
+}  // namespace xo::text
+
+#endif

@@ -1,0 +1,134 @@
+#include <array>
+#include <cstring>
+#include <functional>
+#include <string_view>
+
+#include "text/blocks.h"
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo {
+namespace {
+
+constexpr std::size_t kUuidSize = 16;
+constexpr std::size_t kDashedUuidSize = 36;
+constexpr unsigned char kNoDigit = 0xFF;
+
+constexpr std::array<unsigned char, 256> makeDigitValues() {
+    std::array<unsigned char, 256> values{};
+    for (auto& value : values) value = kNoDigit;
+    for (unsigned char i = 0; i != 10; ++i) values['0' + std::size_t{i}] = i;
+    for (unsigned char i = 10; i != 16; ++i) {
+        values['a' - 10 + std::size_t{i}] = i;
+        values['A' - 10 + std::size_t{i}] = i;
+    }
+    return values;
+}
+
+constexpr auto kDigitValues = makeDigitValues();
+
+unsigned char digitValue(char c) { return kDigitValues[static_cast<unsigned char>(c)]; }
+
+char digitOf(unsigned value) { return "0123456789abcdef"[value]; }
+
+// Sixteen values below 16 to their digits.
+__m128i digitsOf(__m128i values) {
+    const __m128i toLetter = _mm_and_si128(_mm_cmpgt_epi8(values, _mm_set1_epi8(9)), _mm_set1_epi8('a' - '9' - 1));
+    return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), toLetter);
+}
+
+void encode(const char* data, std::size_t size, char* out) {
+    const __m128i lowBits = _mm_set1_epi8(0x0F);
+    for (; size >= 16; size -= 16, data += 16, out += 32) {
+        const __m128i bytes = text::loadBlock(data);
+        const __m128i high = digitsOf(_mm_and_si128(_mm_srli_epi16(bytes, 4), lowBits));
+        const __m128i low = digitsOf(_mm_and_si128(bytes, lowBits));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(high, low));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), _mm_unpackhi_epi8(high, low));
+    }
+    for (; size != 0; --size, ++data) {
+        const auto byte = static_cast<unsigned char>(*data);
+        *out++ = digitOf(byte >> 4);
+        *out++ = digitOf(byte & 0x0FU);
+    }
+}
+
+// Decodes size bytes from twice as many digits. A character that is none shows in the upper half of the sum of all.
+bool decode(const char* text, std::size_t size, char* out) {
+    unsigned seen = 0;
+    for (; size != 0; --size, text += 2) {
+        const unsigned high = digitValue(text[0]);
+        const unsigned low = digitValue(text[1]);
+        seen |= high | low;
+        *out++ = static_cast<char>(high << 4 | low);
+    }
+    return seen < 16;
+}
+
+// Whether writing to out may destroy what lies at data.
+bool liesIn(const char* data, const std::string& out) {
+    const std::less<> before;
+    return !before(data, out.data()) && !before(out.data() + out.capacity(), data);
+}
+
+bool isDashPlace(std::size_t index) { return index == 8 || index == 13 || index == 18 || index == 23; }
+
+bool parseUuid(std::string_view text, char* bytes) {
+    if (text.size() > 2 && text.front() == '{' && text.back() == '}') text = text.substr(1, text.size() - 2);
+    if (text.size() == 2 * kUuidSize) return decode(text.data(), kUuidSize, bytes);
+    if (text.size() != kDashedUuidSize) return false;
+
+    char digits[2 * kUuidSize];
+    char* out = digits;
+    for (std::size_t i = 0; i != kDashedUuidSize; ++i) {
+        if (!isDashPlace(i)) {
+            *out++ = text[i];
+        } else if (text[i] != '-') {
+            return false;
+        }
+    }
+    return decode(digits, kUuidSize, bytes);
+}
+
+}  // namespace
+
+void xoStringUtils::ToHex(const char* data, std::uint64_t size, std::string& out) {
+    if (liesIn(data, out)) {
+        const std::string copy(data, size);
+        return ToHex(copy.data(), size, out);
+    }
+    out.resize(2 * size);
+    encode(data, size, out.data());
+}
+
+bool xoStringUtils::FromHex(const char* text, std::uint64_t size, std::string& out) {
+    if (liesIn(text, out)) {
+        const std::string copy(text, size);
+        return FromHex(copy.data(), size, out);
+    }
+    out.resize(size / 2);
+    if (size % 2 == 0 && decode(text, size / 2, out.data())) return true;
+    out.clear();
+    return false;
+}
+
+void xoStringUtils::UUIDToHex(const unsigned char* uuid, std::string& out, bool withDashes) {
+    ToHex(reinterpret_cast<const char*>(uuid), kUuidSize, out);
+    if (!withDashes) return;
+    for (std::size_t i = 0; i != kDashedUuidSize; ++i) {
+        if (isDashPlace(i)) out.insert(i, 1, '-');
+    }
+}
+
+bool xoStringUtils::UUIDToBinary(const std::string& text, unsigned char* uuid) {
+    char bytes[kUuidSize];
+    if (!parseUuid(text, bytes)) return false;
+    std::memcpy(uuid, bytes, kUuidSize);
+    return true;
+}
+
+bool xoStringUtils::IsUUID(const std::string& text) {
+    char bytes[kUuidSize];
+    return parseUuid(text, bytes);
+}
+
+}  // namespace xo

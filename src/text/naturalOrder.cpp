@@ -1,0 +1,50 @@
+#include <limits>
+
+#include "platform/wideText.h"
+#include "platform/windows.h"
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo {
+namespace {
+
+constexpr int kFailed = -2;
+constexpr int kLess = -1;
+
+// Windows refuses null even for a text of no characters.
+const wchar_t* orEmpty(const wchar_t* text, std::uint64_t size) { return text || size != 0 ? text : L""; }
+
+int compareNatural(const std::string& a, const std::string& b, bool caseInsensitive) {
+    constexpr auto kMost = static_cast<std::size_t>((std::numeric_limits<int>::max)());
+    if (a.size() > kMost || b.size() > kMost) return kFailed;
+    const std::wstring wideA = platform::toWide(a);
+    const std::wstring wideB = platform::toWide(b);
+    return xoStringUtils::CompareUTF16Natural(wideA.data(), wideA.size(), wideB.data(), wideB.size(), caseInsensitive);
+}
+
+}  // namespace
+
+int xoStringUtils::CompareUTF8Natural(const std::string& a, const std::string& b, bool caseInsensitive) {
+    return compareNatural(a, b, caseInsensitive);
+}
+
+int xoStringUtils::CompareUTF16Natural(const wchar_t* a, std::uint64_t sizeOfA, const wchar_t* b, std::uint64_t sizeOfB,
+                                       bool caseInsensitive) {
+    constexpr std::uint64_t kMost = (std::numeric_limits<int>::max)();
+    if (sizeOfA > kMost || sizeOfB > kMost) return kFailed;
+    const DWORD flags = SORT_DIGITSASNUMBERS | (caseInsensitive ? DWORD{NORM_IGNORECASE} : DWORD{0});
+    return ::CompareStringEx(LOCALE_NAME_USER_DEFAULT, flags, orEmpty(a, sizeOfA), static_cast<int>(sizeOfA),
+                             orEmpty(b, sizeOfB), static_cast<int>(sizeOfB), /*lpVersionInformation=*/nullptr,
+                             /*lpReserved=*/nullptr, /*lParam=*/0) -
+           2;
+}
+
+// A failed comparison orders neither before the other: saying "less" both ways would break a sort.
+bool xoStringUtils::UTF8NaturalSortFunction(const std::string& a, const std::string& b) {
+    return compareNatural(a, b, false) == kLess;
+}
+
+bool xoStringUtils::UTF8NaturalSortFunctionCaseInsensitive(const std::string& a, const std::string& b) {
+    return compareNatural(a, b, true) == kLess;
+}
+
+}  // namespace xo

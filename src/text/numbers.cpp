@@ -1,0 +1,66 @@
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "text/numberText.h"
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo {
+namespace {
+
+template <class Integer>
+std::string printPadded(Integer value, int width) {
+    char digits[std::numeric_limits<Integer>::digits10 + 2];  // the last digit and the sign
+    const auto length = static_cast<std::size_t>(std::to_chars(digits, std::end(digits), value).ptr - digits);
+    const auto wanted = static_cast<std::size_t>((std::max)(width, 0));
+    if (length >= wanted) return {digits, length};
+
+    std::string text;
+    text.reserve(wanted);
+    return text.append(wanted - length, '0').append(digits, length);
+}
+
+}  // namespace
+
+std::string xoStringUtils::fromInt(int value, int width) { return printPadded(value, width); }
+
+std::string xoStringUtils::fromUInt(unsigned value, int width) { return printPadded(value, width); }
+
+std::string xoStringUtils::fromInt64(std::int64_t value, int width) { return printPadded(value, width); }
+
+std::string xoStringUtils::fromUInt64(std::uint64_t value, int width) { return printPadded(value, width); }
+
+std::string xoStringUtils::fromFloat(float value, int precision) {
+    return fromFloat(static_cast<double>(value), precision);
+}
+
+std::string xoStringUtils::fromFloat(double value, int precision) {
+    constexpr int kMostDigits = 767;  // of any double; more precision changes nothing
+    constexpr int kRoom = text::kRealRoom + kMostDigits;
+    char text[kRoom];
+    const int digits = precision < 0 ? 6 : (std::min)(precision, kMostDigits);
+    return {text, text::printReal(text, value, digits, kRoom)};
+}
+
+std::string xoStringUtils::roundNumber(double value, unsigned char digits, char decimalPoint, bool keepZeros,
+                                       unsigned char integerDigits) {
+    if (std::isnan(value)) return "nan";
+    if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
+
+    char room[std::numeric_limits<double>::max_exponent10 + std::numeric_limits<unsigned char>::max() + 2];
+    const auto result = std::to_chars(room, std::end(room), std::fabs(value), std::chars_format::fixed, digits);
+    std::string text(room, result.ptr);
+    const std::size_t point = (std::min)(text.find('.'), text.size());
+    const bool negative = std::signbit(value) && text.find_first_not_of("0.") != std::string::npos;
+    if (point != text.size()) {
+        text[point] = decimalPoint;
+        if (!keepZeros) text.resize((std::max)(text.find_last_not_of('0'), point) + 1);
+        if (text.size() == point + 1) text.pop_back();
+    }
+    if (point < integerDigits) text.insert(0, integerDigits - point, '0');
+    if (negative) text.insert(0, 1, '-');
+    return text;
+}
+
+}  // namespace xo

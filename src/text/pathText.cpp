@@ -1,0 +1,91 @@
+#include <algorithm>
+#include <string_view>
+
+#include "text/ascii.h"
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo {
+namespace {
+
+constexpr char kSeparators[] = "/\\";
+
+std::string_view folderOf(std::string_view path) {
+    const std::size_t separator = path.find_last_of(kSeparators);
+    if (separator == std::string_view::npos) return {};
+    const bool isRoot = separator == 0 || (separator == 2 && path[1] == ':');
+    return path.substr(0, isRoot ? separator + 1 : separator);
+}
+
+std::string_view fileOf(std::string_view path) {
+    return path.substr(path.find_last_of(kSeparators) + 1);  // npos + 1 is 0
+}
+
+// Where the dot of the extension stands, or the name's size. Dots that the name starts with begin no extension.
+std::size_t extensionDot(std::string_view name) {
+    const std::size_t dot = name.rfind('.');
+    const bool leading = name.find_first_not_of('.') > dot;
+    return dot == std::string_view::npos || leading ? name.size() : dot;
+}
+
+bool mayStandInName(char c) {
+    return static_cast<unsigned char>(c) >= 0x20 && std::string_view("<>:\"/\\|?*").find(c) == std::string_view::npos;
+}
+
+bool mayEndName(char c) { return mayStandInName(c) && c != '.' && c != ' '; }
+
+// A decimal digit, or one of the superscripts that Windows counts as such here.
+bool isPortNumber(std::string_view text) {
+    if (text.size() == 1) return text[0] >= '0' && text[0] <= '9';
+    return text == "\xC2\xB9" || text == "\xC2\xB2" || text == "\xC2\xB3";
+}
+
+// The name without the extensions and the spaces before them, which a device name has no use for.
+std::string_view deviceStem(std::string_view name) {
+    name = name.substr(0, name.find('.'));
+    return name.substr(0, name.find_last_not_of(' ') + 1);
+}
+
+bool isDevice(std::string_view stem) {
+    for (const std::string_view device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"}) {
+        if (text::equalIgnoringCase(stem, device)) return true;
+    }
+    const std::string_view port = stem.substr(0, 3);
+    if (!text::equalIgnoringCase(port, "COM") && !text::equalIgnoringCase(port, "LPT")) return false;
+    return isPortNumber(stem.substr(3));
+}
+
+}  // namespace
+
+std::string xoStringUtils::ExtractFolder(const std::string& path) { return std::string(folderOf(path)); }
+
+std::string xoStringUtils::ExtractFileBaseName(const std::string& path) {
+    const std::string_view name = fileOf(path);
+    return std::string(name.substr(0, extensionDot(name)));
+}
+
+std::string xoStringUtils::ExtractFileExtension(const std::string& path) {
+    const std::string_view name = fileOf(path);
+    const std::size_t dot = extensionDot(name);
+    return dot == name.size() ? std::string() : std::string(name.substr(dot + 1));
+}
+
+void xoStringUtils::SplitFolderFilename(const std::string& path, std::string& folder, std::string& file) {
+    std::string start(folderOf(path));
+    std::string rest(fileOf(path));
+    folder = std::move(start);
+    file = std::move(rest);
+}
+
+std::string& xoStringUtils::GenerateValidFileName(std::string& name, char replacement) {
+    if (!mayEndName(replacement) || static_cast<unsigned char>(replacement) >= 0x80) replacement = '_';
+    if (name.empty()) name = replacement;
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return !mayStandInName(c); }, replacement);
+    for (auto last = name.rbegin(); last != name.rend() && !mayEndName(*last); ++last) *last = replacement;
+
+    const std::string_view stem = deviceStem(name);
+    if (isDevice(stem)) name.insert(stem.size(), 1, replacement);
+    return name;
+}
+
+}  // namespace xo
