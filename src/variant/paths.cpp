@@ -21,11 +21,11 @@ const xoVariant* Map::findPath(const char* path, char separator) const {
     std::string_view key;
     const Map* map = this;
     while (variant::takeKey(rest, separator, key)) {
-        const auto found = map->mEntries.find(key);
+        const auto found = map->find(key);
         if (found == map->mEntries.end() || found->second.getType() != MAP) return nullptr;
         map = &found->second.getMap();
     }
-    const auto found = map->mEntries.find(key);
+    const auto found = map->find(key);
     return found != map->mEntries.end() ? &found->second : nullptr;
 }
 
@@ -40,7 +40,7 @@ xoVariant Map::getValuePath(const char* path, const xoVariant& defaultValue, cha
 
 xoVariant& Map::editValuePath(const char* path, const xoVariant& defaultValue, char separator) {
     if (path == nullptr) {
-        thread_local xoVariant scratch;
+        static thread_local xoVariant scratch;
         return scratch = defaultValue;
     }
     std::string_view rest(path);

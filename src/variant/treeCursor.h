@@ -37,6 +37,12 @@ public:
         }
     }
 
+    // The containers' own iterators, for loops over one kind.
+    Map::const_iterator& entry() { return mEntry; }
+    Map::const_iterator lastEntry() const { return mLastEntry; }
+    List::const_iterator& element() { return mElement; }
+    List::const_iterator lastElement() const { return mLastElement; }
+
 private:
     bool mOnMap = false;
     Map::const_iterator mEntry, mLastEntry;
