@@ -94,17 +94,8 @@ void DebugHelp::addOptions(DWORD options) {
 
 void DebugHelp::endTrace() { addOptions(0); }
 
-void DebugHelp::close() {
+DebugHelp::~DebugHelp() {
     if (mProcess && mCleanup) mCleanup(mProcess);
-    mProcess = nullptr;
-    mModules.clear();
-    mLibrary.reset();
-}
-
-void DebugHelp::abandon() {
-    mProcess = nullptr;
-    static_cast<void>(mLibrary.release());
-    mModules.clear();
 }
 
 bool DebugHelp::walk(STACKFRAME64& frame, CONTEXT& context) {

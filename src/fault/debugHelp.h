@@ -13,22 +13,18 @@
 
 namespace xo::fault {
 
-// Reading program databases takes most of a report's time, so they stay until close(). The owner lets one thread in at
-// a time.
+// Reading program databases takes most of a report's time, so they stay as long as the object. The owner lets one
+// thread in at a time.
 class DebugHelp {
 public:
     DebugHelp() = default;
+    ~DebugHelp();
     DebugHelp(const DebugHelp&) = delete;
     DebugHelp& operator=(const DebugHelp&) = delete;
 
     // Makes it ready for one trace, and undoes that. What open returns is empty or says what is missing.
     std::string_view open();
     void endTrace();
-
-    void close();
-
-    // Lets go of everything as it stands, after a fault inside DbgHelp or when the process ends anyway.
-    void abandon();
 
     // Steps to the next frame outwards.
     bool walk(STACKFRAME64& frame, CONTEXT& context);

@@ -17,7 +17,7 @@ using xo::tests::outcomeOf;
 constexpr char kThrow[] = "Msvc C++ Exception 0x20474343";
 constexpr char kViolation[] = "EXCEPTION_ACCESS_VIOLATION 0xc0000005";
 
-void writeToNull() { *static_cast<volatile int*>(nullptr) = 1; }
+__declspec(noinline) void writeToNull() { *static_cast<volatile int*>(nullptr) = 1; }
 
 using GuardTest = FaultTest;
 
