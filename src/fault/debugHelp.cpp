@@ -153,7 +153,7 @@ DebugHelp::Symbol DebugHelp::symbolAt(std::uint64_t address) {
     DWORD64 base = 0;
     const RUNTIME_FUNCTION* const function = ::RtlLookupFunctionEntry(address, &base, nullptr);
     if (!function) return symbol;
-    Symbol exported = findSymbol(base + function->BeginAddress);
+    const Symbol exported = findSymbol(base + function->BeginAddress);
     return exported.name.empty() ? symbol : exported;
 }
 

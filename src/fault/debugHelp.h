@@ -65,7 +65,7 @@ private:
 
     template <class Function>
     bool resolve(Function*& function, const char* name) {
-        function = reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(mLibrary.get(), name)));
+        function = reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(::GetProcAddress(mLibrary.get(), name)));
         return function != nullptr;
     }
 

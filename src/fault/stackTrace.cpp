@@ -27,7 +27,7 @@ bool isProcessEnding() {
     const HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
     if (!ntdll) return false;
     const auto ask =
-        reinterpret_cast<Ask>(reinterpret_cast<void*>(::GetProcAddress(ntdll, "RtlDllShutdownInProgress")));
+        reinterpret_cast<Ask>(reinterpret_cast<void (*)()>(::GetProcAddress(ntdll, "RtlDllShutdownInProgress")));
     return ask != nullptr && ask();
 }
 
