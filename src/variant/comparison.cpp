@@ -41,7 +41,7 @@ struct EqualityRule {
     static bool mayMatch(std::size_t a, std::size_t b) { return a == b; }
     static int keys(const xoVariant&, const xoVariant&) { return 0; }
     static int keys(const Map::value_type& a, const Map::value_type& b) {
-        return a.first.size() == b.first.size() ? Map::KeyOrder::compare(a.first, b.first) : 1;
+        return variant::isSameKey(a.first, b.first) ? 0 : 1;
     }
 
     static int leaves(const xoVariant& a, const xoVariant& b) {

@@ -11,8 +11,10 @@ xoVariant Map::getValue(std::string_view key, const xoVariant& defaultValue) con
 }
 
 xoVariant& Map::editValue(std::string_view key, const xoVariant& defaultValue) {
-    const auto at = mEntries.lower_bound(key);
-    if (at != mEntries.end() && at->first == key) return at->second;
+    // Keys often come in order, as from a file that was saved.
+    const bool isBehindAll = !mEntries.empty() && KeyOrder()(std::prev(mEntries.end())->first, key);
+    const auto at = isBehindAll ? mEntries.end() : mEntries.lower_bound(key);
+    if (at != mEntries.end() && variant::isSameKey(at->first, key)) return at->second;
     return mEntries.emplace_hint(at, key, defaultValue)->second;
 }
 
@@ -20,12 +22,12 @@ xoVariant& Map::operator[](std::string_view key) { return editValue(key, xoVaria
 
 Map::iterator Map::find(std::string_view key) {
     const auto at = mEntries.lower_bound(key);
-    return at != mEntries.end() && at->first == key ? at : mEntries.end();
+    return at != mEntries.end() && variant::isSameKey(at->first, key) ? at : mEntries.end();
 }
 
 Map::const_iterator Map::find(std::string_view key) const {
     const auto at = mEntries.lower_bound(key);
-    return at != mEntries.end() && at->first == key ? at : mEntries.end();
+    return at != mEntries.end() && variant::isSameKey(at->first, key) ? at : mEntries.end();
 }
 
 bool Map::contains(std::string_view key) const { return find(key) != mEntries.end(); }

@@ -1,175 +1,162 @@
-#include <thread>
+#include <algorithm>
+#include <cstdlib>
 
 #include "files/filesFixture.h"
+#include "support/importHook.h"
 
 namespace {
 
 using namespace std::string_literals;
 using xo::xoDirUtils;
-using xo::tests::hold;
-using xo::tests::longPath;
+using xo::tests::ImportHook;
 using xo::tests::makeFile;
-using xo::tests::makeReadOnly;
-using xo::tests::TestFolder;
-
-bool isEmpty(const std::filesystem::path& folder) { return std::filesystem::is_empty(folder); }
 
 // A folder "top" with files and folders in it, some read-only.
-class ClearFolder : public testing::Test {
+class ClearFolder : public xo::tests::FolderTest {
 protected:
     ClearFolder() {
-        xoDirUtils::MkpathUtf8(path("a b/\xC3\xA9/c"));
-        xoDirUtils::MkpathUtf8(path("empty"));
-        for (const char* name : {"file", "read only", "a b/\xE6\x97\xA5", "a b/\xC3\xA9/c/file"}) makeFile(path(name));
-        for (const char* name : {"read only", "a b/\xC3\xA9"}) makeReadOnly(path(name));
+        xoDirUtils::MkpathUtf8(path("top/a b/\xC3\xA9/c"));
+        xoDirUtils::MkpathUtf8(path("top/empty"));
+        for (const char* name : {"top/file", "top/a b/\xE6\x97\xA5", "top/a b/\xC3\xA9/c/file"}) makeFile(path(name));
+        makeFile(path("top/read only"), FILE_ATTRIBUTE_READONLY);
+        ::SetFileAttributesW((mWideTop / "a b" / L"\u00E9").c_str(), FILE_ATTRIBUTE_READONLY);
     }
 
-    std::string path(const std::string& name = {}) const { return mFolder.path(name.empty() ? "top" : "top/" + name); }
+    bool has(const std::string& name) const { return xoDirUtils::FileExistsUtf8(path(name)); }
+    bool isEmpty() const { return std::filesystem::is_empty(mWideTop); }
 
-    TestFolder mFolder;
-    std::string mError = "untouched";
+    const std::filesystem::path mWideTop = mFolder.widePath() / "top";
+    const std::string mTop = path("top");
 };
 
-TEST_F(ClearFolder, LeavesAnEmptyFolder) {
+TEST_F(ClearFolder, LeavesAnEmptyFolderOrNone) {
     for (const char* end : {"", "/", "\\\\"}) {
-        EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(path() + end, false, &mError));
-        EXPECT_TRUE(isEmpty(mFolder.widePath() / "top"));
-        makeFile(path("more"));
+        EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop + end, false, &mError));
+        EXPECT_TRUE(isEmpty());
+        makeFile(path("top/more"));
     }
+    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop, true, &mError));
+    EXPECT_FALSE(has("top"));
     EXPECT_EQ(mError, "untouched");
-}
-
-TEST_F(ClearFolder, RemovesTheFolderItselfWhenAsked) {
-    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(path(), true, &mError));
-    EXPECT_TRUE(isEmpty(mFolder.widePath()));
-    EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(path(), true, &mError));  // a missing one is a failure
+    EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(mTop, true, &mError));  // a missing one is a failure
     EXPECT_EQ(mError, "FindFirstFileW error 3");
 }
 
-TEST_F(ClearFolder, ReachesBeyondTheLengthLimit) {
-    const std::string deep = longPath(mFolder);
+std::uintptr_t lowestFrame, highestFrame;
+
+BOOL WINAPI removeAndNoteFrame(const wchar_t* path) {
+    lowestFrame = (std::min)(lowestFrame, reinterpret_cast<std::uintptr_t>(&path));
+    highestFrame = (std::max)(highestFrame, reinterpret_cast<std::uintptr_t>(&path));
+    return ::RemoveDirectoryW(path);
+}
+
+TEST_F(ClearFolder, ReachesBeyondTheLengthLimitAtNoCostOfStack) {
+    std::string deep = mTop;
+    for (int depth = 0; depth < 40; ++depth) deep += "\\folder \xC3\xA9";
     ASSERT_TRUE(xoDirUtils::MkpathUtf8(deep));
-    makeFile(deep + "\\file");
-    makeReadOnly(deep + "\\file");
+    makeFile(deep + "\\file", FILE_ATTRIBUTE_READONLY);
     EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(deep));  // from a long path
     EXPECT_TRUE(xoDirUtils::DirExistsUtf8(deep));
     makeFile(deep + "\\file");
-    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mFolder.path()));  // from a short one
-    EXPECT_TRUE(isEmpty(mFolder.widePath()));
-}
-
-// On a stack that a recursion over these folders would not fit into.
-TEST_F(ClearFolder, NeedsNoStackForDepth) {
-    std::string deep = path();
-    for (int depth = 0; depth < 200; ++depth) deep += "\\d";
-    ASSERT_TRUE(xoDirUtils::MkpathUtf8(deep));
-    const auto clear = [](void* folder) -> DWORD {
-        return xoDirUtils::ClearFolderUtf8(*static_cast<std::string*>(folder)) ? 0 : 1;
-    };
-    std::string folder = path();
-    const xo::platform::KernelHandle thread(
-        ::CreateThread(nullptr, 0x20000, clear, &folder, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr));
-    ASSERT_EQ(::WaitForSingleObject(thread.get(), INFINITE), WAIT_OBJECT_0);
-    DWORD result = 1;
-    EXPECT_TRUE(::GetExitCodeThread(thread.get(), &result) && result == 0) << result;
-    EXPECT_TRUE(isEmpty(mFolder.widePath() / "top"));
+    const ImportHook hook("xoSystem.dll", "RemoveDirectoryW", &removeAndNoteFrame);
+    lowestFrame = UINTPTR_MAX, highestFrame = 0;
+    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop));  // from a short one
+    EXPECT_TRUE(isEmpty());
+    ASSERT_LE(lowestFrame, highestFrame);
+    EXPECT_LT(highestFrame - lowestFrame, 40 * sizeof(WIN32_FIND_DATAW));  // less than any recursion
 }
 
 TEST_F(ClearFolder, GoesOnAfterAFailure) {
-    auto held = hold(path("a b/held"));
-    EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(path() + "\\", true, &mError));
-    EXPECT_EQ(mError, "DeleteFileW error 32 for " + path() + "\\a b\\held");
-    EXPECT_FALSE(xoDirUtils::FileExistsUtf8(path("file")));
-    EXPECT_FALSE(xoDirUtils::FileExistsUtf8(path("a b/\xC3\xA9")));
-    EXPECT_TRUE(xoDirUtils::FileExistsUtf8(path("a b/held")));
-    held.reset();
-    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(path(), true));
-}
+    makeFile(path("top/a b/held"), FILE_ATTRIBUTE_READONLY);
+    auto held = xo::tests::open(path("top/a b/held"), GENERIC_READ, OPEN_EXISTING);
+    EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(mTop + "\\", true, &mError));
+    EXPECT_EQ(mError, "DeleteFileW error 32 for " + mTop + "\\a b\\held");
+    EXPECT_FALSE(has("top/file") || has("top/a b/\xC3\xA9") || has("top/empty"));
+    const DWORD attributes = ::GetFileAttributesW((mWideTop / "a b" / "held").c_str());
+    EXPECT_EQ(attributes & FILE_ATTRIBUTE_READONLY, DWORD{FILE_ATTRIBUTE_READONLY});
 
-TEST_F(ClearFolder, KeepsAFileReadOnlyThatItCannotDelete) {
-    const auto held = xo::tests::open(path("read only"), GENERIC_READ, 0, OPEN_EXISTING);
-    ASSERT_TRUE(held);
-    EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(path()));
-    const DWORD attributes = ::GetFileAttributesW((mFolder.widePath() / "top" / "read only").c_str());
-    EXPECT_EQ(attributes & FILE_ATTRIBUTE_READONLY, static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
-}
-
-TEST_F(ClearFolder, ReportsAFolderInUse) {
-    const xo::platform::FileHandle held(::CreateFileW((mFolder.widePath() / "top" / "empty").c_str(), GENERIC_READ, 0,
-                                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    ASSERT_TRUE(held);
-    EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(path(), false, &mError));
+    held = xo::tests::open(path("top/a b"), GENERIC_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    makeFile(path("top/file"));
+    EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(mTop, false, &mError));
     EXPECT_TRUE(mError == "FindFirstFileW error 32" || mError == "RemoveDirectoryW error 32") << mError;
-    EXPECT_FALSE(xoDirUtils::FileExistsUtf8(path("a b")));
+    EXPECT_FALSE(has("top/file"));
+    held.reset();
+    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop, true));
+}
+
+bool cancel;
+
+BOOL WINAPI deleteAndCancel(const wchar_t* path) {
+    cancel = true;
+    return ::DeleteFileW(path);
 }
 
 TEST_F(ClearFolder, DeletesNothingOnceCancelled) {
-    bool cancel = true;
-    for (const bool removeFolderItself : {false, true}) {
-        EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(path(), removeFolderItself, &mError, &cancel));
-        EXPECT_EQ(mError, "Canceled");
-        EXPECT_TRUE(xoDirUtils::FileExistsUtf8(path("file")) && xoDirUtils::FileExistsUtf8(path("a b/\xE6\x97\xA5")));
-    }
+    const ImportHook hook("xoSystem.dll", "DeleteFileW", &deleteAndCancel);
     cancel = false;
-    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(path(), true, &mError, &cancel));
-}
-
-TEST_F(ClearFolder, IsCancelledByAnotherThread) {
-    for (int attempts = 0; attempts < 20; ++attempts) {  // the other thread may come too late
-        ASSERT_TRUE(xoDirUtils::MkpathUtf8(path()));
-        for (int i = 0; i < 1000; ++i) makeFile(path("many" + std::to_string(i)));
-        bool cancel = false;
-        std::thread other([&] {
-            while (xoDirUtils::FileExistsUtf8(path("many0")) && xoDirUtils::FileExistsUtf8(path("many999"))) {
-            }
-            *static_cast<volatile bool*>(&cancel) = true;
-        });
-        const bool cleared = xoDirUtils::ClearFolderUtf8(path(), true, &mError, &cancel);
-        other.join();
-        if (cleared) continue;
+    for (const bool removeFolderItself : {true, false, true}) {  // cancelled by the first deletion of all
+        EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(mTop, removeFolderItself, &mError, &cancel));
         EXPECT_EQ(mError, "Canceled");
-        EXPECT_FALSE(isEmpty(mFolder.widePath() / "top"));
-        return;
+        EXPECT_NE(has("top/file"), has("top/read only"));
+        EXPECT_TRUE(has("top/empty") && has("top/a b/\xE6\x97\xA5"));
     }
-    FAIL() << "never seen";
 }
 
 // Whatever the path turns into, it is never the working directory or the root of the drive.
 TEST_F(ClearFolder, RefusesPathsThatNameNoFolder) {
-    const std::string before = xoDirUtils::GetCurrentWorkingDirUtf8();
-    ASSERT_TRUE(xoDirUtils::SetCurrentWorkingDirUtf8(path()));
-    for (const std::string& folder : {""s, " "s, "..."s, "*"s, "\0"s, path() + "\0"s, "missing"s, "file"s, "\\\\"s}) {
+    const xo::tests::WorkingFolder here(mTop);
+    for (const std::string& folder : {""s, " "s, "..."s, "*"s, "\0"s, mTop + "\0"s, "missing"s, "file"s, "\\\\"s}) {
         mError.clear();
         EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(folder, false, &mError)) << folder;
         EXPECT_EQ(mError.find("FindFirstFileW error "), 0u) << folder << ": " << mError;
-        EXPECT_TRUE(xoDirUtils::FileExistsUtf8(path("file"))) << folder;
+        EXPECT_TRUE(has("top/file")) << folder;
     }
-    ASSERT_TRUE(xoDirUtils::SetCurrentWorkingDirUtf8(before));
+}
+
+bool isLink(const std::filesystem::path& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+// Makes or removes the link in the folder by a program of the system below Wine, whose handle does not tell its end.
+void runUnix(const std::filesystem::path& folder, std::wstring command) {
+    const bool before = isLink(folder / "link");
+    const std::wstring program = LR"(\\?\unix\bin\)" + command.substr(0, 2);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
+                          &startup, &process))
+        return;
+    const xo::platform::KernelHandle thread(process.hThread), child(process.hProcess);
+    for (int waits = 0; waits < 500 && isLink(folder / "link") == before; ++waits) ::Sleep(10);
+}
+
+// A link from the folder to "target" beside it: a junction, or under Wine, which makes none, a symbolic link.
+void makeLink(const std::filesystem::path& folder) {
+    const std::wstring target = (folder.parent_path() / "target").wstring();
+    ::_wsystem((L"mklink /J \"" + (folder / "link").wstring() + L"\" \"" + target + L"\" >nul 2>nul").c_str());
+    if (!isLink(folder / "link")) runUnix(folder, L"ln -s ../target link");
 }
 
 // Under Wine a link to a folder that holds something cannot be removed at all.
 TEST_F(ClearFolder, NeverFollowsALink) {
-    ASSERT_TRUE(xoDirUtils::MkpathUtf8(mFolder.path("target")));
-    makeFile(mFolder.path("target/kept"));
-    const xo::tests::FolderLink link(mFolder, "top/link", "target");
-    if (!link.isMade()) GTEST_SKIP() << "no way to make a link here";
-    ASSERT_TRUE(xoDirUtils::FileExistsUtf8(path("link/kept")));
-
-    const bool cleared = xoDirUtils::ClearFolderUtf8(path(), false, &mError);
-    EXPECT_TRUE(mFolder.has("target/kept"));
-    EXPECT_FALSE(xoDirUtils::FileExistsUtf8(path("file")));
-    EXPECT_EQ(mError, cleared ? "untouched" : "RemoveDirectoryW error 145");
-    EXPECT_EQ(link.isMade(), !cleared);
-}
-
-TEST_F(ClearFolder, TakesALinkGivenAsTheFolderAway) {
-    const xo::tests::FolderLink link(mFolder, "link", "top");
-    if (!link.isMade()) GTEST_SKIP() << "no way to make a link here";
-    const bool cleared = xoDirUtils::ClearFolderUtf8(mFolder.path("link"), true, &mError);
-    EXPECT_TRUE(xoDirUtils::FileExistsUtf8(path("file")));
-    EXPECT_EQ(mError, cleared ? "untouched" : "RemoveDirectoryW error 145");
-    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mFolder.path(link.isMade() ? "link" : "top")));  // what is behind it
-    EXPECT_TRUE(isEmpty(mFolder.widePath() / "top"));
+    ASSERT_TRUE(xoDirUtils::MkpathUtf8(path("target")));
+    makeFile(path("target/kept"));
+    for (const bool inside : {false, true}) {
+        makeLink(mWideTop);
+        if (!isLink(mWideTop / "link")) GTEST_SKIP() << "no way to make a link here";
+        const bool cleared = xoDirUtils::ClearFolderUtf8(inside ? mTop : path("top/link"), !inside, &mError);
+        EXPECT_TRUE(has("target/kept"));
+        EXPECT_EQ(has("top/file"), !inside);
+        EXPECT_EQ(mError, cleared ? "untouched" : "RemoveDirectoryW error 145");
+        EXPECT_EQ(isLink(mWideTop / "link"), !cleared);
+    }
+    makeLink(mWideTop);
+    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(path("top/link")));  // asks for what is behind it
+    EXPECT_FALSE(has("target/kept"));
+    EXPECT_TRUE(isLink(mWideTop / "link"));
+    runUnix(mWideTop, L"rm link");  // elsewhere it goes with the folder
 }
 
 }  // namespace

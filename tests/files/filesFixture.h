@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "platform/handle.h"
@@ -14,85 +13,43 @@
 
 namespace xo::tests {
 
-// The standard library removes neither read-only files nor what lies beyond 260 characters.
-class TestFolder : public TemporaryFolder {
-public:
-    ~TestFolder() { xoDirUtils::ClearFolderUtf8(path()); }
+class FolderTest : public testing::Test {
+protected:
+    FolderTest() {
+        while (mDeep.size() < 400) mDeep += "\\a folder with a name of some length \xC3\xA9";
+        EXPECT_TRUE(xoDirUtils::MkpathUtf8(mDeep));
+    }
+
+    std::string path(const std::string& name = {}) const { return mFolder.path(name); }
+
+    const TemporaryFolder mFolder;
+    std::string mDeep = path("long");  // a folder beyond the length limit
+    std::string mError = "untouched";
 };
 
-// A folder path inside the given one, of 400 characters at least.
-inline std::string longPath(const TestFolder& folder) {
-    std::string path = folder.path("long");
-    while (path.size() < 400) path += "\\a folder with a name of some length \xC3\xA9";
-    return path;
-}
-
-inline platform::FileHandle open(const std::string& path, DWORD access, DWORD sharing, DWORD disposition) {
-    return platform::FileHandle(::CreateFileW(platform::toApiPath(path).c_str(), access, sharing, nullptr, disposition,
-                                              FILE_ATTRIBUTE_NORMAL, nullptr));
+inline platform::FileHandle open(const std::string& path, DWORD access, DWORD disposition, DWORD flags = 0) {
+    return platform::FileHandle(
+        ::CreateFileW(platform::toApiPath(path).c_str(), access, 0, nullptr, disposition, flags, nullptr));
 }
 
 // A new file that nobody else can open until the handle goes.
 inline platform::FileHandle hold(const std::string& path) {
-    return open(path, GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS);
+    return open(path, GENERIC_READ | GENERIC_WRITE, CREATE_ALWAYS);
 }
 
-inline void makeFile(const std::string& path) { ASSERT_TRUE(hold(path)) << path << " error " << ::GetLastError(); }
-
-inline void makeReadOnly(const std::string& path) {
-    ASSERT_TRUE(::SetFileAttributesW(platform::toApiPath(path).c_str(), FILE_ATTRIBUTE_READONLY));
+inline void makeFile(const std::string& path, DWORD attributes = FILE_ATTRIBUTE_NORMAL) {
+    EXPECT_TRUE(hold(path)) << path << " error " << ::GetLastError();
+    EXPECT_TRUE(::SetFileAttributesW(platform::toApiPath(path).c_str(), attributes));
 }
 
-// A folder "name" inside the given one that only leads to another: a junction, or under Wine, which makes none, a
-// symbolic link of the host system. Gone with the object.
-class FolderLink {
+// Makes the folder the working directory of the process while it lives.
+class WorkingFolder {
 public:
-    FolderLink(const TestFolder& folder, const std::string& name, const std::string& target)
-        : mFolder(folder.widePath().wstring()), mName(std::filesystem::u8path(name).wstring()) {
-        const std::wstring wideTarget = std::filesystem::u8path(target).wstring();
-        ::_wsystem((L"mklink /J \"" + path() + L"\" \"" + mFolder + L"\\" + wideTarget + L"\" >nul 2>nul").c_str());
-        if (!isMade()) runUnix(L"ln -s \"" + unixPath(wideTarget) + L"\" " + mName);
-    }
-    ~FolderLink() {
-        if (isMade()) runUnix(L"rm " + mName);
-        if (isMade()) ::RemoveDirectoryW(path().c_str());
-    }
-    FolderLink(const FolderLink&) = delete;
-    FolderLink& operator=(const FolderLink&) = delete;
-
-    bool isMade() const {
-        const DWORD attributes = ::GetFileAttributesW(path().c_str());
-        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    }
+    explicit WorkingFolder(const std::string& path) { EXPECT_TRUE(xoDirUtils::SetCurrentWorkingDirUtf8(path)); }
+    ~WorkingFolder() { EXPECT_TRUE(xoDirUtils::SetCurrentWorkingDirUtf8(mBefore)); }
 
 private:
-    std::wstring path() const { return mFolder + L"\\" + mName; }
-
-    // As seen from the folder of the link.
-    std::wstring unixPath(const std::wstring& target) const {
-        std::wstring up;
-        for (const wchar_t c : mName)
-            if (c == L'/') up += L"../";
-        return up + target;
-    }
-
-    // Waits for what is to become of the link: the handle of such a child tells nothing.
-    void runUnix(std::wstring command) const {
-        const bool before = isMade();
-        const std::wstring program = LR"(\\?\unix\bin\)" + command.substr(0, command.find(L' '));
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        if (!::CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, mFolder.c_str(),
-                              &startup, &process))
-            return;
-        const platform::KernelHandle thread(process.hThread);
-        const platform::KernelHandle child(process.hProcess);
-        for (int waits = 0; waits < 500 && isMade() == before; ++waits) ::Sleep(10);
-    }
-
-    std::wstring mFolder;
-    std::wstring mName;  // with "/" between its parts
+    const std::string mBefore = xoDirUtils::GetCurrentWorkingDirUtf8();
 };
 
 }  // namespace xo::tests

@@ -1,145 +1,116 @@
 #include <gtest/gtest.h>
+#include <utf8.h>
 
-#include <iostream>
-#include <sstream>
+#include <random>
 #include <string>
+#include <tuple>
 
+#include "support/capturedOutput.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace {
 
 using xo::xoStringUtils;
+using xo::tests::CapturedOutput;
 using namespace std::string_literals;
 
-constexpr auto kNative = xoStringUtils::CharSetNative;
-constexpr auto kUtf8 = xoStringUtils::CharSetUtf8;
-constexpr auto kAscii = xoStringUtils::CharSetAscii;
-
-const std::string kWideningFailed = "xoStringUtils::convertCharset failed \n";
-const std::string kNarrowingFailed = "xoStringUtils::toUT8 failed \n";
-const std::string kAsciiFailed = "xoStringUtils::fromAscii failed \n";
-
-// What std::cout is given while it lives.
-class CapturedOutput {
-public:
-    CapturedOutput() : mPrevious(std::cout.rdbuf(mText.rdbuf())) {}
-    ~CapturedOutput() { std::cout.rdbuf(mPrevious); }
-    CapturedOutput(const CapturedOutput&) = delete;
-    CapturedOutput& operator=(const CapturedOutput&) = delete;
-    std::string text() const { return mText.str(); }
-
-private:
-    std::ostringstream mText;
-    std::streambuf* mPrevious;
-};
-
-class CharSets : public testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(xoStringUtils::InitializeStringUtils()); }
-    void TearDown() override { ASSERT_TRUE(xoStringUtils::TerminateStringUtils()); }
-};
+constexpr int kNative = 0, kUtf8 = 1, kAscii = 2;
+constexpr char kNoWide[] = "xoStringUtils::convertCharset failed \n";
+constexpr char kNoUtf8[] = "xoStringUtils::toUT8 failed \n";
+constexpr char kNoAscii[] = "xoStringUtils::fromAscii failed \n";
 
 TEST(Locales, ExistBetweenInitialisationAndTermination) {
     EXPECT_FALSE(xoStringUtils::TerminateStringUtils());
-    EXPECT_EQ(xoStringUtils::GetCLocale(), nullptr);
-    EXPECT_EQ(xoStringUtils::GetCPlusLocale(), nullptr);
+    EXPECT_TRUE(xoStringUtils::GetCLocale() == nullptr && xoStringUtils::GetCPlusLocale() == nullptr);
     EXPECT_EQ(xoStringUtils::convertCharset("no locale yet", kAscii, kAscii), "no locale yet");
 
     EXPECT_TRUE(xoStringUtils::InitializeStringUtils());
     const auto runtime = xoStringUtils::GetCLocale();
     const auto stream = xoStringUtils::GetCPlusLocale();
-    ASSERT_NE(runtime, nullptr);
-    ASSERT_NE(stream, nullptr);
+    ASSERT_TRUE(runtime != nullptr && stream != nullptr);
     EXPECT_EQ(stream->name(), "C");
+    EXPECT_EQ(xoStringUtils::convertToUnicode("\x80", kAscii), L"\x80");
     EXPECT_FALSE(xoStringUtils::InitializeStringUtils());
-    EXPECT_EQ(xoStringUtils::GetCLocale(), runtime);
-    EXPECT_EQ(xoStringUtils::GetCPlusLocale(), stream);
+    EXPECT_TRUE(xoStringUtils::GetCLocale() == runtime && xoStringUtils::GetCPlusLocale() == stream);
 
     EXPECT_TRUE(xoStringUtils::TerminateStringUtils());
-    EXPECT_EQ(xoStringUtils::GetCLocale(), nullptr);
-    EXPECT_EQ(xoStringUtils::GetCPlusLocale(), nullptr);
+    EXPECT_TRUE(xoStringUtils::GetCLocale() == nullptr && xoStringUtils::GetCPlusLocale() == nullptr);
 }
 
-TEST_F(CharSets, WidenOrSayWhyNot) {
-    const struct {
-        std::string text;
-        int from;
-        std::wstring wide;
-        std::string message;
-    } rows[] = {
-        {"", kNative, L"", ""},
-        {"", kUtf8, L"", ""},
-        {"", kAscii, L"", kAsciiFailed},
-        {"plain", kNative, L"plain", ""},
-        {"plain", kAscii, L"plain", ""},
-        {"\xE9t\xE9", kNative, L"\u00E9t\u00E9", ""},
-        {"\xC3\xA9t\xE2\x82\xAC\xF0\x9F\x98\x80", kUtf8, L"\u00E9t\u20AC\U0001F600", ""},
-        {"a\xFFz", kUtf8, L"a\uFFFDz", ""},
-        {"ab\0cd"s, kUtf8, L"ab", ""},
-        {"ab\0cd"s, kAscii, L"ab", ""},
-        {"\0ab"s, kUtf8, L"", ""},
-        {"\0ab"s, kAscii, L"", kAsciiFailed},
-        {"ab", 3, L"", kWideningFailed},
-        {"ab", -1, L"", kWideningFailed},
-    };
-    for (const auto& row : rows) {
+TEST(CharSets, WidenOrSayWhyNot) {
+    using Row = std::tuple<std::string, int, std::wstring, const char*>;
+    for (const auto& [text, from, wide, message] :
+         {Row{"", kUtf8, L"", ""}, Row{"", kAscii, L"", kNoAscii}, Row{"\0ab"s, kUtf8, L"", ""},
+          Row{"\0ab"s, kAscii, L"", kNoAscii}, Row{"ab\0cd"s, kUtf8, L"ab", ""}, Row{"ab\0cd"s, kAscii, L"ab", ""},
+          Row{"\x80t\xE9", kAscii, L"\x80t\xE9", ""}, Row{"\x80t\xE9", kNative, L"\u20ACt\xE9", ""},
+          Row{u8"\u00E9\u20AC\U0001F600", kUtf8, L"\u00E9\u20AC\U0001F600", ""}, Row{"a\xFFz", kUtf8, L"a\uFFFDz", ""},
+          Row{"ab", 3, L"", kNoWide}, Row{"ab", -1, L"", kNoWide}}) {
         const CapturedOutput output;
-        EXPECT_EQ(xoStringUtils::convertToUnicode(row.text, row.from), row.wide) << row.text << " from " << row.from;
-        EXPECT_EQ(output.text(), row.message) << row.text << " from " << row.from;
+        EXPECT_EQ(xoStringUtils::convertToUnicode(text, from), wide) << text << " from " << from;
+        EXPECT_EQ(output.text(), message) << text << " from " << from;
     }
 }
 
-TEST_F(CharSets, NarrowWithinTwoBytesACharacterOrSayWhyNot) {
-    const struct {
-        std::wstring wide;
-        int to;
-        std::string text;
-        std::string message;
-    } rows[] = {
-        {L"", kNative, "", ""},
-        {L"", kUtf8, "", ""},
-        {L"", kAscii, "", kAsciiFailed},
-        {L"plain", kNative, "plain", ""},
-        {L"p", kAscii, "p", ""},
-        {L"plain", kAscii, "plain", ""},
-        {L"\u00E9t\u00E9", kNative, "\xE9t\xE9", ""},
-        {L"\u00E9t\u00E9", kUtf8, "\xC3\xA9t\xC3\xA9", ""},
-        {L"\u4E2D", kAscii, "", kAsciiFailed},
-        {L"\u0800\u4E2D", kUtf8, "", kNarrowingFailed},
-        {L"\u4E2D\u6587ab", kUtf8,
-         "\xE4\xB8\xAD\xE6\x96\x87"
-         "ab",
-         ""},                                                    // eight bytes of nine, NUL included
-        {L"\u4E2D\u6587\u5B57ab", kUtf8, "", kNarrowingFailed},  // eleven bytes of ten without the NUL
-        {L"\U0001F600", kUtf8, "\xF0\x9F\x98\x80", ""},          // a surrogate pair fits exactly
-        {L"ab\0cd"s, kUtf8, "ab", ""},
-        {L"ab\0cd"s, kAscii, "ab", ""},
-        {L"ab", 3, "", kNarrowingFailed},
-    };
-    for (const auto& row : rows) {
+// The room is two bytes a character and one more for the NUL.
+TEST(CharSets, NarrowWithinTwoBytesACharacterOrSayWhyNot) {
+    using Row = std::tuple<std::wstring, int, std::string, const char*>;
+    for (const auto& [wide, to, text, message] :
+         {Row{L"", kUtf8, "", ""}, Row{L"", kAscii, "", kNoAscii}, Row{L"p", kAscii, "p", ""},
+          Row{L"\x80t\xE9", kAscii, "\x80t\xE9", ""}, Row{L"\u20ACt\xE9", kNative, "\x80t\xE9", ""},
+          Row{L"\xE9t\xE9", kUtf8, "\xC3\xA9t\xC3\xA9", ""}, Row{L"\u4E2D", kAscii, "", kNoAscii},
+          Row{L"\u0800\u4E2D", kUtf8, "", kNoUtf8}, Row{L"\u4E2D\u6587ab", kUtf8, u8"\u4E2D\u6587ab", ""},
+          Row{L"\u4E2D\u6587\u5B57ab", kUtf8, "", kNoUtf8}, Row{L"\U0001F600", kUtf8, u8"\U0001F600", ""},
+          Row{L"ab\0cd"s, kUtf8, "ab", ""}, Row{L"ab\0cd"s, kAscii, "ab", ""}, Row{L"ab", 3, "", kNoUtf8}}) {
         const CapturedOutput output;
-        EXPECT_EQ(xoStringUtils::convertTo8Bits(row.wide, row.to), row.text) << testing::PrintToString(row.wide);
-        EXPECT_EQ(output.text(), row.message) << testing::PrintToString(row.wide) << " to " << row.to;
+        EXPECT_EQ(xoStringUtils::convertTo8Bits(wide, to), text) << testing::PrintToString(wide);
+        EXPECT_EQ(output.text(), message) << testing::PrintToString(wide) << " to " << to;
     }
 }
 
-TEST_F(CharSets, ConvertThroughWideText) {
+TEST(CharSets, ConvertThroughWideText) {
     const CapturedOutput output;
-    EXPECT_EQ(xoStringUtils::convertCharset("\xC3\xA9t\xC3\xA9", 1, 0), "\xE9t\xE9");
-    EXPECT_EQ(xoStringUtils::convertCharset("\xE9t\xE9", 0, 1), "\xC3\xA9t\xC3\xA9");
-    EXPECT_EQ(xoStringUtils::convertCharset("", kUtf8, kNative), "");
+    EXPECT_EQ(xoStringUtils::convertCharset("\xC3\xA9t\xC3\xA9", kUtf8, kNative), "\xE9t\xE9");
+    EXPECT_EQ(xoStringUtils::convertCharset("\xE9t\xE9", kNative, kUtf8), "\xC3\xA9t\xC3\xA9");
+    // Text of unknown encoding is native unless it is UTF-8.
+    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\xC3\xA9 \xE4\xB8\xAD"), "\xC3\xA9 \xE4\xB8\xAD");
+    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\xE9t\xE9"), "\xC3\xA9t\xC3\xA9");
     EXPECT_EQ(output.text(), "");
     EXPECT_EQ(xoStringUtils::convertCharset("", kUtf8, kAscii), "");
-    EXPECT_EQ(output.text(), kAsciiFailed);
+    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\x80\x80\x80"), "");  // three euro signs: nine bytes
+    EXPECT_EQ(output.text(), std::string(kNoAscii) + kNoUtf8);
 }
 
-TEST_F(CharSets, TakeATextOfUnknownEncodingForNative) {
-    const CapturedOutput output;
-    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\xC3\xA9 \xE4\xB8\xAD", '?'), "\xC3\xA9 \xE4\xB8\xAD");
-    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\xE9t\xE9", '?'), "\xC3\xA9t\xC3\xA9");
-    EXPECT_EQ(output.text(), "");
-    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\x80\x80\x80", '?'), "");  // three euro signs: nine bytes
-    EXPECT_EQ(output.text(), kNarrowingFailed);
+void expectAgreement(const std::string& text) {
+    const bool valid = utf8::is_valid(text.begin(), text.end());
+    const auto count = valid ? utf8::distance(text.begin(), text.end()) : 0;
+    ASSERT_EQ(xoStringUtils::IsUtf8String(text), valid) << testing::PrintToString(text);
+    ASSERT_EQ(xoStringUtils::CountUtf8Char(text), static_cast<std::size_t>(count)) << testing::PrintToString(text);
+}
+
+// Every lead byte before the edges of each range of second bytes, at the end of a text and well before it.
+TEST(Utf8Checks, AgreeWithSlowDecodingOnEveryLeadByte) {
+    for (int lead = 0x7F; lead < 256; ++lead) {
+        for (const char second : "\x41\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC2\xFF"s) {
+            for (const char* third : {"", "\x7F", "\x80", "\xBF", "\xC0"}) {
+                for (const char* fourth : {"", "\x7F", "\x80", "\xBF", "\xC0", "\x80tail", "\xBFtail", "\xC0tail"})
+                    expectAgreement(std::string{static_cast<char>(lead), second} + third + fourth);
+            }
+        }
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST(Utf8Checks, AgreeWithSlowDecodingOnMutatedTexts) {
+    std::mt19937 random(20240229);
+    const std::string pieces[] = {"a", std::string(80, 'b'), u8"\u00E9", u8"\u4E2D", u8"\U0001F600", u8"\uD7FF"};
+    for (int round = 0; round < 20000 && !HasFatalFailure(); ++round) {
+        std::string text = ".";
+        for (auto i = random() % 12; i != 0; --i) text += pieces[random() % std::size(pieces)];
+        expectAgreement(text);
+        text[random() % text.size()] = static_cast<char>(random());
+        expectAgreement(text);
+        expectAgreement(text.substr(0, random() % text.size()));
+    }
 }
 
 }  // namespace

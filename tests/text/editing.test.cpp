@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
+#include <sstream>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "xoSystem/xoStringUtils.h"
 
@@ -9,68 +13,98 @@ namespace {
 
 using xo::xoStringUtils;
 using namespace std::string_literals;
+using Pieces = std::vector<std::string>;
+
+Pieces splitInPlace(std::string text, char sep) {
+    std::vector<char*> pointers{nullptr};
+    xoStringUtils::Split(text.data(), sep, pointers);
+    return {pointers.begin(), pointers.end()};
+}
+
+TEST(Splitting, CutsAsALineReaderDoes) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 2000; ++round) {
+        std::string text(random() % (round < 1000 ? 6 : 80), 'x');
+        for (char& c : text) c = ",\n\xC3 "[random() % 4];
+        SCOPED_TRACE(testing::PrintToString(text));
+        Pieces all;
+        std::istringstream stream(text);
+        for (std::string piece; std::getline(stream, piece, ',');) all.push_back(piece);
+        Pieces filled = all, out = {"left over"};
+        filled.erase(std::remove(filled.begin(), filled.end(), ""), filled.end());
+        ASSERT_EQ(xoStringUtils::Split(text, ','), all);
+        ASSERT_EQ(xoStringUtils::Split(text, ',', true), filled);
+        ASSERT_EQ(&xoStringUtils::Split(text, ',', out, true), &out);
+        ASSERT_EQ(out, filled);
+        ASSERT_EQ(xoStringUtils::Split(text, ',', out), all);
+        ASSERT_EQ(splitInPlace(text, ','), all);
+    }
+}
+
+TEST(Splitting, TakesNulsNothingAndItsOwnResult) {
+    EXPECT_EQ(xoStringUtils::Split("a\0b"s, '\0', false), (Pieces{"a", "b"}));
+    EXPECT_EQ(splitInPlace("a,b", '\0'), Pieces{"a,b"});
+    std::vector<char*> none;
+    EXPECT_TRUE(xoStringUtils::Split(nullptr, ',', none).empty());
+    Pieces pieces = {"a,b", "c"};
+    EXPECT_EQ(xoStringUtils::Split(pieces[0], ',', pieces), (Pieces{"a", "b"}));
+
+    std::string first = "key=a=b", second = "=";
+    const auto cut = [&](const std::string& text) {
+        const bool found = xoStringUtils::SplitFirst(text, '=', first, second);
+        return Pieces{found ? "found" : "none", first, second};
+    };
+    EXPECT_EQ(cut(first), (Pieces{"found", "key", "a=b"}));
+    EXPECT_EQ(cut(second), (Pieces{"found", "a", "b"}));
+    EXPECT_EQ(cut("no"), (Pieces{"none", "no", ""}));
+    EXPECT_EQ(cut("="), (Pieces{"found", "", ""}));
+}
 
 TEST(Editing, TrimsWhiteSpaceAlone) {
-    const struct {
-        std::string text, left, right, both, collapsed;
-    } rows[] = {
-        {"", "", "", "", ""},
-        {" \t ", "", "", "", ""},
-        {"\v\f\r\n\t a", "a", "\v\f\r\n\t a", "a", "a"},
-        {" a\t\tb  c ", "a\t\tb  c ", " a\t\tb  c", "a\t\tb  c", "a b c"},
-        {"a\tb", "a\tb", "a\tb", "a\tb", "a b"},
-        {"\xA0 \x85", "\xA0 \x85", "\xA0 \x85", "\xA0 \x85", "\xA0 \x85"},  // no white space in any code page
-        {"\0 a"s, "\0 a"s, "\0 a"s, "\0 a"s, "\0 a"s},
-    };
-    for (const auto& row : rows) {
-        std::string left = row.text, right = row.text, both = row.text, collapsed = row.text;
+    using Row = std::tuple<std::string, std::string, std::string, std::string>;
+    for (const auto& [text, trimmedLeft, trimmedRight, collapsed] :
+         {Row{"", "", "", ""}, Row{" \t ", "", "", ""}, Row{"\v\f\r\n\t a", "a", "\v\f\r\n\t a", "a"},
+          Row{" a\t\tb  c ", "a\t\tb  c ", " a\t\tb  c", "a b c"}, Row{"a\tb", "a\tb", "a\tb", "a b"},
+          Row{"\xA0 \x85", "\xA0 \x85", "\xA0 \x85", "\xA0 \x85"}, Row{"\0 a"s, "\0 a"s, "\0 a"s, "\0 a"s}}) {
+        std::string left = text, right = text, both = text, runs = text;
         EXPECT_EQ(&xoStringUtils::ltrim(left), &left);
-        EXPECT_EQ(left, row.left);
-        EXPECT_EQ(xoStringUtils::rtrim(right), row.right);
-        EXPECT_EQ(xoStringUtils::trim(both), row.both);
-        EXPECT_EQ(xoStringUtils::trimAndRemoveConsecutiveSpaces(collapsed), row.collapsed);
+        EXPECT_EQ(left, trimmedLeft);
+        EXPECT_EQ(xoStringUtils::rtrim(right), trimmedRight);
+        EXPECT_EQ(xoStringUtils::trim(both), xoStringUtils::rtrim(left));
+        EXPECT_EQ(xoStringUtils::trimAndRemoveConsecutiveSpaces(runs), collapsed);
     }
 }
 
 TEST(Editing, ReplacesEachOccurrenceOnce) {
-    const struct {
-        std::string text, from, to, result;
-        int count;
-    } rows[] = {
-        {"", "a", "b", "", 0},
-        {"abc", "", "x", "abc", 0},
-        {"abc", "x", "y", "abc", 0},
-        {"a,b,c", ",", ";", "a;b;c", 2},
-        {"aaa", "aa", "b", "ba", 1},       // left to right, without overlap
-        {"aXbX", "X", "XX", "aXXbXX", 2},  // what was put in is not looked at again
-        {"abab", "ab", "ba", "baba", 2},
-        {"aab", "ab", "b", "ab", 1},
-        {"ab", "ab", "", "", 1},
-        {"a\0b\0"s, "\0"s, "--", "a--b--", 2},
+    // From left to right without overlap, and never in what was put in.
+    const std::tuple<std::string, std::string, std::string, std::string, int> rows[] = {
+        {"", "a", "b", "", 0},           {"ab", "ab", "", "", 1},         {"aaa", "aa", "b", "ba", 1},
+        {"aab", "ab", "b", "ab", 1},     {"abc", "", "x", "abc", 0},      {"abc", "x", "y", "abc", 0},
+        {"a,b,c", ",", ";", "a;b;c", 2}, {"abab", "ab", "ba", "baba", 2}, {"aXbX", "X", "XX", "aXXbXX", 2},
     };
-    for (const auto& row : rows) {
-        std::string counted = row.text, replaced = row.text;
-        EXPECT_EQ(xoStringUtils::ReplaceAllOccurences(counted, row.from, row.to), row.count) << row.text;
-        EXPECT_EQ(counted, row.result);
-        EXPECT_EQ(xoStringUtils::replace(replaced, row.from, row.to), row.result);
+    for (const auto& [text, from, to, result, count] : rows) {
+        std::string counted = text, replaced = text;
+        EXPECT_EQ(xoStringUtils::ReplaceAllOccurences(counted, from, to), count) << text;
+        EXPECT_EQ(counted, result);
+        EXPECT_EQ(xoStringUtils::replace(replaced, from, to), result);
     }
     std::wstring wide = L"C:\\a\\b";
     EXPECT_EQ(xoStringUtils::replace(wide, L"\\", L"//"), L"C://a//b");
-    std::string self = "ab";
+    std::string self = "ab", nuls = "a\0b\0"s;
+    EXPECT_EQ(xoStringUtils::replace(nuls, "\0"s, "--"), "a--b--");
     EXPECT_EQ(xoStringUtils::replace(self, self, self + self), "abab");
     EXPECT_EQ(xoStringUtils::replace(self, "a", self), "ababbababb");
 }
 
 TEST(Editing, ChangesTheCaseOfAsciiLettersAlone) {
-    std::string bytes, upper, lower;
+    std::string text, upper, lower;
     for (int c = 0; c < 256; ++c) {
-        bytes += static_cast<char>(c);
+        text += static_cast<char>(c);
         upper += static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
         lower += static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
     }
-    std::string text = bytes;
-    EXPECT_EQ(xoStringUtils::toUpper(text), upper);
-    EXPECT_EQ(xoStringUtils::toLower(text = bytes), lower);
+    EXPECT_EQ(xoStringUtils::toUpper(std::string(text).erase(0, 0)), upper);
+    EXPECT_EQ(xoStringUtils::toLower(text), lower);
 }
 
 TEST(Editing, SecureClearLeavesNothingInTheOwnedMemory) {
@@ -82,6 +116,58 @@ TEST(Editing, SecureClearLeavesNothingInTheOwnedMemory) {
     EXPECT_TRUE(secret.empty());
     ASSERT_EQ(secret.data(), memory);
     EXPECT_TRUE(std::all_of(memory, memory + size, [](char c) { return c == '\0'; }));
+}
+
+TEST(PathText, FallsIntoFolderBaseAndExtension) {
+    using Row = std::tuple<const char*, const char*, std::string, std::string>;
+    for (const auto& [path, parent, base, extension] :
+         {Row{"", "", "", ""}, Row{"a.txt", "", "a", "txt"}, Row{"x/y/a.tar.gz", "x/y", "a.tar", "gz"},
+          Row{"x/y\\a.b", "x/y", "a", "b"}, Row{"x.y/a", "x.y", "a", ""}, Row{"x/", "x", "", ""},
+          Row{"/a", "/", "a", ""}, Row{"C:\\a.b", "C:\\", "a", "b"}, Row{"C:/x/a", "C:/x", "a", ""},
+          Row{"x\\.a", "x", ".a", ""}, Row{"x/.a.b", "x", ".a", "b"}, Row{"..", "", "..", ""}}) {
+        SCOPED_TRACE(path);
+        std::string folder = path, file;
+        xoStringUtils::SplitFolderFilename(folder, folder, file);
+        EXPECT_EQ(folder, parent);
+        EXPECT_EQ(file, extension.empty() ? base : base + '.' + extension);
+        EXPECT_EQ(xoStringUtils::ExtractFolder(path), parent);
+        EXPECT_EQ(xoStringUtils::ExtractFileBaseName(path), base);
+        EXPECT_EQ(xoStringUtils::ExtractFileExtension(path), extension);
+    }
+    EXPECT_EQ(xoStringUtils::ExtractFileBaseName("a."), "a");
+    EXPECT_EQ(xoStringUtils::ExtractFileExtension("a."), "");
+}
+
+TEST(PathText, BecomesAValidFileName) {
+    std::string name;
+    const std::pair<std::string, std::string> rows[] = {
+        {"", "_"},
+        {"..", "__"},
+        {" .a", " .a"},
+        {"con", "con_"},
+        {"PRN", "PRN_"},
+        {"lpt0.", "lpt0_"},
+        {"CONOUT$", "CONOUT$_"},
+        {"COM", "COM"},
+        {"Com1", "Com1_"},
+        {"a. .", "a___"},
+        {"x.con", "x.con"},
+        {"COM10", "COM10"},
+        {"conin$", "conin$_"},
+        {"CONSOLE", "CONSOLE"},
+        {"aux .txt", "aux_ .txt"},
+    };
+    for (const auto& [given, valid] : rows) {
+        EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = given), valid) << given;
+        EXPECT_EQ(xoStringUtils::GenerateValidFileName(name), valid) << "not stable";
+    }
+    EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "NUL.tar.gz", '-'), "NUL-.tar.gz");
+    EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "LPT\xC2\xB2.x"), "LPT\xC2\xB2_.x");
+    EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "<>:\"/\\|?*\x01\x1F\0"s, '-'), "------------");
+    EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = u8"\u00E9 \u4E2D.txt"), u8"\u00E9 \u4E2D.txt");
+    EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "CO?", 'N'), "CONN");  // the replacement makes it a device
+    for (const char unfit : {'\0', '*', '.', ' ', '\xC3'})
+        EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "a/b?", unfit), "a_b_");
 }
 
 }  // namespace
