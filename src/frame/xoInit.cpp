@@ -3,6 +3,8 @@
 #include <atomic>
 
 #include "concurrency/earlyCreation.h"
+#include "fault/signalWatch.h"
+#include "fault/stackTrace.h"
 #include "frame/laneMasks.h"
 #include "frame/resourceRegistry.h"
 #include "xoSystem/xoLog.h"
@@ -33,6 +35,8 @@ void initializeFull(bool queryMainDisk) {
     if (xoLog* const log = xoLog::editPtr()) log->makeThreadSafe();
     xoWaitCondition::FindBestImplementation();
     if (queryMainDisk) xoSystemUtils::getMainHDDDevice();
+    xoLogObject(xoLogDebug) << "Register signal and exception whatchers";
+    fault::installSignalWatch();
 }
 
 }  // namespace
@@ -46,6 +50,8 @@ void initializeXoSystem(InitType type, bool queryMainDisk) {
 void terminateXoSystem() {
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
+    if (levelReached == InitTypeFull) fault::removeSignalWatch();
+    fault::releaseDebugHelp();
     frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
     xoSystemUtils::TerminateSystemUtils();
