@@ -45,10 +45,9 @@ void readOwn(void* argument) {
     std::memcpy(reading.to, reading.from, reading.size);
 }
 
-// Memory of this process. DbgHelp's own way, through the system, takes most of a walk's time.
+// DbgHelp's own way to memory, through the system, takes most of a walk's time.
 BOOL WINAPI readMemory(HANDLE, DWORD64 address, void* buffer, DWORD size, DWORD* sizeRead) {
-    Reading reading{reinterpret_cast<const void*>(address), buffer, size};
-    const bool isRead = callQuietly(&readOwn, &reading);
+    const bool isRead = DebugHelp::read(address, buffer, size);
     *sizeRead = isRead ? size : 0;
     return isRead;
 }
@@ -96,6 +95,11 @@ void DebugHelp::endTrace() { addOptions(0); }
 
 DebugHelp::~DebugHelp() {
     if (mProcess && mCleanup) mCleanup(mProcess);
+}
+
+bool DebugHelp::read(std::uint64_t address, void* buffer, std::uint32_t size) {
+    Reading reading{reinterpret_cast<const void*>(address), buffer, size};
+    return callQuietly(&readOwn, &reading);
 }
 
 bool DebugHelp::walk(STACKFRAME64& frame, CONTEXT& context) {

@@ -26,6 +26,9 @@ public:
     std::string_view open();
     void endTrace();
 
+    // Copies memory of this process; false where there is none to read.
+    static bool read(std::uint64_t address, void* buffer, std::uint32_t size);
+
     // Steps to the next frame outwards.
     bool walk(STACKFRAME64& frame, CONTEXT& context);
 

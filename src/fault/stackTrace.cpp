@@ -79,10 +79,16 @@ STACKFRAME64 firstFrame(const CONTEXT& context) {
     return frame;
 }
 
-// A call through a null pointer: nothing can be unwound there, but the way back is the latest thing on the stack.
+// No function that the system knows of: a call through a wild pointer led there.
+bool isNowhere(const CONTEXT& context) {
+    DWORD64 base = 0;
+    return !moduleAt(context.Rip) && !::RtlLookupFunctionEntry(context.Rip, &base, nullptr);
+}
+
+// Nothing can be unwound there, but the way back is the latest thing on the stack.
 void returnFromNowhere(CONTEXT& context) {
-    context.Rip = *reinterpret_cast<const DWORD64*>(context.Rsp);
-    context.Rsp += sizeof(DWORD64);
+    if (!DebugHelp::read(context.Rsp, &context.Rip, sizeof context.Rip)) context.Rip = 0;
+    context.Rsp += sizeof context.Rip;
 }
 
 struct Trace {
@@ -92,15 +98,17 @@ struct Trace {
 };
 
 void appendFrames(Trace& trace, DebugHelp& source) {
-    if (trace.context.Rip == 0) {
-        appendFrame(trace.text, source, 0);
+    bool isReturnAddress = false;
+    if (isNowhere(trace.context)) {
+        appendFrame(trace.text, source, trace.context.Rip);
         returnFromNowhere(trace.context);
+        isReturnAddress = true;
     }
     STACKFRAME64 frame = firstFrame(trace.context);
     for (int i = 0; i < trace.mostFrames && source.walk(frame, trace.context); ++i) {
         // A return address stands behind its call, maybe on the next line or in the next function.
-        const bool isReturnAddress = i != 0;
         appendFrame(trace.text, source, frame.AddrPC.Offset - (isReturnAddress ? 1 : 0));
+        isReturnAddress = true;
     }
 }
 
