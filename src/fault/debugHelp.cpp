@@ -45,10 +45,9 @@ void readOwn(void* argument) {
     std::memcpy(reading.to, reading.from, reading.size);
 }
 
-// Memory of this process. DbgHelp's own way, through the system, takes most of a walk's time.
+// DbgHelp's own way to memory, through the system, takes most of a walk's time.
 BOOL WINAPI readMemory(HANDLE, DWORD64 address, void* buffer, DWORD size, DWORD* sizeRead) {
-    Reading reading{reinterpret_cast<const void*>(address), buffer, size};
-    const bool isRead = callQuietly(&readOwn, &reading);
+    const bool isRead = DebugHelp::read(address, buffer, size);
     *sizeRead = isRead ? size : 0;
     return isRead;
 }
@@ -94,17 +93,13 @@ void DebugHelp::addOptions(DWORD options) {
 
 void DebugHelp::endTrace() { addOptions(0); }
 
-void DebugHelp::close() {
+DebugHelp::~DebugHelp() {
     if (mProcess && mCleanup) mCleanup(mProcess);
-    mProcess = nullptr;
-    mModules.clear();
-    mLibrary.reset();
 }
 
-void DebugHelp::abandon() {
-    mProcess = nullptr;
-    static_cast<void>(mLibrary.release());
-    mModules.clear();
+bool DebugHelp::read(std::uint64_t address, void* buffer, std::uint32_t size) {
+    Reading reading{reinterpret_cast<const void*>(address), buffer, size};
+    return callQuietly(&readOwn, &reading);
 }
 
 bool DebugHelp::walk(STACKFRAME64& frame, CONTEXT& context) {
@@ -162,7 +157,7 @@ DebugHelp::Symbol DebugHelp::symbolAt(std::uint64_t address) {
     DWORD64 base = 0;
     const RUNTIME_FUNCTION* const function = ::RtlLookupFunctionEntry(address, &base, nullptr);
     if (!function) return symbol;
-    Symbol exported = findSymbol(base + function->BeginAddress);
+    const Symbol exported = findSymbol(base + function->BeginAddress);
     return exported.name.empty() ? symbol : exported;
 }
 

@@ -13,11 +13,12 @@
 
 namespace xo::fault {
 
-// Reading program databases takes most of a report's time, so they stay until close(). The owner lets one thread in at
-// a time.
+// Reading program databases takes most of a report's time, so they stay as long as the object. The owner lets one
+// thread in at a time.
 class DebugHelp {
 public:
     DebugHelp() = default;
+    ~DebugHelp();
     DebugHelp(const DebugHelp&) = delete;
     DebugHelp& operator=(const DebugHelp&) = delete;
 
@@ -25,10 +26,8 @@ public:
     std::string_view open();
     void endTrace();
 
-    void close();
-
-    // Lets go of everything as it stands, after a fault inside DbgHelp or when the process ends anyway.
-    void abandon();
+    // Copies memory of this process; false where there is none to read.
+    static bool read(std::uint64_t address, void* buffer, std::uint32_t size);
 
     // Steps to the next frame outwards.
     bool walk(STACKFRAME64& frame, CONTEXT& context);
@@ -69,7 +68,7 @@ private:
 
     template <class Function>
     bool resolve(Function*& function, const char* name) {
-        function = reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(mLibrary.get(), name)));
+        function = reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(::GetProcAddress(mLibrary.get(), name)));
         return function != nullptr;
     }
 

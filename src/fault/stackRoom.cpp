@@ -7,9 +7,9 @@
 namespace xo::fault {
 namespace {
 
-constexpr std::size_t kRoomOfReport = 256 * 1024;  // DbgHelp reads program databases on it
-constexpr std::size_t kFiberCommit = 64 * 1024;
-constexpr std::size_t kFiberReserve = 1024 * 1024;
+constexpr std::size_t kRoomOfReport = std::size_t{256} * 1024;  // DbgHelp reads program databases on it
+constexpr std::size_t kFiberCommit = std::size_t{64} * 1024;
+constexpr std::size_t kFiberReserve = std::size_t{1024} * 1024;
 
 struct FiberPolicy {
     using Type = void*;

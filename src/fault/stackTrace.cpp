@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "fault/debugHelp.h"
 #include "fault/faultText.h"
@@ -26,21 +27,20 @@ bool isProcessEnding() {
     const HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
     if (!ntdll) return false;
     const auto ask =
-        reinterpret_cast<Ask>(reinterpret_cast<void*>(::GetProcAddress(ntdll, "RtlDllShutdownInProgress")));
+        reinterpret_cast<Ask>(reinterpret_cast<void (*)()>(::GetProcAddress(ntdll, "RtlDllShutdownInProgress")));
     return ask != nullptr && ask();
 }
 
-// Threads that were killed at the end of the process may have held any lock; then nothing is given back.
-struct Session {
-    ~Session() {
-        if (isProcessEnding()) help.abandon();
-        releaseDebugHelp();
-    }
+DebugHelp* help XO_GUARDED_BY(lock) = nullptr;
+bool isBroken XO_GUARDED_BY(lock) = false;  // a fault inside DbgHelp has left it in no known state, for good
 
-    DebugHelp help;
-    bool isBroken = false;  // DbgHelp has faulted
+// At the end of a process its other threads are gone, with whatever locks they held, and the system takes all back.
+struct Unloading {
+    ~Unloading() {
+        if (!isProcessEnding()) releaseDebugHelp();
+    }
 };
-Session session XO_GUARDED_BY(lock);
+const Unloading unloading;
 
 // Names that Microsoft's compiler decorated come back plain from DbgHelp.
 std::string readableName(std::string name) {
@@ -53,15 +53,15 @@ std::string readableName(std::string name) {
     return name;
 }
 
-void appendFrame(std::string& text, DebugHelp& help, std::uint64_t address) {
-    const DebugHelp::Symbol symbol = help.symbolAt(address);
+void appendFrame(std::string& text, DebugHelp& source, std::uint64_t address) {
+    const DebugHelp::Symbol symbol = source.symbolAt(address);
     text += "\n\t# ";
     if (symbol.isUnconfident) text += "(unconfident) ";
     text += readableName(symbol.name);
     text += " @0x";
     appendHex(text, symbol.address);
     text += " in ";
-    const DebugHelp::Line line = help.lineAt(address);
+    const DebugHelp::Line line = source.lineAt(address);
     if (line.file.empty()) {
         text += platform::toUtf8(moduleFile(moduleAt(address)));
         return;
@@ -79,10 +79,16 @@ STACKFRAME64 firstFrame(const CONTEXT& context) {
     return frame;
 }
 
-// A call through a null pointer: nothing can be unwound there, but the way back is the latest thing on the stack.
+// No function that the system knows of: a call through a wild pointer led there.
+bool isNowhere(const CONTEXT& context) {
+    DWORD64 base = 0;
+    return !moduleAt(context.Rip) && !::RtlLookupFunctionEntry(context.Rip, &base, nullptr);
+}
+
+// Nothing can be unwound there, but the way back is the latest thing on the stack.
 void returnFromNowhere(CONTEXT& context) {
-    context.Rip = *reinterpret_cast<const DWORD64*>(context.Rsp);
-    context.Rsp += sizeof(DWORD64);
+    if (!DebugHelp::read(context.Rsp, &context.Rip, sizeof context.Rip)) context.Rip = 0;
+    context.Rsp += sizeof context.Rip;
 }
 
 struct Trace {
@@ -91,26 +97,28 @@ struct Trace {
     int mostFrames;
 };
 
-void appendFrames(Trace& trace, DebugHelp& help) {
-    if (trace.context.Rip == 0) {
-        appendFrame(trace.text, help, 0);
+void appendFrames(Trace& trace, DebugHelp& source) {
+    bool isReturnAddress = false;
+    if (isNowhere(trace.context)) {
+        appendFrame(trace.text, source, trace.context.Rip);
         returnFromNowhere(trace.context);
+        isReturnAddress = true;
     }
     STACKFRAME64 frame = firstFrame(trace.context);
-    for (int i = 0; i < trace.mostFrames && help.walk(frame, trace.context); ++i) {
+    for (int i = 0; i < trace.mostFrames && source.walk(frame, trace.context); ++i) {
         // A return address stands behind its call, maybe on the next line or in the next function.
-        const bool isReturnAddress = i != 0;
-        appendFrame(trace.text, help, frame.AddrPC.Offset - (isReturnAddress ? 1 : 0));
+        appendFrame(trace.text, source, frame.AddrPC.Offset - (isReturnAddress ? 1 : 0));
+        isReturnAddress = true;
     }
 }
 
 void walkStack(Trace& trace) XO_REQUIRES(lock) {
-    DebugHelp& help = session.help;
-    const std::string_view failure = help.open();
+    if (!help) help = new DebugHelp();
+    const std::string_view failure = help->open();
     trace.text += failure;
     if (!failure.empty()) return;
-    appendFrames(trace, help);
-    help.endTrace();
+    appendFrames(trace, *help);
+    help->endTrace();
 }
 
 void tryWalkStack(void* trace) XO_REQUIRES(lock) {
@@ -127,8 +135,8 @@ void appendStackTrace(std::string& text, const CONTEXT& context, int mostFrames)
     Trace trace{text, context, mostFrames};
     bool isWhole = false;
     if (lock.tryLock(kPatienceMs)) {
-        isWhole = !session.isBroken && callQuietly(&tryWalkStack, &trace);
-        session.isBroken = !isWhole;
+        isWhole = !isBroken && callQuietly(&tryWalkStack, &trace);
+        isBroken = !isWhole;
         lock.unlock();
     }
     if (isWhole) return;
@@ -138,7 +146,7 @@ void appendStackTrace(std::string& text, const CONTEXT& context, int mostFrames)
 
 void releaseDebugHelp() {
     if (!lock.tryLock()) return;  // a thread is at it
-    session.help.close();
+    if (!isBroken) delete std::exchange(help, nullptr);
     lock.unlock();
 }
 

@@ -1,6 +1,7 @@
 #include "xoSystem/xoException.h"
 
 #include <exception>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -13,15 +14,14 @@ namespace {
 constexpr char kReportPrefix[] = "Catch std exception : ";
 constexpr char kUnknown[] = "Unknown";
 
-// What callers get for a standard exception of any type: a text and no more. Copies cannot fail, because those of the
-// member cannot.
+// What callers get for a standard exception of any type: a text and no more. It is shared, so that copies cannot fail.
 class PlainException : public std::exception {
 public:
-    explicit PlainException(const std::string& text) : mText(text) {}
-    const char* what() const noexcept override { return mText.what(); }
+    explicit PlainException(const std::string& text) : mText(std::make_shared<const std::string>(text)) {}
+    const char* what() const noexcept override { return mText->c_str(); }
 
 private:
-    std::runtime_error mText;
+    std::shared_ptr<const std::string> mText;
 };
 
 struct Question {
@@ -60,7 +60,7 @@ void execute(fault::Function function, void* argument) {
 }  // namespace
 
 void ExecGuardedCode(void (*function)()) {
-    execute([](void* called) { (*static_cast<void (**)()>(called))(); }, &function);
+    execute([](void* called) { (*static_cast<void (**)()>(called))(); }, static_cast<void*>(&function));
 }
 
 void ExecGuardedCode(void (*function)(void*), void* argument) { execute(function, argument); }

@@ -4,6 +4,7 @@
 
 #include "concurrency/earlyCreation.h"
 #include "fault/signalWatch.h"
+#include "fault/stackTrace.h"
 #include "frame/laneMasks.h"
 #include "frame/resourceRegistry.h"
 #include "xoSystem/xoLog.h"
@@ -51,6 +52,7 @@ void terminateXoSystem() {
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
     if (IsXoSystemThreadSafe()) fault::removeSignalWatch();
+    fault::releaseDebugHelp();
     frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
     xoSystemUtils::TerminateSystemUtils();

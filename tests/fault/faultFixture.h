@@ -6,10 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <mutex>
-#include <regex>
 #include <stdexcept>
 #include <string>
-#include <typeinfo>
 #include <vector>
 
 #include "support/importHook.h"
@@ -59,7 +57,7 @@ protected:
         ASSERT_TRUE(mRegister.isInstalled() && mReport.isInstalled() && mDeregister.isInstalled());
     }
 
-    // Since the last call; the log's are checked to be CRITICAL.
+    // Since the last call.
     Reports takeReports() { return std::exchange(mReports, {}); }
     Reports takeEvents() { return std::exchange(msEvents, {}); }
 
@@ -71,6 +69,8 @@ protected:
         for (std::string& line : lines) line = firstLine(line);
         return lines;
     }
+
+    Reports mReports;  // under the log's lock
 
     // What else the log's handler does with a report.
     void (*mAlso)(const std::string& report) = nullptr;
@@ -95,7 +95,6 @@ private:
     }
     static BOOL WINAPI deregisterSource(HANDLE) { return TRUE; }
 
-    Reports mReports;                // under the log's lock
     static inline Reports msEvents;  // under msMutex
     static inline std::mutex msMutex;
     ImportHook mRegister{"xoSystem.dll", "RegisterEventSourceA", &registerSource};

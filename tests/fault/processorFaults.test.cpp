@@ -133,6 +133,7 @@ TEST_F(ProcessorFaults, OfTheProcessorItself) {
     for (const auto& row : rows) {
         EXPECT_EQ(Code(row.code).outcome(), kOutcome) << row.text;
         ::_mm_setcsr(0x1F80);
+        EXPECT_THAT(mReports.at(0), HasSubstr("ExecGuardedCode @0x"));
         EXPECT_THAT(takeFirstLines(), ElementsAre(faultLine(row.text), kFaultReport));
     }
 }

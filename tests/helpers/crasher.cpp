@@ -11,6 +11,18 @@
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
 
+namespace {
+
+void executeNothing() {
+#if defined(_MSC_VER)
+    __ud2();
+#else
+    __builtin_trap();
+#endif
+}
+
+}  // namespace
+
 int main() {
     int count = 0;
     wchar_t** const arguments = ::CommandLineToArgvW(::GetCommandLineW(), &count);
@@ -23,7 +35,7 @@ int main() {
     volatile int zero = 0;
     if (crash == L"violation") *static_cast<volatile int*>(nullptr) = 1;
     if (crash == L"division") dividend = dividend / zero;
-    if (crash == L"illegal") __builtin_trap();
+    if (crash == L"illegal") executeNothing();
     if (crash == L"guardedAbort") xo::exception::impl::ExecGuardedCode(&std::abort);
     return 1;
 }

@@ -1,13 +1,15 @@
-// Loads the library, has a fault reported and unloads it: 0 when nothing of it is left and faults are the host's again.
+// Loads the library, has a fault reported and unloads it, again and again: 0 when nothing of it is left each time.
 #include "platform/windows.h"
-
-#include <cstdio>
-
-#undef __try
 
 namespace {
 
 using Guard = void (*)(void (*)());
+
+#if defined(_MSC_VER)
+constexpr char kGuard[] = "?ExecGuardedCode@impl@exception@xo@@YAXP6AXXZ@Z";
+#else
+constexpr char kGuard[] = "_ZN2xo9exception4impl15ExecGuardedCodeEPFvvE";
+#endif
 
 void fault() { *static_cast<volatile int*>(nullptr) = 1; }
 
@@ -26,8 +28,7 @@ int main() {
     for (int round = 0; round < 3; ++round) {
         const HMODULE library = ::LoadLibraryW(L"xoSystem.dll");
         if (!library) return 2;
-        const auto guard = reinterpret_cast<Guard>(
-            reinterpret_cast<void*>(::GetProcAddress(library, "_ZN2xo9exception4impl15ExecGuardedCodeEPFvvE")));
+        const auto guard = reinterpret_cast<Guard>(reinterpret_cast<void*>(::GetProcAddress(library, kGuard)));
         if (!guard || !runGuarded(guard)) return 3;
         if (!::GetModuleHandleW(L"dbghelp.dll")) return 4;
         ::FreeLibrary(library);
