@@ -78,9 +78,9 @@ TEST(Editing, TrimsWhiteSpaceAlone) {
 TEST(Editing, ReplacesEachOccurrenceOnce) {
     // From left to right without overlap, and never in what was put in.
     const std::tuple<std::string, std::string, std::string, std::string, int> rows[] = {
-        {"", "a", "b", "", 0},           {"ab", "ab", "", "", 1},         {"aaa", "aa", "b", "ba", 1},
-        {"aab", "ab", "b", "ab", 1},     {"abc", "", "x", "abc", 0},      {"abc", "x", "y", "abc", 0},
-        {"a,b,c", ",", ";", "a;b;c", 2}, {"abab", "ab", "ba", "baba", 2}, {"aXbX", "X", "XX", "aXXbXX", 2},
+        {"", "a", "b", "", 0},           {"ab", "ab", "", "", 1},           {"aaa", "aa", "b", "ba", 1},
+        {"aab", "ab", "b", "ab", 1},     {"abc", "", "x", "abc", 0},        {"abc", "x", "y", "abc", 0},
+        {"a,b,c", ",", ";", "a;b;c", 2}, {"abbab", "ab", "ca", "cabca", 2}, {"aXbX", "X", "XX", "aXXbXX", 2},
     };
     for (const auto& [text, from, to, result, count] : rows) {
         std::string counted = text, replaced = text;
