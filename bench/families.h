@@ -8,6 +8,7 @@ namespace bench {
 
 void measureIni(Suite& suite);
 void measureLog(Suite& suite);
+void measureNumbers(Suite& suite);  // part of the text family
 void measureText(Suite& suite);
 void measureVariant(Suite& suite);
 

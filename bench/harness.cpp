@@ -55,9 +55,9 @@ std::string quoted(const std::string& text) {
 
 }  // namespace
 
-void require(bool sameResult, const char* what) {
-    if (sameResult) return;
-    std::fprintf(stderr, "the sides differ: %s\n", what);
+void require(bool condition, const char* message) {
+    if (condition) return;
+    std::fprintf(stderr, "xoBench: %s\n", message);
     std::exit(1);
 }
 

@@ -20,8 +20,9 @@ void keep(const T& value) {
     asm volatile("" : : "r,m"(value) : "memory");
 }
 
-// Ends the program with a message unless all sides of a case come to the same result. Asked before they are measured.
-void require(bool sameResult, const char* what);
+// Ends the program with a message unless the condition holds: asked before a case is measured, for what makes the
+// comparison fair, such as that all sides come to the same result.
+void require(bool condition, const char* message);
 
 struct Other {
     std::string name;

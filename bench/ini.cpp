@@ -55,15 +55,15 @@ Entry makeEntry(int section, int key) {
     return entry;
 }
 
-// A file of that many keys, and its two names.
+// A file of that many keys, in no order within their section, as people write them.
 class IniFile {
 public:
     IniFile(const std::filesystem::path& folder, int sections, int keysPerSection) : mPath(folder / L"settings.ini") {
         std::ofstream file(mPath, std::ios::binary);
         for (int section = 0; section < sections; ++section) {
             file << '[' << numbered("section", section) << "]\r\n";
-            for (int key = 0; key < keysPerSection; ++key) {
-                mEntries.push_back(makeEntry(section, key));
+            for (int i = 0; i < keysPerSection; ++i) {
+                mEntries.push_back(makeEntry(section, i * 37 % keysPerSection));
                 file << mEntries.back().key << '=' << mEntries.back().value << "\r\n";
             }
         }
@@ -202,7 +202,7 @@ void compareReads(Suite& suite, const std::string& name, const IniFile& file, co
     const Sums sums = readByOurs(file);
     require(sums.textBytes != 0 && sums == readBySimpleIni(file) && sums == readByBoost(file) &&
                 sums == readByTextMap(file),
-            "INI values");
+            "the sides read different INI values");
     suite.compare("ini", name, 1, [&] { keep(readByOurs(file)); },
                   {{"SimpleIni", [&] { keep(readBySimpleIni(file)); }},
                    {"boost ptree, read_ini", [&] { keep(readByBoost(file)); }},
@@ -229,7 +229,8 @@ void compareSaves(Suite& suite, const std::string& name, const IniFile& file) {
     CSimpleIniA simple(/*a_bIsUtf8=*/true);
     simple.SetSpaces(false);
     PropertyTree tree;
-    require(xo::LoadIniFile(file.path(), map) && simple.LoadFile(file.path().c_str()) == SI_OK, "INI loading");
+    require(xo::LoadIniFile(file.path(), map) && simple.LoadFile(file.path().c_str()) == SI_OK,
+            "the INI file could not be loaded");
     boost::property_tree::read_ini(file.path(), tree);
 
     const std::string ourPath = file.pathOf(L"ours.ini");
@@ -244,7 +245,7 @@ void compareSaves(Suite& suite, const std::string& name, const IniFile& file) {
     VariantMap ours, simples, boosts;
     require(xo::LoadIniFile(ourPath, ours) && xo::LoadIniFile(simplePath, simples) &&
                 xo::LoadIniFile(boostPath, boosts) && ours == map && simples == map && boosts == map,
-            "saved INI files");
+            "the sides saved different INI files");
 
     const std::string bytes = readFile(ourPath);
     const std::filesystem::path rawPath = std::filesystem::u8path(file.pathOf(L"raw.ini"));
@@ -266,7 +267,7 @@ void measureIni(Suite& suite) {
                      {"limit: fopen, fclose", [&] { openAndClose(small.path()); }});
     }
     const IniFile large(folder, 200, 100);
-    require(scanBytes(large.path()) == large.entries().size(), "scan");
+    require(scanBytes(large.path()) == large.entries().size(), "the scan found another number of keys");
     compareReads(suite, "load and read 20000 keys", large,
                  {"limit: one read, memchr", [&] { keep(scanBytes(large.path())); }});
     compareSaves(suite, "save 20000 keys", large);

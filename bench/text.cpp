@@ -1,26 +1,22 @@
-// Text helpers against Boost's, fmt's, the C++ streams and the C runtime.
+// Texts split, replaced, encoded, checked and compared.
 #include <algorithm>
 #include <boost/algorithm/hex.hpp>
 #include <boost/algorithm/string.hpp>
-#include <charconv>
-#include <cinttypes>
-#include <cstdlib>
+#include <cstdio>
 #include <cstring>
+#include <functional>
 #include <iterator>
-#include <random>
 #include <sstream>
 #include <string>
-#include <variant>
 #include <vector>
 
-#include <fast_float/fast_float.h>
 #include <fmt/format.h>
 #include <utf8.h>
 
+#include "dice.h"
 #include "families.h"
 #include "platform/windows.h"
 #include "xoSystem/xoStringUtils.h"
-#include "xoSystem/xoVariant.h"
 
 #include <shlwapi.h>
 
@@ -28,20 +24,9 @@ namespace bench {
 namespace {
 
 using xo::xoStringUtils;
-using Texts = std::vector<std::string>;
 
 constexpr std::size_t kTextSize = 65536;
-constexpr std::size_t kNumbers = 1000;
-
-class Dice {
-public:
-    // From 0 to count - 1, the same in each run.
-    std::uint64_t roll(std::uint64_t count) { return mEngine() % count; }
-    const char* pick(std::initializer_list<const char*> words) { return words.begin()[roll(words.size())]; }
-
-private:
-    std::mt19937_64 mEngine{20240307};
-};
+constexpr std::size_t kPairs = 1000;
 
 // ---- Splitting and replacing.
 
@@ -97,7 +82,7 @@ void compareSplits(Suite& suite, const std::string& name, const Texts& texts) {
         const Texts pieces = xoStringUtils::Split(text, ',');
         require(
             pieces == splitByBoost(text) && pieces == splitByGetline(text) && pieces == splitByMemchr(text, pieceCount),
-            "split");
+            "the sides split differently");
     }
     const auto eachBy = [&](auto split) {
         return [&texts, split] {
@@ -125,7 +110,7 @@ void measureReplace(Suite& suite) {
     const std::string to = "Anna Lindqvist";
     const std::string result = boost::replace_all_copy(text, from, to);
     std::string ours = text;
-    require(xoStringUtils::replace(ours, from, to) == result, "replace all");
+    require(xoStringUtils::replace(ours, from, to) == result, "the sides replace differently");
     suite.compare("text", "replace all, 64 KB, a byte", static_cast<double>(text.size()),
                   [&] {
                       std::string copy(text);
@@ -188,7 +173,7 @@ void measureHex(Suite& suite) {
     std::string ours, boosts, tables;
     xoStringUtils::ToHex(bytes.data(), bytes.size(), ours);
     encodeByTable(bytes, tables);
-    require(ours == digits && tables == digits, "hex encode");
+    require(ours == digits && tables == digits, "the sides encode differently");
     std::string copied(digits.size(), '\0');
     suite.compare("text", "hex encode 64 KB, a byte", static_cast<double>(bytes.size()),
                   [&] {
@@ -211,8 +196,9 @@ void measureHex(Suite& suite) {
                         keep(copied);
                     }}});
 
-    require(xoStringUtils::FromHex(digits.data(), digits.size(), ours) && decodeByTable(digits, tables), "hex decode");
-    require(ours == bytes && tables == bytes, "hex decode");
+    require(xoStringUtils::FromHex(digits.data(), digits.size(), ours) && decodeByTable(digits, tables),
+            "the sides decode differently");
+    require(ours == bytes && tables == bytes, "the sides decode differently");
     suite.compare("text", "hex decode to 64 KB, a byte", static_cast<double>(bytes.size()),
                   [&] {
                       keep(xoStringUtils::FromHex(digits.data(), digits.size(), ours));
@@ -235,199 +221,15 @@ void measureHex(Suite& suite) {
                     }}});
 }
 
-// ---- Numbers to text.
-
-template <class Number>
-std::string printByFreshStream(Number value) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    stream << value;
-    return stream.str();
-}
-
-template <class Number>
-std::string printByReusedStream(std::ostringstream& stream, Number value) {
-    stream.str(std::string());
-    stream << value;
-    return stream.str();
-}
-
-template <class Number, class... Format>
-std::string printByToChars(Number value, Format... format) {
-    char room[32];
-    return {room, std::to_chars(room, std::end(room), value, format...).ptr};
-}
-
-template <class Number>
-std::function<void()> forEach(const std::vector<Number>& values, std::string (*print)(Number)) {
-    return [&values, print] {
-        for (const Number value : values) keep(print(value));
-    };
-}
-
-std::vector<int> someIntegers() {
-    Dice dice;
-    std::vector<int> values;
-    for (std::size_t i = 0; i < kNumbers; ++i) values.push_back(static_cast<int>(dice.roll(1u << dice.roll(31))) - 100);
-    return values;
-}
-
-std::vector<double> someReals() {
-    Dice dice;
-    std::vector<double> values;
-    for (std::size_t i = 0; i < kNumbers; ++i)
-        values.push_back(static_cast<double>(dice.roll(1u << 30)) / static_cast<double>(1 + dice.roll(100000)));
-    return values;
-}
-
-void measureIntegerToText(Suite& suite) {
-    const std::vector<int> values = someIntegers();
-    std::ostringstream reused;
-    reused.imbue(std::locale::classic());
-    for (const int value : values) {
-        const std::string text = xoStringUtils::fromInt(value);
-        require(text == printByFreshStream(value) && text == printByReusedStream(reused, value), "integer to text");
-    }
-    suite.compare(
-        "text", "integer to text", kNumbers,
-        forEach<int>(values, [](int value) { return xoStringUtils::fromInt(value); }),
-        {{"fresh imbued stream", forEach<int>(values, &printByFreshStream<int>)},
-         {"reused stream",
-          [&] {
-              for (const int value : values) keep(printByReusedStream(reused, value));
-          }},
-         {"fmt::format", forEach<int>(values, [](int value) { return fmt::format("{}", value); })},
-         {"limit: to_chars, one string", forEach<int>(values, [](int value) { return printByToChars(value); })}});
-}
-
-void measureRealToText(Suite& suite) {
-    const std::vector<double> values = someReals();
-    std::ostringstream reused;
-    reused.imbue(std::locale::classic());
-    for (const double value : values) {
-        const std::string text = xoStringUtils::fromFloat(value);
-        require(text == printByFreshStream(value) && text == printByReusedStream(reused, value) &&
-                    text == fmt::format("{:.6g}", value),
-                "real to text");
-    }
-    const auto limit = [](double value) { return printByToChars(value, std::chars_format::general, 6); };
-    suite.compare("text", "real to text, 6 digits", kNumbers,
-                  forEach<double>(values, [](double value) { return xoStringUtils::fromFloat(value); }),
-                  {{"fresh imbued stream", forEach<double>(values, &printByFreshStream<double>)},
-                   {"reused stream",
-                    [&] {
-                        for (const double value : values) keep(printByReusedStream(reused, value));
-                    }},
-                   {"fmt::format", forEach<double>(values, [](double value) { return fmt::format("{:.6g}", value); })},
-                   {"limit: to_chars, one string", forEach<double>(values, limit)}});
-}
-
-// ---- Text to numbers.
-
-template <class Number>
-Number readByFromChars(const std::string& text) {
-    Number value{};
-    std::from_chars(text.data(), text.data() + text.size(), value);
-    return value;
-}
-
-double readByFastFloat(const std::string& text) {
-    double value = 0.0;
-    fast_float::from_chars(text.data(), text.data() + text.size(), value);
-    return value;
-}
-
-template <class Read>
-std::function<void()> readEach(const Texts& texts, Read read) {
-    return [&texts, read] {
-        for (const std::string& text : texts) keep(read(text));
-    };
-}
-
-void measureTextToInteger(Suite& suite) {
-    Texts texts;
-    for (const int value : someIntegers()) texts.push_back(std::to_string(value));
-    const std::vector<xo::xoVariant> variants(texts.begin(), texts.end());
-    for (std::size_t i = 0; i < texts.size(); ++i)
-        require(variants[i].toInteger() == std::strtoll(texts[i].c_str(), nullptr, 0), "text to integer");
-    suite.compare(
-        "text", "text to integer", kNumbers,
-        [&] {
-            for (const xo::xoVariant& variant : variants) keep(variant.toInteger());
-        },
-        {{"strtoll", readEach(texts, [](const std::string& text) { return std::strtoll(text.c_str(), nullptr, 0); })},
-         {"limit: from_chars", readEach(texts, &readByFromChars<std::int64_t>)}});
-}
-
-void measureTextToReal(Suite& suite) {
-    Texts texts;
-    for (const double value : someReals()) texts.push_back(fmt::format("{:.9g}", value));
-    const std::vector<xo::xoVariant> variants(texts.begin(), texts.end());
-    for (std::size_t i = 0; i < texts.size(); ++i)
-        require(variants[i].toReal() == std::strtod(texts[i].c_str(), nullptr) &&
-                    variants[i].toReal() == readByFastFloat(texts[i]),
-                "text to real");
-    suite.compare(
-        "text", "text to real", kNumbers,
-        [&] {
-            for (const xo::xoVariant& variant : variants) keep(variant.toReal());
-        },
-        {{"strtod", readEach(texts, [](const std::string& text) { return std::strtod(text.c_str(), nullptr); })},
-         {"std::from_chars", readEach(texts, &readByFromChars<double>)},
-         {"limit: fast_float", readEach(texts, &readByFastFloat)}});
-}
-
-using Cell = std::variant<std::int64_t, double, std::string>;
-
-Cell readCellByCRuntime(const std::string& text) {
-    const char* const end = text.c_str() + text.size();
-    char* stop = nullptr;
-    if (const std::int64_t integer = std::strtoll(text.c_str(), &stop, 0); stop == end) return integer;
-    if (const double real = std::strtod(text.c_str(), &stop); stop == end) return real;
-    return text;
-}
-
-Cell readCellByFastFloat(const std::string& text) {
-    const char* const end = text.data() + text.size();
-    std::int64_t integer = 0;
-    if (std::from_chars(text.data(), end, integer).ptr == end) return integer;
-    double real = 0.0;
-    if (fast_float::from_chars(text.data(), end, real).ptr == end) return real;
-    return text;
-}
-
-bool isSame(const xo::xoVariant& ours, const Cell& other) {
-    switch (other.index()) {
-        case 0: return ours.getType() == xo::xoVariant::INTEGER && ours.toInteger() == std::get<0>(other);
-        case 1: return ours.getType() == xo::xoVariant::REAL && ours.toReal() == std::get<1>(other);
-        default: return ours.getType() == xo::xoVariant::STRING && ours.getString() == std::get<2>(other);
-    }
-}
-
-void measureTextToVariant(Suite& suite) {
-    Dice dice;
-    Texts texts;
-    for (const int value : someIntegers()) {
-        const std::string number = std::to_string(value);
-        const std::string kinds[] = {number, number + "." + std::to_string(dice.roll(1000)), "item " + number};
-        texts.push_back(kinds[dice.roll(std::size(kinds))]);
-    }
-    for (const std::string& text : texts)
-        require(isSame(xo::xoVariant::BuildFromString(text), readCellByCRuntime(text)) &&
-                    isSame(xo::xoVariant::BuildFromString(text), readCellByFastFloat(text)),
-                "text to value");
-    suite.compare("text", "text to integer, real or text", kNumbers,
-                  readEach(texts, [](const std::string& text) { return xo::xoVariant::BuildFromString(text); }),
-                  {{"strtoll, strtod, std::variant", readEach(texts, &readCellByCRuntime)},
-                   {"limit: from_chars, fast_float", readEach(texts, &readCellByFastFloat)}});
-}
-
 // ---- UTF-8.
 
 void compareUtf8Checks(Suite& suite, const std::string& name, std::string pattern) {
     std::string text;
     while (text.size() < kTextSize) text += pattern;
-    require(xoStringUtils::IsUtf8String(text) && utf8::is_valid(text), "UTF-8");
+    const std::string broken = text + "\xE2\x82";
+    require(xoStringUtils::IsUtf8String(text) && utf8::is_valid(text) && !xoStringUtils::IsUtf8String(broken) &&
+                !utf8::is_valid(broken),
+            "the sides differ over UTF-8");
     std::string copied(text.size(), '\0');
     suite.compare("text", name, static_cast<double>(text.size()), [&] { keep(xoStringUtils::IsUtf8String(text)); },
                   {{"utf8::is_valid", [&] { keep(utf8::is_valid(text.begin(), text.end())); }},
@@ -492,14 +294,15 @@ void measureVersions(Suite& suite) {
         return fmt::format("{}.{}.{}.{}", 2 + dice.roll(2), dice.roll(3), dice.roll(20), dice.roll(10000));
     };
     std::vector<Pair> pairs;
-    for (std::size_t i = 0; i < kNumbers; ++i) {
+    for (std::size_t i = 0; i < kPairs; ++i) {
         pairs.push_back({version(), version()});
         if (dice.roll(4) == 0) pairs.back().b = pairs.back().a;
     }
     const auto ours = [](const Pair& pair) -> int { return xoStringUtils::compareSoftwareVersion(pair.a, pair.b); };
     for (const Pair& pair : pairs)
-        require(ours(pair) == compareVersionsBySscanf(pair) && ours(pair) == compareVersionsByDigits(pair), "versions");
-    suite.compare("text", "compare versions of 4 numbers", kNumbers, compareEach(pairs, ours),
+        require(ours(pair) == compareVersionsBySscanf(pair) && ours(pair) == compareVersionsByDigits(pair),
+                "the sides compare versions differently");
+    suite.compare("text", "compare versions of 4 numbers", kPairs, compareEach(pairs, ours),
                   {{"sscanf", compareEach(pairs, &compareVersionsBySscanf)},
                    {"limit: digit loop", compareEach(pairs, &compareVersionsByDigits)}});
 }
@@ -533,16 +336,17 @@ void measureNaturalOrder(Suite& suite) {
     const auto name = [&] { return fmt::format("holiday in Orléans {}.jpg", 1 + dice.roll(200)); };
     std::vector<Pair> pairs;
     std::vector<WidePair> widePairs;
-    for (std::size_t i = 0; i < kNumbers; ++i) {
+    for (std::size_t i = 0; i < kPairs; ++i) {
         pairs.push_back({name(), name()});
         widePairs.push_back({widen(pairs[i].a), widen(pairs[i].b)});
     }
     const auto ours = [](const Pair& pair) { return xoStringUtils::CompareUTF8Natural(pair.a, pair.b); };
-    for (std::size_t i = 0; i < kNumbers; ++i)
-        require(ours(pairs[i]) == compareLogical(pairs[i]) && ours(pairs[i]) == compareWide(widePairs[i]), "natural");
-    suite.compare("text", "compare file names naturally", kNumbers, compareEach(pairs, ours),
+    for (std::size_t i = 0; i < kPairs; ++i)
+        require(ours(pairs[i]) == compareLogical(pairs[i]) && ours(pairs[i]) == compareWide(widePairs[i]),
+                "the sides compare names differently");
+    suite.compare("text", "compare file names naturally", kPairs, compareEach(pairs, ours),
                   {{"widen, StrCmpLogicalW", compareEach(pairs, &compareLogical)},
-                   {"limit: CompareStringEx, wide already", compareEach(widePairs, &compareWide)}});
+                   {"limit: CompareStringEx, wide texts", compareEach(widePairs, &compareWide)}});
 }
 
 }  // namespace
@@ -552,11 +356,7 @@ void measureText(Suite& suite) {
     measureSplit(suite);
     measureReplace(suite);
     measureHex(suite);
-    measureIntegerToText(suite);
-    measureRealToText(suite);
-    measureTextToInteger(suite);
-    measureTextToReal(suite);
-    measureTextToVariant(suite);
+    measureNumbers(suite);
     measureUtf8(suite);
     measureVersions(suite);
     measureNaturalOrder(suite);

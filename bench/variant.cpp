@@ -88,7 +88,7 @@ void measureLookUp(Suite& suite, std::vector<Leaf> leaves) {
         require(find(leaf) == leaf.number && get(leaf) == leaf.number && parsed(leaf) == leaf.number &&
                     prebuilt(leaf) == leaf.number && *boosts(leaf) == std::to_string(leaf.number) &&
                     walk(leaf) == leaf.number,
-                "look-up");
+                "the sides find different values");
     const std::vector<Other> others{{"nlohmann, pointer parsed", withEach(leaves, parsed)},
                                     {"nlohmann, pointer built before", withEach(leaves, prebuilt)},
                                     {"boost ptree, get_child", withEach(leaves, boosts)},
@@ -141,7 +141,7 @@ void measureTrees(Suite& suite, const std::vector<Leaf>& leaves) {
     for (const Leaf& leaf : leaves)
         require(isSame(*ours.findPath(leaf.path), json.at(leaf.builtPointer),
                        std.at(leaf.keys[0]).at(leaf.keys[1]).at(leaf.keys[2])),
-                "trees");
+                "the sides built different trees");
     suite.compare("variant", "build and drop a tree, a key", kLeaves, [&] { keep(buildOurs(leaves)); },
                   {{"nlohmann", [&] { keep(build<Json>(leaves)); }},
                    {"limit: std::map of std::variant", [&] { keep(build<StdTree>(leaves)); }}});
@@ -152,7 +152,7 @@ void measureTrees(Suite& suite, const std::vector<Leaf>& leaves) {
     const VariantMap ourCopy(ours);
     const Json jsonCopy(json);
     const StdTree stdCopy(std);
-    require(ours == ourCopy && json == jsonCopy && std == stdCopy, "equality");
+    require(ours == ourCopy && json == jsonCopy && std == stdCopy, "a copy differs from its tree");
     suite.compare("variant", "compare equal trees, a key", kLeaves, [&] { keep(ours == ourCopy); },
                   {{"nlohmann", [&] { keep(json == jsonCopy); }},
                    {"limit: std::map of std::variant", [&] { keep(std == stdCopy); }}});
@@ -178,7 +178,7 @@ void measureBuildByPath(Suite& suite, const std::vector<Leaf>& leaves) {
     for (const Leaf& leaf : leaves)
         require(ours().findPath(leaf.path)->getString() == text && jsons().at(leaf.builtPointer) == text &&
                     boosts().get_child(leaf.dotted).data() == text,
-                "build by path");
+                "the sides built different trees by path");
     suite.compare(
         "variant", "build by path and drop, a key", kLeaves, [&] { keep(ours()); },
         {{"nlohmann, pointer parsed", [&] { keep(jsons()); }}, {"boost ptree, put", [&] { keep(boosts()); }}});

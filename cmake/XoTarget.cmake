@@ -17,7 +17,11 @@ endif()
 # Gives a program or library the project's language level, warnings, Windows target and, beside it, its PDB.
 function(xo_target_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_17)
-  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF PREFIX "" DEBUG_POSTFIX "")
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL SHARED_LIBRARY)
+    set_target_properties(${target} PROPERTIES PREFIX "") # xoSystem.dll, whatever the toolchain's habit
+  endif()
   target_compile_definitions(${target} PRIVATE
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN WINVER=0x0A00 _WIN32_WINNT=0x0A00)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:xoWarnings>)

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "concurrency/earlyCreation.h"
+#include "fault/signalWatch.h"
 #include "frame/laneMasks.h"
 #include "frame/resourceRegistry.h"
 #include "xoSystem/xoLog.h"
@@ -17,9 +18,10 @@ impl::LibInitCounter basicCounter("xoSystem basic");
 impl::LibInitCounter fullCounter("xoSystem full");
 std::atomic<int> levelReached{0};  // 0, InitTypeBasic or InitTypeFull
 
+// The full level may be up already, after a termination too many; it stays.
 void initializeBasic() {
-    levelReached = InitTypeBasic;
-    xoLog::createInstance(/*threadSafe=*/false);
+    if (!IsXoSystemThreadSafe()) levelReached = InitTypeBasic;
+    xoLog::createInstance(/*threadSafe=*/IsXoSystemThreadSafe());
     frame::writeLaneMasks();
     xoSystemUtils::InitializeSystemUtils();
     xoStringUtils::InitializeStringUtils();
@@ -33,6 +35,8 @@ void initializeFull(bool queryMainDisk) {
     if (xoLog* const log = xoLog::editPtr()) log->makeThreadSafe();
     xoWaitCondition::FindBestImplementation();
     if (queryMainDisk) xoSystemUtils::getMainHDDDevice();
+    if (xoLog::editPtr()) xoLogObject(xoLogDebug, "") << "Register signal and exception whatchers";
+    fault::installSignalWatch();
 }
 
 }  // namespace
@@ -46,6 +50,7 @@ void initializeXoSystem(InitType type, bool queryMainDisk) {
 void terminateXoSystem() {
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
+    if (IsXoSystemThreadSafe()) fault::removeSignalWatch();
     frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
     xoSystemUtils::TerminateSystemUtils();

@@ -1,10 +1,12 @@
 #include <cstring>
+#include <tuple>
 
 #include "variant/treeCursor.h"
 
 namespace xo {
 namespace {
 
+using variant::Map;
 using variant::TreeCursor;
 
 template <class T>
@@ -37,7 +39,10 @@ int orderOfNumbers(const xoVariant& a, const xoVariant& b) {
 
 struct EqualityRule {
     static bool mayMatch(std::size_t a, std::size_t b) { return a == b; }
-    static int keys(const std::string& a, const std::string& b) { return a == b ? 0 : 1; }
+    static int keys(const xoVariant&, const xoVariant&) { return 0; }
+    static int keys(const Map::value_type& a, const Map::value_type& b) {
+        return variant::isSameKey(a.first, b.first) ? 0 : 1;
+    }
 
     static int leaves(const xoVariant& a, const xoVariant& b) {
         switch (a.getType()) {
@@ -59,7 +64,10 @@ struct EqualityRule {
 
 struct OrderRule {
     static bool mayMatch(std::size_t, std::size_t) { return true; }
-    static int keys(const std::string& a, const std::string& b) { return a.compare(b); }
+    static int keys(const xoVariant&, const xoVariant&) { return 0; }
+    static int keys(const Map::value_type& a, const Map::value_type& b) {
+        return Map::KeyOrder::compare(a.first, b.first);
+    }
 
     static int leaves(const xoVariant& a, const xoVariant& b) {
         switch (a.getType()) {
@@ -80,8 +88,38 @@ struct OrderRule {
     }
 };
 
+const xoVariant& valueAt(variant::List::const_iterator element) { return *element; }
+
+const xoVariant& valueAt(Map::const_iterator entry) { return entry->second; }
+
 std::size_t sizeOf(const xoVariant& container) {
     return container.getType() == xoVariant::MAP ? container.getMap().size() : container.getList().size();
+}
+
+// Two containers of one type inside the ones that are compared.
+struct Inner {
+    const xoVariant* a = nullptr;
+    const xoVariant* b = nullptr;
+};
+
+// Goes on to the next pair of containers, which it leaves in inner, or to the end. The result is the first difference
+// on the way.
+template <class Rule, class Iterator>
+int compareRun(Iterator& a, Iterator lastA, Iterator& b, Iterator lastB, Inner& inner) {
+    for (; a != lastA && b != lastB; ++a, ++b) {
+        if (const int result = Rule::keys(*a, *b)) return result;
+        const xoVariant& left = valueAt(a);
+        const xoVariant& right = valueAt(b);
+        if (left.getType() != right.getType()) return left.getType() < right.getType() ? -1 : 1;
+        if (variant::isContainer(left)) {
+            if (!Rule::mayMatch(sizeOf(left), sizeOf(right))) return 1;
+            inner = {&left, &right};
+            ++a, ++b;
+            return 0;
+        }
+        if (const int result = Rule::leaves(left, right)) return result;
+    }
+    return order(b == lastB, a == lastA);
 }
 
 // The first difference of two lists or two maps, in the order of their elements; 0 where there is none. The values that
@@ -90,28 +128,21 @@ template <class Rule>
 int compareTrees(TreeCursor a, TreeCursor b) {
     std::vector<std::pair<TreeCursor, TreeCursor>> around;
     for (;;) {
-        if (a.atEnd() || b.atEnd()) {
-            if (const int result = order(b.atEnd(), a.atEnd())) return result;
-            if (around.empty()) return 0;
+        Inner inner;
+        const int result = a.isOnMap()
+                               ? compareRun<Rule>(a.entry(), a.lastEntry(), b.entry(), b.lastEntry(), inner)
+                               : compareRun<Rule>(a.element(), a.lastElement(), b.element(), b.lastElement(), inner);
+        if (result != 0) return result;
+        if (inner.a != nullptr) {
+            around.emplace_back(a, b);
+            a = TreeCursor::into(*inner.a);
+            b = TreeCursor::into(*inner.b);
+        } else if (!around.empty()) {
             std::tie(a, b) = around.back();
             around.pop_back();
-            continue;
+        } else {
+            return 0;
         }
-        if (a.isOnMap())
-            if (const int result = Rule::keys(a.key(), b.key())) return result;
-        const xoVariant& left = a.value();
-        const xoVariant& right = b.value();
-        a.advance();
-        b.advance();
-        if (left.getType() != right.getType()) return left.getType() < right.getType() ? -1 : 1;
-        if (!variant::isContainer(left)) {
-            if (const int result = Rule::leaves(left, right)) return result;
-            continue;
-        }
-        if (!Rule::mayMatch(sizeOf(left), sizeOf(right))) return 1;
-        around.emplace_back(a, b);
-        a = TreeCursor::into(left);
-        b = TreeCursor::into(right);
     }
 }
 

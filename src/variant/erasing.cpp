@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "xoSystem/xoVariant.h"
 
 namespace xo {
@@ -8,14 +10,25 @@ using List = xoVariant::xoVariantListImpl;
 
 // libstdc++ matches by recursion, some hundred bytes of stack for each character of a path, unless an expression is
 // compiled for its other matcher. That one cannot do back-references, of which an expression without sub-matches has
-// none. Microsoft's matcher watches its stack itself.
+// none. It also compiles by recursion: some hundred bytes for each character, several times that for a group.
+// Microsoft's library watches its stack itself.
 #if defined(__GLIBCXX__)
 constexpr auto kWithoutRecursion = std::regex_constants::__polynomial;
-constexpr std::size_t kMaxRecursivePath = 1024;
+constexpr std::size_t kMaxRecursivePath = 512;
+constexpr std::size_t kMaxPattern = 4096;
 #else
 constexpr auto kWithoutRecursion = std::regex_constants::syntax_option_type();
 constexpr std::size_t kMaxRecursivePath = static_cast<std::size_t>(-1);
+constexpr std::size_t kMaxPattern = static_cast<std::size_t>(-1);
 #endif
+
+std::regex compile(const std::string& pattern, bool caseInsensitive) {
+    const auto groups = static_cast<std::size_t>(std::count(pattern.begin(), pattern.end(), '('));
+    if (pattern.size() + 4 * groups > kMaxPattern) throw std::regex_error(std::regex_constants::error_space);
+    auto options = std::regex_constants::ECMAScript | std::regex_constants::nosubs | kWithoutRecursion;
+    if (caseInsensitive) options |= std::regex_constants::icase;
+    return std::regex(pattern, options);
+}
 
 class Eraser {
 public:
@@ -97,9 +110,7 @@ private:
 }  // namespace
 
 std::uint64_t Map::erasePathRegEx(const std::string& pattern, bool caseInsensitive) {
-    auto options = std::regex_constants::ECMAScript | std::regex_constants::nosubs | kWithoutRecursion;
-    if (caseInsensitive) options |= std::regex_constants::icase;
-    return xoVariantUtils::ErasePathRegExImplRecurse(*this, std::regex(pattern, options), {});
+    return xoVariantUtils::ErasePathRegExImplRecurse(*this, compile(pattern, caseInsensitive), {});
 }
 
 std::uint64_t xoVariantUtils::ErasePathRegExImplRecurse(Map& map, const std::regex& expression,

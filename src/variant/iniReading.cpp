@@ -56,11 +56,31 @@ xoVariant typedValue(std::string_view text) {
     return text;
 }
 
-xoVariant readValue(std::string_view text) {
+xoVariant readValue(std::string_view text, bool hasEscapes) {
     if (isEnclosed(text, '"', '"')) text = inner(text);
-    if (text.find('\\') == std::string_view::npos) return typedValue(text);
-    return typedValue(unescape(text));
+    return hasEscapes ? typedValue(unescape(text)) : typedValue(text);
 }
+
+// The first line of a text, and what one look at its bytes tells.
+struct Line {
+    explicit Line(std::string_view from) {
+        for (; end != from.size() && from[end] != '\n'; ++end) {
+            if (from[end] == '=' && equals == std::string_view::npos) equals = end;
+            if (from[end] == '\\') hasBackslash = true;
+        }
+        whole = from.substr(0, end);
+        trimmed = text::trimmed(whole);
+    }
+
+    // Only where there is an equals sign.
+    std::string_view key() const { return text::trimmed(whole.substr(0, equals)); }
+    std::string_view value() const { return text::trimmed(whole.substr(equals + 1)); }
+
+    std::size_t end = 0;
+    std::size_t equals = std::string_view::npos;
+    bool hasBackslash = false;
+    std::string_view whole, trimmed;
+};
 
 class IniReader {
 public:
@@ -69,22 +89,22 @@ public:
     void read(std::string_view text) {
         if (text.substr(0, kUtf8Mark.size()) == kUtf8Mark) text.remove_prefix(kUtf8Mark.size());
         for (std::int64_t number = 0; !text.empty(); ++number) {
-            const std::size_t end = text.find('\n');
-            readLine(text::trimmed(text.substr(0, end)), number);
-            if (end == std::string_view::npos) return;
-            text.remove_prefix(end + 1);
+            const Line line(text);
+            readLine(line, number);
+            if (line.end == text.size()) return;
+            text.remove_prefix(line.end + 1);
         }
     }
 
 private:
-    void readLine(std::string_view line, std::int64_t number) {
-        if (isEnclosed(line, '[', ']')) return enterSection(inner(line));
-        if (line.empty() || line.front() == ';') return;
-        const std::size_t equals = line.find('=');
-        if (equals == std::string_view::npos) return report("Invalid line (", number, line);
-        const std::string_view key = text::trimmed(line.substr(0, equals));
-        if (key.empty()) return report("Invalid key at line (", number, line);
-        if (!insert(key, text::trimmed(line.substr(equals + 1)))) report("Duplicated key at line (", number, line);
+    void readLine(const Line& line, std::int64_t number) {
+        const std::string_view text = line.trimmed;
+        if (isEnclosed(text, '[', ']')) return enterSection(inner(text));
+        if (text.empty() || text.front() == ';') return;
+        if (line.equals == std::string_view::npos) return report("Invalid line (", number, text);
+        const std::string_view key = line.key();
+        if (key.empty()) return report("Invalid key at line (", number, text);
+        if (!insert(key, line)) report("Duplicated key at line (", number, text);
     }
 
     void enterSection(std::string_view name) {
@@ -99,10 +119,10 @@ private:
         return *mSection;
     }
 
-    bool insert(std::string_view path, std::string_view value) {
+    bool insert(std::string_view path, const Line& line) {
         bool isNew = false;
         xoVariant& place = createPath(section(), path, kIniSeparator, &isNew);
-        if (isNew) place = readValue(value);
+        if (isNew) place = readValue(line.value(), line.hasBackslash);
         return isNew;
     }
 

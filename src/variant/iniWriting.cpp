@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 
 #include "variant/iniFormat.h"
@@ -54,12 +55,18 @@ bool appendKeyLine(std::string& out, const std::string& key, const xoVariant& va
     return true;
 }
 
+bool appendKeyLines(std::string& out, const Map& map) {
+    for (const auto& [key, value] : map)
+        if (!appendKeyLine(out, key, value)) return false;
+    return true;
+}
+
 bool appendLeaves(std::string& out, const Map& map) {
+    const auto isInner = [](const Map::value_type& entry) { return isContainer(entry.second); };
+    if (std::none_of(map.begin(), map.end(), isInner)) return appendKeyLines(out, map);  // is flat already
     Map leaves;
     map.toFlattenMap(leaves, kIniSeparator);
-    for (const auto& [path, value] : leaves)
-        if (!appendKeyLine(out, path, value)) return false;
-    return true;
+    return appendKeyLines(out, leaves);
 }
 
 bool appendTopSection(std::string& out, const Map& map) {

@@ -6,30 +6,38 @@ namespace xo {
 using Map = xoVariant::xoVariantMapImpl;
 
 xoVariant Map::getValue(std::string_view key, const xoVariant& defaultValue) const {
-    const auto found = mEntries.find(key);
+    const auto found = find(key);
     return found != mEntries.end() ? found->second : defaultValue;
 }
 
 xoVariant& Map::editValue(std::string_view key, const xoVariant& defaultValue) {
-    const auto at = mEntries.lower_bound(key);
-    if (at != mEntries.end() && at->first == key) return at->second;
+    // Keys often come in order, as from a file that was saved.
+    const bool isBehindAll = !mEntries.empty() && KeyOrder()(std::prev(mEntries.end())->first, key);
+    const auto at = isBehindAll ? mEntries.end() : mEntries.lower_bound(key);
+    if (at != mEntries.end() && variant::isSameKey(at->first, key)) return at->second;
     return mEntries.emplace_hint(at, key, defaultValue)->second;
 }
 
 xoVariant& Map::operator[](std::string_view key) { return editValue(key, xoVariant()); }
 
-Map::iterator Map::find(std::string_view key) { return mEntries.find(key); }
+Map::iterator Map::find(std::string_view key) {
+    const auto at = mEntries.lower_bound(key);
+    return at != mEntries.end() && variant::isSameKey(at->first, key) ? at : mEntries.end();
+}
 
-Map::const_iterator Map::find(std::string_view key) const { return mEntries.find(key); }
+Map::const_iterator Map::find(std::string_view key) const {
+    const auto at = mEntries.lower_bound(key);
+    return at != mEntries.end() && variant::isSameKey(at->first, key) ? at : mEntries.end();
+}
 
-bool Map::contains(std::string_view key) const { return mEntries.find(key) != mEntries.end(); }
+bool Map::contains(std::string_view key) const { return find(key) != mEntries.end(); }
 
 std::pair<Map::iterator, bool> Map::insert(std::pair<std::string, xoVariant> entry) {
     return mEntries.try_emplace(std::move(entry.first), std::move(entry.second));
 }
 
 bool Map::remove(std::string_view key) {
-    const auto found = mEntries.find(key);
+    const auto found = find(key);
     if (found == mEntries.end()) return false;
     mEntries.erase(found);
     return true;

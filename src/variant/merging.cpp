@@ -9,7 +9,7 @@ using List = xoVariant::xoVariantListImpl;
 // One multi-value insertion. Maps that meet inside wait until the level above is done, so that none is too deep.
 struct Map::Merge {
     bool asList;
-    std::vector<std::pair<Map*, xoVariant>> waiting = {};  // a map, and the MAP whose entries go into it
+    std::vector<std::pair<Map*, xoVariant>> waiting;  // a map, and the MAP whose entries go into it
 
     void combine(xoVariant& existing, xoVariant&& added);
     bool combineAlike(xoVariant& existing, xoVariant& added);
@@ -71,14 +71,14 @@ void Map::multiInsertAndDestroy(std::string_view key, xoVariant& value, bool asL
         mEntries.emplace_hint(at, key, std::move(added));
         return;
     }
-    Merge merge{asList};
+    Merge merge{asList, {}};
     merge.combine(at->second, std::move(added));
     merge.finish();
 }
 
 void Map::mergeWith(const Map& other, bool asList) {
     Map copy(other);
-    Merge merge{asList};
+    Merge merge{asList, {}};
     merge.takeEntries(*this, copy);
     merge.finish();
 }

@@ -11,9 +11,10 @@ namespace xo::variant {
 // The next key of the path, which begins at its first byte; the path then begins behind the key's separator. Returns
 // whether a separator ended the key, so that another key (perhaps empty) follows.
 inline bool takeKey(std::string_view& path, char separator, std::string_view& key) {
-    const std::size_t end = path.find(separator);
+    std::size_t end = 0;  // keys are short: a call to search for the separator costs more
+    while (end != path.size() && path[end] != separator) ++end;
     key = path.substr(0, end);
-    if (end == std::string_view::npos) return false;
+    if (end == path.size()) return false;
     path.remove_prefix(end + 1);
     return true;
 }

@@ -3,6 +3,11 @@
 #ifndef XO_VARIANT_TREECURSOR_H
 #define XO_VARIANT_TREECURSOR_H
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
 #include "xoSystem/xoVariant.h"
 
 namespace xo::variant {
@@ -12,6 +17,30 @@ using Map = xoVariant::xoVariantMapImpl;
 
 inline bool isContainer(const xoVariant& value) {
     return value.getType() == xoVariant::MAP || value.getType() == xoVariant::LIST;
+}
+
+template <class Word>
+bool isSameWord(const char* a, const char* b) {
+    Word left, right;
+    std::memcpy(&left, a, sizeof left);
+    std::memcpy(&right, b, sizeof right);
+    return left == right;
+}
+
+// Keys are short: comparing them in place, in words of which the last two may overlap, beats a call to do it.
+inline bool isSameKey(std::string_view a, std::string_view b) {
+    const std::size_t size = a.size();
+    if (size != b.size()) return false;
+    const char* const left = a.data();
+    const char* const right = b.data();
+    if (size >= 8) {
+        for (std::size_t at = 0; at + 8 < size; at += 8)
+            if (!isSameWord<std::uint64_t>(left + at, right + at)) return false;
+        return isSameWord<std::uint64_t>(left + size - 8, right + size - 8);
+    }
+    if (size >= 4)
+        return isSameWord<std::uint32_t>(left, right) && isSameWord<std::uint32_t>(left + size - 4, right + size - 4);
+    return std::equal(left, left + size, right);
 }
 
 class TreeCursor {
@@ -36,6 +65,12 @@ public:
             ++mElement;
         }
     }
+
+    // The containers' own iterators, for loops over one kind.
+    Map::const_iterator& entry() { return mEntry; }
+    Map::const_iterator lastEntry() const { return mLastEntry; }
+    List::const_iterator& element() { return mElement; }
+    List::const_iterator lastElement() const { return mLastElement; }
 
 private:
     bool mOnMap = false;

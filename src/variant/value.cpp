@@ -46,7 +46,7 @@ void destroyContainer(Held* container) noexcept {
     if (state.depth == 1) {
         while (state.waiting != nullptr) {
             Held* const next = state.waiting;
-            state.waiting = next->mNextDying;
+            state.waiting = next->mNextDying;  // NOLINT(clang-analyzer-cplusplus.NewDelete): no one waits twice
             delete next;
         }
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "platform/wideText.h"
 
@@ -33,9 +34,9 @@ FileBytes::State FileBytes::fill(const platform::FileHandle& file) {
     LARGE_INTEGER size{};
     const bool knowsSize = ::GetFileSizeEx(file.get(), &size) != 0;
     // One byte more than the file has: the read that comes back short then tells its end.
-    grow(knowsSize ? static_cast<std::size_t>(size.QuadPart) + 1 : kFirstRoom);
+    if (!grow(knowsSize ? static_cast<std::size_t>(size.QuadPart) + 1 : kFirstRoom)) return Unreadable;
     for (;;) {
-        if (mSize == mRoom) grow(2 * mRoom);
+        if (mSize == mRoom && !grow(2 * mRoom)) return Unreadable;
         DWORD got = 0;
         const auto wanted = static_cast<DWORD>((std::min)(mRoom - mSize, kMaxTransfer));
         if (!::ReadFile(file.get(), mBytes.get() + mSize, wanted, &got, /*lpOverlapped=*/nullptr)) {
@@ -47,11 +48,13 @@ FileBytes::State FileBytes::fill(const platform::FileHandle& file) {
     }
 }
 
-void FileBytes::grow(std::size_t room) {
-    std::unique_ptr<char[]> bytes(new char[room]);  // not filled with zeros first
+bool FileBytes::grow(std::size_t room) {
+    std::unique_ptr<char[]> bytes(new (std::nothrow) char[room]);  // not filled with zeros first
+    if (!bytes) return false;
     if (mSize != 0) std::memcpy(bytes.get(), mBytes.get(), mSize);
     mBytes = std::move(bytes);
     mRoom = room;
+    return true;
 }
 
 platform::FileHandle openForWriting(const std::string& path) {

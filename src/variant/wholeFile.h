@@ -14,13 +14,13 @@ class FileBytes {
 public:
     enum State { Complete, Missing, Unreadable };
 
-    // Reads the file to its end, however others hold it.
+    // Reads the file to its end, whoever else writes to it. A file too large for the memory is Unreadable.
     State read(const std::string& path);
     std::string_view view() const { return {mBytes.get(), mSize}; }
 
 private:
     State fill(const platform::FileHandle& file);
-    void grow(std::size_t room);
+    bool grow(std::size_t room);
 
     std::unique_ptr<char[]> mBytes;
     std::size_t mSize = 0;

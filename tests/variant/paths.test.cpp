@@ -20,6 +20,23 @@ TEST(VariantMap, KeepsKeysInByteOrder) {
     EXPECT_EQ(keys, (Strings{"", "B", "a", "a/b", "b", "\xC3\xA9"}));
 }
 
+TEST(VariantMap, TellsKeysApartByEachByte) {
+    for (std::size_t size = 1; size <= 40; ++size) {
+        const std::string key(size, '\x80');
+        Map values = map({{key, 0}});
+        for (std::size_t at = 0; at < size; ++at) {
+            std::string less = key, greater = key;
+            less[at] = '\x7F';
+            greater[at] = '\x81';
+            EXPECT_FALSE(values.contains(less) || values.contains(greater)) << size << ' ' << at;
+            EXPECT_NE(map({{less, 0}}), values) << size << ' ' << at;
+            EXPECT_TRUE(map({{less, 0}}) < values && values < map({{greater, 0}})) << size << ' ' << at;
+            EXPECT_EQ(map({{key, 0}, {less, 1}, {greater, 2}}).begin()->second, xoVariant(1));
+        }
+        EXPECT_TRUE(values.contains(key));
+    }
+}
+
 TEST(VariantMap, InsertsOnlyWhatIsAbsent) {
     Map values = map({{"a", 1}});
     EXPECT_EQ(values.getValue("a", 5), xoVariant(1));

@@ -1,0 +1,68 @@
+#include "xoSystem/xoException.h"
+
+#include <exception>
+#include <stdexcept>
+#include <string>
+
+#include "fault/guardedCall.h"
+#include "fault/report.h"
+
+namespace xo::exception::impl {
+namespace {
+
+constexpr char kReportPrefix[] = "Catch std exception : ";
+constexpr char kUnknown[] = "Unknown";
+
+// What callers get for a standard exception of any type: a text and no more. Copies cannot fail, because those of the
+// member cannot.
+class PlainException : public std::exception {
+public:
+    explicit PlainException(const std::string& text) : mText(text) {}
+    const char* what() const noexcept override { return mText.what(); }
+
+private:
+    std::runtime_error mText;
+};
+
+struct Question {
+    const std::exception& exception;
+    std::string text;
+};
+
+void ask(void* argument) {
+    Question& question = *static_cast<Question*>(argument);
+    try {
+        if (const char* const text = question.exception.what()) question.text = text;
+    } catch (...) {
+    }
+}
+
+// The text of the exception; "Unknown" where it has none, or faults when it is asked.
+std::string textOf(const std::exception& exception) {
+    Question question{exception, kUnknown};
+    return fault::callQuietly(&ask, &question) ? std::move(question.text) : kUnknown;
+}
+
+void execute(fault::Function function, void* argument) {
+    try {
+        if (fault::callGuarded(function, argument)) return;
+        throw std::runtime_error("Catch an SEH exception");
+    } catch (const std::exception& exception) {
+        const std::string text = textOf(exception);
+        fault::emitReport(kReportPrefix, text);
+        throw PlainException(text);
+    } catch (...) {
+        fault::emitReport(kReportPrefix, kUnknown);
+        throw std::runtime_error("Unknown std exception");
+    }
+}
+
+}  // namespace
+
+void ExecGuardedCode(void (*function)()) {
+    execute([](void* called) { (*static_cast<void (**)()>(called))(); }, &function);
+}
+
+void ExecGuardedCode(void (*function)(void*), void* argument) { execute(function, argument); }
+
+}  // namespace xo::exception::impl

@@ -1,0 +1,108 @@
+// Guarded calls whose reports are collected: what the log's handler gets, and what goes to the system's event log.
+#ifndef XO_TESTS_FAULT_FAULTFIXTURE_H
+#define XO_TESTS_FAULT_FAULTFIXTURE_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <regex>
+#include <stdexcept>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "support/importHook.h"
+#include "xoSystem/xoException.h"
+#include "xoSystem/xoLog.h"
+
+namespace xo::tests {
+
+using Reports = std::vector<std::string>;
+
+constexpr char kFaultReport[] = "Catch std exception : Catch an SEH exception";
+
+// How a guarded call ends: "returned", or the kind of the exception and its text.
+template <class... Arguments>
+std::string outcomeOf(Arguments... arguments) {
+    try {
+        exception::impl::ExecGuardedCode(arguments...);
+        return "returned";
+    } catch (const std::runtime_error& error) {
+        return std::string("runtime_error ") + error.what();
+    } catch (const std::logic_error& error) {
+        return std::string("logic_error ") + error.what();
+    } catch (const std::exception& error) {
+        return std::string("exception ") + error.what();
+    }
+}
+
+inline std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+// The first line of a report by the calling thread.
+inline std::string faultLine(const std::string& nameAndCode) {
+    return "Catch SEH Exception " + nameAndCode + ", PID " + std::to_string(::GetCurrentProcessId()) + " TID " +
+           std::to_string(::GetCurrentThreadId());
+}
+
+class FaultTest : public testing::Test {
+protected:
+    FaultTest() {
+        xoLog::createInstance(/*threadSafe=*/true);
+        xoLog::edit().setEchoToConsole(false);
+        xoLog::edit().installCustomHandler(&collect, this);
+        msEvents.clear();
+    }
+    ~FaultTest() override { xoLog::destroyInstance(); }
+
+    void SetUp() override {
+        ASSERT_TRUE(mRegister.isInstalled() && mReport.isInstalled() && mDeregister.isInstalled());
+    }
+
+    // Since the last call; the log's are checked to be CRITICAL.
+    Reports takeReports() { return std::exchange(mReports, {}); }
+    Reports takeEvents() { return std::exchange(msEvents, {}); }
+
+    // The first lines of the log's reports. Every report has gone to both places.
+    Reports takeFirstLines() {
+        EXPECT_EQ(mReports, msEvents);
+        takeEvents();
+        Reports lines = takeReports();
+        for (std::string& line : lines) line = firstLine(line);
+        return lines;
+    }
+
+    // What else the log's handler does with a report.
+    void (*mAlso)(const std::string& report) = nullptr;
+
+private:
+    static void collect(const std::string& message, xoLogType type, const std::string& qualifier, void* test) {
+        EXPECT_TRUE(type == xoLogCritical && qualifier.empty());
+        auto& self = *static_cast<FaultTest*>(test);
+        self.mReports.push_back(message);
+        if (self.mAlso) self.mAlso(message);
+    }
+
+    static HANDLE WINAPI registerSource(LPCSTR, LPCSTR name) {
+        EXPECT_STREQ(name, "xoSystem");
+        return reinterpret_cast<HANDLE>(1);
+    }
+    static BOOL WINAPI report(HANDLE, WORD type, WORD, DWORD, PSID, WORD, DWORD, LPCSTR* texts, LPVOID) {
+        EXPECT_EQ(type, EVENTLOG_ERROR_TYPE);
+        const std::lock_guard<std::mutex> locker(msMutex);
+        msEvents.push_back(texts[0]);
+        return TRUE;
+    }
+    static BOOL WINAPI deregisterSource(HANDLE) { return TRUE; }
+
+    Reports mReports;                // under the log's lock
+    static inline Reports msEvents;  // under msMutex
+    static inline std::mutex msMutex;
+    ImportHook mRegister{"xoSystem.dll", "RegisterEventSourceA", &registerSource};
+    ImportHook mReport{"xoSystem.dll", "ReportEventA", &report};
+    ImportHook mDeregister{"xoSystem.dll", "DeregisterEventSource", &deregisterSource};
+};
+
+}  // namespace xo::tests
+
+#endif
