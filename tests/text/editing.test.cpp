@@ -96,6 +96,20 @@ TEST(Editing, ReplacesEachOccurrenceOnce) {
     EXPECT_EQ(xoStringUtils::replace(self, "a", self), "ababbababb");
 }
 
+TEST(Editing, ReplacesInLongTextsToo) {
+    std::mt19937 random(9);
+    for (int round = 0; round < 2000; ++round) {
+        std::string text(random() % 80, 'x'), from(1 + random() % 3, 'y'), to(random() % 4, 'b'), expected;
+        for (char& c : text) c = "abcc"[random() % 4];
+        for (char& c : from) c = "abcc"[random() % 4];
+        std::size_t at = 0;
+        for (std::size_t found = 0; (found = text.find(from, at)) != std::string::npos; at = found + from.size())
+            expected.append(text, at, found - at).append(to);
+        expected.append(text, at);
+        ASSERT_EQ(xoStringUtils::replace(text, from, to), expected) << from;
+    }
+}
+
 TEST(Editing, ChangesTheCaseOfAsciiLettersAlone) {
     std::string text, upper, lower;
     for (int c = 0; c < 256; ++c) {

@@ -34,8 +34,9 @@ TEST(NumberText, ReadsIntegersAsTheRuntimeDoes) {
         EXPECT_EQ(value, expected) << text;
     }
     const std::pair<const char*, std::int64_t> limits[] = {
-        {"9223372036854775807", kMax},  {"9223372036854775808", kMax},   {"-9223372036854775807", kMin + 1},
-        {"-9223372036854775808", kMin}, {"-99999999999999999999", kMin}, {"0xFFFFFFFFFFFFFFFFFF", kMax},
+        {"9223372036854775807", kMax},    {"9223372036854775808", kMax},   {"-9223372036854775807", kMin + 1},
+        {"-9223372036854775808", kMin},   {"-99999999999999999999", kMin}, {"0xFFFFFFFFFFFFFFFFFF", kMax},
+        {"0x7FFFFFFFFFFFFFFE", kMax - 1}, {"0x8000000000000000", kMax},    {"-0777777777777777777776", 1 - kMax},
     };
     for (const auto& [text, expected] : limits)
         EXPECT_TRUE(xo::text::parseInteger(text, value) && value == expected) << text << " gave " << value;
