@@ -2,10 +2,14 @@
 #ifndef XOSYSTEM_XOSYSTEM_H
 #define XOSYSTEM_XOSYSTEM_H
 
+#include "xoSystem/xoConcurrentPool.h"
 #include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoException.h"
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoInit.h"
+#include "xoSystem/xoLegacyThread.h"
+#include "xoSystem/xoLockFile.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoMutex.h"
 #include "xoSystem/xoResource.h"
@@ -13,8 +17,10 @@
 #include "xoSystem/xoStringUtils.h"
 #include "xoSystem/xoSystemError.h"
 #include "xoSystem/xoSystemUtils.h"
+#include "xoSystem/xoThread.h"
 #include "xoSystem/xoVariant.h"
 #include "xoSystem/xoVectorConstants.h"
 #include "xoSystem/xoWaitCondition.h"
+#include "xoSystem/xoWorkThread.h"
 
 #endif

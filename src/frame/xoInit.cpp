@@ -7,6 +7,7 @@
 #include "fault/stackTrace.h"
 #include "frame/laneMasks.h"
 #include "frame/resourceRegistry.h"
+#include "threads/concurrentPoolInstance.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoStringUtils.h"
 #include "xoSystem/xoSystemUtils.h"
@@ -36,6 +37,7 @@ void initializeFull(bool queryMainDisk) {
     if (xoLog* const log = xoLog::editPtr()) log->makeThreadSafe();
     xoWaitCondition::FindBestImplementation();
     if (queryMainDisk) xoSystemUtils::getMainHDDDevice();
+    threads::createConcurrentPool(xoSystemUtils::GetProcessorCount());
     if (xoLog::editPtr()) xoLogObject(xoLogDebug, "") << "Register signal and exception whatchers";
     fault::installSignalWatch();
 }
@@ -51,7 +53,10 @@ void initializeXoSystem(InitType type, bool queryMainDisk) {
 void terminateXoSystem() {
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
-    if (IsXoSystemThreadSafe()) fault::removeSignalWatch();
+    if (IsXoSystemThreadSafe()) {
+        threads::destroyConcurrentPool();
+        fault::removeSignalWatch();
+    }
     fault::releaseDebugHelp();
     frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
