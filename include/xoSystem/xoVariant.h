@@ -345,22 +345,49 @@ public:
     // Unsigned bytes, a proper prefix first. Keys are short: comparing them here beats a call to do it.
     struct KeyOrder {
         using is_transparent = void;
-        bool operator()(std::string_view a, std::string_view b) const noexcept { return compare(a, b) < 0; }
+        bool operator()(std::string_view a, std::string_view b) const noexcept {
+            const std::size_t common = a.size() < b.size() ? a.size() : b.size();
+            if (common < 8) {
+                const std::uint64_t one = shortText(a.data(), common);
+                const std::uint64_t other = shortText(b.data(), common);
+                return one != other ? one < other : a.size() < b.size();
+            }
+            for (std::size_t at = 0;; at += 8) {
+                if (common - at < 8) at = common - 8;  // the last bytes, some of them once more
+                const std::uint64_t one = eightBytes(a.data() + at);
+                const std::uint64_t other = eightBytes(b.data() + at);
+                if (one != other) return one < other;
+                if (at + 8 == common) return a.size() < b.size();
+            }
+        }
 
         static int compare(std::string_view a, std::string_view b) noexcept {
-            const std::size_t common = a.size() < b.size() ? a.size() : b.size();
-            std::size_t at = 0;
-            while (at + 8 <= common && word(a, at) == word(b, at)) at += 8;
-            while (at != common && a[at] == b[at]) ++at;
-            if (at != common) return static_cast<unsigned char>(a[at]) < static_cast<unsigned char>(b[at]) ? -1 : 1;
-            return a.size() < b.size() ? -1 : a.size() > b.size() ? 1 : 0;
+            const KeyOrder before;
+            return before(a, b) ? -1 : before(b, a) ? 1 : 0;
         }
 
     private:
-        static std::uint64_t word(std::string_view text, std::size_t at) noexcept {
-            std::uint64_t bytes = 0;
-            std::memcpy(&bytes, text.data() + at, sizeof bytes);
-            return bytes;
+        // The bytes as one number, the first of them the highest. Compilers make one instruction of the swaps.
+        static std::uint64_t eightBytes(const char* at) noexcept {
+            std::uint64_t value = 0;
+            std::memcpy(&value, at, sizeof value);
+            value = (value & 0x00FF00FF00FF00FF) << 8 | (value >> 8 & 0x00FF00FF00FF00FF);
+            value = (value & 0x0000FFFF0000FFFF) << 16 | (value >> 16 & 0x0000FFFF0000FFFF);
+            return value << 32 | value >> 32;
+        }
+        static std::uint64_t fourBytes(const char* at) noexcept {
+            std::uint32_t value = 0;
+            std::memcpy(&value, at, sizeof value);
+            value = (value & 0x00FF00FF) << 8 | (value >> 8 & 0x00FF00FF);
+            return value << 16 | value >> 16;
+        }
+        static std::uint64_t byte(const char* at) noexcept { return static_cast<unsigned char>(*at); }
+
+        // Up to seven bytes, some of them more than once; texts of one size are ordered as these numbers are.
+        static std::uint64_t shortText(const char* at, std::size_t size) noexcept {
+            if (size >= 4) return fourBytes(at) << 32 | fourBytes(at + size - 4);
+            if (size == 0) return 0;
+            return byte(at) << 16 | byte(at + size / 2) << 8 | byte(at + size - 1);
         }
     };
     using Container = std::map<std::string, xoVariant, KeyOrder>;

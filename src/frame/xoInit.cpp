@@ -19,9 +19,10 @@ impl::LibInitCounter basicCounter("xoSystem basic");
 impl::LibInitCounter fullCounter("xoSystem full");
 std::atomic<int> levelReached{0};  // 0, InitTypeBasic or InitTypeFull
 
+// The full level may be up already, after a termination too many; it stays.
 void initializeBasic() {
-    levelReached = InitTypeBasic;
-    xoLog::createInstance(/*threadSafe=*/false);
+    if (!IsXoSystemThreadSafe()) levelReached = InitTypeBasic;
+    xoLog::createInstance(/*threadSafe=*/IsXoSystemThreadSafe());
     frame::writeLaneMasks();
     xoSystemUtils::InitializeSystemUtils();
     xoStringUtils::InitializeStringUtils();
@@ -35,7 +36,7 @@ void initializeFull(bool queryMainDisk) {
     if (xoLog* const log = xoLog::editPtr()) log->makeThreadSafe();
     xoWaitCondition::FindBestImplementation();
     if (queryMainDisk) xoSystemUtils::getMainHDDDevice();
-    xoLogObject(xoLogDebug) << "Register signal and exception whatchers";
+    if (xoLog::editPtr()) xoLogObject(xoLogDebug, "") << "Register signal and exception whatchers";
     fault::installSignalWatch();
 }
 
@@ -50,7 +51,7 @@ void initializeXoSystem(InitType type, bool queryMainDisk) {
 void terminateXoSystem() {
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
-    if (levelReached == InitTypeFull) fault::removeSignalWatch();
+    if (IsXoSystemThreadSafe()) fault::removeSignalWatch();
     fault::releaseDebugHelp();
     frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();

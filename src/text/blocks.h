@@ -5,6 +5,7 @@
 #include <emmintrin.h>
 
 #include <cstddef>
+#include <string_view>
 #if defined(_MSC_VER) && !defined(__clang__)
 #    include <intrin.h>
 #endif
@@ -27,6 +28,23 @@ inline unsigned lowestBit(unsigned mask) {
 #else
     return static_cast<unsigned>(__builtin_ctz(mask));
 #endif
+}
+
+// The first such byte, or end. The C runtime's search goes byte by byte.
+inline const char* findByte(const char* at, const char* end, char c) {
+    const __m128i wanted = _mm_set1_epi8(c);
+    for (; end - at >= kBlock; at += kBlock) {
+        const unsigned mask = topBits(_mm_cmpeq_epi8(loadBlock(at), wanted));
+        if (mask != 0) return at + lowestBit(mask);
+    }
+    while (at != end && *at != c) ++at;
+    return at;
+}
+
+inline std::size_t findByte(std::string_view text, char c) {
+    const char* const end = text.data() + text.size();
+    const char* const at = findByte(text.data(), end, c);
+    return at == end ? std::string_view::npos : static_cast<std::size_t>(at - text.data());
 }
 
 }  // namespace xo::text

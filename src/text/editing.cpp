@@ -3,28 +3,45 @@
 
 #include "platform/windows.h"
 #include "text/ascii.h"
+#include "text/blocks.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
 namespace {
 
+std::size_t findText(const std::string& text, const std::string& what, std::size_t from) {
+    if (text.size() < what.size()) return std::string::npos;
+    const char* const last = text.data() + (text.size() - what.size()) + 1;
+    for (const char* at = text.data() + from; at < last; ++at) {
+        at = text::findByte(at, last, what[0]);
+        if (at == last) break;
+        if (std::equal(what.begin(), what.end(), at)) return static_cast<std::size_t>(at - text.data());
+    }
+    return std::string::npos;
+}
+
+std::size_t findText(const std::wstring& text, const std::wstring& what, std::size_t from) {
+    return text.find(what, from);
+}
+
 // Replacing by the same length needs no room; all else goes to one new text, so that the cost stays linear.
 template <class Text>
 std::size_t replaceAll(Text& text, const Text& from, const Text& to) {
     if (from.empty()) return 0;
-    std::size_t found = text.find(from);
+    std::size_t found = findText(text, from, 0);
     if (found == Text::npos) return 0;
 
     std::size_t count = 0;
     const std::size_t length = from.size();
     if (length == to.size()) {
-        for (; found != Text::npos; found = text.find(from, found + length), ++count) text.replace(found, length, to);
+        for (; found != Text::npos; found = findText(text, from, found + length), ++count)
+            text.replace(found, length, to);
         return count;
     }
     Text result;
     result.reserve(text.size());
     std::size_t copied = 0;
-    for (; found != Text::npos; found = text.find(from, copied), ++count) {
+    for (; found != Text::npos; found = findText(text, from, copied), ++count) {
         result.append(text, copied, found - copied).append(to);
         copied = found + length;
     }

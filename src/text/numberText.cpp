@@ -66,12 +66,16 @@ bool parseInteger(std::string_view text, std::int64_t& value) {
 
     constexpr auto kMax = static_cast<std::uint64_t>((std::numeric_limits<std::int64_t>::max)());
     const std::uint64_t limit = negative ? kMax + 1 : kMax;
+    // Chosen so that no digit costs a division.
+    const std::uint64_t lastWhole = base == 10 ? limit / 10 : limit / base;
+    const std::uint64_t lastDigit = limit - lastWhole * base;
     const char* const first = at;
     std::uint64_t magnitude = 0;
     for (; at != end; ++at) {
         const auto digit = static_cast<unsigned>(digitValue(*at));
         if (digit >= base) break;
-        magnitude = magnitude > (limit - digit) / base ? limit : magnitude * base + digit;
+        const bool fits = magnitude < lastWhole || (magnitude == lastWhole && digit <= lastDigit);
+        magnitude = fits ? magnitude * base + digit : limit;
     }
     value = static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
     return at != first && at == end;

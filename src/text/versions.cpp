@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <string_view>
 
@@ -9,20 +10,19 @@
 namespace xo {
 namespace {
 
-using Components = std::vector<std::uint32_t>;
+enum class Step { Number, End, Invalid };
 
 // Cuts at the dots as Split does: a dot at the very end opens no further component.
-bool parseVersion(std::string_view text, Components& components) {
-    components.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '.')) + 1);
-    while (!text.empty()) {
-        const std::size_t dot = (std::min)(text.find('.'), text.size());
-        std::int64_t number = 0;
-        if (!text::parseInteger(text::trimmed(text.substr(0, dot)), number)) return false;
-        if (number < 0 || number > (std::numeric_limits<std::uint32_t>::max)()) return false;
-        components.push_back(static_cast<std::uint32_t>(number));
-        text.remove_prefix((std::min)(dot + 1, text.size()));
-    }
-    return true;
+Step nextComponent(std::string_view& rest, std::uint32_t& number) {
+    if (rest.empty()) return Step::End;
+    std::size_t dot = 0;
+    while (dot != rest.size() && rest[dot] != '.') ++dot;
+    std::int64_t value = 0;
+    if (!text::parseInteger(text::trimmed(rest.substr(0, dot)), value)) return Step::Invalid;
+    if (value < 0 || value > (std::numeric_limits<std::uint32_t>::max)()) return Step::Invalid;
+    number = static_cast<std::uint32_t>(value);
+    rest.remove_prefix((std::min)(dot + 1, rest.size()));
+    return Step::Number;
 }
 
 }  // namespace
@@ -30,16 +30,19 @@ bool parseVersion(std::string_view text, Components& components) {
 xoStringUtils::SoftwareVersionComparisonResult xoStringUtils::compareSoftwareVersion(const std::string& a,
                                                                                      const std::string& b,
                                                                                      std::uint64_t maxComponents) {
-    Components first;
-    Components second;
-    if (!parseVersion(a, first) || !parseVersion(b, second)) return SoftwareVersionInvalid;
-
-    if (second.size() > maxComponents) second.resize(maxComponents);
-    first.resize(second.size());  // b alone decides how much is compared
-    if (second.empty()) return SoftwareVersionInvalid;
-    const auto [one, other] = std::mismatch(first.begin(), first.end(), second.begin());
-    if (one == first.end()) return SoftwareVersionEqual;
-    return *one < *other ? SoftwareVersionOlder : SoftwareVersionNewer;
+    std::string_view restOfA = a;
+    std::string_view restOfB = b;
+    auto result = b.empty() || maxComponents == 0 ? SoftwareVersionInvalid : SoftwareVersionEqual;
+    for (std::uint64_t i = 0;; ++i) {  // to both ends, even after a difference: what follows may be no number
+        std::uint32_t first = 0;
+        std::uint32_t second = 0;
+        const Step one = nextComponent(restOfA, first);
+        const Step other = nextComponent(restOfB, second);
+        if (one == Step::Invalid || other == Step::Invalid) return SoftwareVersionInvalid;
+        if (one == Step::End && other == Step::End) return result;
+        if (other == Step::Number && i < maxComponents && result == SoftwareVersionEqual && first != second)
+            result = first < second ? SoftwareVersionOlder : SoftwareVersionNewer;
+    }
 }
 
 }  // namespace xo

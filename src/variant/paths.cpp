@@ -17,16 +17,15 @@ using Map = xoVariant::xoVariantMapImpl;
 
 const xoVariant* Map::findPath(const char* path, char separator) const {
     if (path == nullptr) return nullptr;
-    std::string_view rest(path);
-    std::string_view key;
-    const Map* map = this;
-    while (variant::takeKey(rest, separator, key)) {
-        const auto found = map->find(key);
-        if (found == map->mEntries.end() || found->second.getType() != MAP) return nullptr;
+    for (const Map* map = this;; ++path) {
+        const char* const key = path;
+        while (*path != separator && *path != '\0') ++path;
+        const auto found = map->find(std::string_view(key, static_cast<std::size_t>(path - key)));
+        if (found == map->end()) return nullptr;
+        if (*path == '\0') return &found->second;
+        if (found->second.getType() != MAP) return nullptr;
         map = &found->second.getMap();
     }
-    const auto found = map->find(key);
-    return found != map->mEntries.end() ? &found->second : nullptr;
 }
 
 xoVariant* Map::findPath(const char* path, char separator) {

@@ -2,6 +2,7 @@
 #include <sys/types.h>
 
 #include "files/filesFixture.h"
+#include "support/importHook.h"
 
 #include <aclapi.h>
 
@@ -51,6 +52,19 @@ TEST_F(FileInfo, ReachesWhatTheRuntimeDoesNot) {
     EXPECT_FALSE(xoDirUtils::DirExistsUtf8(path() + "\0"s));
 }
 
+BOOL WINAPI refuse(const wchar_t*, GET_FILEEX_INFO_LEVELS, void*) {
+    ::SetLastError(ERROR_SHARING_VIOLATION);
+    return FALSE;
+}
+
+TEST_F(FileInfo, IsReadFromTheFolderWhereTheFileCannotBeAsked) {
+    mFolder.write("file", "12345");
+    const xo::tests::ImportHook hook("xoSystem.dll", "GetFileAttributesExW", &refuse);
+    xoFileInfoUtf8 info;
+    xoDirUtils::GetFileInfoUtf8(path("file"), info);
+    EXPECT_TRUE(hook.isInstalled() && info.exists && info.size == 5);
+}
+
 TEST_F(FileInfo, KeepsTimesFarFromToday) {
     const std::pair<std::uint64_t, std::int64_t> rows[] = {
         {116444736000000000, 0}, {116444735999999999, -1}, {116444736019999999, 1}, {157469184000000000, 4102444800}};
@@ -83,13 +97,22 @@ TEST_F(FileInfo, ComparesEveryField) {
     EXPECT_TRUE(info.path == "C:\\" && info.isDirectory);
 }
 
+std::wstring lastAsked;
+
+BOOL WINAPI noteAsked(const wchar_t* folder, ULARGE_INTEGER* available, ULARGE_INTEGER*, ULARGE_INTEGER*) {
+    lastAsked = folder;
+    return ::GetDiskFreeSpaceExW(folder, available, nullptr, nullptr);
+}
+
 TEST_F(FileInfo, KnowsTheDiskSpaceOfTheNearestFolder) {
-    mFolder.write("file", "");
-    for (const std::string& asked :
-         {"C:\\"s, path(), path("file"), path("not/yet/here"), mDeep + "\\more/below", "relative"s}) {
+    const xo::tests::ImportHook hook("xoSystem.dll", "GetDiskFreeSpaceExW", &noteAsked);
+    for (const std::string& asked : {"C:\\"s, mDeep, mDeep + "\\more/below", path("not/yet/here"), "relative"s}) {
         EXPECT_GT(xoDirUtils::GetAvailableDiskSizeUtf8(asked, mError), 0u) << asked;
         EXPECT_EQ(mError, "") << asked;
     }
+    mFolder.write("file", "");
+    xoDirUtils::GetAvailableDiskSizeUtf8(path("file"), mError);
+    EXPECT_EQ(lastAsked, LR"(\\?\)" + mFolder.widePath().wstring());
     for (const std::string& asked : {"Q:\\x\\y"s, ""s, "C:\\\0"s, "\\\\.\\nothing"s}) {
         EXPECT_EQ(xoDirUtils::GetAvailableDiskSizeUtf8(asked, mError), 0u) << asked;
         EXPECT_EQ(mError.find("GetDiskFreeSpaceExW error "), 0u) << asked << ": " << mError;
@@ -125,7 +148,8 @@ TEST_F(FileOperations, CopyAsksBeforeItReplaces) {
     EXPECT_TRUE(xoDirUtils::CopyFileUtf8(path("a"), mDeep + "\\c"));
     EXPECT_TRUE(xoDirUtils::CopyFileUtf8(mDeep + "\\c", path("\xC3\xA9 c")));
     EXPECT_EQ(mFolder.read("\xC3\xA9 c"), "new");
-    EXPECT_FALSE(xoDirUtils::CopyFileUtf8(path("missing"), path("d")));
+    EXPECT_TRUE(xoDirUtils::RemoveFileUtf8(mDeep + "\\c"));
+    EXPECT_FALSE(xoDirUtils::CopyFileUtf8(mDeep + "\\c", path("d")));
 }
 
 TEST_F(FileOperations, RemoveTakesFilesOnly) {

@@ -91,6 +91,9 @@ TEST(Lifecycle, ReachesTheFullLevelEvenThen) {
     const xo::xoMutex mutex;
     initializeXoSystem(xo::InitTypeBasic);
     EXPECT_TRUE(isUp());
+    EXPECT_TRUE(IsXoSystemThreadSafe()) << "the level never falls before the end";
+    terminateXoSystem();
+    EXPECT_FALSE(IsXoSystemThreadSafe());
 }
 
 TEST(Lifecycle, KeepsAndFinallyDestroysTheHostsLog) {

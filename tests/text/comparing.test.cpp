@@ -82,13 +82,12 @@ TEST(SoftwareVersions, CompareOverTheLengthOfTheSecond) {
     constexpr auto older = xoStringUtils::SoftwareVersionOlder;
     constexpr auto newer = xoStringUtils::SoftwareVersionNewer;
     const std::tuple<std::string, std::string, xoStringUtils::SoftwareVersionComparisonResult> rows[] = {
-        {"1.2.10", "1.2.9", newer}, {"1.2.9", "1.2.10", older},   {"1.2", "1.2.0", equal},
-        {"1.2", "1.2.1", older},    {"1.2.3", "1.2", equal},      {"", "", invalid},
-        {"1", "", invalid},         {"", "0.0", equal},           {"1.x", "1.0", invalid},
-        {"010", "8", equal},        {"0x10.08", "16", invalid},   {"0x10", "16", equal},
-        {" 1 . 2\t", "1.2", equal}, {"1..2", "1.0.2", equal},     {"1.2.", "1.2", equal},
-        {"4294967295", "1", newer}, {"4294967296", "1", invalid}, {"-1", "1", invalid},
-        {"1 2", "1", invalid},      {"1\0"s, "1", invalid},
+        {"1.2.10", "1.2.9", newer}, {"1.2.9", "1.2.10", older},   {"1.2", "1.2.0", equal},  {"1.2", "1.2.1", older},
+        {"1.9.1", "1.2.3", newer},  {"1.2.3", "1.2", equal},      {"", "", invalid},        {"1", "", invalid},
+        {"", "0.0", equal},         {"2.x", "1.0", invalid},      {"010", "8", equal},      {"0x10.08", "16", invalid},
+        {"0x10", "16", equal},      {" 1 . 2\t", "1.2", equal},   {"1..2", "1.0.2", equal}, {"1.2.", "1.2", equal},
+        {"4294967295", "1", newer}, {"4294967296", "1", invalid}, {"-1", "1", invalid},     {"1 2", "1", invalid},
+        {"1\0"s, "1", invalid},
     };
     for (const auto& [a, b, result] : rows)
         EXPECT_EQ(xoStringUtils::compareSoftwareVersion(a, b), result) << a << " with " << b;

@@ -78,9 +78,9 @@ TEST(Editing, TrimsWhiteSpaceAlone) {
 TEST(Editing, ReplacesEachOccurrenceOnce) {
     // From left to right without overlap, and never in what was put in.
     const std::tuple<std::string, std::string, std::string, std::string, int> rows[] = {
-        {"", "a", "b", "", 0},           {"ab", "ab", "", "", 1},         {"aaa", "aa", "b", "ba", 1},
-        {"aab", "ab", "b", "ab", 1},     {"abc", "", "x", "abc", 0},      {"abc", "x", "y", "abc", 0},
-        {"a,b,c", ",", ";", "a;b;c", 2}, {"abab", "ab", "ba", "baba", 2}, {"aXbX", "X", "XX", "aXXbXX", 2},
+        {"", "a", "b", "", 0},           {"ab", "ab", "", "", 1},           {"aaa", "aa", "b", "ba", 1},
+        {"aab", "ab", "b", "ab", 1},     {"abc", "", "x", "abc", 0},        {"abc", "x", "y", "abc", 0},
+        {"a,b,c", ",", ";", "a;b;c", 2}, {"abbab", "ab", "ca", "cabca", 2}, {"aXbX", "X", "XX", "aXXbXX", 2},
     };
     for (const auto& [text, from, to, result, count] : rows) {
         std::string counted = text, replaced = text;
@@ -94,6 +94,20 @@ TEST(Editing, ReplacesEachOccurrenceOnce) {
     EXPECT_EQ(xoStringUtils::replace(nuls, "\0"s, "--"), "a--b--");
     EXPECT_EQ(xoStringUtils::replace(self, self, self + self), "abab");
     EXPECT_EQ(xoStringUtils::replace(self, "a", self), "ababbababb");
+}
+
+TEST(Editing, ReplacesInLongTextsToo) {
+    std::mt19937 random(9);
+    for (int round = 0; round < 2000; ++round) {
+        std::string text(random() % 80, 'x'), from(1 + random() % 3, 'y'), to(random() % 4, 'b'), expected;
+        for (char& c : text) c = "abcc"[random() % 4];
+        for (char& c : from) c = "abcc"[random() % 4];
+        std::size_t at = 0;
+        for (std::size_t found = 0; (found = text.find(from, at)) != std::string::npos; at = found + from.size())
+            expected.append(text, at, found - at).append(to);
+        expected.append(text, at);
+        ASSERT_EQ(xoStringUtils::replace(text, from, to), expected) << from;
+    }
 }
 
 TEST(Editing, ChangesTheCaseOfAsciiLettersAlone) {

@@ -1,0 +1,255 @@
+// ConcurrentPool: a fixed set of worker threads that solve lists of tasks.
+//
+//     class Square final : public xo::ConcurrentPool::SolverBase {
+//         void solve(xo::xoMutex* poolMutex, xo::xoWaitCondition*) override {
+//             const int side = mSide;
+//             poolMutex->unlock();               // while it computes, other workers go on
+//             const int area = compute(side);
+//             poolMutex->lock();
+//             mArea = area;
+//         }
+//     };
+//     xo::concurrent::GetConcurrentPool().solve({&first, &second, &third});
+//
+// A task runs with the pool's lock held: what it does to shared data needs no further lock, but nobody else in the pool
+// moves meanwhile. So it keeps the lock for moments only. To compute at length it unlocks the mutex that it is handed
+// and locks it again; to wait for another task it waits on the condition that it is handed (wakeAll() is then the way
+// to tell: all tasks share that condition). It returns with the lock held exactly once, as it was called.
+//
+// A task must not call solve() of its own pool: it would wait for itself. Nor may tasks wait for more other tasks than
+// there are workers to run them.
+//
+// A task that throws or faults is reported by the guard and ends its worker's thread; the lock is released, the other
+// workers go on with the remaining tasks, and the next need for the worker starts it again.
+//
+// Several threads may call solve() at once. A pool is destroyed when none of them is inside, and under the rules by
+// which threads are joined (see xoThread.h). One that is never destroyed costs nothing at the end of the process.
+#ifndef XOSYSTEM_XOCONCURRENTPOOL_H
+#define XOSYSTEM_XOCONCURRENTPOOL_H
+
+#include <climits>
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "xoSystem/xoExport.h"
+#include "xoSystem/xoMutex.h"
+#include "xoSystem/xoThread.h"
+#include "xoSystem/xoWaitCondition.h"
+
+namespace xo {
+
+class ConcurrentPool {
+public:
+    // A task, and the owner of the tasks that it was split into.
+    class SolverBase {
+    public:
+        SolverBase() = default;
+        SolverBase(const SolverBase&) = delete;
+        SolverBase& operator=(const SolverBase&) = delete;
+
+        // Destroys the sub-tasks, and theirs, one after the other: a chain may be of any length.
+        virtual ~SolverBase() {
+            while (!mSubTasks.empty()) {
+                const std::unique_ptr<SolverBase> task = std::move(mSubTasks.front());
+                mSubTasks.pop_front();
+                mSubTasks.splice(mSubTasks.end(), task->mSubTasks);
+            }
+        }
+
+        // Does the work, on a worker. poolMutex is held.
+        virtual void solve(xoMutex* poolMutex, xoWaitCondition* solverCondition) XO_REQUIRES(poolMutex) = 0;
+
+        // Takes a sub-task over. It is not solved by itself: whoever splits a task hands the parts to solve(). Null is
+        // ignored.
+        void addSubTask(std::unique_ptr<SolverBase> task) {
+            if (task) mSubTasks.push_back(std::move(task));
+        }
+
+    private:
+        std::list<std::unique_ptr<SolverBase>> mSubTasks;
+    };
+
+    // Starts the workers; 0 counts as 1. Throws what xoThread::startThread throws when there cannot be so many.
+    XOSYSTEM_API explicit ConcurrentPool(unsigned int workerCount);
+
+    // Waits for the workers to end.
+    XOSYSTEM_API ~ConcurrentPool();
+    ConcurrentPool(const ConcurrentPool&) = delete;
+    ConcurrentPool& operator=(const ConcurrentPool&) = delete;
+
+    XOSYSTEM_API unsigned int getWorkerCount() const;
+
+    // Has the workers solve the tasks, begun in their order, and waits until all are done. The tasks stay the caller's;
+    // null is skipped. Of several callers the one whose tasks are all begun gives way to the next. False when a task
+    // threw or faulted, or when tasks were left because the last worker was lost to one and Windows makes no new
+    // thread.
+    bool solve(const std::vector<SolverBase*>& tasks);
+
+private:
+    class Batch;
+    class Worker;
+
+    bool offer(Batch& batch) XO_REQUIRES(mMutex);
+    bool isTaken(const Batch& batch) const XO_REQUIRES(mMutex);
+    void withdraw(Batch& batch) XO_REQUIRES(mMutex);
+    void tellOtherCallers() XO_REQUIRES(mMutex);
+    void wakeWorker() XO_REQUIRES(mMutex);
+    void assign(Worker& worker, Batch& batch) XO_REQUIRES(mMutex);
+    static bool revive(Worker& worker);
+
+    void start();
+    void stop();
+
+    std::vector<std::unique_ptr<Worker>> mWorkers;  // fixed after construction
+    xoMutex mMutex;                                 // guards all below and every field of the workers
+    xoWaitCondition mSolverCondition;               // for the tasks' own use
+    xoWaitCondition mWorkCondition;                 // workers without a task sleep here
+    xoWaitCondition mDoneCondition;  // woken when no task is handed out any more, and when a caller should look again
+    unsigned int mBusyCount XO_GUARDED_BY(mMutex) = 0;  // workers that have a task
+    unsigned int mWorkerCount;
+    unsigned int mCallerCount XO_GUARDED_BY(mMutex) = 0;  // threads inside solve
+};
+
+// A thread of the pool. Its fields are guarded by the pool's mutex.
+class ConcurrentPool::Worker final : public xoThread {
+public:
+    explicit Worker(ConcurrentPool& pool);
+    ~Worker() override;
+
+private:
+    friend class ConcurrentPool;
+
+    void run() override;
+    static void serve(void* argument);
+    void loseTask();
+
+    // Tells the analysis that the pool of which this is a worker is the one whose mutex is held.
+    void isOfLockedPool() const XO_THREAD_ATTRIBUTE(assert_capability(mPool.mMutex)) {}
+
+    SolverBase* mTask XO_GUARDED_BY(mPool.mMutex) = nullptr;
+    ConcurrentPool& mPool;
+    bool mKeepRunning XO_GUARDED_BY(mPool.mMutex) = true;  // false also once a task has ended the thread
+    bool mIsSolving XO_GUARDED_BY(mPool.mMutex) = false;   // inside mTask, which until then may be withdrawn
+};
+
+// The list of one call of solve. Each worker that takes it solves tasks until none is left.
+class ConcurrentPool::Batch final : public SolverBase {
+public:
+    Batch(ConcurrentPool& pool, const std::vector<SolverBase*>& tasks) : mPool(pool), mTasks(tasks) {}
+
+    void solve(xoMutex*, xoWaitCondition* solverCondition) override XO_REQUIRES(mPool.mMutex) {
+        if (mTasks.size() - mNext > 1) mPool.wakeWorker();
+        while (hasTasks()) {
+            SolverBase* const task = mTasks[mNext++];
+            if (!hasTasks()) mPool.withdraw(*this);
+            if (task) task->solve(&mPool.mMutex, solverCondition);
+            ++mDone;
+        }
+        mPool.tellOtherCallers();
+    }
+
+    bool hasTasks() const { return mNext < mTasks.size(); }
+    bool isDone() const { return mDone == mTasks.size(); }
+
+private:
+    ConcurrentPool& mPool;
+    const std::vector<SolverBase*>& mTasks;
+    std::size_t mNext = 0;  // both under the pool's mutex
+    std::size_t mDone = 0;
+};
+
+inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks) {
+    if (tasks.empty()) return true;
+    Batch batch(*this, tasks);
+    const xoMutexLocker locker(mMutex);
+    ++mCallerCount;
+    while (batch.hasTasks() ? offer(batch) : isTaken(batch)) mDoneCondition.wait(&mMutex);
+    --mCallerCount;
+    return batch.isDone();
+}
+
+// Gives the batch to every worker without a task and wakes one, who wakes the next when there is more to do: short
+// lists are done before a second worker is up. False when there is no worker left to wait for.
+inline bool ConcurrentPool::offer(Batch& batch) {
+    bool anyAlive = false;
+    bool anyAsleep = false;
+    for (const auto& owned : mWorkers) {
+        Worker& worker = *owned;
+        worker.isOfLockedPool();
+        if (!worker.mKeepRunning && !revive(worker)) continue;
+        anyAlive = true;
+        if (!worker.mTask) assign(worker, batch);
+        anyAsleep = anyAsleep || (worker.mTask == &batch && !worker.mIsSolving);
+    }
+    if (anyAsleep) wakeWorker();
+    return anyAlive;
+}
+
+inline void ConcurrentPool::assign(Worker& worker, Batch& batch) {
+    worker.isOfLockedPool();
+    worker.mTask = &batch;
+    ++mBusyCount;
+}
+
+// Starts a worker whose thread was ended by a task.
+inline bool ConcurrentPool::revive(Worker& worker) {
+    worker.isOfLockedPool();
+    try {
+        worker.waitThread(INT_MAX);  // not for long: it has left the pool's lock for good
+        worker.startThread(nullptr);
+    } catch (const std::system_error&) {
+        return false;
+    }
+    worker.mKeepRunning = true;
+    return true;
+}
+
+inline bool ConcurrentPool::isTaken(const Batch& batch) const {
+    for (const auto& owned : mWorkers) {
+        const Worker& worker = *owned;
+        worker.isOfLockedPool();
+        if (worker.mTask == &batch) return true;
+    }
+    return false;
+}
+
+// Takes a batch whose tasks are all begun back from the workers that have not woken for it yet.
+inline void ConcurrentPool::withdraw(Batch& batch) {
+    for (const auto& owned : mWorkers) {
+        Worker& worker = *owned;
+        worker.isOfLockedPool();
+        if (worker.mTask != &batch || worker.mIsSolving) continue;
+        worker.mTask = nullptr;
+        --mBusyCount;
+    }
+    tellOtherCallers();
+}
+
+// A worker is free, or will be when it leaves the lock.
+inline void ConcurrentPool::tellOtherCallers() {
+    if (mCallerCount > 1) mDoneCondition.wakeAll();
+}
+
+// With one caller every sleeper has its batch, so any of them will do.
+inline void ConcurrentPool::wakeWorker() {
+    if (mCallerCount > 1)
+        mWorkCondition.wakeAll();
+    else
+        mWorkCondition.wakeOne();
+}
+
+namespace concurrent {
+
+// The pool of the process, with one worker per processor (the environment variable NUMBER_OF_PROCESSORS). It exists
+// from initializeXoSystem(InitTypeFull) to the outermost termination; outside that time this must not be called. A host
+// that never terminates the library leaves it to the end of the process, which does not wait for it.
+XOSYSTEM_API ConcurrentPool& GetConcurrentPool();
+
+}  // namespace concurrent
+}  // namespace xo
+
+#endif

@@ -1,0 +1,161 @@
+// xoThread: a thread with a name, run under the library's guard and joined with an optional time-out.
+//
+//     class Loader final : public xo::xoThread {
+//     public:
+//         ~Loader() override { waitThread(INT_MAX); }
+//
+//     private:
+//         void run() override { loadAll(); }
+//     };
+//     Loader loader;
+//     loader.startThread("loader");  // called "loader 4711" in the debugger
+//
+// A class derived from xoThread waits for its thread in its own destructor, as above: in the destructor of xoThread the
+// derived object is gone already while its thread may still be about to enter run(). (A thread that comes too late runs
+// nothing and leaves a CRITICAL line in the log.)
+//
+// One thread at a time starts, waits for and destroys an object; the questions (isRunning, isFinished, getThreadId) may
+// come from any thread. What run() throws, and a processor fault in it, is reported by the guard and ends that thread
+// alone. startThread and waitThread fail with std::system_error where they say so.
+//
+// Join threads before the library's DLL is unloaded, and never in DllMain or in the destructor of a static object of a
+// DLL: a thread cannot end while another one is loading or unloading DLLs, so the join would wait for ever. A process
+// may exit while threads run: Windows ends them first. No thread destroys its own object.
+//
+// A thread object made before initializeXoSystem(InitTypeFull) works, but logs one CRITICAL line, "Thread create before
+// full init of xoSystem", when there is a log.
+#ifndef XOSYSTEM_XOTHREAD_H
+#define XOSYSTEM_XOTHREAD_H
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "xoSystem/xoExport.h"
+#include "xoSystem/xoMutex.h"
+#include "xoSystem/xoWaitCondition.h"
+
+namespace xo {
+
+// The body of an xoLegacyThread. Not deleted through this type.
+class xoRunnable {
+public:
+    virtual void run() = 0;
+};
+
+// A body that can be asked to stop, for hosts that want to share one type; no class of the library uses it.
+class xoRunnableInterface {
+public:
+    virtual ~xoRunnableInterface() = default;
+    virtual void run() = 0;
+    virtual void stop() = 0;  // asks run() to return soon; does not wait
+
+protected:
+    xoRunnableInterface() = default;
+};
+
+class XOSYSTEM_API xoThread {
+public:
+    xoThread();
+    virtual ~xoThread();  // waits without limit
+    xoThread(const xoThread&) = delete;
+    xoThread& operator=(const xoThread&) = delete;
+
+    // Starts the thread. Its name is the text given, or for null the name of the object's class, then a space and the
+    // thread's identifier; it is complete before run() begins. Does nothing while a thread is held, be it one that has
+    // ended but was not waited for. Throws std::system_error with std::errc::resource_unavailable_try_again when
+    // Windows makes no thread.
+    void startThread(const char* name = nullptr);
+
+    // Waits at most timeoutMs milliseconds for run() to return, or without limit for INT_MAX, and lets go of the
+    // thread; startThread may then start another. False when there is none, and when it still runs after that time:
+    // nothing has changed then. A negative time is no time. A wait without limit by the thread itself throws
+    // std::system_error with std::errc::resource_deadlock_would_occur.
+    bool waitThread(int timeoutMs);
+
+    // Whether run() has yet to return. True from startThread on.
+    bool isRunning() const { return mIsRunning.load(std::memory_order_acquire); }
+
+    // Whether there is nothing to wait for: never started, or waited for. A thread that has ended but was not waited
+    // for is neither running nor finished.
+    bool isFinished() const;
+
+    // The identifier that Windows gives the thread, in decimal digits, or "InvalidThread" while none is held.
+    std::string getThreadId() const;
+
+    // UTF-8; empty until the first start. It stays the same until the next one.
+    const std::string& getThreadName() const { return mThreadName; }
+
+    // The identifier of the calling thread, in decimal digits.
+    static std::string CurrentThreadId();
+
+    // Pause the calling thread. Windows takes milliseconds in 32 bits: sleep counts modulo 2^32 of them, and usleep
+    // rounds down, so that below 1000 it only gives way to other threads.
+    static void sleep(unsigned long seconds);
+    static void msleep(unsigned long milliseconds);
+    static void usleep(unsigned long microseconds);
+
+protected:
+    // The thread's body.
+    virtual void run() = 0;
+
+private:
+    struct Private;
+
+    static void Run(xoThread* thread);
+    static void RunImpl(void* argument);
+
+    std::unique_ptr<Private> mPrivate;
+    std::string mThreadName;
+    std::atomic<bool> mIsRunning{false};
+};
+
+// Calls functions every few seconds, from its own thread, which it starts at once.
+//
+//     xo::xoThreadPeriodicalUpdater updater(60);
+//     updater.addCallback(&saveSettings, &settings);
+//
+// All callbacks are called, in the order of their registration, when the period has passed, at once when one is added,
+// and perhaps a last time while the object is destroyed. Without callbacks the thread sleeps.
+//
+// Callbacks run while the list is locked: once removeCallback has returned, the callback neither runs nor will run. So
+// a callback must not wait for another thread that adds or removes one. It may itself remove any callback, and add
+// some, which take part from the next period on. What a callback throws, or a fault in it, ends the thread: no callback
+// is called again.
+class XOSYSTEM_API xoThreadPeriodicalUpdater : public xoThread {
+public:
+    // 0 counts as 1 second; the longest period is 4294967 seconds. Throws what startThread throws.
+    explicit xoThreadPeriodicalUpdater(unsigned int periodSeconds);
+    ~xoThreadPeriodicalUpdater() override;
+
+    // The same pair may be added several times. Null functions are not called.
+    void addCallback(void (*function)(void*), void* data);
+
+    // Removes the first entry with this function and this data, if there is one.
+    void removeCallback(void (*function)(void*), void* data);
+
+protected:
+    void run() override;
+
+private:
+    using Callback = std::pair<void (*)(void*), void*>;
+
+    static void serve(void* updater);
+    void callAll() XO_REQUIRES(mMutex);
+
+    std::vector<Callback> mCallbacks XO_GUARDED_BY(mMutex);
+    xoMutex mMutex;  // held by the thread except while it waits
+    xoWaitCondition mCondition;
+    const unsigned int mPeriodMs;
+    bool mStop XO_GUARDED_BY(mMutex) = false;
+    bool mRoundDue XO_GUARDED_BY(mMutex) = false;     // an addition that no round has seen yet
+    std::size_t mNext XO_GUARDED_BY(mMutex) = 0;      // during a round: the index of the callback to call next
+    std::size_t mRoundEnd XO_GUARDED_BY(mMutex) = 0;  // during a round: the index behind the last one to call
+};
+
+}  // namespace xo
+
+#endif

@@ -1,0 +1,81 @@
+#include "xoSystem/xoConcurrentPool.h"
+
+#include <algorithm>
+
+#include "threads/guardedBody.h"
+
+namespace xo {
+
+ConcurrentPool::ConcurrentPool(unsigned int workerCount) : mWorkerCount((std::max)(workerCount, 1u)) {
+    try {
+        start();
+    } catch (...) {
+        stop();
+        throw;
+    }
+}
+
+ConcurrentPool::~ConcurrentPool() { stop(); }
+
+void ConcurrentPool::start() {
+    mWorkers.reserve(mWorkerCount);
+    for (unsigned i = 0; i < mWorkerCount; ++i) {
+        mWorkers.push_back(std::make_unique<Worker>(*this));
+        mWorkers.back()->startThread(nullptr);
+    }
+}
+
+void ConcurrentPool::stop() {
+    {
+        const xoMutexLocker locker(mMutex);
+        for (const auto& owned : mWorkers) {
+            Worker& worker = *owned;
+            worker.isOfLockedPool();
+            worker.mKeepRunning = false;
+        }
+        mWorkCondition.wakeAll();
+    }
+    mWorkers.clear();
+}
+
+unsigned int ConcurrentPool::getWorkerCount() const { return mWorkerCount; }
+
+ConcurrentPool::Worker::Worker(ConcurrentPool& pool) : mPool(pool) {}
+
+ConcurrentPool::Worker::~Worker() { waitThread(INT_MAX); }
+
+void ConcurrentPool::Worker::run() {
+    if (!threads::runGuarded(&serve, this, {&mPool.mMutex})) loseTask();
+}
+
+void ConcurrentPool::Worker::serve(void* argument) {
+    auto& worker = *static_cast<Worker*>(argument);
+    ConcurrentPool& pool = worker.mPool;
+    // By hand: when a task fails, runGuarded releases what it still holds of the lock, be it nothing.
+    pool.mMutex.lock();
+    worker.isOfLockedPool();
+    while (worker.mKeepRunning) {
+        if (!worker.mTask) {
+            pool.mWorkCondition.wait(&pool.mMutex);
+            continue;
+        }
+        worker.mIsSolving = true;
+        worker.mTask->solve(&pool.mMutex, &pool.mSolverCondition);
+        worker.mIsSolving = false;
+        worker.mTask = nullptr;
+        if (--pool.mBusyCount == 0) pool.mDoneCondition.wakeAll();
+    }
+    pool.mMutex.unlock();
+}
+
+// The task has ended this thread: the callers must learn that their task is gone, and the next one of this worker.
+void ConcurrentPool::Worker::loseTask() {
+    const xoMutexLocker locker(mPool.mMutex);
+    mKeepRunning = false;
+    mIsSolving = false;
+    mTask = nullptr;
+    --mPool.mBusyCount;
+    mPool.mDoneCondition.wakeAll();
+}
+
+}  // namespace xo

@@ -1,0 +1,161 @@
+#include "xoSystem/xoConcurrentPool.h"
+
+#include <algorithm>
+#include <list>
+
+#include "threadsFixture.h"
+
+namespace {
+
+using xo::ConcurrentPool;
+using xo::xoMutex;
+using xo::xoWaitCondition;
+using xo::tests::Event;
+using xo::tests::FunctionThread;
+
+class Pool : public xo::tests::ThreadsTest {};
+
+using Tasks = std::vector<ConcurrentPool::SolverBase*>;
+
+class Task final : public ConcurrentPool::SolverBase {
+public:
+    using Body = std::function<void(xoMutex*, xoWaitCondition*)>;
+    explicit Task(Body body) : mBody(std::move(body)) {}
+    explicit Task(std::function<void()> body) : mBody([=](xoMutex*, xoWaitCondition*) { body(); }) {}
+    void solve(xoMutex* mutex, xoWaitCondition* condition) override { mBody(mutex, condition); }
+
+    // A body that is executed without the lock.
+    static Body unlocked(std::function<void()> body) {
+        return [=](xoMutex* mutex, xoWaitCondition*) XO_NO_THREAD_SAFETY_ANALYSIS {
+            mutex->unlock();
+            body();
+            mutex->lock();
+        };
+    }
+
+private:
+    Body mBody;
+};
+
+TEST_F(Pool, SolvesMoreTasksThanWorkersEachOnceInOrder) {
+    EXPECT_EQ(ConcurrentPool(0).getWorkerCount(), 1u);
+    for (const unsigned workers : {1u, 2u, 7u}) {
+        ConcurrentPool pool(workers);
+        EXPECT_TRUE(pool.solve({}));
+        for (const int count : {1, 2, 300}) {
+            std::vector<int> begun;
+            std::list<Task> owned;
+            Tasks tasks{nullptr};
+            for (int i = 0; i < count; ++i) tasks.push_back(&owned.emplace_back([&begun, i] { begun.push_back(i); }));
+            EXPECT_TRUE(pool.solve(tasks));
+            EXPECT_EQ(begun.size(), owned.size());
+            EXPECT_TRUE(std::is_sorted(begun.begin(), begun.end()));
+        }
+    }
+}
+
+TEST_F(Pool, RunsTasksSideBySideWhereTheyWait) {
+    constexpr int kWorkers = 3;
+    ConcurrentPool pool(kWorkers);
+    int arrived = 0;
+    Task waiting([&](xoMutex* mutex, xoWaitCondition* condition) XO_NO_THREAD_SAFETY_ANALYSIS {
+        if (++arrived == kWorkers) condition->wakeAll();
+        while (arrived < kWorkers) condition->wait(mutex);
+    });
+    EXPECT_TRUE(pool.solve(Tasks(kWorkers, &waiting)));
+}
+
+TEST_F(Pool, ServesSeveralCallers) {
+    ConcurrentPool pool(3);
+    int solved = 0;  // under the pool's lock
+    std::atomic<int> solvedOutside{0};
+    Task inside([&] { ++solved; });
+    Task outside(Task::unlocked([&] { ++solvedOutside; }));
+    const auto call = [&] {
+        for (int round = 0; round < 100; ++round)
+            EXPECT_TRUE(pool.solve({&inside, &outside, &inside, &outside, &inside, &outside}));
+    };
+    {
+        FunctionThread callers[] = {FunctionThread(call), FunctionThread(call), FunctionThread(call)};
+        for (FunctionThread& caller : callers) caller.startThread("caller");
+    }
+    EXPECT_EQ(solved, 900);
+    EXPECT_EQ(solvedOutside, 900);
+}
+
+TEST_F(Pool, GivesFreeWorkersToTheNextCaller) {
+    for (const bool bothTaken : {false, true}) {
+        ConcurrentPool pool(2);
+        Event longBegun;
+        Event otherDone;
+        Event endShort;
+        Task longTask(Task::unlocked([&] {
+            longBegun.set();
+            EXPECT_TRUE(otherDone.wait());
+        }));
+        Task shortTask(Task::unlocked([&] { EXPECT_TRUE(endShort.wait()); }));
+        Task otherTask([&] { otherDone.set(); });
+        FunctionThread first([&] { pool.solve(bothTaken ? Tasks{&shortTask, &longTask} : Tasks{&longTask}); });
+        first.startThread("first");
+        ASSERT_TRUE(longBegun.wait());
+        FunctionThread other([&] { pool.solve({&otherTask}); });
+        other.startThread("other");
+        ::Sleep(20);  // until it has found no worker: nothing tells
+        endShort.set();
+    }
+}
+
+TEST_F(Pool, GoesOnWhenTasksFail) {
+    for (const unsigned workers : {1u, 2u}) {
+        ConcurrentPool pool(workers);
+        // With the lock as it was handed over, released, and taken once more.
+        for (const int levels : {1, 0, 2})
+            forEachFailure([&](const std::function<void()>& fail) {
+                int solved = 0;
+                Task good([&] { ++solved; });
+                Task bad([&](xoMutex* mutex, xoWaitCondition*) XO_NO_THREAD_SAFETY_ANALYSIS {
+                    if (levels == 0) mutex->unlock();
+                    if (levels == 2) mutex->lock();
+                    fail();
+                });
+                EXPECT_FALSE(pool.solve({&good, &bad, &bad, &good}));
+                EXPECT_EQ(solved, 2) << "the others are solved";
+                EXPECT_TRUE(pool.solve({&good}));
+            });
+    }
+}
+
+TEST_F(Pool, ReturnsThoughTheLastWorkerCannotBeReplaced) {
+    ConcurrentPool pool(2);
+    int solved = 0;
+    Task good([&] { ++solved; });
+    Task bad([] { throw std::runtime_error("bad"); });
+    {
+        const xo::tests::NoMoreThreads hook;
+        ASSERT_TRUE(hook.isInstalled());
+        EXPECT_FALSE(pool.solve({&bad, &bad, &good}));
+        EXPECT_FALSE(pool.solve({&good}));
+        EXPECT_EQ(solved, 0);
+        EXPECT_THROW(ConcurrentPool(2), std::system_error);
+    }
+    EXPECT_TRUE(pool.solve({&good}));
+}
+
+TEST_F(Pool, DestroysAChainOfSubTasksOfAnyLength) {
+    static int alive = 0;
+    struct Part final : ConcurrentPool::SolverBase {
+        Part() { ++alive; }
+        ~Part() override { --alive; }
+        void solve(xoMutex*, xoWaitCondition*) override {}
+    };
+    auto root = std::make_unique<Part>();
+    for (int i = 0; i < 200000; ++i) {
+        auto parent = std::make_unique<Part>();
+        parent->addSubTask(std::exchange(root, nullptr));
+        root = std::move(parent);
+    }
+    root.reset();
+    EXPECT_EQ(alive, 0);
+}
+
+}  // namespace

@@ -1,0 +1,118 @@
+#include "xoSystem/xoLegacyThread.h"
+
+#include <memory>
+
+#include "threadsFixture.h"
+
+namespace {
+
+using xo::xoLegacyThread;
+using xo::tests::Event;
+
+class LegacyThread : public xo::tests::ThreadsTest {};
+
+// A thread whose body runs a function and then keeps the contract.
+class Runner final : public xo::xoRunnable {
+public:
+    explicit Runner(std::function<void()> function) : mFunction(std::move(function)) {}
+    void run() override {
+        mFunction();
+        thread.setAlive(false);
+    }
+    xoLegacyThread thread{this};
+
+private:
+    std::function<void()> mFunction;
+};
+
+TEST_F(LegacyThread, RunsUntilItIsAskedToEnd) {
+    std::atomic<int> steps{0};
+    unsigned idInside = 0;
+    Runner runner([&] {
+        idInside = runner.thread.getId();
+        for (; !runner.thread.mustEnd(); xoLegacyThread::yield()) ++steps;
+    });
+    xoLegacyThread& thread = runner.thread;
+    const auto goesOn = [&] { return xo::tests::becomesTrue([&, before = steps.load()] { return steps != before; }); };
+    EXPECT_FALSE(thread.create(2)) << "no known way to begin";
+    EXPECT_FALSE(thread.isAlive());
+    EXPECT_TRUE(thread.create());
+    EXPECT_TRUE(thread.create(0)) << "it is alive: nothing to do";
+    ASSERT_TRUE(goesOn());
+    thread.suspend();
+    thread.suspend();  // does not nest
+    const int stepsThen = steps;
+    ::Sleep(30);
+    EXPECT_EQ(steps, stepsThen);
+    thread.resume();
+    EXPECT_TRUE(goesOn());
+    thread.suspend();
+    const unsigned id = thread.getId();
+    thread.end(true);
+    EXPECT_FALSE(thread.isSuspended()) << "it could not have seen the request";
+    EXPECT_FALSE(thread.isAlive());
+    EXPECT_EQ(idInside, id);
+}
+
+TEST_F(LegacyThread, WaitsForTheSystemWhenItIsCreatedSuspended) {
+    Event began;
+    Runner runner([&] { began.set(); });
+    EXPECT_TRUE(runner.thread.create(1));
+    EXPECT_TRUE(runner.thread.isAlive());
+    EXPECT_FALSE(runner.thread.isSuspended()) << "not by suspend()";
+    runner.thread.resume();  // so this does nothing
+    EXPECT_FALSE(began.wait(20));
+    const xo::platform::KernelHandle system(::OpenThread(THREAD_SUSPEND_RESUME, FALSE, runner.thread.getId()));
+    ::ResumeThread(system.get());
+    EXPECT_TRUE(began.wait());
+    runner.thread.end(true);
+}
+
+TEST_F(LegacyThread, IsKilledByDestroyAndByTheDestructorOfAnyCopy) {
+    const unsigned before = xoLegacyThread::getNbThreads();
+    const std::function<void(xoLegacyThread&)> kills[] = {[](auto& thread) { thread.destroy(); },
+                                                          [](auto& thread) { const xoLegacyThread copy(thread); }};
+    for (const auto& kill : kills) {
+        Event began;
+        Runner runner([&] {
+            began.set();
+            Event().wait(INFINITE);
+        });
+        runner.thread.create();
+        ASSERT_TRUE(began.wait());
+        const xo::platform::KernelHandle system(::OpenThread(SYNCHRONIZE, FALSE, runner.thread.getId()));
+        kill(runner.thread);
+        EXPECT_FALSE(runner.thread.isAlive());
+        EXPECT_EQ(::WaitForSingleObject(system.get(), 5000), WAIT_OBJECT_0);
+    }
+    EXPECT_EQ(xoLegacyThread::getNbThreads(), before);
+}
+
+TEST_F(LegacyThread, SharesThreadAndFlagsWithItsCopies) {
+    Runner runner([&] {
+        while (!runner.thread.mustEnd()) xoLegacyThread::sleep(1);
+    });
+    runner.thread.create();
+    const unsigned before = xoLegacyThread::getNbThreads();
+    xoLegacyThread copy(runner.thread);
+    xoLegacyThread assigned(nullptr);
+    assigned = copy;
+    EXPECT_EQ(xoLegacyThread::getNbThreads(), before + 2);
+    assigned.suspend();
+    EXPECT_FALSE(copy.isSuspended()) << "each notes its own";
+    assigned.resume();
+    assigned.end(true);
+    EXPECT_TRUE(copy.mustEnd());
+    EXPECT_FALSE(copy.isAlive());
+    EXPECT_EQ(copy.getId(), runner.thread.getId());
+}
+
+TEST_F(LegacyThread, IsNoLongerAliveWhenItsBodyFails) {
+    forEachFailure([](const std::function<void()>& fail) {
+        Runner runner(fail);
+        runner.thread.create();
+        runner.thread.end(true);
+    });
+}
+
+}  // namespace

@@ -1,0 +1,18 @@
+// How processes end that have threads of the library: never by hanging.
+#include <gtest/gtest.h>
+
+#include "support/child.h"
+
+namespace {
+
+TEST(ProcessEnd, WaitsForNoThreadThatNobodyStopped) {
+    for (const wchar_t* const meanwhile : {L"idle", L"busy"}) {
+        const ULONGLONG start = ::GetTickCount64();
+        EXPECT_EQ(xo::tests::Child(L"threadsAtExit", meanwhile).wait(), 7) << meanwhile;
+        EXPECT_LT(::GetTickCount64() - start, 30000u);
+    }
+}
+
+TEST(LibraryEnd, LeavesNothingRunningBehind) { EXPECT_EQ(xo::tests::Child(L"libraryUnloader").wait(), 7); }
+
+}  // namespace

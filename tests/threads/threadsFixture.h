@@ -1,0 +1,101 @@
+// The library fully up for each test, its log collected, and what threads meet on.
+#ifndef XO_TESTS_THREADS_THREADSFIXTURE_H
+#define XO_TESTS_THREADS_THREADSFIXTURE_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/handle.h"
+#include "support/importHook.h"
+#include "xoSystem/xoInit.h"
+#include "xoSystem/xoLog.h"
+#include "xoSystem/xoThread.h"
+
+namespace xo::tests {
+
+inline int exhaustStack(int depth) {
+    volatile char room[1000];
+    room[0] = static_cast<char>(depth);
+    return depth < 0 ? 0 : exhaustStack(depth + 1) + room[0];
+}
+
+class ThreadsTest : public testing::Test {
+protected:
+    ThreadsTest() {
+        initializeXoSystem(InitTypeFull);
+        collectLines();
+    }
+    ~ThreadsTest() override { terminateXoSystem(); }
+
+    void collectLines() {
+        const auto collect = [](const std::string& line, xoLogType, const std::string&, void* lines) {
+            static_cast<std::vector<std::string>*>(lines)->push_back(line);
+        };
+        xoLog::edit().setEchoToConsole(false);
+        xoLog::edit().installCustomHandler(collect, &mLines);
+    }
+
+    // Calls the test once for each way in which a body can fail, with a body that does, and wants the guard's report.
+    void forEachFailure(const std::function<void(const std::function<void()>& fail)>& test) {
+        const std::pair<std::function<void()>, const char*> rows[] = {
+            {[] { throw std::out_of_range("too far"); }, "Catch std exception : too far"},
+            {[] { throw 7; }, "Catch std exception : Unknown"},
+            {[] { *static_cast<volatile int*>(nullptr) = 1; }, "Catch std exception : Catch an SEH exception"},
+            {[] { exhaustStack(0); }, "Catch std exception : Catch an SEH exception"},
+        };
+        for (const auto& [fail, line] : rows) {
+            test(fail);
+            EXPECT_THAT(std::exchange(mLines, {}), testing::Contains(testing::HasSubstr(line)));
+        }
+    }
+
+    std::vector<std::string> mLines;  // of the log
+};
+
+// Stays set once it is. The wait is false after a time in which everything here should have happened.
+class Event {
+public:
+    void set() { ::SetEvent(mEvent.get()); }
+    bool wait(DWORD timeoutMs = 20000) const { return ::WaitForSingleObject(mEvent.get(), timeoutMs) == WAIT_OBJECT_0; }
+
+private:
+    platform::KernelHandle mEvent{::CreateEventW(nullptr, /*bManualReset=*/TRUE, /*bInitialState=*/FALSE, nullptr)};
+};
+
+// For what tells nobody when it happens.
+inline bool becomesTrue(const std::function<bool()>& condition) {
+    for (int i = 0; i < 4000; ++i, ::Sleep(5))
+        if (condition()) return true;
+    return false;
+}
+
+// The system has no threads left, for as long as the object lives.
+class NoMoreThreads {
+public:
+    bool isInstalled() const { return mHook.isInstalled(); }
+
+private:
+    static std::uintptr_t refuse(void*, unsigned, unsigned(__stdcall*)(void*), void*, unsigned, unsigned*) { return 0; }
+    ImportHook mHook{"xoSystem.dll", "_beginthreadex", &refuse};
+};
+
+class FunctionThread final : public xoThread {
+public:
+    explicit FunctionThread(std::function<void()> body) : mBody(std::move(body)) {}
+    ~FunctionThread() override { waitThread(INT_MAX); }
+
+private:
+    void run() override { mBody(); }
+    std::function<void()> mBody;
+};
+
+}  // namespace xo::tests
+
+#endif

@@ -1,0 +1,146 @@
+#include "xoSystem/xoWorkThread.h"
+
+#include <list>
+
+#include "threadsFixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using xo::tests::Event;
+using xo::tests::FunctionThread;
+
+struct Job final : xo::xoJob {
+    Job(std::function<void()> b, std::function<void()> d) : body(std::move(b)), discard(std::move(d)) {}
+    void onDelete() override { discard(); }
+    std::function<void()> body;
+    std::function<void()> discard;
+};
+
+// Stops as the header advises where nobody else would wake the thread.
+class Worker final : public xo::xoWorkThread {
+public:
+    ~Worker() override { stop(); }
+    void stop() override {
+        submit({&mUntilStop, &mUntilStop});
+        xoWorkThread::stop();
+    }
+    void stopAtOnce() { xoWorkThread::stop(); }
+    void submit(const std::vector<xo::xoJob*>& jobs) {
+        beginWake();
+        for (xo::xoJob* const job : jobs) addJob(job);
+        endWake();
+    }
+    using xoWorkThread::setIdle;
+
+private:
+    void executeJob(xo::xoJob* job) override {
+        if (job == &mUntilStop)
+            while (!mustStop()) msleep(1);
+        else
+            static_cast<Job*>(job)->body();
+    }
+
+    xo::xoJob mUntilStop;
+};
+
+class WorkThread : public xo::tests::ThreadsTest {
+protected:
+    // A job that does something, and notes its number when it is discarded.
+    Job* doing(std::function<void()> body, int number = 0) {
+        return &mJobs.emplace_back(std::move(body), [=] { mDiscarded.push_back(number); });
+    }
+    // A job that notes its number when it is executed.
+    Job* noting(int number) {
+        return doing([=] { mDone.push_back(number); }, number);
+    }
+    // Has the worker execute a job that lasts until mGoOn is set.
+    void beginLongJob() {
+        worker.startThread("worker");
+        worker.submit({doing([&] {
+            mBegan.set();
+            mGoOn.wait();
+            mDone.push_back(0);
+        })});
+        ASSERT_TRUE(mBegan.wait());
+    }
+
+    Event mBegan;
+    Event mGoOn;
+    std::vector<int> mDone;  // by the worker alone until it is stopped
+    std::vector<int> mDiscarded;
+    std::list<Job> mJobs;
+    Worker worker;
+};
+
+TEST_F(WorkThread, ExecutesEachJobOnceInOrder) {
+    worker.submit({noting(1)});  // before the start
+    worker.startThread("worker");
+    worker.submit({noting(2), noting(3)});
+    worker.submit({noting(4), doing([&] { mGoOn.set(); })});
+    EXPECT_TRUE(mGoOn.wait());
+    worker.stop();
+    EXPECT_TRUE(worker.isFinished());
+    EXPECT_THAT(mDone, ElementsAre(1, 2, 3, 4));
+}
+
+TEST_F(WorkThread, DiscardsWhatIsQueuedButNotTheJobUnderWay) {
+    beginLongJob();
+    worker.lock();
+    worker.addJob(noting(1));
+    worker.addJob(noting(2));
+    worker.clearJobs();
+    worker.clearJobs();
+    worker.unlock();
+    EXPECT_THAT(mDiscarded, ElementsAre(1, 2));
+    FunctionThread producer([&] { worker.submit({}); });
+    producer.startThread("producer");
+    EXPECT_FALSE(producer.waitThread(30)) << "a wake ends between jobs only";
+    mGoOn.set();
+    EXPECT_TRUE(producer.waitThread(20000));
+    worker.stop();
+    EXPECT_THAT(mDone, ElementsAre(0));
+}
+
+TEST_F(WorkThread, SeesAStopDuringTheLastJobAtTheNextWake) {
+    beginLongJob();
+    FunctionThread owner([&] { worker.stopAtOnce(); });
+    owner.startThread("owner");
+    ::Sleep(20);  // until the request is there: nothing tells, and a later one is seen at once
+    mGoOn.set();
+    EXPECT_FALSE(owner.waitThread(50));
+    EXPECT_TRUE(xo::tests::becomesTrue([&] {
+        worker.submit({});
+        return owner.waitThread(1);
+    }));
+    worker.startThread("again");
+    EXPECT_TRUE(worker.waitThread(20000)) << "a stopped one must not work again";
+}
+
+TEST_F(WorkThread, SleepsWithJobsQueuedWhenToldTo) {
+    worker.startThread("worker");
+    worker.submit({doing([&] {
+                       worker.setIdle(true);
+                       mBegan.set();
+                   }),
+                   doing([&] { mGoOn.set(); })});
+    ASSERT_TRUE(mBegan.wait());
+    EXPECT_FALSE(mGoOn.wait(20));
+    worker.submit({});
+    EXPECT_TRUE(mGoOn.wait());
+}
+
+TEST_F(WorkThread, LosesOnlyTheJobThatFails) {
+    forEachFailure([&](const std::function<void()>& fail) {
+        worker.startThread("worker");
+        worker.submit({doing(fail), noting(1)});
+        EXPECT_TRUE(worker.waitThread(20000));
+        worker.submit({});  // would wait for ever if the job's lock had died with its thread
+    });
+    worker.submit({doing([&] { mGoOn.set(); })});
+    worker.startThread("last");
+    EXPECT_TRUE(mGoOn.wait());
+    EXPECT_EQ(mDone, std::vector<int>(4, 1)) << "those behind the failed ones";
+}
+
+}  // namespace
