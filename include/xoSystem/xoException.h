@@ -17,8 +17,8 @@
 //
 // Names and lines come from the PDBs beside the modules, by DbgHelp; what that cannot find is left empty. "Unconfident"
 // is a name that DbgHelp has flagged, as it does with exported ones. Of an exhausted stack the 64 innermost frames are
-// told, of any other at most 1000. While reports come from one thread after another, each is made by the thread that
-// failed.
+// told, of any other at most 1000. A report is made by the thread that failed; threads that fail at once walk their
+// stacks one after another. What DbgHelp has read is kept for the next report until the library is terminated.
 #ifndef XOSYSTEM_XOEXCEPTION_H
 #define XOSYSTEM_XOEXCEPTION_H
 

@@ -1,12 +1,8 @@
-// Crashes as it is told, with a log file in the folder given: crasher crash folder
+// Crashes as its argument says, with the file "log" of the working directory as its log.
 #include <cstdlib>
-#include <filesystem>
-#include <string>
+#include <string_view>
 
 #include "platform/windows.h"
-// CommandLineToArgvW
-#include <shellapi.h>
-
 #include "xoSystem/xoException.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
@@ -23,19 +19,16 @@ void executeNothing() {
 
 }  // namespace
 
-int main() {
-    int count = 0;
-    wchar_t** const arguments = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    if (count != 3) return 2;
-    const std::wstring crash = arguments[1];
+int main(int, char** arguments) {
+    const std::string_view crash = arguments[1];
     xo::initializeXoSystem(xo::InitTypeFull);
-    xo::xoLog::edit().installFileHandlerUtf8((std::filesystem::path(arguments[2]) / L"log").u8string());
+    xo::xoLog::edit().installFileHandlerUtf8("log");
 
-    volatile int dividend = 100;
     volatile int zero = 0;
-    if (crash == L"violation") *static_cast<volatile int*>(nullptr) = 1;
-    if (crash == L"division") dividend = dividend / zero;
-    if (crash == L"illegal") executeNothing();
-    if (crash == L"guardedAbort") xo::exception::impl::ExecGuardedCode(&std::abort);
+    volatile int dividend = 100;
+    if (crash == "violation") *static_cast<volatile int*>(nullptr) = 1;
+    if (crash == "division") dividend = dividend / zero;
+    if (crash == "illegal") executeNothing();
+    if (crash == "guardedAbort") xo::exception::impl::ExecGuardedCode(&std::abort);
     return 1;
 }
