@@ -1,10 +1,6 @@
 // xoWorkThread: one thread that executes queued jobs, one at a time, first in, first out.
 //
 //     class Printer final : public xo::xoWorkThread {
-//     public:
-//         ~Printer() override { stop(); }
-//
-//     private:
 //         void executeJob(xo::xoJob* job) override { static_cast<Page*>(job)->print(); }
 //     };
 //     Printer printer;
@@ -12,6 +8,8 @@
 //     printer.beginWake();
 //     printer.addJob(&page);
 //     printer.endWake();
+//     ...
+//     printer.stop();  // when all is printed; see below
 //
 // Jobs stay the property of whoever queues them, and live until they were executed or discarded. Any thread may queue
 // jobs. executeJob must not call lock() or beginWake() of its own thread: endWake() waits for the job under way while
