@@ -10,6 +10,7 @@ void measureIni(Suite& suite);
 void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
 void measureText(Suite& suite);
+void measureThreads(Suite& suite);
 void measureVariant(Suite& suite);
 
 }  // namespace bench

@@ -13,6 +13,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureIni(suite);
     bench::measureLog(suite);
     bench::measureText(suite);
+    bench::measureThreads(suite);
     bench::measureVariant(suite);
     if (suite.rows().empty()) {
         std::fputs("no such family\n", stderr);

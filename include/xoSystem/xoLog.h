@@ -110,7 +110,7 @@ public:
     std::string getCurrentLogFileNameUtf8() const;
 
     // Calls the handler for each line, under the log's lock; null ends it. A handler that logs is called for that line
-    // too. What it throws is dropped.
+    // too. What it throws is dropped; a processor fault in it goes to the guard around and leaves the log usable.
     void installCustomHandler(CustomHandler handler, void* user);
 
     // Writes one line to each place, wanted or not.

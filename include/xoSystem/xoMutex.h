@@ -24,6 +24,9 @@ namespace xo {
 namespace impl {
 // Chooses the constructors for the library's own locks, which may exist before the library is up and say nothing.
 struct WithoutEarlyWarning {};
+
+// The library's own way to a lock's inside.
+struct MutexAccess;
 }  // namespace impl
 
 // The in-process lock: a critical section. The cheapest lock here, and the one that xoWaitCondition works with.
@@ -46,6 +49,7 @@ public:
 
 private:
     friend class xoWaitCondition;
+    friend struct impl::MutexAccess;
     void* getMutexData() const;  // the critical section
 
     struct Private;

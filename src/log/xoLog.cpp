@@ -8,12 +8,13 @@
 #include "log/eventLog.h"
 #include "log/linePrefix.h"
 #include "log/logFile.h"
+#include "log/releasingCall.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
 
 struct xoLog::Private {
-    void callHandler(const std::string& message, xoLogType type, const std::string& qualifier) const XO_REQUIRES(mutex);
+    void callHandler(const std::string& message, xoLogType type, const std::string& qualifier) XO_REQUIRES(mutex);
     void writeLine(const std::string& message, xoLogType type, const std::string& qualifier) XO_REQUIRES(mutex);
 
     concurrency::LateMutex mutex;  // guards the sinks
@@ -135,11 +136,28 @@ void xoLog::Write(const std::string& message, xoLogType type, const std::string&
         mPrivate->writeLine(message, type, qualifier);
 }
 
-void xoLog::Private::callHandler(const std::string& message, xoLogType type, const std::string& qualifier) const {
-    try {
-        handler(message, type, qualifier, handlerUser);
-    } catch (...) {  // the line still goes to the console and the file
-    }
+void xoLog::Private::callHandler(const std::string& message, xoLogType type, const std::string& qualifier) {
+    struct Call {
+        Private& log;
+        const std::string& message;
+        xoLogType type;
+        const std::string& qualifier;
+
+        static void run(void* argument) XO_NO_THREAD_SAFETY_ANALYSIS {
+            const Call& call = *static_cast<Call*>(argument);
+            try {
+                call.log.handler(call.message, call.type, call.qualifier, call.log.handlerUser);
+            } catch (...) {  // the line still goes to the console and the file
+            }
+        }
+
+        // The other threads must not wait for ever for a thread whose handler has faulted.
+        static void release(void* argument) XO_NO_THREAD_SAFETY_ANALYSIS {
+            static_cast<Call*>(argument)->log.mutex.unlock();
+        }
+    };
+    Call call{*this, message, type, qualifier};
+    log::callReleasing(&Call::run, &Call::release, &call);
 }
 
 void xoLog::Private::writeLine(const std::string& message, xoLogType type, const std::string& qualifier) {

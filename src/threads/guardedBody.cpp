@@ -3,24 +3,24 @@
 #include "platform/windows.h"
 #include "xoSystem/xoException.h"
 
-namespace xo::threads {
+namespace xo {
+
+struct impl::MutexAccess {
+    static CRITICAL_SECTION& sectionOf(const xoMutex& lock) {
+        return *static_cast<CRITICAL_SECTION*>(lock.getMutexData());
+    }
+};
+
+namespace threads {
 namespace {
 
-// An explicit instantiation may name a private member: this makes sectionOf(lock) give the lock's critical section,
-// which alone knows who owns the lock and how often.
-void* sectionOf(const xoMutex& lock);
-template <void* (xoMutex::*getSection)() const>
-struct SectionAccess {
-    friend void* sectionOf(const xoMutex& lock) { return (lock.*getSection)(); }
-};
-template struct SectionAccess<&xoMutex::getMutexData>;
-
+// The critical section alone knows who owns the lock and how often.
 bool isOwner(const CRITICAL_SECTION& section) {
     return section.OwningThread == reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(::GetCurrentThreadId()));
 }
 
 void releaseWholly(const xoMutex& lock) {
-    auto& section = *static_cast<CRITICAL_SECTION*>(sectionOf(lock));
+    CRITICAL_SECTION& section = impl::MutexAccess::sectionOf(lock);
     while (isOwner(section)) ::LeaveCriticalSection(&section);
 }
 
@@ -36,4 +36,5 @@ bool runGuarded(void (*body)(void*), void* argument, std::initializer_list<xoMut
     }
 }
 
-}  // namespace xo::threads
+}  // namespace threads
+}  // namespace xo

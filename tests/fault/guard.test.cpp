@@ -133,4 +133,13 @@ TEST_F(GuardTest, EndsWhenReportsMakeReports) {
     EXPECT_EQ(handled, 2 + 2 * 2);
 }
 
+TEST_F(GuardTest, LeavesTheLogUsableAfterAFaultInItsHandler) {
+    xo::xoLog::edit().makeThreadSafe();
+    xo::xoLog::edit().installCustomHandler(
+        [](const std::string&, xo::xoLogType, const std::string&, void*) { writeToNull(); }, nullptr);
+    outcomeOf([] { xo::xoLogObject(xo::xoLogInfo) << "line"; });
+    xo::xoLog::edit().installCustomHandler(nullptr, nullptr);
+    std::thread([] { xo::xoLogObject(xo::xoLogInfo) << "would wait for ever"; }).join();
+}
+
 }  // namespace

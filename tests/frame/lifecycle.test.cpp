@@ -44,6 +44,7 @@ TEST(Lifecycle, EndsWithTheOutermostTermination) {
         EXPECT_FALSE(IsXoSystemThreadSafe());
         initializeXoSystem(xo::InitTypeFull, false);
         EXPECT_TRUE(IsXoSystemThreadSafe());
+        EXPECT_EQ(xo::concurrent::GetConcurrentPool().getWorkerCount(), xo::xoSystemUtils::GetProcessorCount());
         terminateXoSystem();
         initializeXoSystem(xo::InitTypeFull, false);
         terminateXoSystem();
