@@ -2,7 +2,6 @@
 #ifndef XO_TESTS_VARIANT_TREES_H
 #define XO_TESTS_VARIANT_TREES_H
 
-#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -23,19 +22,27 @@ using List = xoVariant::xoVariantListImpl;
 using Map = xoVariant::xoVariantMapImpl;
 using Strings = std::vector<std::string>;
 
-inline Map map(std::initializer_list<std::pair<std::string, xoVariant>> entries) {
-    Map result;
-    for (const auto& entry : entries) result.insert(entry);
-    return result;
-}
-
-inline List list(std::initializer_list<xoVariant> elements) {
+template <class... Values>
+List list(const Values&... values) {
     List result;
-    for (const xoVariant& element : elements) result.push_back(element);
+    (void)(result << ... << values);
     return result;
 }
 
-inline xoVariant numbers(std::initializer_list<double> values) { return {values.begin(), values.size()}; }
+// Keys and values in turn.
+template <class... Items>
+Map map(const Items&... items) {
+    const List all = list(items...);
+    Map result;
+    for (std::size_t i = 0; i + 1 < all.size(); i += 2) result.insert({all[i].getString(), all[i + 1]});
+    return result;
+}
+
+template <class... Numbers>
+xoVariant numbers(Numbers... values) {
+    const double array[] = {static_cast<double>(values)..., 0};
+    return {array, sizeof...(values)};
+}
 
 // A map whose only entry is a map whose only entry ... is the value; or the same of lists.
 inline xoVariant nest(int depth, bool inMaps, xoVariant value = 1) {
