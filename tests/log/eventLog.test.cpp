@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -13,43 +14,39 @@ using testing::IsEmpty;
 using xo::xoLog;
 using xo::xoLogObject;
 
-std::vector<std::string> events;  // "<source> <type> <text>"
-std::string source;
-bool refuses = false;
-int openSources = 0;
+// What the system was asked for.
+struct {
+    std::vector<std::string> events;  // "<source> <type> <text>"
+    std::string source;
+    bool refuses;
+    int openSources;
+} told;
 
 HANDLE WINAPI registerSource(LPCSTR server, LPCSTR name) {
     EXPECT_EQ(server, nullptr);
-    source = name;
-    if (refuses) return nullptr;
-    ++openSources;
+    told.source = name;
+    if (told.refuses) return nullptr;
+    ++told.openSources;
     return reinterpret_cast<HANDLE>(1);
 }
 
 BOOL WINAPI report(HANDLE, WORD type, WORD category, DWORD id, PSID user, WORD count, DWORD size, LPCSTR* texts,
                    LPVOID data) {
     EXPECT_TRUE(category == 0 && id == 1 && !user && count == 1 && size == 0 && !data);
-    events.push_back(source + " " + std::to_string(type) + " " + texts[0]);
+    told.events.push_back(told.source + " " + std::to_string(type) + " " + texts[0]);
     return TRUE;
 }
 
-BOOL WINAPI deregisterSource(HANDLE) {
-    --openSources;
-    return TRUE;
-}
+BOOL WINAPI deregisterSource(HANDLE) { return --told.openSources, TRUE; }
 
 class EventLog : public xo::tests::LogTest {
 protected:
-    EventLog() {
-        events.clear();
-        refuses = false;
-        openSources = 0;
-    }
     void SetUp() override {
+        told = {};
         ASSERT_TRUE(mRegister.isInstalled() && mReport.isInstalled() && mDeregister.isInstalled());
     }
 
-    std::vector<std::string> takeEvents() { return std::exchange(events, {}); }
+    static std::vector<std::string> takeEvents() { return std::exchange(told.events, {}); }
 
 private:
     xo::tests::ImportHook mRegister{"xoSystem.dll", "RegisterEventSourceA", &registerSource};
@@ -66,33 +63,26 @@ TEST_F(EventLog, GetsEachTypeButDebugWhateverTheLogWants) {
     xoLog::WriteToSystemLog("text", static_cast<xo::xoLogType>(7), "net", "s");
     EXPECT_THAT(takeEvents(),
                 ElementsAre("my source 4 text", "my source 2 text", "my source 1 text", "xoLog 4 caf\xE9", "s 4 text"));
+    told.refuses = true;
+    xoLogObject(xo::xoLogCritical, nullptr, nullptr, "s") << "text";
+    EXPECT_THAT(takeEvents(), IsEmpty());
     EXPECT_THAT(takeLines(), IsEmpty());
-    EXPECT_EQ(openSources, 0);
+    EXPECT_EQ(told.openSources, 0);
 }
 
 TEST_F(EventLog, TakesAtMost16384Bytes) {
-    const std::string prefix = "s 1 ";
-    const struct {
-        std::size_t size;
-        std::size_t kept;
-    } rows[] = {{16383, 16383}, {16384, 16384}, {16385, 16384}, {100000, 16384}};
-    for (const auto& row : rows) {
-        xoLog::WriteToSystemLog(std::string(row.size, 'x'), xo::xoLogCritical, {}, "s");
-        EXPECT_THAT(takeEvents(), ElementsAre(prefix + std::string(row.kept, 'x')));
-    }
+    const auto reported = [](const std::string& message) {
+        xoLog::WriteToSystemLog(message, xo::xoLogCritical, {}, "s");
+        return takeEvents();
+    };
+    for (const std::size_t size : {16383u, 16384u, 16385u, 100000u})
+        EXPECT_THAT(reported(std::string(size, 'x')),
+                    ElementsAre("s 1 " + std::string((std::min)(size, std::size_t{16384}), 'x')));
     std::string wide;
     for (int i = 0; i < 5000; ++i) wide += "\xE6\x97\xA5";
-    xoLog::WriteToSystemLog(wide, xo::xoLogCritical, {}, "s");
-    EXPECT_THAT(takeEvents(), ElementsAre(prefix + std::string(5000, '?')))
+    EXPECT_THAT(reported(wide), ElementsAre("s 1 " + std::string(5000, '?')))
         << "never lost, though not in the code page";
-    xoLog::WriteToSystemLog(std::string("a\0b", 3), xo::xoLogCritical, {}, "s");
-    EXPECT_THAT(takeEvents(), ElementsAre(prefix + "a b"));
-}
-
-TEST_F(EventLog, IsSilentWhenTheSourceIsRefused) {
-    refuses = true;
-    xoLogObject(xo::xoLogCritical, nullptr, nullptr, "s") << "text";
-    EXPECT_THAT(takeEvents(), IsEmpty());
+    EXPECT_THAT(reported(std::string("a\0b", 3)), ElementsAre("s 1 a b"));
 }
 
 }  // namespace
