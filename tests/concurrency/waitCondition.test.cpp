@@ -87,6 +87,27 @@ TEST_P(EachWaitCondition, WakesAllWaitersAndEndsTheBroadcast) {
     }
 }
 
+HANDLE gate;  // before which the event implementation's waiters stand until they may begin to wait
+decltype(&::WaitForMultipleObjects) realWait;
+DWORD WINAPI waitBehindGate(DWORD count, const HANDLE* handles, BOOL all, DWORD timeoutMs) {
+    ::WaitForSingleObject(gate, INFINITE);
+    return realWait(count, handles, all, timeoutMs);
+}
+
+TEST_P(EachWaitCondition, WakesAllThatAreOnTheirWayToWait) {
+    const xo::platform::KernelHandle semaphore(::CreateSemaphoreW(nullptr, 0, 2, nullptr));
+    gate = semaphore.get();
+    const xo::tests::ImportHook hook(nullptr, "WaitForMultipleObjects", &waitBehindGate);
+    ASSERT_TRUE(hook.isInstalled());
+    realWait = hook.original<DWORD WINAPI(DWORD, const HANDLE*, BOOL, DWORD)>();
+    startWaiters(2);
+    mCondition->wakeAll();
+    for (int woken = 1; woken <= 2; ++woken) {
+        ::ReleaseSemaphore(gate, 1, nullptr);
+        awaitCount(mWoken, woken);
+    }
+}
+
 TEST_P(EachWaitCondition, WakesOneWaiterAtATime) {
     startWaiters(3);
     for (int woken = 1; woken <= 3; ++woken) {

@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "fault/faultFixture.h"
 
 // libstdc++ calls its own macro so.

@@ -95,7 +95,7 @@ TEST_F(Resource, IsSafeForThreads) {
         threads.emplace_back([t] {
             const std::string name = "thread" + std::to_string(t);
             const char* const names[] = {name.c_str()};
-            for (int i = 0; i < 500; ++i) {
+            for (int i = 0; i < 20000; ++i) {
                 xo::rc::impl::RegisterResources(1, kBlob, names, kSizes, kOffsets);
                 std::string bytes;
                 EXPECT_TRUE(GetResource(name.c_str(), bytes));

@@ -1,11 +1,9 @@
 #include "xoSystem/xoIniFile.h"
 
-#include <gtest/gtest.h>
-
+#include "log/logFixture.h"
 #include "platform/handle.h"
 #include "support/temporaryFolder.h"
 #include "variant/trees.h"
-#include "xoSystem/xoLog.h"
 
 namespace {
 
@@ -17,20 +15,8 @@ using xo::xoVariant;
 
 using Rows = std::vector<std::pair<std::string, Map>>;  // the bytes of a file, and its values
 
-// A folder for the files, and the lines that the log got.
-class IniFile : public testing::Test {
+class IniFile : public LogTest {
 protected:
-    IniFile() {
-        xo::xoLog::createInstance(false);
-        xo::xoLog::edit().setEchoToConsole(false);
-        xo::xoLog::edit().installCustomHandler(
-            [](const std::string& message, xo::xoLogType type, const std::string&, void* lines) {
-                static_cast<Strings*>(lines)->push_back(std::to_string(type) + " " + message);
-            },
-            &mLines);
-    }
-    ~IniFile() override { xo::xoLog::destroyInstance(); }
-
     Map load(const std::string& bytes, Map values = {}) {
         mFolder.write("a.ini", bytes);
         EXPECT_TRUE(LoadIniFile(path(), values));
@@ -47,10 +33,8 @@ protected:
         return file;
     }
     std::string path() const { return mFolder.path("a.ini"); }
-    Strings takeLines() { return std::exchange(mLines, {}); }
 
     TemporaryFolder mFolder;
-    Strings mLines;
 };
 
 TEST_F(IniFile, ReadsSectionsAndKeys) {
@@ -67,7 +51,7 @@ TEST_F(IniFile, ReadsSectionsAndKeys) {
         {"a=b=c\nk\0a=v\0b\n\xFF\xC3=\xE9\n"s, map("a", "b=c", "k\0a"s, "v\0b"s, "\xFF\xC3", "\xE9")},
     };
     for (const auto& [bytes, values] : rows) EXPECT_EQ(load(bytes), values) << bytes;
-    EXPECT_EQ(takeLines(), Strings{"2 Invalid line (1) [ in Ini file"});
+    EXPECT_EQ(takeLines(), Strings{"2()Invalid line (1) [ in Ini file"});
 }
 
 TEST_F(IniFile, TypesValues) {
@@ -90,10 +74,10 @@ TEST_F(IniFile, LogsBadLinesAndGoesOn) {
         load("\r\n =5\r\nabc \r\nk=1\n[s]\nk=1\nk=2\n[General]\nk=x\nold/k=9\nold=3\nlast=1", map("old", map("k", 8))),
         map("k", 1, "last", 1, "old", map("k", 8), "s", map("k", 1)));
     EXPECT_EQ(takeLines(),
-              (Strings{"2 Invalid key at line (1) =5 in Ini file", "2 Invalid line (2) abc in Ini file",
-                       "2 Duplicated key at line (6) k=2 in Ini file", "2 Duplicated key at line (8) k=x in Ini file",
-                       "2 Duplicated key at line (9) old/k=9 in Ini file",
-                       "2 Duplicated key at line (10) old=3 in Ini file"}));
+              (Strings{"2()Invalid key at line (1) =5 in Ini file", "2()Invalid line (2) abc in Ini file",
+                       "2()Duplicated key at line (6) k=2 in Ini file", "2()Duplicated key at line (8) k=x in Ini file",
+                       "2()Duplicated key at line (9) old/k=9 in Ini file",
+                       "2()Duplicated key at line (10) old=3 in Ini file"}));
 }
 
 TEST_F(IniFile, FailsOnlyWithoutItsFile) {
@@ -116,7 +100,7 @@ TEST_F(IniFile, FailsOnlyWithoutItsFile) {
     EXPECT_TRUE(takeLines().empty());
     const auto loner = hold(GENERIC_READ, 0);
     EXPECT_FALSE(SaveIniFile(path(), {}, true));
-    EXPECT_EQ(takeLines(), Strings{"3 Fail to load " + path()});
+    EXPECT_EQ(takeLines(), Strings{"3()Fail to load " + path()});
 }
 
 TEST_F(IniFile, WritesTheTopLevelThenTheSections) {
@@ -144,7 +128,7 @@ TEST_F(IniFile, ReadsBackWhatItWrote) {
 }
 
 TEST_F(IniFile, SavingStopsAtWhatItCannotWrite) {
-    const std::string line = "3 saveVariantToIni unsupported variant type (";
+    const std::string line = "3()saveVariantToIni unsupported variant type (";
     mFolder.write("a.ini", "old=1\n");
     EXPECT_FALSE(SaveIniFile(path(), map("a", 1, "s", map("b", 2, "c", map("l", list(1)), "d", 3), "t", map())));
     EXPECT_EQ(mFolder.read("a.ini"), "[General]\na=1\n\n[s]\nb=2\n");
@@ -198,10 +182,10 @@ TEST_F(IniFile, LargeFilesCostWhatTheyHold) {
     EXPECT_TRUE(takeLines().empty());
 
     load(bad);
-    EXPECT_EQ(takeLines().back(), "2 Invalid line (99999) no key in Ini file");
+    EXPECT_EQ(takeLines().back(), "2()Invalid line (99999) no key in Ini file");
     const std::string longLine(1 << 20, 'x');
     EXPECT_EQ(load(longLine + "\nk=" + longLine), map("k", longLine));
-    EXPECT_EQ(takeLines(), Strings{"2 Invalid line (0) " + longLine + " in Ini file"});
+    EXPECT_EQ(takeLines(), Strings{"2()Invalid line (0) " + longLine + " in Ini file"});
     EXPECT_EQ(load("k=" + escapes)["k"].getString().size(), 2u * kMany);
 }
 
