@@ -286,21 +286,24 @@ __attribute__((noinline)) void countCall() {
 
 void writeToNull() { *static_cast<volatile int*>(nullptr) = 1; }
 
+void surviveFault() {
+    try {
+        xo::exception::impl::ExecGuardedCode(&writeToNull);
+    } catch (const std::exception&) {
+        ++calls;
+    }
+}
+
+void captureAddresses() {
+    void* frames[62];
+    keep(::CaptureStackBackTrace(0, 62, frames, nullptr));
+}
+
 void measureGuard(Suite& suite) {
     suite.compare("threads", "guarded call that succeeds", 1, [] { xo::exception::impl::ExecGuardedCode(&countCall); },
                   {{"plain call", [] { countCall(); }}});
-    suite.compare("threads", "crash report, warm", 1,
-                  [] {
-                      try {
-                          xo::exception::impl::ExecGuardedCode(&writeToNull);
-                      } catch (const std::exception&) {
-                          ++calls;
-                      }
-                  },
-                  {{"limit: captured addresses", [] {
-                        void* frames[62];
-                        keep(::CaptureStackBackTrace(0, 62, frames, nullptr));
-                    }}});
+    suite.compare("threads", "crash report, warm", 1, &surviveFault,
+                  {{"limit: captured addresses", &captureAddresses}});
 }
 
 }  // namespace
@@ -319,6 +322,15 @@ void measureThreads(Suite& suite) {
     measureThread(suite);
     measureGuard(suite);
     xo::terminateXoSystem();
+    // Termination lets go of all symbols, so that each report begins anew.
+    suite.compare("threads", "crash report, cold, with start-up", 1,
+                  [] {
+                      xo::initializeXoSystem(xo::InitTypeFull);
+                      xo::xoLog::edit().setEchoToConsole(false);
+                      surviveFault();
+                      xo::terminateXoSystem();
+                  },
+                  {{"limit: captured addresses", &captureAddresses}});
     suite.compare("threads", "full start-up and shut-down", 1,
                   [] {
                       xo::initializeXoSystem(xo::InitTypeFull);
