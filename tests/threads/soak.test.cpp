@@ -1,4 +1,6 @@
 // Many rounds of everything; what they take from the system they give back.
+#include <algorithm>
+
 #include "threadsFixture.h"
 #include "xoSystem/xoConcurrentPool.h"
 #include "xoSystem/xoSemaphore.h"
@@ -31,10 +33,15 @@ protected:
     static void repeat(int rounds, const std::function<void()>& round) {
         for (int i = 0; i < 50; ++i) round();
         const std::uintptr_t handle = nextHandle();
-        const int blocks = heapBlocks();
-        for (int i = 0; i < rounds; ++i) round();
+        // A leak grows in both halves; another thread of the library that only now comes up counts in one.
+        int growth[2];
+        for (int& grown : growth) {
+            const int blocks = heapBlocks();
+            for (int i = 0; i < rounds / 2; ++i) round();
+            grown = heapBlocks() - blocks;
+        }
         EXPECT_EQ(nextHandle(), handle);
-        EXPECT_NEAR(heapBlocks(), blocks, 20) << "after " << rounds << " rounds";
+        EXPECT_LE((std::min)(growth[0], growth[1]), 20) << "in " << rounds << " rounds";
     }
 };
 

@@ -45,8 +45,8 @@ TEST_F(Thread, GoesFromIdleToRunningToEndedToIdle) {
     EXPECT_NE(idInside, "");
 }
 
-// What a debugger is told, read as one would.
-std::string nameForDebugger;
+// What a debugger is told of the thread, read as one would. Threads of the pool are named meanwhile.
+thread_local std::string nameForDebugger;
 LONG CALLBACK readThreadName(EXCEPTION_POINTERS* exception) {
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
     if (record.ExceptionCode == 0x406D1388 && record.NumberParameters >= 3 && record.ExceptionInformation[0] == 0x1000)
