@@ -39,9 +39,8 @@ namespace impl {
 // - A standard exception leaves a report of the throw and one of its text, and the caller gets a plain std::exception
 //   with the text, neither a runtime_error nor a logic_error. An exception whose what() is null or faults has the text
 //   "Unknown".
-// - Any other object that is thrown leaves the same two reports, and the caller gets the std::runtime_error "Unknown
-// std
-//   exception".
+// - Any other object that is thrown leaves the same two reports, and the caller gets a std::runtime_error with the text
+//   "Unknown std exception".
 // - A fault of the processor leaves a report and ends the function without running its destructors: locks it held stay
 //   held. The caller gets a plain std::exception "Catch an SEH exception", after a second report with this text. A
 //   stack that overflowed is whole again. A null function is such a fault.
