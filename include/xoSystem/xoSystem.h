@@ -8,6 +8,7 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoInit.h"
+#include "xoSystem/xoIoDevice.h"
 #include "xoSystem/xoLegacyThread.h"
 #include "xoSystem/xoLockFile.h"
 #include "xoSystem/xoLog.h"
