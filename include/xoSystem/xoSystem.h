@@ -23,6 +23,7 @@
 #include "xoSystem/xoTimer.h"
 #include "xoSystem/xoVariant.h"
 #include "xoSystem/xoVectorConstants.h"
+#include "xoSystem/xoVersion.h"
 #include "xoSystem/xoVirtualMemory.h"
 #include "xoSystem/xoWaitCondition.h"
 #include "xoSystem/xoWorkThread.h"
