@@ -12,6 +12,7 @@
 #include "xoSystem/xoLockFile.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoMutex.h"
+#include "xoSystem/xoProcess.h"
 #include "xoSystem/xoResource.h"
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoStringUtils.h"
