@@ -22,9 +22,7 @@ constexpr std::size_t kLongestLine = 32766;
 constexpr std::size_t kLongestInterpreterLine = 8191;
 
 // Whether the text reaches a child, or the splitter, unchanged.
-bool isPlainText(std::string_view text) {
-    return text.find('\0') == std::string_view::npos && text::isUtf8(text);
-}
+bool isPlainText(std::string_view text) { return text.find('\0') == std::string_view::npos && text::isUtf8(text); }
 
 // A batch file sees its arguments as they stand on the line, where quotes guard all but these: a quote ends the guard,
 // a percent sign is replaced by a variable before anything else is looked at, a line break ends the line. No way of
@@ -71,7 +69,7 @@ Command checked(std::wstring application, std::wstring line, std::size_t longest
 Command plainCommand(const std::wstring& path, const Arguments& arguments) {
     std::wstring line = quotedProgram(path);
     for (const std::string& argument : arguments) appendQuoted(line, platform::toWide(argument));
-    return checked(platform::toApiPath(path), std::move(line), kLongestLine);
+    return checked(platform::toApiPath(path), std::move(line), kLongestLine);  // Wine takes no program beyond 260
 }
 
 // The interpreter takes off the first and the last quote behind /c and reads the rest as it stands.

@@ -1,4 +1,5 @@
-// Command lines: quoted so that the program's own splitter gives back each argument, or fit for the command interpreter.
+// Command lines: quoted so that the program's own splitter gives back each argument, or fit for the command
+// interpreter.
 #ifndef XO_PROCESS_COMMANDLINE_H
 #define XO_PROCESS_COMMANDLINE_H
 

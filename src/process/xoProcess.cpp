@@ -15,13 +15,13 @@ namespace {
 // nothing to close without this pause.
 constexpr DWORD kSettlingMs = 10;
 
-constexpr DWORD kLongestWaitMs = 100;     // between two looks at the clock
-constexpr DWORD kKilledWaitMs = 5000;     // for a killed child, whose pending input and output may hold it up
+constexpr DWORD kLongestWaitMs = 100;  // between two looks at the clock
+constexpr DWORD kKilledWaitMs = 5000;  // for a killed child, whose pending input and output may hold it up
 constexpr UINT kKilledExitCode = 65535;
 constexpr SIZE_T kSmallestWorkingSet = 1024;  // bytes
 
 // Statuses that look like ordinary codes, or the other way round.
-constexpr DWORD kControlCExit = 0xC000013A;    // an ordinary end of console programs
+constexpr DWORD kControlCExit = 0xC000013A;      // an ordinary end of console programs
 constexpr DWORD kItaniumException = 0x20474343;  // C++ without MSVC
 
 // An exception's code has its two top bits set for an error, and never bit 28: that tells it from a small negative exit
@@ -96,9 +96,7 @@ void xoProcess::setWorkingDirectoryUtf8(const std::string& directory) { mPrivate
 
 const std::string& xoProcess::getWorkingDirectoryUtf8() const { return mPrivate->workingDirectory; }
 
-void xoProcess::setEnvironmentUtf8(const std::vector<std::string>& environment) {
-    mPrivate->environment = environment;
-}
+void xoProcess::setEnvironmentUtf8(const std::vector<std::string>& environment) { mPrivate->environment = environment; }
 
 const std::vector<std::string>& xoProcess::getEnvironmentUtf8() const { return mPrivate->environment; }
 
