@@ -15,6 +15,7 @@
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoMutex.h"
 #include "xoSystem/xoPowerStatus.h"
+#include "xoSystem/xoProcess.h"
 #include "xoSystem/xoResource.h"
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoStamp.h"
