@@ -3,6 +3,7 @@
 #define XOSYSTEM_XOSYSTEM_H
 
 #include "xoSystem/xoConcurrentPool.h"
+#include "xoSystem/xoCsvFileReader.h"
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoException.h"
 #include "xoSystem/xoExport.h"
