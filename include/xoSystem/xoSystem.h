@@ -4,11 +4,13 @@
 
 #include "xoSystem/xoConcurrentPool.h"
 #include "xoSystem/xoCsvFileReader.h"
+#include "xoSystem/xoDataStream.h"
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoException.h"
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoInit.h"
+#include "xoSystem/xoIoDevice.h"
 #include "xoSystem/xoLegacyThread.h"
 #include "xoSystem/xoLockFile.h"
 #include "xoSystem/xoLog.h"
