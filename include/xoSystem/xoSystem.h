@@ -4,6 +4,7 @@
 
 #include "xoSystem/xoConcurrentPool.h"
 #include "xoSystem/xoCsvFileReader.h"
+#include "xoSystem/xoCsvStream.h"
 #include "xoSystem/xoDataStream.h"
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoException.h"
