@@ -3,6 +3,8 @@
 #define XOSYSTEM_XOSYSTEM_H
 
 #include "xoSystem/xoConcurrentPool.h"
+#include "xoSystem/xoCsvFileReader.h"
+#include "xoSystem/xoCsvStream.h"
 #include "xoSystem/xoDataStream.h"
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoException.h"
