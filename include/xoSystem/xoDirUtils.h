@@ -38,9 +38,9 @@ struct XOSYSTEM_API xoFileInfoUtf8 {
     std::int64_t creationTime;      //
     std::int64_t modificationTime;  //
     std::uint64_t size;             // bytes; 0 for a folder
-    bool exists : 1;       // links are followed
-    bool hasType : 1;      // whether it is known to be a file, a folder or a device; set for all that exists
-    bool isDirectory : 1;  // a folder, or a drive
+    bool exists : 1;                // links are followed
+    bool hasType : 1;               // whether it is known to be a file, a folder or a device; set for all that exists
+    bool isDirectory : 1;           // a folder, or a drive
 };
 
 class XOSYSTEM_API xoDirUtils {

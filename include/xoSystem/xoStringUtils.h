@@ -32,15 +32,15 @@ public:
     enum xoCharSet : int {
         CharSetNative = 0,  // the process's ANSI code page
         CharSetUtf8 = 1,    // the library's own
-        CharSetAscii = 2,  // what the classic locale converts: one byte a character
+        CharSetAscii = 2,   // what the classic locale converts: one byte a character
     };
 
     // Bits, so that several results can be asked for at once: (result & (Equal | Newer)) != 0.
     enum SoftwareVersionComparisonResult {
         SoftwareVersionInvalid = 1,  // a version cannot be read, or there is nothing to compare
         SoftwareVersionEqual = 2,    // as far as they are compared
-        SoftwareVersionOlder = 4,  // the first version is smaller
-        SoftwareVersionNewer = 8,  // the first version is greater
+        SoftwareVersionOlder = 4,    // the first version is smaller
+        SoftwareVersionNewer = 8,    // the first version is greater
     };
 
     xoStringUtils() = delete;

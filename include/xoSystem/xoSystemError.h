@@ -13,8 +13,8 @@ namespace xo {
 // A plain value; 0 is success. Codes above 0x7FFFFFFF, such as an HRESULT, are negative.
 class XOSYSTEM_API SystemError {
 public:
-    SystemError() = default;  // success
-    SystemError(int code) : mCode(code) {}  // as errors are kept
+    SystemError() = default;                                            // success
+    SystemError(int code) : mCode(code) {}                              // as errors are kept
     SystemError(unsigned long code) : mCode(static_cast<int>(code)) {}  // as GetLastError gives it
 
     // The code as it was given, in 32 bits.
