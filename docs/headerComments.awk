@@ -131,6 +131,12 @@ guard { guard = 0; print "#if 1"; next }
     next
 }
 
+# Doxygen takes an alias for a namespace of the same name within itself.
+/^ *namespace [A-Za-z]+ = / {
+    print ""
+    next
+}
+
 # Code.
 {
     at = commentStart($0)
