@@ -26,7 +26,7 @@ std::wstring searchedFolder(const std::string& folder) {
     std::wstring pattern(files::withoutTrailingSeparators(platform::toWide(folder)));
     if (pattern.empty()) return {};
     if (!files::isSeparator(pattern.back())) pattern += L'\\';
-    std::wstring path = files::toExtendedPath(pattern + L'*');
+    std::wstring path = platform::toExtendedPath(pattern + L'*');
     if (!path.empty()) path.pop_back();
     return std::wstring(files::withoutTrailingSeparators(path));
 }

@@ -1,6 +1,5 @@
 #include "files/pathParts.h"
 
-#include "platform/wideText.h"
 #include "platform/windows.h"
 
 namespace xo::files {
@@ -60,16 +59,6 @@ std::wstring_view withoutTrailingSeparators(std::wstring_view path) {
     std::size_t length = path.size();
     while (length > root && isSeparator(path[length - 1])) --length;
     return path.substr(0, length);
-}
-
-std::wstring toExtendedPath(const std::wstring& path) {
-    if (path.empty() || path.find(L'\0') != std::wstring::npos) return {};
-    if (hasDevicePrefix(path)) return path;
-    std::wstring full = platform::readWide(
-        [&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
-    if (full.empty() || hasDevicePrefix(full)) return full;
-    if (isNetworkPath(full)) return LR"(\\?\UNC\)" + full.substr(2);
-    return LR"(\\?\)" + full;
 }
 
 }  // namespace xo::files

@@ -28,6 +28,10 @@ std::wstring toApiPath(std::string_view utf8Path);
 // The same for a path that is wide already.
 std::wstring toApiPath(std::wstring path);
 
+// The absolute path with backslashes and the "\\?\" prefix, however short it is: what lies below may be long. Empty for
+// a path that names nothing.
+std::wstring toExtendedPath(const std::wstring& path);
+
 // Calls fill(buffer, size) as the "returns the length, or the room needed" functions want it (GetFullPathNameW,
 // GetCurrentDirectoryW, GetTempPathW, GetEnvironmentVariableW) until the text fits. Empty when the call fails.
 template <class Fill>
