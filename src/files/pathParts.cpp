@@ -1,5 +1,6 @@
 #include "files/pathParts.h"
 
+#include "platform/wideText.h"
 #include "platform/windows.h"
 
 namespace xo::files {
@@ -59,6 +60,16 @@ std::wstring_view withoutTrailingSeparators(std::wstring_view path) {
     std::size_t length = path.size();
     while (length > root && isSeparator(path[length - 1])) --length;
     return path.substr(0, length);
+}
+
+// Asked without the "\*", Windows would drop dots and blanks at the end and take "..." for the working directory.
+std::wstring searchedFolder(const std::string& folder) {
+    std::wstring pattern(withoutTrailingSeparators(platform::toWide(folder)));
+    if (pattern.empty()) return {};
+    if (!isSeparator(pattern.back())) pattern += L'\\';
+    std::wstring path = platform::toExtendedPath(pattern + L'*');
+    if (!path.empty()) path.pop_back();
+    return std::wstring(withoutTrailingSeparators(path));
 }
 
 }  // namespace xo::files

@@ -20,6 +20,10 @@ bool isNetworkPath(std::wstring_view path);
 // The path without separators at its end; a root keeps its own.
 std::wstring_view withoutTrailingSeparators(std::wstring_view path);
 
+// The extended path of the folder in which a search for "folder\*" looks, without separators at its end; empty for a
+// path that names nothing.
+std::wstring searchedFolder(const std::string& folder);
+
 }  // namespace xo::files
 
 #endif

@@ -52,6 +52,23 @@ std::wstring toWide(std::string_view utf8) { return widen(CP_UTF8, utf8); }
 
 std::string toUtf8(std::wstring_view wide) { return narrow(CP_UTF8, wide); }
 
+void appendUtf8(std::string& text, std::wstring_view wide) {
+    constexpr std::size_t kMostBytesPerUnit = 3;
+    if (!fitsInt(wide.size() * kMostBytesPerUnit)) return;
+    std::size_t length = text.size();
+    text.resize(length + wide.size());
+    while (!wide.empty() && wide.front() < 0x80) {
+        text[length++] = static_cast<char>(wide.front());
+        wide.remove_prefix(1);
+    }
+    if (wide.empty()) return;
+    text.resize(length + wide.size() * kMostBytesPerUnit);
+    const int added =
+        ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), text.data() + length,
+                              static_cast<int>(text.size() - length), nullptr, nullptr);
+    text.resize(length + static_cast<std::size_t>(added));
+}
+
 std::string toNative(std::string_view utf8, std::size_t maxBytes) {
     const std::wstring wide = toWide(utf8);
     std::wstring_view kept(wide.data(), (std::min)(wide.size(), maxBytes));  // each unit becomes a byte or more
