@@ -53,6 +53,7 @@ inline std::string ProcessPriorityToString(int priority) {
 
 class XOSYSTEM_API xoProcess {
 public:
+    // Of the child, as it was last seen.
     enum State : std::uint32_t {
         StateNone = 0,  // never started, or reset
         StateRunning = 1,
@@ -115,8 +116,8 @@ public:
 
     // ---- what is known of the child; each looks anew whether it has ended ----
 
-    State getState() const;
-    int exitCode() const;  // 0 until it has ended
+    State getState() const;  // StateFinished once it has ended
+    int exitCode() const;    // 0 until it has ended
 
     // Whether it ended with the status of an exception that nobody handled: one of error severity (0xC0000005 and its
     // like), a breakpoint, single step, guard page or misalignment, or a C++ exception of any compiler. Not Ctrl+C, not
@@ -159,6 +160,7 @@ public:
     // not UTF-8 or has a NUL inside.
     static bool SplitCommandLine(const std::string& commandLine, std::vector<std::string>& arguments);
 
+    // The identifier of the calling process.
     static std::uint32_t GetCurrentProcessId();
 
     // The process that started this one, or the one with that identifier. 0 when there is no such process, or its
