@@ -187,6 +187,7 @@ public:
     public:
         virtual ~FileSystemVisitor();
 
+        // The operations. subFolder and file are names alone.
         virtual bool onEnterFolder(const std::string& folder);
         virtual bool onFile(const std::string& folder, const std::string& file);
         virtual bool onFolder(const std::string& folder, const std::string& subFolder);
@@ -206,6 +207,7 @@ public:
         static std::string concatPathAndFile(const std::string& folder, const std::string& file);
     };
 
+    // How GlobFileAndFolderUtf8 collects.
     enum GlobFlag {
         GlobAppend = 1,     // to what the vectors hold; else they are emptied first
         GlobRecursive = 2,  // all below too
