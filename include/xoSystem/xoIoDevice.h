@@ -135,7 +135,8 @@ private:
 //
 // A failed input stream (a read beyond its end fails it) is no error here; an output stream that failed is. What the
 // output stream holds in its buffer is not yet written: for the last word on success flush or close it and ask it. A
-// stream that is set to throw does not throw through this class.
+// stream that is set to throw does not throw through this class, and gcount() of the input stream means nothing. The
+// buffer of a file stream may be as small as 512 bytes; a larger one, set before the file is opened, pays.
 class XOSYSTEM_API xoIoDeviceStdStreamProxy : public xoIoDevice {
 public:
     // Not owned; for a file that is read and written, both are the same object.

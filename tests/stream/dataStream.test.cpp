@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-#include <sstream>
-
-#include "stream/testDevices.h"
+#include "stream/memoryDevice.h"
 #include "support/importHook.h"
 #include "xoSystem/xoStringUtils.h"
 
@@ -25,29 +22,23 @@ std::string hex(const std::string& bytes) {
 }
 
 template <class T>
-std::string bitsOf(const T& value) {
-    if constexpr (std::is_arithmetic_v<T>)
-        return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-    else
-        return std::string(value.begin(), value.end());
+std::string written(const T& value, int order) {
+    MemoryDevice device;
+    EXPECT_TRUE((xoDataStream(&device, order) << value).isOk());
+    return device.bytes;
 }
 
 // Writes the value in both orders and reads it back, also from devices that end too early.
 template <class T>
-void expectLayout(T value, const char* big, const char* little) {
-    for (const auto order : {kBig, kLittle, static_cast<xoDataStream::Endianness>(7)}) {
-        MemoryDevice device;
-        xoDataStream stream(&device, order);
-        EXPECT_TRUE((stream << value).isOk());
-        EXPECT_EQ(hex(device.bytes), order == kBig ? big : little);
-        T copy{};
-        EXPECT_TRUE((stream >> copy).isOk());
-        EXPECT_EQ(hex(bitsOf(copy)), hex(bitsOf(value)));
-        for (std::size_t size = 0; size < device.bytes.size(); ++size) {
-            MemoryDevice cut(device.bytes.substr(0, size));
-            T target{};
-            EXPECT_FALSE((xoDataStream(&cut, order) >> target).isOk());
-            EXPECT_EQ(bitsOf(target), bitsOf(T{})) << "of " << size << " bytes";
+void expectLayout(const T& value, const char* big, const char* little) {
+    for (const int order : {1, 0, 7}) {
+        const std::string bytes = written(value, order);
+        EXPECT_EQ(hex(bytes), order == 1 ? big : little);
+        for (std::size_t size = 0; size <= bytes.size(); ++size) {
+            MemoryDevice device(bytes.substr(0, size));
+            T copy{};
+            EXPECT_EQ((xoDataStream(&device, order) >> copy).isOk(), size == bytes.size());
+            EXPECT_EQ(written(copy, order), written(size == bytes.size() ? value : T{}, order)) << size << " bytes";
         }
     }
 }
@@ -73,20 +64,22 @@ TEST(DataStream, LaysEachTypeOut) {
     expectLayout("a\0\xFF"s, "000000036100ff", "030000006100ff");
     expectLayout(std::vector<char>{'x', '\r', '\n'}, "00000003780d0a", "03000000780d0a");
 
-    float quiet = 0;  // with payloads
+    float quiet = 0;  // numbers that are none, with payloads
     double signaling = 0;
     std::memcpy(&quiet, "\x34\x12\xC0\x7F", 4);
     std::memcpy(&signaling, "\x01\x02\x03\x04\x05\x06\xF0\xFF", 8);
     expectLayout(quiet, "7fc01234", "3412c07f");
     expectLayout(signaling, "fff0060504030201", "010203040506f0ff");
 
-    MemoryDevice device;
-    xoDataStream(&device, kBig) << "abc" << static_cast<const char*>(nullptr);
-    EXPECT_EQ(hex(device.bytes), "0000000361626300000000") << "plain text is a text, not a bool";
-    device.bytes = "\x02";
+    MemoryDevice device("\x02");
+    xoDataStream stream(&device, kBig);
     bool truth = false;
-    EXPECT_TRUE((device.readAt = 0, xoDataStream(&device, kBig) >> truth).isOk() && truth);
-    EXPECT_EQ(int{xo::xoMajorOutputStreamVersion} * 100 + xo::xoMinorOutputStreamVersion, 630);
+    EXPECT_TRUE((stream >> truth).isOk() && truth);
+    stream << "abc" << static_cast<const char*>(nullptr);
+    stream.setEndianness(kLittle);
+    stream << 1;
+    EXPECT_EQ(hex(device.bytes), "000000036162630000000001000000") << "plain text is a text, not a bool";
+    EXPECT_EQ(xo::xoMajorOutputStreamVersion * 100 + xo::xoMinorOutputStreamVersion, 630);
 }
 
 TEST(DataStream, DoesNothingOnceItFailed) {
@@ -95,88 +88,71 @@ TEST(DataStream, DoesNothingOnceItFailed) {
     const xoDataStream fresh = stream;
     stream.setError();
     int number = 7;
-    std::string text = "old";
-    std::vector<char> bytes{'o'};
-    stream << 1 << "x"s >> number >> text >> bytes;
+    std::string text = "old", raw = "raw";
+    stream << 1 << "x"s >> number >> text;
     EXPECT_FALSE(stream.writeRawData("raw", 3));
-    EXPECT_EQ(device.bytes, "\1\2\3\4");
-    EXPECT_TRUE(number == 7 && text.empty() && bytes.empty() && device.readAt == 0);
-    char raw[3] = {};
-    EXPECT_EQ(stream.readRawBytes(raw, 3), 3U) << "raw bytes can still be had";
-    EXPECT_TRUE(!stream.isOk() && raw[2] == 3);
+    EXPECT_TRUE(device.bytes == "\1\2\3\4" && number == 7 && text.empty() && device.readAt == 0);
+    EXPECT_EQ(stream.readRawBytes(raw.data(), 3), 3U) << "raw bytes can still be had";
+    EXPECT_TRUE(!stream.isOk() && raw == "\1\2\3");
     stream = fresh;
-    EXPECT_EQ(stream.readRawBytes(nullptr, 3) + stream.readRawBytes(raw, 0), 0U);
+    EXPECT_EQ(stream.readRawBytes(nullptr, 3) + stream.readRawBytes(raw.data(), 0), 0U);
     EXPECT_TRUE(stream.writeRawData("raw", 3) && stream.isOk());
-    EXPECT_EQ(stream.readRawBytes(raw, 3), 1U);
+    EXPECT_EQ(stream.readRawBytes(raw.data(), 3), 1U);
     EXPECT_FALSE(stream.isOk());
+}
 
-    for (const auto& use : std::initializer_list<void (*)(xoDataStream&)>{
-             [](xoDataStream& s) { s << 'x'; }, [](xoDataStream& s) { s << 2.5; }, [](xoDataStream& s) { s << "x"s; },
-             [](xoDataStream& s) { EXPECT_FALSE(s.writeRawData("x", 1)); },
-             [](xoDataStream& s) {
-                 char c = 'c';
-                 s >> c;
-                 EXPECT_EQ(c, 'c');
-                 EXPECT_EQ(s.readRawBytes(&c, 1), 0U);
-             },
-             [](xoDataStream& s) { s.readRawBytes(std::string(1, 'x').data(), 1); }}) {
+TEST(DataStream, FailsQuietlyOnAFullDeviceOrNone) {
+    const std::string all = "ff0102000000026162";
+    for (const int room : {0, 1, 2, 3, 6, 7, 8, 9}) {
+        MemoryDevice device;
+        device.room = static_cast<std::uint64_t>(room);
+        xoDataStream stream(&device, kBig);
+        stream << true << static_cast<short>(0x0102) << "ab"s << 'd' << false;
+        EXPECT_FALSE(stream.isOk());
+        const std::size_t whole = room < 1 ? 0 : room < 3 ? 1 : room < 7 ? 3 : room < 9 ? 7 : 9;  // values
+        EXPECT_EQ(hex(device.bytes), all.substr(0, 2 * whole));
+    }
+    int number = 7;
+    char raw = 'r';
+    for (const int use : {0, 1, 2, 3, 4}) {
         xoDataStream nowhere(nullptr, kLittle);
-        use(nowhere);
+        if (use == 0) nowhere << 2.5;
+        if (use == 1) nowhere << "text";
+        if (use == 2) nowhere >> number;
+        if (use == 3) EXPECT_EQ(nowhere.readRawBytes(&raw, 1), 0U);
+        if (use == 4) EXPECT_FALSE(nowhere.writeRawData(&raw, 1));
         EXPECT_FALSE(nowhere.isOk());
     }
+    EXPECT_EQ(number, 7);
 }
 
-TEST(DataStream, FailsQuietlyWhenTheDeviceIsFull) {
-    const struct {
-        std::uint64_t room;
-        const char* bytes;
-    } rows[] = {{0, ""}, {1, "ff"}, {3, "ff0102"}, {6, "ff0102"}, {7, "ff010200000003"}, {10, "ff010200000003616263"}};
-    for (const auto& row : rows) {
-        MemoryDevice device;
-        device.room = row.room;
-        xoDataStream stream(&device, kBig);
-        stream << true << static_cast<short>(0x0102) << "abc"s << 'd';
-        EXPECT_FALSE(stream.isOk());
-        EXPECT_EQ(hex(device.bytes), row.bytes);
-    }
-}
-
-template <class Target>
-void expectNothingFrom(xo::xoIoDevice& device) {
-    xoDataStream stream(&device, kBig);
-    Target target(3, 'x');
-    stream >> target;
-    EXPECT_TRUE(target.empty() && !stream.isOk());
+void expectNothingFrom(xo::xoIoDevice& device, MemoryDevice& memory) {
+    xoDataStream stream(&device, kBig), again = stream;
+    std::string text = "old";
+    std::vector<char> bytes{'o'};
+    memory.readAt = 0;
+    EXPECT_TRUE(!(stream >> text).isOk() && text.empty());
+    memory.readAt = 0;
+    EXPECT_TRUE(!(again >> bytes).isOk() && bytes.empty());
 }
 
 TEST(DataStream, IsNotDeceivedByALength) {
-    const std::string hostile = "\xFF\xFF\xFF\xFF\1\2\3";
-    MemoryDevice memory(hostile);
-    expectNothingFrom<std::string>(memory);
-    EXPECT_LE(memory.largestRead, 4U << 20);
-    memory.readAt = 0;
-    expectNothingFrom<std::vector<char>>(memory);
-    std::istringstream in(hostile);
-    xo::xoIoDeviceStdStreamProxy proxy(&in, nullptr);
+    MemoryDevice memory("\xFF\xFF\xFF\xFF\1\2\3"), large;
     xo::xoIoDeviceByteCounter counter;
-    counter.beginDelegation(&proxy);
-    expectNothingFrom<std::string>(counter);
+    counter.beginDelegation(&memory);
+    expectNothingFrom(counter, memory);
+    EXPECT_LE(memory.largestRead, 4U << 20);
 
-    MemoryDevice device;
-    xoDataStream stream(&device, kLittle);
-    std::string large((9U << 20) + 1, 'l'), copy;
-    large[4U << 20] = 'm';
-    EXPECT_TRUE((stream << large >> copy).isOk() && copy == large) << "longer than one piece";
+    std::string text((9U << 20) + 1, 'l'), copy;
+    text[4U << 20] = 'm';
+    EXPECT_TRUE((xoDataStream(&large, kBig) << text >> copy).isOk() && copy == text) << "longer than one piece";
 
-    static void* (*malloc)(std::size_t);
+    static void* (*allocate)(std::size_t);
     const xo::tests::ImportHook hook(
-        "libstdc++-6.dll", "malloc", +[](std::size_t size) { return size > 1U << 20 ? nullptr : malloc(size); });
+        "libstdc++-6.dll", "malloc", +[](std::size_t size) { return size > 1U << 20 ? nullptr : allocate(size); });
     ASSERT_TRUE(hook.isInstalled());
-    malloc = hook.original<void*(std::size_t)>();
-    device.readAt = 0;
-    expectNothingFrom<std::string>(device);  // a true length, but no memory
-    device.readAt = 0;
-    expectNothingFrom<std::vector<char>>(device);
+    allocate = hook.original<void*(std::size_t)>();
+    expectNothingFrom(large, large);  // a true length, but no memory
 }
 
 }  // namespace

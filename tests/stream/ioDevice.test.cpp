@@ -1,10 +1,7 @@
-#include "xoSystem/xoIoDevice.h"
-
 #include <fstream>
-#include <sstream>
 
 #include "log/logFixture.h"
-#include "stream/testDevices.h"
+#include "stream/memoryDevice.h"
 #include "support/capturedOutput.h"
 #include "support/temporaryFolder.h"
 
@@ -16,159 +13,122 @@ using Start = xoIoDevice::SeekStart;
 
 class IoDevice : public xo::tests::LogTest {};
 
-// One of each, on devices that stand at 1 to read and at 2 to write.
+// One of each, idle or on devices that stand at 1 to read and at 2 to write, sound or broken ones.
 struct Devices {
-    explicit Devices(char state) {
-        twin.writeAt = memory.writeAt = 2;
-        memory.readAt = 1;
+    explicit Devices(const std::string& state) {
+        first.writeAt = second.writeAt = 2;
+        first.readAt = 1;
         in.seekg(1);
         out.seekp(2);
-        memory.broken = state == 'b';
-        if (state == 'b') in.setstate(std::ios::badbit);
-        if (state == 'b') out.setstate(std::ios::failbit);
-        if (state == 'i') return;
-        counter.beginDelegation(&memory);
-        signaler.beginDelegation(&memory);
-        modifier.beginDelegation(&memory);
+        if (state == "broken") in.setstate(std::ios::badbit), out.setstate(std::ios::failbit), first.broken = true;
+        if (state == "idle") return;
+        byName["broadcast"] = &both;
+        byName["proxy"] = &streams;
+        counter.beginDelegation(&first);
+        signaler.beginDelegation(&first);
+        modifier.beginDelegation(&first);
     }
 
-    MemoryDevice memory{"abcdef"}, twin{"abcdef"};
+    MemoryDevice first{"abcdef"}, second{"abcdef"};
     std::stringstream in{"abcdef"}, out{"abcdef"};
-    xo::tests::Transformer plain;
-    xoIoDeviceBroadcast none{{}}, both{{&twin, nullptr, &memory}};
+    xoIoDeviceBroadcast none{{}}, both{{&second, nullptr, &first}};
     xoIoDeviceStdStreamProxy noStream{nullptr, nullptr}, streams{&in, &out};
-    xoIoDeviceByteCounter counter;
+    xoIoDeviceByteCounter counter, coder;
     xoIoDeviceSignaler signaler{nullptr, 10};
-    xoIoDeviceWriteStreamModifier modifier{&plain};
+    xoIoDeviceWriteStreamModifier modifier{&coder};
+    std::map<std::string, xoIoDevice*> byName = {{"broadcast", &none},
+                                                 {"proxy", &noStream},
+                                                 {"counter", &counter},
+                                                 {"signaler", &signaler},
+                                                 {"modifier", &modifier}};
 };
 
+std::uint64_t perform(const std::string& operation, xoIoDevice& device) {
+    char room[4] = {'x', 'y'};
+    if (operation == "readBytes") return device.readBytes(room, 4);
+    if (operation == "writeBytes") return device.writeBytes(room, 2);
+    if (operation == "hasError") return device.hasError();
+    if (operation == "atEnd") return device.atEnd();
+    if (operation == "seekg") return device.seekg(3, Start::SeekFromBegin);
+    if (operation == "seekp") return device.seekp(3, Start::SeekFromBegin);
+    return operation == "tellg" ? device.tellg() : device.tellp();
+}
+
+// The result, "!" for an error afterwards, and "B", "C" or "M" where the log is told that this cannot be done.
+constexpr const char* kOutcomes = R"(
+           readBytes writeBytes hasError atEnd seekg seekp tellg tellp
+broadcast idle     0!B 2  0  0B  0!B 1   0!B 0
+broadcast attached 0!B 2  0  0B  0!B 1   0!B 2
+broadcast broken   0!B 0! 1! 0!B 0!B 0!  0!B 2!
+proxy     idle     0   0  0  0   0   0   0   0
+proxy     attached 4   2  0  0   1   1   1   2
+proxy     broken   0!  0! 1! 0!  0!  0!  18446744073709551615! 18446744073709551615!
+counter   idle     0!  2  0  1   0!C 1   0   0
+counter   attached 4   2  0  0   0!C 1   0   0
+counter   broken   0!  0! 1! 0!  0!C 0!  0!  0!
+signaler  idle     0!  2  0  1   0!C 0!C 0   0
+signaler  attached 4   2  0  0   0!C 0!C 1   2
+signaler  broken   0!  0! 1! 0!  0!C 0!C 1!  2!
+modifier  idle     0   2  0  0   0M  0M  0M  0M
+modifier  attached 0   2  0  0   0M  0M  0M  0M
+modifier  broken   0!  0! 1! 0!  0!M 0!M 0!M 0!M)";
+
+std::string messageFor(char mark, const std::string& operation) {
+    if (mark == 'M') return "3()xoIoDeviceWriteStreamModifier::" + operation + " not implemented";
+    return (mark == 'B' ? "3()xoIoDeviceBroadcast " : "3()xoIoDeviceByteCounter ") + operation + " is not supported";
+}
+
 TEST_F(IoDevice, AnswersEachOperationInEachState) {
-    char room[4];
-    const std::pair<const char*, std::function<std::uint64_t(xoIoDevice&)>> operations[] = {
-        {"readBytes", [&](xoIoDevice& device) { return device.readBytes(room, 4); }},
-        {"writeBytes", [](xoIoDevice& device) { return device.writeBytes("xy", 2); }},
-        {"hasError", [](xoIoDevice& device) { return device.hasError(); }},
-        {"atEnd", [](xoIoDevice& device) { return device.atEnd(); }},
-        {"seekg", [](xoIoDevice& device) { return device.seekg(3, Start::SeekFromBegin); }},
-        {"seekp", [](xoIoDevice& device) { return device.seekp(3, Start::SeekFromBegin); }},
-        {"tellg", [](xoIoDevice& device) { return device.tellg(); }},
-        {"tellp", [](xoIoDevice& device) { return device.tellp(); }}};
-    // The result, "!" for an error afterwards, and where the log is told something "B", "C" or "M" for the message.
-    const std::map<char, std::pair<std::string, std::string>> messages = {
-        {'B', {"3()xoIoDeviceBroadcast ", " is not supported"}},
-        {'C', {"3()xoIoDeviceByteCounter ", " is not supported"}},
-        {'M', {"3()xoIoDeviceWriteStreamModifier::", " not implemented"}}};
-    const struct {
-        const char* name;
-        char state;  // idle, attached, or attached to what is broken
-        std::function<xoIoDevice&(Devices&)> pick;
-        const char* outcomes[8];
-    } rows[] = {
-        {"broadcast",
-         'i',
-         [](Devices& d) -> xoIoDevice& { return d.none; },
-         {"0!B", "2", "0", "0B", "0!B", "1", "0!B", "0"}},
-        {"broadcast",
-         'a',
-         [](Devices& d) -> xoIoDevice& { return d.both; },
-         {"0!B", "2", "0", "0B", "0!B", "1", "0!B", "2"}},
-        {"broadcast",
-         'b',
-         [](Devices& d) -> xoIoDevice& { return d.both; },
-         {"0!B", "0!", "1!", "0!B", "0!B", "0!", "0!B", "2!"}},
-        {"proxy", 'i', [](Devices& d) -> xoIoDevice& { return d.noStream; }, {"0", "0", "0", "0", "0", "0", "0", "0"}},
-        {"proxy", 'a', [](Devices& d) -> xoIoDevice& { return d.streams; }, {"4", "2", "0", "0", "1", "1", "1", "2"}},
-        {"proxy",
-         'b',
-         [](Devices& d) -> xoIoDevice& { return d.streams; },
-         {"0!", "0!", "1!", "0!", "0!", "0!", "18446744073709551615!", "18446744073709551615!"}},
-        {"counter",
-         'i',
-         [](Devices& d) -> xoIoDevice& { return d.counter; },
-         {"0!", "2", "0", "1", "0!C", "1", "0", "0"}},
-        {"counter",
-         'a',
-         [](Devices& d) -> xoIoDevice& { return d.counter; },
-         {"4", "2", "0", "0", "0!C", "1", "0", "0"}},
-        {"counter",
-         'b',
-         [](Devices& d) -> xoIoDevice& { return d.counter; },
-         {"0!", "0!", "1!", "0!", "0!C", "0!", "0!", "0!"}},
-        {"signaler",
-         'i',
-         [](Devices& d) -> xoIoDevice& { return d.signaler; },
-         {"0!", "2", "0", "1", "0!C", "0!C", "0", "0"}},
-        {"signaler",
-         'a',
-         [](Devices& d) -> xoIoDevice& { return d.signaler; },
-         {"4", "2", "0", "0", "0!C", "0!C", "1", "2"}},
-        {"signaler",
-         'b',
-         [](Devices& d) -> xoIoDevice& { return d.signaler; },
-         {"0!", "0!", "1!", "0!", "0!C", "0!C", "1!", "2!"}},
-        {"modifier",
-         'i',
-         [](Devices& d) -> xoIoDevice& { return d.modifier; },
-         {"0", "2", "0", "0", "0M", "0M", "0M", "0M"}},
-        {"modifier",
-         'a',
-         [](Devices& d) -> xoIoDevice& { return d.modifier; },
-         {"0", "2", "0", "0", "0M", "0M", "0M", "0M"}},
-        {"modifier",
-         'b',
-         [](Devices& d) -> xoIoDevice& { return d.modifier; },
-         {"0!", "0!", "1!", "0!", "0!M", "0!M", "0!M", "0!M"}}};
     for (const bool enabled : {true, false}) {
         log().setLogTypeEnabled(xoLogCritical, enabled);
-        for (const auto& row : rows) {
-            for (std::size_t i = 0; i < std::size(operations); ++i) {
-                Devices devices(row.state);
-                xoIoDevice& device = row.pick(devices);
-                std::string outcome = std::to_string(operations[i].second(device)) + (device.good() ? "" : "!");
-                std::string expected = row.outcomes[i];
+        std::istringstream table(kOutcomes);
+        std::string operations[8], name, state, expected;
+        for (std::string& operation : operations) table >> operation;
+        while (table >> name >> state) {
+            for (const std::string& operation : operations) {
+                table >> expected;
+                Devices devices(state);
+                xoIoDevice& device = *devices.byName.at(name);
+                std::string outcome = std::to_string(perform(operation, device)) + (device.good() ? "" : "!");
                 std::vector<std::string> lines;
-                if (const auto message = messages.find(expected.back()); message != messages.end()) {
+                if (std::isalpha(expected.back())) {
+                    if (enabled) lines = {messageFor(expected.back(), operation)};
                     expected.pop_back();
-                    if (enabled) lines = {message->second.first + operations[i].first + message->second.second};
                 }
-                EXPECT_EQ(outcome, expected) << row.name << ' ' << row.state << ' ' << operations[i].first;
-                EXPECT_EQ(takeLines(), lines) << row.name << ' ' << row.state << ' ' << operations[i].first;
+                EXPECT_EQ(outcome, expected) << name << ' ' << state << ' ' << operation;
+                EXPECT_EQ(takeLines(), lines) << name << ' ' << state << ' ' << operation;
             }
         }
     }
-}
-
-TEST_F(IoDevice, SaysNothingWithoutALog) {
     const xo::tests::CapturedOutput output;
     xoLog::destroyInstance();
     EXPECT_FALSE(xoIoDeviceBroadcast({}).atEnd());
-    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(output.text(), "") << "without a log nothing is said";
 }
 
 TEST_F(IoDevice, WritesTextAndSkipsBytes) {
     MemoryDevice device;
-    const char* const null = nullptr;
-    device << "one " << null << std::string("t\0o", 3);
+    device << "one " << static_cast<const char*>(nullptr) << std::string("t\0o", 3);
     EXPECT_EQ(device.bytes, std::string("one t\0o", 7));
     EXPECT_EQ(device.skipBytes(0), 0U);
     EXPECT_EQ(device.skipBytes(4), 4U);
     EXPECT_EQ(device.skipBytes(UINT64_MAX), 3U) << "fewer than asked";
-    MemoryDevice large(std::string(10000, 'x'));
-    EXPECT_EQ(large.skipBytes(9000), 9000U);
-    EXPECT_EQ(large.tellg(), 9000U);
-    EXPECT_EQ(large.largestRead, 4096U);
+    device << std::string(10000, 'x');
+    EXPECT_EQ(device.skipBytes(9000), 9000U);
+    EXPECT_EQ(device.tellg(), 9007U);
+    EXPECT_EQ(device.largestRead, 4096U);
 }
 
 TEST_F(IoDevice, BroadcastKeepsItsErrorAndItsOrder) {
     MemoryDevice first, full, last;
     full.room = 5;
     xoIoDeviceBroadcast broadcast({&first, &full, &last});
-    EXPECT_EQ(broadcast.writeBytes("1234", 4), 4U);
-    EXPECT_EQ(broadcast.writeBytes("5678", 4), 0U);
+    broadcast << "1234"
+              << "5678";
     EXPECT_EQ(first.bytes + "," + full.bytes + "," + last.bytes, "12345678,1234,1234");
     full.room = 100;
-    EXPECT_EQ(broadcast.writeBytes("9", 1), 0U) << "written, but the error stays";
-    EXPECT_EQ(last.bytes, "12349");
+    EXPECT_EQ(broadcast.writeBytes("9", 1), 0U) << "the error stays";
+    EXPECT_EQ(last.bytes, "12349") << "yet the bytes are written";
 
     xoIoDeviceBroadcast uneven({&first, &last});
     EXPECT_EQ(uneven.tellp(), 0U);
@@ -181,19 +141,14 @@ TEST_F(IoDevice, BroadcastKeepsItsErrorAndItsOrder) {
 TEST_F(IoDevice, CounterFollowsThePositionToWriteTo) {
     MemoryDevice device(std::string(200, '-'));
     xoIoDeviceByteCounter counter;
-    ASSERT_TRUE(counter.beginDelegation(&device));
+    counter.beginDelegation(&device);
     counter << std::string(100, 'x');
-    const struct {
-        std::int64_t offset;
-        int start;
-        std::uint64_t position;
-    } seeks[] = {{10, 0, 10}, {5, 1, 15}, {-90, 1, 0}, {-1, 2, 99}, {-101, 2, 0}, {7, 2, 107}, {3, 9, 107}};
-    for (const auto& seek : seeks) {
-        EXPECT_TRUE(counter.seekp(seek.offset, static_cast<Start>(seek.start)));
-        EXPECT_EQ(counter.tellp(), seek.position) << seek.offset << " from " << seek.start;
-        EXPECT_EQ(device.writeAt, static_cast<std::size_t>(seek.offset)) << "passed on";
+    const int seeks[][3] = {{10, 0, 10}, {5, 1, 15}, {-90, 1, 0}, {-1, 2, 99}, {-101, 2, 0}, {7, 2, 107}, {3, 9, 107}};
+    for (const auto& [offset, start, position] : seeks) {
+        EXPECT_TRUE(counter.seekp(offset, static_cast<Start>(start)));
+        EXPECT_EQ(counter.tellp(), static_cast<std::uint64_t>(position)) << offset << " from " << start;
+        EXPECT_EQ(device.writeAt, static_cast<std::size_t>(offset)) << "passed on";
     }
-    EXPECT_EQ(counter.getWrittenBytes(), 107U);
     counter.seekp(10, Start::SeekFromBegin);
     counter << "12345";
     EXPECT_EQ(counter.tellp(), 15U);
@@ -201,7 +156,7 @@ TEST_F(IoDevice, CounterFollowsThePositionToWriteTo) {
     EXPECT_TRUE(counter.endDelegation());
     EXPECT_EQ(counter.getWrittenBytes(), 107U);
     EXPECT_EQ(counter.getReadBytes(), 200U);
-    EXPECT_EQ(counter.skipBytes(1), 0U);
+    counter.skipBytes(1);
     EXPECT_FALSE(counter.endDelegation()) << "a read without a device";
     EXPECT_TRUE(counter.beginDelegation(&device) && counter.good());
     EXPECT_EQ(counter.getReadBytes() + counter.getWrittenBytes() + counter.tellp(), 0U);
@@ -217,11 +172,15 @@ TEST_F(IoDevice, SignalerCallsBeforeTheBytesThatReachTheThreshold) {
     };
     signaler.setSignal(&signal);
     signaler.beginDelegation(&device);
-    for (const char* const text : {"1111", "2222", "3333", "4444"}) signaler << text;
+    signaler << "1111"
+             << "2222"
+             << "3333"
+             << "4444";
     signaler.beginDelegation(&device);  // does not restart the count
-    for (const char* const text : {"5555", "6", "7"}) signaler << text;
+    signaler << "5555"
+             << "6"
+             << "7";
     EXPECT_EQ(device.bytes, "11112222" + mark + "3333444455556" + mark + "7");
-
     signal = nullptr;
     EXPECT_THROW(signaler << "0123456789", std::bad_function_call);
     EXPECT_THROW(signaler << "0123456789", std::bad_function_call) << "the signal was lost";
@@ -250,18 +209,10 @@ TEST_F(IoDevice, ProxyTellsOfEndAndFailureWithoutThrowing) {
         EXPECT_EQ(device.writeBytes("12345", 5), 0U);
         EXPECT_TRUE(device.hasError());
     }
-    std::ofstream vanished;
-    {
-        const xo::tests::TemporaryFolder folder;
-        vanished.open(folder.widePath() / L"a", std::ios::binary);
-        ASSERT_TRUE(vanished.is_open());
-        vanished.close();
-        std::filesystem::remove_all(folder.widePath());
-        vanished.open(folder.widePath() / L"a", std::ios::binary);
-    }
+    const auto path = xo::tests::TemporaryFolder().widePath() / L"a";  // the folder is gone already
+    std::ofstream vanished(path, std::ios::binary);
     xoIoDeviceStdStreamProxy device(nullptr, &vanished);
-    device << "lost";
-    EXPECT_TRUE(device.hasError());
+    EXPECT_FALSE((device << "lost").good());
 }
 
 }  // namespace
