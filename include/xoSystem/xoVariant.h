@@ -31,6 +31,10 @@
 
 namespace xo {
 
+namespace variant {
+struct LentText;
+}
+
 class XOSYSTEM_API xoVariant {
 public:
     // What a variant can hold. The numbers are fixed: values of different types are ordered by them. 8 stays free.
@@ -133,11 +137,14 @@ public:
 
     // Copies are deep; a move leaves the source UNKNOWN.
     xoVariant(const xoVariant& other) : mType(other.mType), mPayload(other.mPayload) {
-        if (ownsHeap()) copyPayload(other);
+        if (pointsToHeap()) copyPayload(other);
     }
-    xoVariant(xoVariant&& other) noexcept : mType(other.mType), mPayload(other.mPayload) { other.mType = UNKNOWN; }
+    xoVariant(xoVariant&& other) noexcept : mType(other.mType), mIsLent(other.mIsLent), mPayload(other.mPayload) {
+        other.mType = UNKNOWN;
+        other.mIsLent = false;
+    }
     ~xoVariant() {
-        if (ownsHeap()) destroyPayload();
+        if (pointsToHeap() && !mIsLent) destroyPayload();
     }
 
     // Both work from a value inside the one assigned to, and from itself.
@@ -151,6 +158,7 @@ public:
     // Exchanges type and value with another.
     void swap(xoVariant& other) noexcept {
         std::swap(mType, other.mType);
+        std::swap(mIsLent, other.mIsLent);
         std::swap(mPayload, other.mPayload);
     }
     friend void swap(xoVariant& a, xoVariant& b) noexcept { a.swap(b); }
@@ -237,6 +245,8 @@ public:
     bool operator<(const xoVariant& other) const;
 
 private:
+    friend struct variant::LentText;
+
     union Payload {
         std::int64_t integer;  // INTEGER and DATETIME
         double real;
@@ -249,10 +259,10 @@ private:
         UserDataInterface* userData;  // may be null
     };
 
-    bool ownsHeap() const noexcept {
-        constexpr unsigned owners = 1u << STRING | 1u << VEC2D | 1u << VEC3D | 1u << VEC4D | 1u << STRINGLIST |
-                                    1u << MAP | 1u << LIST | 1u << MAT3D | 1u << MAT4D | 1u << USERDATA;
-        return (owners >> static_cast<unsigned>(mType) & 1u) != 0;
+    bool pointsToHeap() const noexcept {
+        constexpr unsigned pointers = 1u << STRING | 1u << VEC2D | 1u << VEC3D | 1u << VEC4D | 1u << STRINGLIST |
+                                      1u << MAP | 1u << LIST | 1u << MAT3D | 1u << MAT4D | 1u << USERDATA;
+        return (pointers >> static_cast<unsigned>(mType) & 1u) != 0;
     }
     template <class Number>
     void buildNumbers(const Number* values, std::size_t count);
@@ -276,7 +286,8 @@ private:
     std::int64_t convertToInteger() const;
     double convertToReal() const;
 
-    Type mType;  // always one of the enumerators
+    Type mType;            // always one of the enumerators
+    bool mIsLent = false;  // the payload is not this variant's to delete
     Payload mPayload;
 };
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "text/utf8Checks.h"
+#include "variant/lentText.h"
 #include "variant/numberGuess.h"
 
 namespace xo::stream {
@@ -31,24 +32,25 @@ void CsvParser::start(const CsvDialect& dialect, std::uint64_t size, Read read) 
     mIsHeader = true;
     mMaxColumnCount = 0;
     mError.clear();
+    releaseTable();
     if (mRoom > mBlockSize || mRoom < (std::min<std::uint64_t>)(size, mBlockSize)) {  // made for another source
         mBuffer.reset();
         mRoom = 0;
     }
 }
 
-bool CsvParser::parse(Table& table, std::uint64_t rowCount, bool& finished) {
+bool CsvParser::parse(std::uint64_t rowCount, bool& finished) {
     finished = false;
     if (!mError.empty()) return false;
     while (rowCount != 0) {
-        if (!scan(table, rowCount)) return false;
+        if (!scan(rowCount)) return false;
         if (rowCount == 0) break;
         if (mEnd - mAt >= kLongestSequence) return failAtMalformed();
         bool moreInput = false;
         if (!refill(moreInput)) return false;
         if (moreInput) continue;
         if (mAt != mEnd) return failAtMalformed();
-        finish(table);
+        finish();
         break;
     }
     finished = isAtEnd();
@@ -57,7 +59,7 @@ bool CsvParser::parse(Table& table, std::uint64_t rowCount, bool& finished) {
 }
 
 // Deals with the valid bytes up to the end of the last row that is wanted.
-bool CsvParser::scan(Table& table, std::uint64_t& rowsLeft) {
+bool CsvParser::scan(std::uint64_t& rowsLeft) {
     const CsvMarks marks = mMarks;
     const CsvDialect dialect = mDialect;
     const char* const end = mBuffer.get() + mValid;
@@ -79,7 +81,7 @@ bool CsvParser::scan(Table& table, std::uint64_t& rowsLeft) {
             } else if (*at == '\n') {
                 mAt = static_cast<std::size_t>(run - mBuffer.get());
                 endCell();
-                endRow(table);
+                endRow();
                 if (--rowsLeft == 0) return true;
             }
         }
@@ -109,7 +111,7 @@ void CsvParser::endCell() {
     mCell.size = 0;
 }
 
-void CsvParser::endRow(Table& table) {
+void CsvParser::endRow() {
     Row row;
     if (!mSpareRows.empty()) {
         row = std::move(mSpareRows.back());
@@ -124,26 +126,21 @@ void CsvParser::endRow(Table& table) {
         fill(row[i], {text + mCells[i].begin, mCells[i].size});
     }
     mMaxColumnCount = (std::max)(mMaxColumnCount, static_cast<std::uint32_t>(mCells.size()));
-    table.push_back(std::move(row));
+    mTable.push_back(std::move(row));
     mCells.clear();
     mIsHeader = false;
     mRowBegin = mAt;
 }
 
-void CsvParser::fill(xoVariant& value, std::string_view text) const {
-    constexpr std::size_t kMostRoomKept = 256;  // of a recycled text
+void CsvParser::fill(xoVariant& value, std::string_view text) {
     if (mDialect.guessTypes && variant::readNumber(text, value)) return;
-    if (value.getType() == xoVariant::STRING && value.getString().capacity() <= kMostRoomKept) {
-        value.editString().assign(text);
-    } else {
-        value = xoVariant(text);
-    }
+    variant::LentText::put(value, mTexts.take(text));
 }
 
 // What has no end of its own at the end of the input ends there.
-void CsvParser::finish(Table& table) {
+void CsvParser::finish() {
     if (mCell.size != 0) endCell();
-    if (!mCells.empty()) endRow(table);
+    if (!mCells.empty()) endRow();
     mQuotes = Outside;
 }
 
@@ -193,9 +190,18 @@ bool CsvParser::failAtMalformed() {
     return fail("Invalid UTF-8");
 }
 
-void CsvParser::recycle(Table& table) {
-    if (mError.empty()) mSpareRows.swap(table);
-    table.clear();
+void CsvParser::setTable(const Table& table) { mTable = table; }
+
+void CsvParser::clearTable() {
+    if (mError.empty()) mSpareRows.swap(mTable);
+    mTable.clear();
+    mTexts.takeBack();
+}
+
+void CsvParser::releaseTable() {
+    Table().swap(mTable);
+    Table().swap(mSpareRows);
+    mTexts.release();
 }
 
 bool CsvParser::fail(std::string error) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "stream/csvMarks.h"
+#include "stream/textStock.h"
 #include "xoSystem/xoVariant.h"
 
 namespace xo::stream {
@@ -23,7 +24,8 @@ struct CsvDialect {
 
 // The text is read in blocks into one buffer, in which every row is taken apart in place: a cell is a piece of the
 // buffer, closed up where a delimiter or carriage return fell out of it, until the row becomes variants. So the buffer
-// holds the row under way from its start, and grows only for a row that is longer.
+// holds the row under way from its start, and grows only for a row that is longer. The texts of the table are lent to
+// its variants, so that neither they nor the variants are made or destroyed one by one.
 class CsvParser {
 public:
     using Row = std::vector<xoVariant>;
@@ -35,18 +37,22 @@ public:
 
     explicit CsvParser(std::size_t blockSize = kBlockSize) : mBlockSize(blockSize) {}
 
-    // Begins anew with a source of that many bytes.
+    // Begins anew, with an empty table and a source of that many bytes.
     void start(const CsvDialect& dialect, std::uint64_t size, Read read);
-    bool isStarted() const { return static_cast<bool>(mRead); }
 
     // Appends up to that many rows. A failure leaves those before it, and every later call fails the same way.
-    bool parse(Table& table, std::uint64_t rowCount, bool& finished);
+    bool parse(std::uint64_t rowCount, bool& finished);
 
     // Reads on when fewer bytes are left than the longest sequence has. False after a failure.
     bool refill(bool& moreInput);
 
-    // Takes rows that nobody needs any more: their memory serves the next ones.
-    void recycle(Table& table);
+    const Table& table() const { return mTable; }
+    void setTable(const Table& table);
+
+    // Empties the table. The memory of its rows serves the next ones.
+    void clearTable();
+    // Gives its memory back too.
+    void releaseTable();
 
     bool fail(std::string error);
     const std::string& error() const { return mError; }
@@ -63,12 +69,12 @@ private:
     const char* rowText() const { return mBuffer.get() + mRowBegin; }
     bool isAtEnd() const { return mUnread == 0 && mAt == mEnd; }
 
-    bool scan(Table& table, std::uint64_t& rowsLeft);
+    bool scan(std::uint64_t& rowsLeft);
     bool append(const char* run, const char* end);
     void endCell();
-    void endRow(Table& table);
-    void fill(xoVariant& value, std::string_view text) const;
-    void finish(Table& table);
+    void endRow();
+    void fill(xoVariant& value, std::string_view text);
+    void finish();
     bool failAtMalformed();
     void makeRoom();
 
@@ -91,7 +97,9 @@ private:
     bool mIsHeader = true;
     std::uint32_t mMaxColumnCount = 0;
     std::string mError;
-    Table mSpareRows;
+    TextStock mTexts;  // of the table
+    Table mTable;
+    Table mSpareRows;  // what they hold has no meaning
 };
 
 }  // namespace xo::stream

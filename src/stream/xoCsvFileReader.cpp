@@ -27,13 +27,12 @@ struct xoCsvFileReader::Private {
     stream::CsvDialect dialect;
     stream::CsvParser parser;  // reads from file once a parse was started
     bool isStarted = false;
-    Table table;
     unsigned maxColumnCount = 0;
     std::string lastError;
 
     void copyFrom(const Private& other) {
         dialect = other.dialect;
-        table = other.table;
+        parser.setTable(other.parser.table());
         maxColumnCount = other.maxColumnCount;
         lastError = other.lastError;
     }
@@ -47,7 +46,7 @@ struct xoCsvFileReader::Private {
 
 bool xoCsvFileReader::Private::start() {
     lastError.clear();
-    table.clear();
+    parser.releaseTable();
     maxColumnCount = 0;
     isStarted = false;
     if (!file) return fail(kOpenFailed);
@@ -132,11 +131,11 @@ bool xoCsvFileReader::parseNext(bool& finished, bool clearTable, std::uint64_t r
     finished = false;
     Private& self = *mPrivate;
     if (!self.isStarted && !self.start()) return false;
-    if (clearTable) self.parser.recycle(self.table);
-    return self.guarded([&] { return self.parser.parse(self.table, rowCount, finished); });
+    if (clearTable) self.parser.clearTable();
+    return self.guarded([&] { return self.parser.parse(rowCount, finished); });
 }
 
-const xoCsvFileReader::Table& xoCsvFileReader::getTable() const { return mPrivate->table; }
+const xoCsvFileReader::Table& xoCsvFileReader::getTable() const { return mPrivate->parser.table(); }
 
 unsigned int xoCsvFileReader::getMaxColumnCount() const { return mPrivate->maxColumnCount; }
 

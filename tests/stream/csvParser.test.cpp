@@ -47,11 +47,11 @@ Parsed parse(const std::string& text, const CsvDialect& dialect, const Way& way)
         return size;
     });
     Parsed parsed;
-    CsvParser::Table table;
+    const CsvParser::Table& table = parser.table();
     for (bool finished = false; !finished;) {
-        if (way.clear) parser.recycle(table);
+        if (way.clear) parser.clearTable();
         const std::size_t before = table.size();
-        const bool done = parser.parse(table, way.batch, finished);
+        const bool done = parser.parse(way.batch, finished);
         EXPECT_LE(table.size() - before, way.batch);
         if (way.clear) {
             for (auto& row : textsOf(table)) parsed.rows.push_back(row);
