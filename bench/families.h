@@ -9,6 +9,7 @@ namespace bench {
 void measureIni(Suite& suite);
 void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
+void measureProcess(Suite& suite);
 void measureText(Suite& suite);
 void measureThreads(Suite& suite);
 void measureVariant(Suite& suite);

@@ -12,6 +12,7 @@ int wmain(int count, wchar_t** arguments) {
     std::printf("%-8s %-38s %-34s %11s %11s %7s\n", "family", "case", "other", "ours ns", "other ns", "ratio");
     bench::measureIni(suite);
     bench::measureLog(suite);
+    bench::measureProcess(suite);
     bench::measureText(suite);
     bench::measureThreads(suite);
     bench::measureVariant(suite);
