@@ -14,6 +14,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureIni(suite);
     bench::measureLog(suite);
     bench::measureStreams(suite);
+    bench::measureProcess(suite);
     bench::measureText(suite);
     bench::measureThreads(suite);
     bench::measureVariant(suite);

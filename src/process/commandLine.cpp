@@ -1,6 +1,7 @@
 #include "process/commandLine.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "platform/handle.h"
 #include "platform/wideText.h"
@@ -145,14 +146,15 @@ bool xoProcess::SplitCommandLine(const std::string& commandLine, std::vector<std
     // An empty line would be split into the path of this very program.
     const bool isBlank = commandLine.find_first_not_of(" \t") == std::string::npos;
     int count = 0;
-    platform::LocalMemory<wchar_t*> words;
-    if (!isBlank && process::isPlainText(commandLine))
-        words.reset(::CommandLineToArgvW(platform::toWide(commandLine).c_str(), &count));
+    wchar_t** const words = isBlank || !process::isPlainText(commandLine)
+                                ? nullptr
+                                : ::CommandLineToArgvW(platform::toWide(commandLine).c_str(), &count);
+    const platform::LocalMemory<void> owner(static_cast<void*>(words));
     if (!words) {
         xoLogObject(xoLogCritical) << "Invalid command line : " << commandLine;
         return false;
     }
-    for (int i = 0; i < count; ++i) arguments.push_back(platform::toUtf8(words.get()[i]));
+    std::transform(words, words + count, std::back_inserter(arguments), &platform::toUtf8);
     return true;
 }
 

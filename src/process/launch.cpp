@@ -13,7 +13,7 @@ bool isFile(const std::string& path) { return xoDirUtils::FileExistsUtf8(path) &
 
 std::string findProgram(const Launch& wanted) {
     if (!wanted.makeAbsolute || wanted.program.empty()) return wanted.program;
-    std::string path = xoDirUtils::GetAbsolutePathUtf8(wanted.program);
+    const std::string path = xoDirUtils::GetAbsolutePathUtf8(wanted.program);
     return isFile(path) ? path : xoDirUtils::GetAbsolutePathUtf8(wanted.program + ".exe");
 }
 

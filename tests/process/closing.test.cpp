@@ -1,13 +1,11 @@
 // The polite end. Windows make Wine start a desktop, so this program runs alone.
 #include "process/processFixture.h"
 
-namespace {
+namespace xo::tests {
 
-class Closing : public xo::tests::ProcessTest {};
-
-TEST_F(Closing, ReachesEveryWindowAndAThreadWithoutOne) {
+TEST_F(Process, ClosesAllItsWindowsAndAThreadWithoutOne) {
     for (const auto& [task, code] : {std::pair("window", 7), std::pair("queue", 8)}) {
-        ASSERT_TRUE(begin(task));
+        ASSERT_TRUE(mChild.startProcess(mHelper, {task}) && waitUntilTold(task));
         mChild.terminateProcess();
         EXPECT_TRUE(mChild.waitForFinished(20000)) << task;
         EXPECT_EQ(mChild.exitCode(), code) << task;
@@ -15,4 +13,4 @@ TEST_F(Closing, ReachesEveryWindowAndAThreadWithoutOne) {
     mChild.terminateProcess();  // nobody is there to be asked
 }
 
-}  // namespace
+}  // namespace xo::tests

@@ -1,50 +1,54 @@
-// What the tests of processes share: a helper program, a folder for it to work in, and a log.
+// A helper program, a folder for it to work in, and a log.
 #ifndef XO_TESTS_PROCESSFIXTURE_H
 #define XO_TESTS_PROCESSFIXTURE_H
 
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
-
 #include "log/logFixture.h"
-#include "support/importHook.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoProcess.h"
 
 namespace xo::tests {
 
-class ProcessTest : public LogTest {
+using Texts = std::vector<std::string>;
+
+class Process : public LogTest {
 protected:
-    ProcessTest() {
+    Process() {
         log().setLogTypeEnabled(xoLogDebug, true);
-        xoDirUtils::GetFolderOfCurrentProcessUtf8(mHelper);
-        mHelper += "\\processChild.exe";
+        xoDirUtils::GetFolderOfCurrentProcessUtf8(mBinaries);
+        mHelper = mBinaries + "\\processChild.exe";
         mChild.setWorkingDirectoryUtf8(mFolder.path());
     }
-    ~ProcessTest() override {
+    ~Process() override {
         mChild.killProcess();
         mChild.waitForFinished(10000);
     }
 
-    // The exit code of the helper, run with these arguments in the folder.
-    int run(const std::vector<std::string>& arguments, unsigned timeoutMs = 60000) {
-        return xoProcess::ExecUtf8(mHelper, arguments, mFolder.path(), false, timeoutMs, &mError);
+    // The exit code of a program, by default the helper, run in the folder.
+    int run(const Texts& arguments, unsigned timeoutMs = 60000) { return runOther(mHelper, arguments, timeoutMs); }
+    int runOther(const std::string& program, const Texts& arguments, unsigned timeoutMs = 60000) {
+        mError = "untouched";
+        return xoProcess::ExecUtf8(program, arguments, mFolder.path(), true, timeoutMs, &mError);
     }
 
-    // Starts the helper and waits until it says that it is ready.
-    bool begin(const std::string& task) {
-        std::filesystem::remove(mFolder.widePath() / "told");
-        if (!mChild.startProcess(mHelper, {task})) return false;
-        for (int i = 0; i < 2000 && !mFolder.has("told"); ++i) ::Sleep(5);
-        return mFolder.has("told");
+    // Waits until the helper has written what it has to tell.
+    bool waitUntilTold(const std::string& text) const {
+        for (int i = 0; i < 2000 && mFolder.read("told") != text; ++i) ::Sleep(5);
+        return mFolder.read("told") == text;
     }
 
     const TemporaryFolder mFolder;
+    std::string mBinaries;
     std::string mHelper;
-    std::string mError = "untouched";
+    std::string mError;
     xoProcess mChild;
 };
+
+// The texts with a NUL behind each.
+inline std::string joined(const Texts& texts) {
+    std::string all;
+    for (const std::string& text : texts) all += text + '\0';
+    return all;
+}
 
 }  // namespace xo::tests
 
