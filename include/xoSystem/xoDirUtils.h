@@ -43,9 +43,9 @@ struct XOSYSTEM_API xoFileInfoUtf8 {
     std::int64_t creationTime;      //
     std::int64_t modificationTime;  //
     std::uint64_t size;             // bytes; 0 for a folder
-    bool exists : 1;
-    bool hasType : 1;  // whether it is known to be a file, a folder or a device; set for all that exists
-    bool isDirectory : 1;
+    bool exists : 1;                // links are followed
+    bool hasType : 1;               // whether it is known to be a file, a folder or a device; set for all that exists
+    bool isDirectory : 1;           // a folder, or a drive
 };
 
 class XOSYSTEM_API xoDirUtils {
@@ -81,11 +81,11 @@ public:
 
     // ---- known folders, without a separator at the end; empty when the system has none ----
 
-    static std::string GetFontFolderUtf8();
+    static std::string GetFontFolderUtf8();           // of the system
     static std::string GetCommonAppDataFolderUtf8();  // for all users
     static std::string GetAppDataFolderUtf8();        // of this user, roaming
-    static std::string GetPicturesFolderUtf8();
-    static std::string GetDocumentsFolderUtf8();
+    static std::string GetPicturesFolderUtf8();       // of this user
+    static std::string GetDocumentsFolderUtf8();      // of this user
 
     // What TEMP holds, else the system's answer, with "/" between the names. A separator at the end is dropped, except
     // after a bare drive.
@@ -187,6 +187,7 @@ public:
     public:
         virtual ~FileSystemVisitor();
 
+        // The operations. subFolder and file are names alone.
         virtual bool onEnterFolder(const std::string& folder);
         virtual bool onFile(const std::string& folder, const std::string& file);
         virtual bool onFolder(const std::string& folder, const std::string& subFolder);
@@ -206,6 +207,7 @@ public:
         static std::string concatPathAndFile(const std::string& folder, const std::string& file);
     };
 
+    // How GlobFileAndFolderUtf8 collects.
     enum GlobFlag {
         GlobAppend = 1,     // to what the vectors hold; else they are emptied first
         GlobRecursive = 2,  // all below too
