@@ -7,6 +7,7 @@
 namespace bench {
 
 void measureCsv(Suite& suite);
+void measureFolders(Suite& suite);
 void measureIni(Suite& suite);
 void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family

@@ -30,7 +30,7 @@ class NameFilter {
 public:
     explicit NameFilter(const std::vector<std::string>* extensions)
         : mAcceptsAll(extensions == nullptr || extensions->empty()) {
-        if (mAcceptsAll) return;
+        if (extensions == nullptr) return;
         for (const std::string& extension : *extensions)
             if (!extension.empty()) mEnds.push_back(extension.front() == '.' ? extension : '.' + extension);
     }

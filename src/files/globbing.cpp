@@ -32,7 +32,7 @@ private:
 void xoDirUtils::GlobFileAndFolderUtf8(const std::string& folder, std::vector<std::string>* files,
                                        std::vector<std::string>* folders, const std::vector<std::string>* extensions,
                                        int flags) {
-    const std::string start = folder;  // which may be in one of the vectors
+    const std::string start(folder.data(), folder.size());  // a text of its own: the folder's may be in a vector
     if ((flags & GlobAppend) == 0) {
         if (files != nullptr) files->clear();
         if (folders != nullptr) folders->clear();

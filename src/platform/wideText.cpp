@@ -90,8 +90,8 @@ std::wstring toApiPath(std::wstring path) {
     if (hasNul(path)) return {};
     const std::size_t folder = isAbsolute(path) ? 0 : ::GetCurrentDirectoryW(0, nullptr);
     if (path.empty() || folder + path.size() < kShortPathLimit) return path;
-    std::wstring extended = toExtendedPath(path);
-    return extended.empty() ? path : extended;
+    if (std::wstring extended = toExtendedPath(path); !extended.empty()) return extended;
+    return path;
 }
 
 std::wstring toExtendedPath(const std::wstring& path) {
