@@ -11,6 +11,7 @@ void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
 void measureText(Suite& suite);
 void measureThreads(Suite& suite);
+void measureUtil(Suite& suite);
 void measureVariant(Suite& suite);
 
 }  // namespace bench

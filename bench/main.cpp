@@ -14,6 +14,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureLog(suite);
     bench::measureText(suite);
     bench::measureThreads(suite);
+    bench::measureUtil(suite);
     bench::measureVariant(suite);
     if (suite.rows().empty()) {
         std::fputs("no such family\n", stderr);
