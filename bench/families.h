@@ -15,6 +15,7 @@ void measureStreams(Suite& suite);
 void measureProcess(Suite& suite);
 void measureText(Suite& suite);
 void measureThreads(Suite& suite);
+void measureUtil(Suite& suite);
 void measureVariant(Suite& suite);
 
 }  // namespace bench

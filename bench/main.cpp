@@ -18,6 +18,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureProcess(suite);
     bench::measureText(suite);
     bench::measureThreads(suite);
+    bench::measureUtil(suite);
     bench::measureVariant(suite);
     if (suite.rows().empty()) {
         std::fputs("no such family\n", stderr);

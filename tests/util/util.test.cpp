@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -16,37 +17,28 @@ using xo::Stamp;
 using xo::xoTimer;
 using xo::tests::ImportHook;
 
-TEST(Stamp, IsDistinctAndGreaterThanTheLast) {
-    constexpr std::size_t kThreads = 8, kEach = 12500;
+TEST(Stamp, CountsUpAndNeverComesTwice) {
+    constexpr int kEach = 12'500;
     xo::StampGenerator stamps;
-    std::vector<Stamp> made(kThreads * kEach, Stamp::Invalid());
+    std::vector<Stamp> made(8 * kEach, Stamp::Invalid());
     std::vector<std::thread> threads;
-    for (std::size_t t = 0; t < kThreads; ++t)
-        threads.emplace_back([&, t] {
-            for (std::size_t i = t * kEach; i < (t + 1) * kEach; ++i) made[i] = stamps.generateStamp();
-        });
+    for (auto own = made.begin(); own != made.end(); own += kEach)
+        threads.emplace_back([&stamps, own] { std::generate_n(own, kEach, [&] { return stamps.generateStamp(); }); });
     for (std::thread& thread : threads) thread.join();
     for (auto own = made.begin(); own != made.end(); own += kEach) EXPECT_TRUE(std::is_sorted(own, own + kEach));
     std::sort(made.begin(), made.end());
     EXPECT_EQ(std::adjacent_find(made.begin(), made.end()), made.end());
     EXPECT_TRUE(made.front().isValid() && made.front() > Stamp::Invalid() && !Stamp::Invalid().isValid());
-    std::uint64_t ends[2];  // only a stamp's bytes tell its number
-    std::memcpy(&ends[0], &made.front(), sizeof(Stamp));
-    std::memcpy(&ends[1], &made.back(), sizeof(Stamp));
-    EXPECT_TRUE(ends[0] == 1 && ends[1] == made.size());
+    const std::uint64_t numbers[] = {1, made.size()};  // which only the bytes of a stamp tell
+    EXPECT_EQ(std::memcmp(&made.front(), &numbers[0], sizeof(Stamp)), 0);
+    EXPECT_EQ(std::memcmp(&made.back(), &numbers[1], sizeof(Stamp)), 0);
 }
 
 // The clocks of the timers: they stand at the time that a test sets, or go on by a step with each look.
 std::int64_t now = 0, step = 0;
 ULONGLONG WINAPI readTicks() { return static_cast<ULONGLONG>(now += step); }
-BOOL WINAPI readCount(LARGE_INTEGER* count) {
-    count->QuadPart = now += step;
-    return TRUE;
-}
-BOOL WINAPI readFrequency(LARGE_INTEGER* frequency) {
-    frequency->QuadPart = 3'000'000;
-    return TRUE;
-}
+BOOL WINAPI readCount(LARGE_INTEGER* count) { return count->QuadPart = now += step, TRUE; }
+BOOL WINAPI readFrequency(LARGE_INTEGER* frequency) { return frequency->QuadPart = 3'000'000, TRUE; }
 
 TEST(Timer, HasElapsedWhenMoreThanTheTimeHasPassed) {
     const ImportHook ticks("xoSystem.dll", "GetTickCount64", &readTicks);
