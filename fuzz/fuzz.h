@@ -84,10 +84,12 @@ struct Target {
     void (*check)(const std::string& input);
 };
 
-// A path in the fuzzer's own folder, which goes when the program ends.
+// The path of a file in the fuzzer's own folder, which goes when the program ends; and the file's bytes.
 std::string scratchFile(const char* name);
+void writeScratch(const char* name, const std::string& bytes);
+std::string readScratch(const char* name);
 
-extern const Target kIni, kVariants, kCharSets, kVersions, kNaturalOrder;
+extern const Target kIni, kVariants, kCharSets, kVersions, kNaturalOrder, kCsv, kDataStream, kCommandLine;
 
 }  // namespace xo::fuzz
 

@@ -1,10 +1,8 @@
 // INI text: what is read, the warnings about it, what is written, and a merging save, against a reader and a writer of
 // our own. An input is one file, then a byte 1E, then the file that is merged into it.
-#include <fstream>
 #include <regex>
 
 #include "fuzz.h"
-#include "support/temporaryFolder.h"
 #include "treeModel.h"
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoLog.h"
@@ -138,22 +136,13 @@ void overlay(Node& result, const Node& map) {
     }
 }
 
-void write(const std::string& bytes) {
-    std::ofstream(std::filesystem::u8path(scratchFile("a.ini")), std::ios::binary) << bytes;
-}
-
-std::string savedBytes() {
-    std::ifstream file(std::filesystem::u8path(scratchFile("a.ini")), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // Loads through the library and the model, and wants the same.
 xoVariant::xoVariantMapImpl load(const std::string& bytes) {
     Lines log;
     const auto collect = [](const std::string& line, xoLogType, const std::string&, void* lines) {
         static_cast<Lines*>(lines)->push_back(line);
     };
-    write(bytes);
+    writeScratch("a.ini", bytes);
     xoVariant::xoVariantMapImpl map;
     xoLog::edit().installCustomHandler(collect, &log);
     const bool isLoaded = LoadIniFile(scratchFile("a.ini"), map);
@@ -169,7 +158,7 @@ xoVariant::xoVariantMapImpl load(const std::string& bytes) {
 
 void save(const xoVariant::xoVariantMapImpl& map, bool merge, const Node& model) {
     require(SaveIniFile(scratchFile("a.ini"), map, merge), "not saved");
-    const std::string saved = savedBytes(), expected = writeModel(model);
+    const std::string saved = readScratch("a.ini"), expected = writeModel(model);
     require(saved == expected, "wrote ", saved, "\nnot   ", expected);
 }
 
@@ -184,7 +173,7 @@ void check(const std::string& input) {
     overlay(both, Node::of(kept));
     overlay(both, Node::of(given));
     save(given, true, both);
-    load(savedBytes());
+    load(readScratch("a.ini"));
     save(kept, false, Node::of(kept));
 }
 

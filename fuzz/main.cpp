@@ -21,7 +21,8 @@ namespace {
 
 using namespace xo::fuzz;
 
-constexpr const Target* kTargets[] = {&kIni, &kVariants, &kCharSets, &kVersions, &kNaturalOrder};
+constexpr const Target* kTargets[] = {&kIni,          &kVariants, &kCharSets,   &kVersions,
+                                      &kNaturalOrder, &kCsv,      &kDataStream, &kCommandLine};
 constexpr DWORD kHangMs = 30000;
 
 std::optional<xo::tests::TemporaryFolder> gFolder;
@@ -200,6 +201,8 @@ bool run(int count, char** arguments) {
 }  // namespace
 
 std::string xo::fuzz::scratchFile(const char* name) { return gFolder->path(name); }
+void xo::fuzz::writeScratch(const char* name, const std::string& bytes) { gFolder->write(name, bytes); }
+std::string xo::fuzz::readScratch(const char* name) { return gFolder->read(name); }
 
 int main(int count, char** arguments) {
     ::SetUnhandledExceptionFilter(&reportCrash);

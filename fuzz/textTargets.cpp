@@ -4,6 +4,7 @@
 
 #include "fuzz.h"
 #include "support/capturedOutput.h"
+#include "utf8Model.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo::fuzz {
@@ -11,32 +12,10 @@ namespace {
 
 // ---- Character sets.
 
-constexpr char32_t kBroken = 0xFFFFFFFF;
-
-// The code point that starts the text, and its length; kBroken for anything but a complete, shortest, valid sequence.
-char32_t decode(std::string_view text, std::size_t& length) {
-    const auto byte = [&](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u; };
-    const unsigned lead = byte(0);
-    length = lead < 0x80                   ? 1
-             : lead >= 0xC0 && lead < 0xE0 ? 2
-             : lead >= 0xE0 && lead < 0xF0 ? 3
-             : lead >= 0xF0 && lead < 0xF8 ? 4
-                                           : 0;
-    if (length == 0) return kBroken;
-    char32_t code = length == 1 ? lead : lead & (0x7Fu >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        if (byte(i) < 0x80 || byte(i) > 0xBF) return kBroken;
-        code = code << 6 | (byte(i) & 0x3F);
-    }
-    constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
-    return code < kLeast[length] || isSurrogate || code > 0x10FFFF ? kBroken : code;
-}
-
 bool decodeAll(std::string_view text, std::u32string& codes) {
     for (std::size_t length = 0; !text.empty(); text.remove_prefix(length)) {
         const char32_t code = decode(text, length);
-        if (code == kBroken) return false;
+        if (code > 0x10FFFF) return false;
         codes += code;
     }
     return true;
