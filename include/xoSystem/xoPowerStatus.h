@@ -17,10 +17,12 @@ namespace xo {
 
 // A plain value.
 struct xoPowerStatus {
+    // Where the power comes from: offline is the battery.
     enum AcLine : std::int32_t { AcLineOffline = 0, AcLineOnline = 1, AcLineUnknown = 2 };
-    enum : std::int32_t { BatteryUnknown = 101 };
+    enum : std::int32_t { BatteryUnknown = 101 };  // in place of a percentage
 
     constexpr xoPowerStatus() = default;
+    // Takes the two fields as they are.
     constexpr xoPowerStatus(std::int32_t acLine, std::int32_t batteryPercent)
         : mAcLine(acLine), mBatteryPercent(batteryPercent) {}
 

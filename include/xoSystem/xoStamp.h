@@ -24,6 +24,7 @@ public:
     static constexpr Stamp Invalid() { return Stamp(); }
     constexpr bool isValid() const { return mValue != 0; }
 
+    // Greater means newer.
     constexpr bool operator<(Stamp other) const { return mValue < other.mValue; }
     constexpr bool operator>(Stamp other) const { return mValue > other.mValue; }
     constexpr bool operator==(Stamp other) const { return mValue == other.mValue; }

@@ -24,12 +24,15 @@ namespace xo {
 // Time since a moment that was snapped. It moves in the steps of the system's tick count: 10 to 16 milliseconds.
 class XOSYSTEM_API xoTimer {
 public:
+    // Has no snap unless asked for.
     explicit xoTimer(bool snapNow = false) {
         if (snapNow) snapTime();
     }
 
+    // Takes the present moment for the snap, or forgets it.
     void snapTime();
     void clearTime() { mSnapMs = kNotSnapped; }
+    // Whether there is a snap.
     bool isTimeSnapped() const { return mSnapMs != kNotSnapped; }
 
     // Milliseconds since the snap, INT64_MAX when there is none.
@@ -55,6 +58,7 @@ class XOSYSTEM_API xoHighResTimer {
 public:
     xoHighResTimer();
     ~xoHighResTimer();
+    // Copies the marks, and whether it runs.
     xoHighResTimer(const xoHighResTimer& other);
     xoHighResTimer& operator=(const xoHighResTimer& other);
 

@@ -31,14 +31,17 @@ public:
     xoVersion& operator=(const xoVersion&) = default;
     xoVersion& operator=(xoVersion&&) = default;
 
+    // Replaces all that the version holds.
     void setVersion(unsigned majorVersion, unsigned minorVersion, unsigned revision,
                     const std::string& description = {}, unsigned year = 0, unsigned month = 0);
 
+    // The parts, as they were given.
     unsigned getMajorVersion() const { return mMajor; }
     unsigned getMinorVersion() const { return mMinor; }
     unsigned getRevision() const { return mRevision; }
     const std::string& getDescription() const { return mDescription; }
 
+    // Compare the three numbers, the major one first, and nothing else.
     bool operator==(const xoVersion& other) const { return numbers() == other.numbers(); }
     bool operator!=(const xoVersion& other) const { return numbers() != other.numbers(); }
     bool operator<(const xoVersion& other) const { return numbers() < other.numbers(); }
@@ -81,6 +84,7 @@ class XOSYSTEM_API Version {
 public:
     Version() = delete;
 
+    // The numbers of the version, and the date of the release.
     static unsigned GetMajor();
     static unsigned GetMinor();
     static unsigned GetRelease();

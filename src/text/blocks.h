@@ -5,6 +5,7 @@
 #include <emmintrin.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #if defined(_MSC_VER) && !defined(__clang__)
 #    include <intrin.h>
@@ -30,6 +31,16 @@ inline unsigned lowestBit(unsigned mask) {
     return index;
 #else
     return static_cast<unsigned>(__builtin_ctz(mask));
+#endif
+}
+
+inline unsigned lowestBit(std::uint64_t mask) {
+#if defined(_MSC_VER) && !defined(__clang__)
+    unsigned long index = 0;
+    _BitScanForward64(&index, mask);
+    return index;
+#else
+    return static_cast<unsigned>(__builtin_ctzll(mask));
 #endif
 }
 
