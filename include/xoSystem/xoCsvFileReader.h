@@ -32,6 +32,7 @@ namespace xo {
 
 class XOSYSTEM_API xoCsvFileReader {
 public:
+    // Rows of cells; a row is as long as it was in the file.
     using Table = std::vector<std::vector<xoVariant>>;
 
     // With type guess each cell is what xoVariant::BuildFromString makes of it, the empty one 0; otherwise a STRING.

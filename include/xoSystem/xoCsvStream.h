@@ -77,8 +77,9 @@ public:
     unsigned int getNextCellRowIndex() const { return mRowIndex; }
     unsigned int getNextCellColIndex() const { return mColumnIndex; }
 
+    // Whether all went well since the last setDevice; setError ends that.
     bool isOk() const { return mOk; }
-    void setError() { mOk = false; }  // until the next setDevice
+    void setError() { mOk = false; }
 
 private:
     void writeCell(const char* data, std::size_t size);

@@ -44,20 +44,24 @@ public:
     // Any other value stands for little-endian too.
     enum Endianness : int { EndiannessLittle = 0, EndiannessBig = 1 };
 
+    // Starts out ok, with a null device too.
     xoDataStream(xoIoDevice* device, Endianness endianness) : mDevice(device), mEndianness(endianness) {}
     xoDataStream(xoIoDevice* device, int endianness) : xoDataStream(device, static_cast<Endianness>(endianness)) {}
 
+    // Of what is read and written next.
     Endianness getEndianness() const { return mEndianness; }
 
     // For what follows; a stream may change its order midway.
     void setEndianness(Endianness endianness) { mEndianness = endianness; }
     void setEndianness(int endianness) { mEndianness = static_cast<Endianness>(endianness); }
 
+    // Whether everything moved that should have.
     bool isOk() const { return mOk; }
 
     // Makes the stream fail, for instance over a value that makes no sense. Nothing mends it but assigning another.
     void setError() { mOk = false; }
 
+    // Write a value as the layout above has it.
     xoDataStream& operator<<(bool value) { return put<std::uint8_t>(value ? 0xFF : 0x00); }
     xoDataStream& operator<<(char value) { return put<std::uint8_t>(value); }
     xoDataStream& operator<<(signed char value) { return put<std::uint8_t>(value); }

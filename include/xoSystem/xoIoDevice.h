@@ -43,6 +43,7 @@ public:
     // Writes all of the bytes and returns their number, or 0 when that failed; some may have been written then.
     virtual std::uint64_t writeBytes(const char* buffer, std::uint64_t size) = 0;
 
+    // The error flag.
     virtual bool hasError() const = 0;
 
     // Whether there is nothing more to read. Some devices know only after a read that came back short.
@@ -52,6 +53,7 @@ public:
     virtual bool seekg(std::int64_t offset, SeekStart start) = 0;
     virtual bool seekp(std::int64_t offset, SeekStart start) = 0;
 
+    // The position to read from and the position to write to, in bytes.
     virtual std::uint64_t tellg() = 0;
     virtual std::uint64_t tellp() = 0;
 
@@ -62,6 +64,7 @@ public:
     // Reads that many bytes and drops them. Returns how many there were.
     std::uint64_t skipBytes(std::uint64_t count);
 
+    // No error flag.
     bool good() const { return !hasError(); }
 
 protected:
@@ -90,6 +93,7 @@ public:
     DelegableFlag getFlags() const { return mFlags; }
 
 protected:
+    // A class of the program's own chooses a type that no other has.
     xoIoDeviceDelegable(DelegableFlag flags, int type) : mType(type), mFlags(flags) {}
     xoIoDeviceDelegable(int flags, int type) : xoIoDeviceDelegable(static_cast<DelegableFlag>(flags), type) {}
 
@@ -131,9 +135,11 @@ private:
 //
 // A failed input stream (a read beyond its end fails it) is no error here; an output stream that failed is. What the
 // output stream holds in its buffer is not yet written: for the last word on success flush or close it and ask it. A
-// stream that is set to throw does not throw through this class.
+// stream that is set to throw does not throw through this class, and gcount() of the input stream means nothing. The
+// buffer of a file stream may be as small as 512 bytes; a larger one, set before the file is opened, pays.
 class XOSYSTEM_API xoIoDeviceStdStreamProxy : public xoIoDevice {
 public:
+    // Not owned; for a file that is read and written, both are the same object.
     xoIoDeviceStdStreamProxy(std::istream* in, std::ostream* out) : mIn(in), mOut(out) {}
     xoIoDeviceStdStreamProxy(const xoIoDeviceStdStreamProxy&) = default;
     xoIoDeviceStdStreamProxy& operator=(const xoIoDeviceStdStreamProxy&) = default;
@@ -205,6 +211,7 @@ private:
 // instance to insert a mark or to begin a new file.
 class XOSYSTEM_API xoIoDeviceSignaler : public xoIoDevice {
 public:
+    // Gets the attached device, maybe null.
     using Signal = std::function<void(xoIoDevice*)>;
 
     // The signal is not owned and may be null. A threshold of 0 signals at each write.
@@ -228,7 +235,7 @@ public:
     bool seekp(std::int64_t offset, SeekStart start) override;
 
     std::uint64_t tellg() override;  // the device's; 0 without one
-    std::uint64_t tellp() override;
+    std::uint64_t tellp() override;  //
 
     // As in xoIoDeviceDelegable. The count goes on where it was.
     virtual bool beginDelegation(xoIoDevice* device);
