@@ -1,4 +1,7 @@
-// Command lines: any text is split or refused, and what it was split into comes back when it is quoted and split again.
+// Command lines: any text is split or refused as the documented rules say, and what it was split into comes back when
+// it is quoted and split again.
+#include <algorithm>
+
 #include "fuzz.h"
 #include "xoSystem/xoProcess.h"
 #include "xoSystem/xoStringUtils.h"
@@ -18,16 +21,48 @@ std::string quoted(const std::string& argument) {
     return text.append(backslashes, '\\') + '"';
 }
 
+constexpr char kBlanks[] = " \t";
+
+// The words of the line; none when it has two quotes in a row inside a quoted stretch, of which the rules say nothing.
+std::vector<std::string> splitModel(std::string_view line) {
+    const auto skipBlanks = [&] { line.remove_prefix((std::min)(line.find_first_not_of(kBlanks), line.size())); };
+    const bool isProgramQuoted = line[0] == '"';  // it ends at the next quote, else at a blank; backslashes are plain
+    if (isProgramQuoted) line.remove_prefix(1);
+    std::size_t end = (std::min)(isProgramQuoted ? line.find('"') : line.find_first_of(kBlanks), line.size());
+    std::vector<std::string> words = {std::string(line.substr(0, end))};
+    line.remove_prefix((std::min)(end + 1, line.size()));
+    for (skipBlanks(); !line.empty(); skipBlanks()) {
+        std::string word;
+        bool isQuoted = false;
+        while (!line.empty() && (isQuoted || (line[0] != ' ' && line[0] != '\t'))) {
+            const std::size_t backslashes = (std::min)(line.find_first_not_of('\\'), line.size());
+            line.remove_prefix(backslashes);
+            const bool beforeQuote = !line.empty() && line[0] == '"';
+            word.append(beforeQuote ? backslashes / 2 : backslashes, '\\');
+            if (beforeQuote && backslashes % 2 == 0) {
+                if (isQuoted && line.substr(0, 2) == "\"\"") return {};
+                isQuoted = !isQuoted;
+            } else if (beforeQuote || backslashes == 0) {
+                word += line[0];
+            } else {
+                continue;
+            }
+            line.remove_prefix(1);
+        }
+        words.push_back(word);
+    }
+    return words;
+}
+
 std::vector<std::string> split(const std::string& line) {
     std::vector<std::string> arguments = {"before"};
     const bool isSplit = xoProcess::SplitCommandLine(line, arguments);
-    const bool isBlank = line.find_first_not_of(" \t") == std::string::npos;
+    const bool isBlank = line.find_first_not_of(kBlanks) == std::string::npos;
     const bool isText = xoStringUtils::IsUtf8String(line) && line.find('\0') == std::string::npos;
-    require(isText || !isSplit, "took what is no text");
-    require(!isBlank || !isSplit, "took a blank line");
-    require(isSplit || isBlank || !isText || line.find_first_not_of(" \t\n\v\f\r") == std::string::npos,
-            "refused a line");
+    require(isSplit == (isText && !isBlank), isSplit ? "took" : "refused", " the line ", line);
     require(isSplit != arguments.empty(), arguments.size(), " arguments");
+    const std::vector<std::string> words = isSplit ? splitModel(line) : arguments;
+    require(words.empty() || words == arguments, arguments.size(), " arguments, not ", words.size());
     return arguments;
 }
 
@@ -51,6 +86,6 @@ std::string generate(Random& random) {
 
 }  // namespace
 
-const Target kCommandLine = {"commandLine", 50000, &generate, &check};
+const Target kCommandLine = {"commandLine", 200000, &generate, &check};
 
 }  // namespace xo::fuzz

@@ -212,6 +212,6 @@ std::string generate(Random& random) {
 
 }  // namespace
 
-const Target kCsv = {"csv", 5000, &generate, &check};
+const Target kCsv = {"csv", 3000, &generate, &check};
 
 }  // namespace xo::fuzz

@@ -168,6 +168,6 @@ std::string generate(Random& random) {
 
 }  // namespace
 
-const Target kDataStream = {"dataStream", 100000, &generate, &check};
+const Target kDataStream = {"dataStream", 8000, &generate, &check};
 
 }  // namespace xo::fuzz

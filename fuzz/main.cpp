@@ -24,6 +24,7 @@ using namespace xo::fuzz;
 constexpr const Target* kTargets[] = {&kIni,          &kVariants, &kCharSets,   &kVersions,
                                       &kNaturalOrder, &kCsv,      &kDataStream, &kCommandLine};
 constexpr DWORD kHangMs = 30000;
+constexpr std::uint64_t kMostCases = 1000000;  // more than a target has
 
 std::optional<xo::tests::TemporaryFolder> gFolder;
 
@@ -175,8 +176,8 @@ bool runFor(int seconds) {
     auto seed = static_cast<std::uint64_t>(std::chrono::system_clock::now().time_since_epoch().count());
     std::cout << "seeds from " << seed << std::endl;
     bool passed = true;
-    for (; std::chrono::steady_clock::now() < end; seed += 100)
-        for (const Target* target : kTargets) passed = runSeeds(*target, seed, 100) && passed;
+    for (; std::chrono::steady_clock::now() < end; seed += kMostCases)
+        for (const Target* target : kTargets) passed = runSeeds(*target, seed, target->cases / 100) && passed;
     std::cout << gCases << " cases" << std::endl;
     return passed;
 }
@@ -195,7 +196,9 @@ bool run(int count, char** arguments) {
         if (target->name == std::string(arguments[1]))
             return count < 3 ? runSeeds(*target, 1, target->cases)
                              : runTarget(*target, arguments[2], count < 4 ? 1 : std::atoi(arguments[3]));
-    return runFor(std::atoi(arguments[1]));
+    const int seconds = std::atoi(arguments[1]);
+    if (seconds <= 0) std::cerr << "no target and no number of seconds: " << arguments[1] << std::endl;
+    return seconds > 0 && runFor(seconds);
 }
 
 }  // namespace

@@ -44,8 +44,8 @@ struct Step {
         const xoVariant* const inside = tree.findPath(path, '/');
         if (inside == nullptr || inside->getType() != xoVariant::STRING) return;
         const Node text = Node::of(*inside);
-        create(model, text.text + "/x", '/', text);
-        tree.editValuePath(inside->getString() + "/x", *inside, '/');
+        create(model, text.text.c_str(), '/', text);
+        tree.editValuePath(inside->getString().c_str(), *inside, '/');
     }
     void insert(bool asList) const {
         multiInsert(model, path, Node::of(value), asList);
