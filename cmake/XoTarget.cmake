@@ -38,14 +38,17 @@ endfunction()
 # hash stands where a time stamp would, and a program looks for its PDB beside itself.
 function(xo_build_the_same_bytes target)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
-    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/xoSystem -ffile-compilation-dir=. -gno-codeview-command-line>)
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/xoSystem
+    -ffile-prefix-map=${PROJECT_BINARY_DIR}=/xoSystem/build
+    -ffile-compilation-dir=. -gno-codeview-command-line>)
   target_link_options(${target} PRIVATE
     -Wl,-Xlink=-Brepro -Wl,-Xlink=-pdbsourcepath:/xoSystem -Wl,-Xlink=-pdbaltpath:%_PDB%)
 endfunction()
 
 # The C++ runtime is shared between the DLL and its hosts, so that exceptions and streams cross the border. Windows
 # looks for it beside the program.
-function(xo_place_runtime_dlls folder)
+function(xo_find_runtime_dlls out)
+  set(paths "")
   if(MSVC)
     return()
   endif()
@@ -58,6 +61,12 @@ function(xo_place_runtime_dlls folder)
     if(NOT EXISTS "${path}")
       message(FATAL_ERROR "The C++ runtime ${dll} is missing; install g++-mingw-w64-x86-64-posix.")
     endif()
-    file(COPY ${path} DESTINATION ${folder})
+    list(APPEND paths ${path})
   endforeach()
+  set(${out} ${paths} PARENT_SCOPE)
+endfunction()
+
+function(xo_place_runtime_dlls folder)
+  xo_find_runtime_dlls(paths)
+  file(COPY ${paths} DESTINATION ${folder})
 endfunction()
