@@ -6,11 +6,16 @@
 
 namespace bench {
 
+void measureCsv(Suite& suite);
+void measureFolders(Suite& suite);
 void measureIni(Suite& suite);
 void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
+void measureStreams(Suite& suite);
+void measureProcess(Suite& suite);
 void measureText(Suite& suite);
 void measureThreads(Suite& suite);
+void measureUtil(Suite& suite);
 void measureVariant(Suite& suite);
 
 }  // namespace bench

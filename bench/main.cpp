@@ -10,10 +10,15 @@ int wmain(int count, wchar_t** arguments) {
     }
     bench::Suite suite(count > 2 ? std::filesystem::path(arguments[2]).u8string() : std::string());
     std::printf("%-8s %-38s %-34s %11s %11s %7s\n", "family", "case", "other", "ours ns", "other ns", "ratio");
+    bench::measureCsv(suite);
+    bench::measureFolders(suite);
     bench::measureIni(suite);
     bench::measureLog(suite);
+    bench::measureStreams(suite);
+    bench::measureProcess(suite);
     bench::measureText(suite);
     bench::measureThreads(suite);
+    bench::measureUtil(suite);
     bench::measureVariant(suite);
     if (suite.rows().empty()) {
         std::fputs("no such family\n", stderr);

@@ -34,6 +34,6 @@ configure_file(${packaging}/xoSystem.pc.in ${PROJECT_BINARY_DIR}/xoSystem.pc @ON
 install(FILES ${PROJECT_BINARY_DIR}/xoSystem.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION .)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs TYPE DATA OPTIONAL FILES_MATCHING PATTERN "*.md")
-install(DIRECTORY ${packaging}/natvis TYPE DATA OPTIONAL)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs TYPE DATA FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY ${packaging}/natvis TYPE DATA FILES_MATCHING PATTERN "*.natvis")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples ${packaging}/examples DESTINATION .)

@@ -1,45 +1,64 @@
 #include "countries.h"
 
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
+#include <map>
 
+#include "xoSystem/xoCsvFileReader.h"
 #include "xoSystem/xoLog.h"
-#include "xoSystem/xoStringUtils.h"
 
 namespace catalogue {
+namespace {
 
-bool readRegions(const std::string& path, Regions& regions) {
-    std::ifstream table(std::filesystem::u8path(path), std::ios::binary);
-    std::string line;
-    if (!std::getline(table, line)) return false;  // the names of the columns
-    while (std::getline(table, line)) {
-        // 302811,"AD-02",02,"Canillo Parish",...: the second column is the region, and begins with its country.
-        const std::vector<std::string> columns = xo::xoStringUtils::Split(line, ',', /*skipEmpty=*/false);
-        if (columns.size() < 2 || columns[1].size() < 5) continue;
-        const std::string region = columns[1].substr(1, columns[1].size() - 2);
-        regions[region.substr(0, region.find('-'))].push_back(region);
+using Row = std::vector<xo::xoVariant>;
+
+// Where the columns stand that are wanted.
+struct Columns {
+    std::size_t id, code, name;
+
+    bool find(const Row& header) {
+        return find(header, "id", id) && find(header, "code", code) && find(header, "name", name);
     }
+    std::size_t last() const { return std::max({id, code, name}); }
+
+private:
+    static bool find(const Row& header, const char* title, std::size_t& column) {
+        const auto place = std::find(header.begin(), header.end(), xo::xoVariant(title));
+        column = static_cast<std::size_t>(place - header.begin());
+        return place != header.end();
+    }
+};
+
+}  // namespace
+
+bool readCountries(const std::string& path, std::vector<Country>& countries) {
+    // With its types guessed a cell of digits is an integer; without, all cells are texts.
+    xo::xoCsvFileReader reader(/*enableTypeGuess=*/true);
+    reader.setFileName(path);
+    if (!reader.parseCsvFile()) {
+        xo::xoLogObject(xo::xoLogCritical) << "the table cannot be read: " << path << ": " << reader.getLastError();
+        return false;
+    }
+    const auto& table = reader.getTable();
+    Columns columns;
+    if (table.empty() || !columns.find(table.front())) {
+        xo::xoLogObject(xo::xoLogCritical) << "the table lacks a column: " << path;
+        return false;
+    }
+
+    std::map<std::string, std::vector<Region>> byCountry;
+    for (auto row = table.begin() + 1; row != table.end(); ++row) {
+        if (row->size() <= columns.last()) continue;  // a short or empty line
+        Region region{(*row)[columns.id].toInteger(), (*row)[columns.code].toString(), (*row)[columns.name].toString()};
+        byCountry[region.code.substr(0, region.code.find('-'))].push_back(std::move(region));
+    }
+    for (auto& [code, regions] : byCountry) countries.push_back({code, std::move(regions)});
     return true;
 }
 
-void CountryWorker::stop() {
-    beginWake();
-    addJob(&mUntilStop);
-    addJob(&mUntilStop);  // never executed: with it the queue is not empty when the first one returns
-    endWake();
-    xo::xoWorkThread::stop();
-}
-
-void CountryWorker::executeJob(xo::xoJob* job) {
-    if (job == &mUntilStop) {
-        while (!mustStop()) msleep(1);
-        return;
-    }
-    const auto& countryJob = static_cast<const CountryJob&>(*job);
-    mRegionCount += countryJob.regions().size();
-    xo::xoLogObject(xo::xoLogDebug, "countries")
-        << countryJob.country() << " has " << countryJob.regions().size() << " regions";
-    mDone.release();
+std::size_t countRegions(const std::vector<Country>& countries) {
+    std::size_t count = 0;
+    for (const Country& country : countries) count += country.regions.size();
+    return count;
 }
 
 }  // namespace catalogue

@@ -1,86 +1,69 @@
-// The catalogue: a small host of xoSystem to copy from. It starts the library, loads its settings, keeps a rotating
-// log, counts the regions of each country on a thread of its own, counts its runs, and ends cleanly. With --crash it
-// shows how it survives a crash. The exit status tells whether all went well.
-#include <cstdint>
+// The catalogue: a small host of xoSystem to copy from, and its typical use from beginning to end. It starts the
+// library, loads its settings, keeps a rotating log, walks its data folder, reads a table of regions, lets jobs write
+// them as binary records and a helper program read those back, writes a summary, saves its settings, and ends. With
+// --crash it shows how it survives a crash. Every failure is logged; the exit status tells whether all went well.
 #include <cstring>
 #include <deque>
 #include <iostream>
-#include <string>
 
-#include "countries.h"
+#include "countryWorker.h"
 #include "crash.h"
+#include "helper.h"
+#include "report.h"
+#include "settings.h"
 #include "xoSystem/xoSystem.h"
 
 namespace {
 
+using catalogue::Country;
+using catalogue::CountryJob;
+using catalogue::Settings;
 using xo::xoLog;
 using xo::xoLogObject;
-using xo::xoVariant;
-
-constexpr char kSeparator = '/';
 
 // Where the program finds what is its own: everything lies beside the executable.
 struct Places {
     std::string folder;
     std::string settings;
+    std::string data;
+    std::string output;
+    std::string records;
 };
 
-bool findPlaces(Places& places) {
-    if (!xo::xoDirUtils::GetFolderOfCurrentProcessUtf8(places.folder)) return false;
+bool findPlaces(Places& places, Settings& settings) {
+    if (!xo::xoDirUtils::GetFolderOfCurrentProcessUtf8(places.folder)) {
+        xoLogObject(xo::xoLogCritical) << "the program's own folder cannot be found";
+        return false;
+    }
     places.settings = places.folder + "/settings.ini";
-    return true;
+    if (!settings.load(places.settings))
+        xoLogObject(xo::xoLogWarning) << "no settings, defaults hold: " << places.settings;
+
+    places.data = places.folder + "/" + settings.text("catalogue/data", "data");
+    places.output = places.folder + "/" + settings.text("catalogue/output", "output");
+    places.records = places.output + "/records";
+    if (xo::xoDirUtils::DirExistsUtf8(places.output)) xo::xoDirUtils::ClearFolderUtf8(places.output);
+    if (xo::xoDirUtils::MkpathUtf8(places.records)) return true;
+    xoLogObject(xo::xoLogCritical) << "the folder cannot be made: " << places.records;
+    return false;
 }
 
-// Settings: a tree that is read by path, each value with the default that holds when the file does not have it.
-class Settings {
-public:
-    bool load(const std::string& path) { return xo::LoadIniFile(path, mValues); }
-
-    std::string text(const char* path, const char* otherwise) const {
-        return mValues.getValuePath(path, otherwise, kSeparator).toString();
-    }
-    std::int64_t number(const char* path, std::int64_t otherwise) const {
-        return mValues.getValuePath(path, otherwise, kSeparator).toInteger();
-    }
-
-private:
-    xoVariant::xoVariantMapImpl mValues;
-};
-
 // A log of limited size: when the file is full it becomes the newest backup.
-std::string installLog(const Places& places, const Settings& settings) {
+void installLog(const Places& places, const Settings& settings) {
     const std::string path = places.folder + "/" + settings.text("log/file", "catalogue.log");
     constexpr std::int64_t kKilobyte = 1024;
     xoLog::edit().installFileHandlerExUtf8(path, xo::xoLogFileEcho, settings.number("log/maxKilobytes", 64) * kKilobyte,
                                            static_cast<int>(settings.number("log/backups", 3)));
-    return path;
+    std::cout << "settings: " << places.settings << "\nlog:      " << path << '\n';
 }
 
-// One line of each severity. A line is written when its xoLogObject goes, which for a temporary is at the semicolon.
-void tourOfTheLog(const Settings& settings) {
-    xoLog& log = xoLog::edit();
-    const std::string quiet = settings.text("log/quiet", "");
-
-    xoLogObject(xo::xoLogDebug) << "never seen: DEBUG lines are off until the host wants them";
-    xoLogObject(xo::xoLogInfo) << "an INFO line takes text, numbers such as " << 42 << " and " << 0.5 << ", and "
-                               << true;
-    xoLogObject(xo::xoLogWarning, "disk") << "a WARNING with the qualifier disk";
-    xoLogObject(xo::xoLogCritical) << "a CRITICAL line, for failures; this one is only shown";
-
-    log.setLogTypeEnabled(xo::xoLogDebug, true);
-    log.setDebugSubTypeEnabled(quiet.c_str(), false);
-    xoLogObject(xo::xoLogDebug, "net") << "never seen: the settings keep net quiet";
-    xoLogObject(xo::xoLogDebug, "disk") << "a DEBUG line whose qualifier is wanted";
-    log.setDebugSubTypeEnabled("net", true);
-    xoLogObject(xo::xoLogDebug, "net") << "a DEBUG line of net, switched on again";
-    log.setLogTypeEnabled(xo::xoLogDebug, false);
-}
-
-// Saves one value and keeps whatever else the file holds.
-bool saveRuns(const std::string& path, std::int64_t runs) {
-    xoVariant::xoVariantMapImpl changes;
-    changes["runs"] = runs;
-    return xo::SaveIniFile(path, changes, /*merge=*/true);
+// Every table in the data folder and the folders below it.
+std::vector<std::string> findTables(const Places& places) {
+    std::vector<std::string> tables;
+    const std::vector<std::string> extensions = {"csv"};
+    xo::xoDirUtils::GlobFileAndFolderUtf8(places.data, &tables, nullptr, &extensions, xo::xoDirUtils::GlobRecursive);
+    for (const std::string& table : tables) std::cout << "table:    " << table << '\n';
+    return tables;
 }
 
 // A periodic updater calls this on its own thread: at once when it is added, then every second.
@@ -89,57 +72,72 @@ void tick(void* ticks) {
     static_cast<xo::xoSemaphore*>(ticks)->release();
 }
 
-// One job for each country, all queued at once.
-std::size_t countRegions(const catalogue::Regions& regions) {
-    catalogue::CountryWorker worker;
+// One job for each country, all queued at once. The jobs stay ours while the worker has them.
+bool writeRecords(const std::vector<Country>& countries, const Places& places, std::deque<CountryJob>& jobs) {
+    catalogue::CountryWorker worker(places.records);
     worker.startThread("countries");
-    std::deque<catalogue::CountryJob> jobs;  // they stay ours while the worker has them
     worker.beginWake();
-    for (const auto& [country, codes] : regions) worker.addJob(&jobs.emplace_back(country, codes));
+    for (const Country& country : countries) worker.addJob(&jobs.emplace_back(country));
     worker.endWake();
-    worker.awaitJobs(static_cast<unsigned int>(jobs.size()));
-    return worker.regionCount();
+    worker.awaitJobs(jobs.size());
+
+    bool good = true;
+    std::uint64_t bytes = 0;
+    for (const CountryJob& job : jobs) {
+        good = good && job.good();
+        bytes += job.bytes();
+    }
+    std::cout << "records:  " << jobs.size() << " files, " << bytes << " bytes\n";
+    return good;
 }
 
-bool countCountries(const Places& places, const Settings& settings) {
-    const std::string path = places.folder + "/" + settings.text("catalogue/data", "data") + "/" +
-                             settings.text("catalogue/table", "regions.csv");
-    catalogue::Regions regions;
-    if (!catalogue::readRegions(path, regions)) {
-        xoLogObject(xo::xoLogCritical) << "the table cannot be read: " << path;
-        return false;
-    }
-    xo::xoSemaphore ticks(0);
-    xo::xoThreadPeriodicalUpdater updater(1);
-    updater.addCallback(&tick, &ticks);
-    const std::size_t count = countRegions(regions);
-    ticks.acquire(2);
-    std::cout << "table:    " << path << ": " << regions.size() << " countries, " << count << " regions\n";
-    return true;
+bool makeCatalogue(const Places& places, const Settings& settings) {
+    xoHighResTimer timer;
+    timer.start();
+    std::vector<Country> countries;
+    const std::vector<std::string> tables = findTables(places);
+    if (tables.empty()) xoLogObject(xo::xoLogWarning) << "no table in " << places.data;
+    for (const std::string& table : tables)
+        if (!catalogue::readCountries(table, countries)) return false;
+    const std::size_t regions = catalogue::countRegions(countries);
+    std::cout << "read:     " << countries.size() << " countries, " << regions << " regions\n";
+
+    std::deque<CountryJob> jobs;
+    if (!writeRecords(countries, places, jobs)) return false;
+    const auto maxRows = static_cast<unsigned int>(settings.number("catalogue/rowsPerFile", 100));
+    if (!catalogue::writeSummary(places.output, maxRows, jobs)) return false;
+    std::cout << "elapsed:  " << timer.getElapsedTimeInSec() << " s\n";
+
+    return catalogue::checkRecords(places.folder, places.records, regions);
 }
 
 bool run(bool withCrash) {
+    xo::xoTimer timer(/*snapNow=*/true);
     Places places;
-    if (!findPlaces(places)) {
-        xoLogObject(xo::xoLogCritical) << "the program's own folder cannot be found";
-        return false;
-    }
     Settings settings;
-    if (!settings.load(places.settings))
-        xoLogObject(xo::xoLogWarning) << "no settings, defaults hold: " << places.settings;
+    if (!findPlaces(places, settings)) return false;
+    installLog(places, settings);
+    catalogue::showMachine();
 
-    const std::string logPath = installLog(places, settings);
     const std::int64_t runs = settings.number("runs", 0) + 1;
     xoLogObject(xo::xoLogInfo) << "run " << runs << " begins";
-    tourOfTheLog(settings);
+    catalogue::tourOfTheLog(settings);
 
-    bool good = saveRuns(places.settings, runs);
-    if (!good) xoLogObject(xo::xoLogCritical) << "the settings cannot be saved: " << places.settings;
-
-    std::cout << "settings: " << places.settings << "\nlog:      " << logPath << '\n';
-    good = countCountries(places, settings) && good;
+    xo::xoSemaphore ticks(0);
+    xo::xoThreadPeriodicalUpdater updater(1);
+    updater.addCallback(&tick, &ticks);
+    bool good = makeCatalogue(places, settings);
+    ticks.acquire();
     if (withCrash) good = catalogue::surviveCrash() && good;
-    xoLogObject(xo::xoLogInfo) << "run " << runs << (good ? " ends well" : " ends with failures");
+
+    settings.change("runs", runs);
+    settings.change("last/milliseconds", timer.getElapsedMs());
+    if (!settings.save(places.settings)) {
+        xoLogObject(xo::xoLogCritical) << "the settings cannot be saved: " << places.settings;
+        good = false;
+    }
+    xoLogObject(xo::xoLogInfo) << "run " << runs << (good ? " ends well" : " ends with failures") << " after "
+                               << timer.getElapsedMs() << " ms";
     return good;
 }
 
@@ -149,5 +147,6 @@ int main(int count, char** arguments) {
     xo::initializeXoSystem(2, false);
     const bool good = run(/*withCrash=*/count > 1 && std::strcmp(arguments[1], "--crash") == 0);
     xo::terminateXoSystem();
+    std::cout << (good ? "all well\n" : "failed, see the log\n");
     return good ? 0 : 1;
 }

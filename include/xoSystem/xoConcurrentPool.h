@@ -81,6 +81,7 @@ public:
     ConcurrentPool(const ConcurrentPool&) = delete;
     ConcurrentPool& operator=(const ConcurrentPool&) = delete;
 
+    // As constructed, workers that a task has ended included.
     XOSYSTEM_API unsigned int getWorkerCount() const;
 
     // Has the workers solve the tasks, begun in their order, and waits until all are done. The tasks stay the caller's;

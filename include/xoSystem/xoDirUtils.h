@@ -1,8 +1,12 @@
-// xoDirUtils: paths, folders and files by UTF-8 name.
+// xoDirUtils: paths, folders and files by UTF-8 name, and walks through whole trees of them.
 //
 //     std::string error;
 //     if (!xoDirUtils::MkpathUtf8(folder) || !xoDirUtils::RenameFileUtf8(made, folder + "/report.csv", &error))
 //         return show(error);
+//
+//     std::vector<std::string> reports;
+//     const std::vector<std::string> extensions = {"csv", "txt"};
+//     xoDirUtils::GlobFileAndFolderUtf8(folder, &reports, nullptr, &extensions, xoDirUtils::GlobRecursive);
 //
 // Every path is UTF-8, with "/" or "\" between its names, absolute or relative to the working directory. Paths beyond
 // 260 characters work wherever the operating system takes them. A path with a NUL inside names no file: it is never
@@ -10,13 +14,14 @@
 //
 // All functions may be called from any thread; the working directory is one for the whole process.
 //
-// Nothing throws. A failure gives false, an empty text or 0. A std::string* that is not null then receives the reason;
-// success leaves it as it was.
+// Nothing throws, but what a visitor's own operations throw passes through. A failure gives false, an empty text or 0.
+// A std::string* that is not null then receives the reason; success leaves it as it was.
 #ifndef XOSYSTEM_XODIRUTILS_H
 #define XOSYSTEM_XODIRUTILS_H
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "xoSystem/xoExport.h"
 
@@ -38,9 +43,9 @@ struct XOSYSTEM_API xoFileInfoUtf8 {
     std::int64_t creationTime;      //
     std::int64_t modificationTime;  //
     std::uint64_t size;             // bytes; 0 for a folder
-    bool exists : 1;
-    bool hasType : 1;  // whether it is known to be a file, a folder or a device; set for all that exists
-    bool isDirectory : 1;
+    bool exists : 1;                // links are followed
+    bool hasType : 1;               // whether it is known to be a file, a folder or a device; set for all that exists
+    bool isDirectory : 1;           // a folder, or a drive
 };
 
 class XOSYSTEM_API xoDirUtils {
@@ -76,11 +81,11 @@ public:
 
     // ---- known folders, without a separator at the end; empty when the system has none ----
 
-    static std::string GetFontFolderUtf8();
+    static std::string GetFontFolderUtf8();           // of the system
     static std::string GetCommonAppDataFolderUtf8();  // for all users
     static std::string GetAppDataFolderUtf8();        // of this user, roaming
-    static std::string GetPicturesFolderUtf8();
-    static std::string GetDocumentsFolderUtf8();
+    static std::string GetPicturesFolderUtf8();       // of this user
+    static std::string GetDocumentsFolderUtf8();      // of this user
 
     // What TEMP holds, else the system's answer, with "/" between the names. A separator at the end is dropped, except
     // after a bare drive.
@@ -150,6 +155,70 @@ public:
     // Gives everyone full access to one file or folder; what a folder holds keeps its own permissions. All permissions
     // that were set before are replaced.
     static bool GrantAllFilePermissionsUtf8(const std::string& path);
+
+    // ---- walking a tree ----
+
+    // Walks a folder and, if asked, all below it. Override the operations that matter; each goes on by returning true,
+    // as those here do. A false result ends the walk at once, with no further operation.
+    //
+    //     class Sizes : public xoDirUtils::FileSystemVisitor {
+    //         bool onFile(const std::string& folder, const std::string& file) override {
+    //             xoDirUtils::GetFileInfoUtf8(concatPathAndFile(folder, file), mInfo);
+    //             ...
+    //
+    // For each folder: onEnterFolder; then in the order of the system onFile for each file that passes and onFolder for
+    // each sub-folder, which is walked right after it; then onLeaveFolder. Folders are walked whether or not they hold
+    // files that pass. The folder is told as it was given to visit, with the names below joined by "/". The texts hold
+    // until the operation returns. Where a name is no valid UTF-16, U+FFFD stands for what is broken.
+    //
+    // A folder that cannot be listed (missing, locked, a file) is passed over: none of its own operations is called,
+    // and the walk goes on. Depth is no matter, of the tree or of its paths.
+    //
+    // A junction or symbolic link to a folder counts as a sub-folder. What it leads to is walked too, under the link's
+    // path, unless the walk is inside that very folder, has entered it by a link before, or cannot tell. So a walk
+    // always comes to an end.
+    //
+    // A folder is listed as it is just before onEnterFolder: what an operation adds to it later is not reported, what
+    // is deleted meanwhile still is. No folder given to an operation is kept from being renamed or deleted, except by
+    // paths of more than 1000 characters, along which a few folders are held open for shared use.
+    //
+    // A visitor may be used again, for several walks at once too if its own operations allow that.
+    class XOSYSTEM_API FileSystemVisitor {
+    public:
+        virtual ~FileSystemVisitor();
+
+        // The operations. subFolder and file are names alone.
+        virtual bool onEnterFolder(const std::string& folder);
+        virtual bool onFile(const std::string& folder, const std::string& file);
+        virtual bool onFolder(const std::string& folder, const std::string& subFolder);
+        virtual bool onLeaveFolder(const std::string& folder);
+
+        // False if an operation ended the walk, true otherwise; also when the folder does not exist, and then without
+        // any operation. An empty folder stands for the root of the current drive.
+        //
+        // Without extensions, or with none in the list, every file passes. Otherwise the name must end in one of them,
+        // byte for byte and with a "." before it: "jpg" and ".jpg" both let "a.jpg" pass, neither "a.JPG" nor "ajpg".
+        // Empty ones let nothing pass.
+        bool visit(const std::string& folder, bool recursive = true,
+                   const std::vector<std::string>* extensions = nullptr);
+
+    protected:
+        // "folder/file"; no "/" after an empty folder, or one that ends in a separator.
+        static std::string concatPathAndFile(const std::string& folder, const std::string& file);
+    };
+
+    // How GlobFileAndFolderUtf8 collects.
+    enum GlobFlag {
+        GlobAppend = 1,     // to what the vectors hold; else they are emptied first
+        GlobRecursive = 2,  // all below too
+        GlobNamesOnly = 4,  // without the folder; else paths as concatPathAndFile makes them
+    };
+
+    // Collects the files that pass the extensions, and the sub-folders, in the order of a FileSystemVisitor's walk.
+    // Either vector may be null. The flags are any sum of GlobFlag.
+    static void GlobFileAndFolderUtf8(const std::string& folder, std::vector<std::string>* files,
+                                      std::vector<std::string>* folders = nullptr,
+                                      const std::vector<std::string>* extensions = nullptr, int flags = 0);
 };
 
 }  // namespace xo

@@ -16,6 +16,7 @@
 
 namespace xo {
 
+// How far the library is brought up.
 enum InitType {
     InitTypeBasic = 1,  // for one thread: the log, text and system utilities
     InitTypeFull = 2    // that, and all that is safe for threads or has threads
@@ -44,6 +45,7 @@ class XOSYSTEM_API LibInitCounter {
 public:
     // Copies the name; null becomes "n/a".
     explicit LibInitCounter(const char* name);
+    // Copies the count and the name.
     LibInitCounter(const LibInitCounter& other);
     LibInitCounter& operator=(const LibInitCounter&) = delete;
     ~LibInitCounter();
@@ -52,7 +54,7 @@ public:
     bool decrementInitCounter();  // takes 1, below 0 too; true when the count is now 0
     void clearInitCounter();      // sets the count to 0
     bool isInitialized() const;   // whether the count is other than 0
-    int getInitCounter() const;
+    int getInitCounter() const;   // the count itself
 
 private:
     int mCounter = 0;

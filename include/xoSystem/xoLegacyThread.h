@@ -44,6 +44,7 @@ class XOSYSTEM_API xoLegacyThread {
 public:
     // The body is not owned and outlives the thread; null does nothing.
     explicit xoLegacyThread(xoRunnable* body);
+    // Share the thread, as said above.
     xoLegacyThread(const xoLegacyThread& other);
     xoLegacyThread& operator=(const xoLegacyThread& other);
     ~xoLegacyThread();
@@ -66,6 +67,7 @@ public:
     // Whether the thread was asked to end. Bodies poll it.
     bool mustEnd() const { return mMustEnd.get(); }
 
+    // Whether the thread counts as alive: true from create() on, false by the body's last act.
     void setAlive(bool alive) { mAlive.set(alive); }
     bool isAlive() const { return mAlive.get(); }
 

@@ -23,13 +23,14 @@ namespace xo {
 
 class XOSYSTEM_API xoLockFile {
 public:
-    // Any other number counts as exclusive.
+    // How others may hold the file meanwhile. Any other number counts as exclusive.
     enum LockType : int {
         LockTypeExclusive = 0,  // nobody else may open the file
         LockTypeShared = 1      // other shared locks may be held at the same time
     };
 
     xoLockFile();
+    // Shares the lock of the other, as said above.
     xoLockFile(const xoLockFile& other);
     // A lock that this object held ends as by releaseLock(true).
     xoLockFile& operator=(const xoLockFile& other);
@@ -48,6 +49,7 @@ public:
     // Ends the lock and, if asked, deletes the file. False when no lock is held.
     bool releaseLock(bool removeFile = true);
 
+    // Whether this object holds a lock.
     bool isLocked() const;
 
     // Tries all the rules on two files in the folder, "file_ex.lock" and "file_shared.lock". True when all hold.

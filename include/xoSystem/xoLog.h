@@ -89,14 +89,14 @@ public:
     // Appends to the file from now on, without limit of size.
     void installFileHandlerUtf8(const std::string& path) { installFileHandlerExUtf8(path, 0, -1, 0); }
 
-    // Writes lines to the file instead of the one before, and to the console only if flags has xoLogFileEcho. A new
-    // file starts with the UTF-8 byte-order mark; an existing one is appended to. The path is made absolute here, so
-    // that a later change of the working folder does not move the log.
+    // Writes lines to the file instead of the one before, and to the console only if flags has xoLogFileEcho. A file
+    // that is made here starts with the UTF-8 byte-order mark; an existing one is appended to. The path is made
+    // absolute here, so that a later change of the working folder does not move the log.
     //
-    // When a line finds the file larger than maxSizeBytes (below 1: no limit), the file becomes "<path>_0.back", that
-    // one
-    // "<path>_1.back" and so on up to backupCount of them (0 to 128; 0 keeps none), and a new file is begun. So a file
-    // may exceed the limit by one line. A file that cannot be moved aside, because somebody holds it, grows on.
+    // When a line finds the file larger than maxSizeBytes (below 1: no limit), the file becomes "<path>_0.back", the
+    // one of that name "<path>_1.back" and so on up to backupCount of them (0 to 128; 0 keeps none), and a new file is
+    // begun, without the mark. So a file may exceed the limit by one line. A file that cannot be moved aside, because
+    // somebody holds it, grows on.
     // Processes share a file by naming it with the same text; each must be thread-safe.
     //
     // When the file cannot be made, no file is installed and a CRITICAL line says so. An empty path only removes the

@@ -33,6 +33,7 @@ struct MutexAccess;
 class XO_CAPABILITY("mutex") XOSYSTEM_API xoMutex {
 public:
     xoMutex();
+    // For the library's own locks, which say nothing.
     explicit xoMutex(impl::WithoutEarlyWarning);
     virtual ~xoMutex();
     xoMutex(const xoMutex&) = delete;
@@ -72,6 +73,7 @@ public:
     // that owned the mutex ended without unlocking it: the caller owns it then all the same, and may unlock it.
     bool tryLock(unsigned int timeoutMs) XO_TRY_ACQUIRE(true);
 
+    // Does nothing when the calling thread does not own the mutex.
     void unlock() XO_RELEASE();
 
 private:
@@ -95,6 +97,7 @@ public:
     // Waits without limit. A process that ends while it holds the mutex passes it on.
     void lock() XO_ACQUIRE();
 
+    // Does nothing when the calling thread does not own the mutex.
     void unlock() XO_RELEASE();
 
 private:
@@ -105,6 +108,7 @@ private:
 // Holds an xoMutex for a scope. A locker belongs to one thread and must not outlive its mutex.
 class XO_SCOPED_CAPABILITY XOSYSTEM_API xoMutexLocker {
 public:
+    // Locks at once.
     explicit xoMutexLocker(xoMutex& mutex) XO_ACQUIRE(mutex) : mMutex(mutex), mLocked(true) { mMutex.lock(); }
 
     // Locks at once only when lockNow is true. Clang's analysis takes such a locker as not locked yet.
@@ -130,6 +134,7 @@ public:
         mLocked = false;
     }
 
+    // Whether this locker holds the mutex.
     bool isLocked() const { return mLocked; }
 
 private:
@@ -143,16 +148,19 @@ private:
 template <class T>
 class xoThreadSafePtr {
 public:
+    // Makes a new shared value, a copy of this one.
     explicit xoThreadSafePtr(const T& value) : mShared(std::make_shared<Shared>(value)) {}
     virtual ~xoThreadSafePtr() = default;
     xoThreadSafePtr(const xoThreadSafePtr&) = default;
     xoThreadSafePtr& operator=(const xoThreadSafePtr&) = default;
 
+    // Gives a copy of the value.
     T get() const {
         const xoMutexLocker locker(mShared->mutex);
         return mShared->value;
     }
 
+    // Replaces the value, for all copies of the handle.
     void set(const T& value) {
         const xoMutexLocker locker(mShared->mutex);
         mShared->value = value;

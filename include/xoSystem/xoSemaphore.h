@@ -20,6 +20,7 @@ namespace xo {
 
 class XOSYSTEM_API xoSemaphore {
 public:
+    // So many resources are free at first.
     explicit xoSemaphore(unsigned int initialCount);
     ~xoSemaphore();
     xoSemaphore(const xoSemaphore&) = delete;

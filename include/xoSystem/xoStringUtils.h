@@ -28,18 +28,19 @@ namespace xo {
 
 class XOSYSTEM_API xoStringUtils {
 public:
+    // What the bytes of a narrow text mean.
     enum xoCharSet : int {
         CharSetNative = 0,  // the process's ANSI code page
-        CharSetUtf8 = 1,
-        CharSetAscii = 2,  // what the classic locale converts: one byte a character
+        CharSetUtf8 = 1,    // the library's own
+        CharSetAscii = 2,   // what the classic locale converts: one byte a character
     };
 
     // Bits, so that several results can be asked for at once: (result & (Equal | Newer)) != 0.
     enum SoftwareVersionComparisonResult {
         SoftwareVersionInvalid = 1,  // a version cannot be read, or there is nothing to compare
-        SoftwareVersionEqual = 2,
-        SoftwareVersionOlder = 4,  // the first version is smaller
-        SoftwareVersionNewer = 8,  // the first version is greater
+        SoftwareVersionEqual = 2,    // as far as they are compared
+        SoftwareVersionOlder = 4,    // the first version is smaller
+        SoftwareVersionNewer = 8,    // the first version is greater
     };
 
     xoStringUtils() = delete;
@@ -69,6 +70,7 @@ public:
     // convertTo8Bits(convertToUnicode(text, from), to).
     static std::string convertCharset(const std::string& text, xoCharSet from, xoCharSet to);
 
+    // The same for hosts that keep the set as a number.
     static std::wstring convertToUnicode(const std::string& text, int from) {
         return convertToUnicode(text, static_cast<xoCharSet>(from));
     }
@@ -112,6 +114,7 @@ public:
 
     // ---- Tests and searches.
 
+    // Byte by byte. Every text starts and ends with the empty one.
     static bool StartsWith(const std::string& text, const std::string& prefix);
     static bool endsWith(const std::string& text, const std::string& suffix);
     // The first position, or std::string::npos. An empty text is found at 0. Case means that of ASCII letters.

@@ -13,10 +13,11 @@ namespace xo {
 // A plain value; 0 is success. Codes above 0x7FFFFFFF, such as an HRESULT, are negative.
 class XOSYSTEM_API SystemError {
 public:
-    SystemError() = default;
-    SystemError(int code) : mCode(code) {}
+    SystemError() = default;                                            // success
+    SystemError(int code) : mCode(code) {}                              // as errors are kept
     SystemError(unsigned long code) : mCode(static_cast<int>(code)) {}  // as GetLastError gives it
 
+    // The code as it was given, in 32 bits.
     int getErrorCode() const { return mCode; }
 
     // The system's message in the user's language, UTF-8 on one line, then the code: "File not found.  (2)". The second

@@ -43,14 +43,14 @@ namespace xo {
 // The body of an xoLegacyThread. Not deleted through this type.
 class xoRunnable {
 public:
-    virtual void run() = 0;
+    virtual void run() = 0;  // called once, on the new thread
 };
 
 // A body that can be asked to stop, for hosts that want to share one type; no class of the library uses it.
 class xoRunnableInterface {
 public:
     virtual ~xoRunnableInterface() = default;
-    virtual void run() = 0;
+    virtual void run() = 0;   // the body
     virtual void stop() = 0;  // asks run() to return soon; does not wait
 
 protected:
@@ -138,6 +138,7 @@ public:
     void removeCallback(void (*function)(void*), void* data);
 
 protected:
+    // The updater's own body.
     void run() override;
 
 private:

@@ -31,9 +31,13 @@
 
 namespace xo {
 
+namespace variant {
+struct LentText;
+}
+
 class XOSYSTEM_API xoVariant {
 public:
-    // The numbers are fixed: values of different types are ordered by them. 8 stays free.
+    // What a variant can hold. The numbers are fixed: values of different types are ordered by them. 8 stays free.
     enum Type : int {
         UNKNOWN = 0,
         INTEGER = 1,
@@ -58,19 +62,21 @@ public:
     // A count whose unit and epoch are the caller's.
     struct DateTime {
         DateTime() noexcept = default;
+        // Of so many of the caller's units.
         explicit DateTime(std::int64_t count) noexcept : mValue(count) {}
 
         friend bool operator==(DateTime a, DateTime b) noexcept { return a.mValue == b.mValue; }
         friend bool operator!=(DateTime a, DateTime b) noexcept { return a.mValue != b.mValue; }
         friend bool operator<(DateTime a, DateTime b) noexcept { return a.mValue < b.mValue; }
 
-        std::int64_t mValue = 0;
+        std::int64_t mValue = 0;  // the count
     };
 
     // The base of a caller's own payloads.
     class XOSYSTEM_API UserDataInterface {
     public:
         UserDataInterface() noexcept = default;
+        // Nothing is in this base to be copied.
         UserDataInterface(const UserDataInterface&) noexcept {}
         UserDataInterface& operator=(const UserDataInterface&) noexcept { return *this; }
         virtual ~UserDataInterface();
@@ -109,6 +115,7 @@ public:
     xoVariant(std::string_view text);
     xoVariant(std::string text);
 
+    // STRINGLIST, LIST, MAP and DATETIME.
     xoVariant(std::vector<std::string> strings);
     xoVariant(xoVariantListImpl list);
     xoVariant(xoVariantMapImpl map);
@@ -128,12 +135,16 @@ public:
     xoVariant(const double* values, std::size_t count);
     xoVariant(const float* values, std::size_t count);
 
+    // Copies are deep; a move leaves the source UNKNOWN.
     xoVariant(const xoVariant& other) : mType(other.mType), mPayload(other.mPayload) {
-        if (ownsHeap()) copyPayload(other);
+        if (pointsToHeap()) copyPayload(other);
     }
-    xoVariant(xoVariant&& other) noexcept : mType(other.mType), mPayload(other.mPayload) { other.mType = UNKNOWN; }
+    xoVariant(xoVariant&& other) noexcept : mType(other.mType), mIsLent(other.mIsLent), mPayload(other.mPayload) {
+        other.mType = UNKNOWN;
+        other.mIsLent = false;
+    }
     ~xoVariant() {
-        if (ownsHeap()) destroyPayload();
+        if (pointsToHeap() && !mIsLent) destroyPayload();
     }
 
     // Both work from a value inside the one assigned to, and from itself.
@@ -144,8 +155,10 @@ public:
         return *this;
     }
 
+    // Exchanges type and value with another.
     void swap(xoVariant& other) noexcept {
         std::swap(mType, other.mType);
+        std::swap(mIsLent, other.mIsLent);
         std::swap(mPayload, other.mPayload);
     }
     friend void swap(xoVariant& a, xoVariant& b) noexcept { a.swap(b); }
@@ -154,6 +167,7 @@ public:
     // ("3.25" or "3,25"), else STRING. Never BOOL.
     static xoVariant BuildFromString(std::string_view text);
 
+    // The type of what is held now.
     Type getType() const noexcept { return mType; }
     // "INTEGER" for INTEGER and so on; "NOT DEFINED" for DATETIME and USERDATA.
     std::string getTypeAsString() const;
@@ -231,6 +245,8 @@ public:
     bool operator<(const xoVariant& other) const;
 
 private:
+    friend struct variant::LentText;
+
     union Payload {
         std::int64_t integer;  // INTEGER and DATETIME
         double real;
@@ -243,10 +259,10 @@ private:
         UserDataInterface* userData;  // may be null
     };
 
-    bool ownsHeap() const noexcept {
-        constexpr unsigned owners = 1u << STRING | 1u << VEC2D | 1u << VEC3D | 1u << VEC4D | 1u << STRINGLIST |
-                                    1u << MAP | 1u << LIST | 1u << MAT3D | 1u << MAT4D | 1u << USERDATA;
-        return (owners >> static_cast<unsigned>(mType) & 1u) != 0;
+    bool pointsToHeap() const noexcept {
+        constexpr unsigned pointers = 1u << STRING | 1u << VEC2D | 1u << VEC3D | 1u << VEC4D | 1u << STRINGLIST |
+                                      1u << MAP | 1u << LIST | 1u << MAT3D | 1u << MAT4D | 1u << USERDATA;
+        return (pointers >> static_cast<unsigned>(mType) & 1u) != 0;
     }
     template <class Number>
     void buildNumbers(const Number* values, std::size_t count);
@@ -270,7 +286,8 @@ private:
     std::int64_t convertToInteger() const;
     double convertToReal() const;
 
-    Type mType;  // always one of the enumerators
+    Type mType;            // always one of the enumerators
+    bool mIsLent = false;  // the payload is not this variant's to delete
     Payload mPayload;
 };
 
@@ -279,6 +296,7 @@ static_assert(sizeof(xoVariant) == 16, "a table of variants is an array of tag a
 // An ordered, contiguous sequence. References and iterators last as those of std::vector do.
 class XOSYSTEM_API xoVariant::xoVariantListImpl {
 public:
+    // The types that a standard sequence has.
     using Container = std::vector<xoVariant>;
     using value_type = Container::value_type;
     using size_type = Container::size_type;
@@ -299,6 +317,7 @@ public:
     }
     ~xoVariantListImpl() = default;
 
+    // As in std::vector.
     iterator begin() noexcept { return mElements.begin(); }
     iterator end() noexcept { return mElements.end(); }
     const_iterator begin() const noexcept { return mElements.begin(); }
@@ -327,6 +346,7 @@ public:
     // The elements' texts with the separator between them. Lists inside use " ".
     std::string toString(std::string_view separator = " ") const;
 
+    // Element by element, as variants compare.
     bool operator==(const xoVariantListImpl& other) const;
     bool operator!=(const xoVariantListImpl& other) const { return !(*this == other); }
     bool operator<(const xoVariantListImpl& other) const;
@@ -390,6 +410,8 @@ public:
             return byte(at) << 16 | byte(at + size / 2) << 8 | byte(at + size - 1);
         }
     };
+
+    // The types that a standard map has.
     using Container = std::map<std::string, xoVariant, KeyOrder>;
     using key_type = Container::key_type;
     using mapped_type = Container::mapped_type;
@@ -410,6 +432,7 @@ public:
     }
     ~xoVariantMapImpl() = default;
 
+    // As in std::map.
     iterator begin() noexcept { return mEntries.begin(); }
     iterator end() noexcept { return mEntries.end(); }
     const_iterator begin() const noexcept { return mEntries.begin(); }
@@ -420,14 +443,16 @@ public:
     void swap(xoVariantMapImpl& other) noexcept { mEntries.swap(other.mEntries); }
     friend void swap(xoVariantMapImpl& a, xoVariantMapImpl& b) noexcept { a.swap(b); }
 
+    // A copy of the value, or of the default when the key is absent.
     xoVariant getValue(std::string_view key, const xoVariant& defaultValue = xoVariant()) const;
     // An absent key is inserted with a copy of the default; operator[] inserts UNKNOWN.
     xoVariant& editValue(std::string_view key, const xoVariant& defaultValue = xoVariant());
     xoVariant& operator[](std::string_view key);
 
+    // An absent key is found at end().
     iterator find(std::string_view key);
     const_iterator find(std::string_view key) const;
-    bool contains(std::string_view key) const;
+    bool contains(std::string_view key) const;  // whether the map itself has the key
     // Leaves an existing value alone. Returns the key's place and whether it was inserted.
     std::pair<iterator, bool> insert(std::pair<std::string, xoVariant> entry);
     iterator erase(iterator position) { return mEntries.erase(position); }
@@ -442,6 +467,7 @@ public:
     // that holds a copy of the default and lasts until its next call with a null path; no map has a part in it.
     xoVariant& editValuePath(const char* path, const xoVariant& defaultValue = xoVariant(), char separator = '/');
 
+    // The same; the path ends at its first NUL.
     xoVariant getValuePath(const std::string& path, const xoVariant& defaultValue = xoVariant(),
                            char separator = '/') const {
         return getValuePath(path.c_str(), defaultValue, separator);
@@ -481,6 +507,7 @@ public:
     // "(key=value),(key=value)" in key order.
     std::string toString() const;
 
+    // Entry by entry in key order: keys as bytes, values as variants compare.
     bool operator==(const xoVariantMapImpl& other) const;
     bool operator!=(const xoVariantMapImpl& other) const { return !(*this == other); }
     bool operator<(const xoVariantMapImpl& other) const;

@@ -82,6 +82,7 @@ public:
     virtual void stop();
 
 protected:
+    // Takes jobs until it is asked to stop. Not to be overridden.
     void run() override;
 
     // Does one job, on the thread.

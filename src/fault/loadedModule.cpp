@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "platform/modulePath.h"
 #include "platform/wideText.h"
 
 namespace xo::fault {
@@ -57,17 +58,7 @@ HMODULE moduleAt(std::uint64_t address) {
     return ::GetModuleHandleExW(kFlags, reinterpret_cast<const wchar_t*>(address), &module) ? module : nullptr;
 }
 
-std::wstring moduleFile(HMODULE module) {
-    constexpr std::size_t kLongestPath = 32768;
-    std::wstring path;
-    for (std::size_t room = MAX_PATH; module != nullptr && room <= kLongestPath; room *= 2) {
-        path.resize(room);
-        const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(room));
-        path.resize(length);
-        if (length < room) return path;
-    }
-    return {};
-}
+std::wstring moduleFile(HMODULE module) { return module ? platform::modulePath(module) : std::wstring(); }
 
 const IMAGE_NT_HEADERS& moduleHeaders(HMODULE module) {
     const auto* const dos = at<IMAGE_DOS_HEADER>(module, 0);

@@ -20,17 +20,6 @@ bool isFolderLink(const WIN32_FIND_DATAW& found) {
     return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
 }
 
-// The extended path of the folder in which a search for "folder\*" looks. Asked without the "\*", Windows would drop
-// dots and blanks at the end and take "..." for the working directory.
-std::wstring searchedFolder(const std::string& folder) {
-    std::wstring pattern(files::withoutTrailingSeparators(platform::toWide(folder)));
-    if (pattern.empty()) return {};
-    if (!files::isSeparator(pattern.back())) pattern += L'\\';
-    std::wstring path = files::toExtendedPath(pattern + L'*');
-    if (!path.empty()) path.pop_back();
-    return std::wstring(files::withoutTrailingSeparators(path));
-}
-
 // 0 for what does not exist.
 DWORD attributesOf(const std::wstring& path) {
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
@@ -40,7 +29,11 @@ DWORD attributesOf(const std::wstring& path) {
 class FolderCleaner {
 public:
     FolderCleaner(const std::string& folder, std::string* error, const bool* cancel)
-        : mPath(searchedFolder(folder)), mTopLength(mPath.size()), mGiven(folder), mError(error), mCancel(cancel) {
+        : mPath(files::searchedFolder(folder)),
+          mTopLength(mPath.size()),
+          mGiven(folder),
+          mError(error),
+          mCancel(cancel) {
         while (!mGiven.empty() && (mGiven.back() == '\\' || mGiven.back() == '/')) mGiven.pop_back();
     }
 

@@ -104,7 +104,7 @@ void xoDirUtils::GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info) 
 }
 
 std::uint64_t xoDirUtils::GetAvailableDiskSizeUtf8(const std::string& path, std::string& error) {
-    std::wstring folder = files::toExtendedPath(platform::toWide(path));
+    std::wstring folder = platform::toExtendedPath(platform::toWide(path));
     const std::size_t root = files::rootLength(folder);
     if (files::isNetworkPath(folder)) {  // a server that does not answer is to be asked only once
         folder.resize(root);

@@ -62,14 +62,14 @@ std::wstring_view withoutTrailingSeparators(std::wstring_view path) {
     return path.substr(0, length);
 }
 
-std::wstring toExtendedPath(const std::wstring& path) {
-    if (path.empty() || path.find(L'\0') != std::wstring::npos) return {};
-    if (hasDevicePrefix(path)) return path;
-    std::wstring full = platform::readWide(
-        [&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
-    if (full.empty() || hasDevicePrefix(full)) return full;
-    if (isNetworkPath(full)) return LR"(\\?\UNC\)" + full.substr(2);
-    return LR"(\\?\)" + full;
+// Asked without the "\*", Windows would drop dots and blanks at the end and take "..." for the working directory.
+std::wstring searchedFolder(const std::string& folder) {
+    std::wstring pattern(withoutTrailingSeparators(platform::toWide(folder)));
+    if (pattern.empty()) return {};
+    if (!isSeparator(pattern.back())) pattern += L'\\';
+    std::wstring path = platform::toExtendedPath(pattern + L'*');
+    if (!path.empty()) path.pop_back();
+    return std::wstring(withoutTrailingSeparators(path));
 }
 
 }  // namespace xo::files

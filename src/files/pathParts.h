@@ -1,4 +1,4 @@
-// Where the names of a path begin, and paths for work inside a tree.
+// Where the names of a path begin and end.
 #ifndef XO_FILES_PATHPARTS_H
 #define XO_FILES_PATHPARTS_H
 
@@ -20,9 +20,9 @@ bool isNetworkPath(std::wstring_view path);
 // The path without separators at its end; a root keeps its own.
 std::wstring_view withoutTrailingSeparators(std::wstring_view path);
 
-// The absolute path with backslashes and the "\\?\" prefix, however short it is: what lies below may be long. Empty for
-// a path that names nothing.
-std::wstring toExtendedPath(const std::wstring& path);
+// The extended path of the folder in which a search for "folder\*" looks, without separators at its end; empty for a
+// path that names nothing.
+std::wstring searchedFolder(const std::string& folder);
 
 }  // namespace xo::files
 

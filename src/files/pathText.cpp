@@ -3,6 +3,7 @@
 
 #include "files/pathParts.h"
 #include "platform/handle.h"
+#include "platform/modulePath.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
 
@@ -18,16 +19,6 @@ using platform::toUtf8;
 using platform::toWide;
 
 bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
-
-std::wstring programPath() {
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {  // a path that does not fit is cut to the room, not refused
-        const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-        const bool fits = length < path.size();
-        path.resize(fits ? length : path.size() * 2);
-        if (fits) return path;
-    }
-}
 
 bool equalButForCase(std::wstring_view a, std::wstring_view b) {
     return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
@@ -78,7 +69,7 @@ std::string xoDirUtils::GetCurrentWorkingDirUtf8() {
 }
 
 bool xoDirUtils::GetFolderOfCurrentProcessUtf8(std::string& folder) {
-    std::wstring path = programPath();
+    std::wstring path = platform::modulePath(nullptr);
     const std::size_t name = path.find_last_of(LR"(\/)");
     if (name == std::wstring::npos) return false;
     path.resize((std::max)(name, files::rootLength(path)));

@@ -14,6 +14,8 @@ public:
     SlimLock(const SlimLock&) = delete;
     SlimLock& operator=(const SlimLock&) = delete;
 
+    void lock() XO_ACQUIRE() { ::AcquireSRWLockExclusive(&mLock); }
+
     // Waits at most about that long.
     bool tryLock(DWORD timeoutMs = 0) XO_TRY_ACQUIRE(true) {
         for (DWORD waitedMs = 0; !::TryAcquireSRWLockExclusive(&mLock); ++waitedMs) {

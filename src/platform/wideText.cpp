@@ -35,6 +35,11 @@ std::string narrow(UINT codePage, std::wstring_view wide) {
 
 bool startsWith(std::wstring_view text, std::wstring_view prefix) { return text.substr(0, prefix.size()) == prefix; }
 
+bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
+
+// Whether Windows takes the path as it is, of any length.
+bool isExtended(std::wstring_view path) { return startsWith(path, LR"(\\?\)") || startsWith(path, LR"(\\.\)"); }
+
 bool isAbsolute(std::wstring_view path) {
     const auto isSeparator = [](wchar_t c) { return c == L'\\' || c == L'/'; };
     if (path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1])) return true;
@@ -46,6 +51,23 @@ bool isAbsolute(std::wstring_view path) {
 std::wstring toWide(std::string_view utf8) { return widen(CP_UTF8, utf8); }
 
 std::string toUtf8(std::wstring_view wide) { return narrow(CP_UTF8, wide); }
+
+void appendUtf8(std::string& text, std::wstring_view wide) {
+    constexpr std::size_t kMostBytesPerUnit = 3;
+    if (!fitsInt(wide.size() * kMostBytesPerUnit)) return;
+    std::size_t length = text.size();
+    text.resize(length + wide.size());
+    while (!wide.empty() && wide.front() < 0x80) {
+        text[length++] = static_cast<char>(wide.front());
+        wide.remove_prefix(1);
+    }
+    if (wide.empty()) return;
+    text.resize(length + wide.size() * kMostBytesPerUnit);
+    const int added =
+        ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), text.data() + length,
+                              static_cast<int>(text.size() - length), nullptr, nullptr);
+    text.resize(length + static_cast<std::size_t>(added));
+}
 
 std::string toNative(std::string_view utf8, std::size_t maxBytes) {
     const std::wstring wide = toWide(utf8);
@@ -65,15 +87,19 @@ std::string fromNative(std::string_view native) { return toUtf8(widen(CP_ACP, na
 std::wstring toApiPath(std::string_view utf8Path) { return toApiPath(toWide(utf8Path)); }
 
 std::wstring toApiPath(std::wstring path) {
-    if (path.find(L'\0') != std::wstring::npos) return {};
-    if (startsWith(path, LR"(\\?\)") || startsWith(path, LR"(\\.\)")) return path;
+    if (hasNul(path)) return {};
     const std::size_t folder = isAbsolute(path) ? 0 : ::GetCurrentDirectoryW(0, nullptr);
     if (path.empty() || folder + path.size() < kShortPathLimit) return path;
+    if (std::wstring extended = toExtendedPath(path); !extended.empty()) return extended;
+    return path;
+}
 
+std::wstring toExtendedPath(const std::wstring& path) {
+    if (hasNul(path)) return {};
+    if (isExtended(path)) return path;
     std::wstring full =
         readWide([&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
-    if (full.empty()) return path;
-    if (startsWith(full, LR"(\\?\)") || startsWith(full, LR"(\\.\)")) return full;
+    if (full.empty() || isExtended(full)) return full;
     if (startsWith(full, LR"(\\)")) return LR"(\\?\UNC\)" + full.substr(2);
     return LR"(\\?\)" + full;
 }

@@ -14,6 +14,9 @@ std::wstring toWide(std::string_view utf8);
 // UTF-16 to UTF-8. Each lone surrogate becomes U+FFFD; NULs are kept. Empty for a text beyond 2 GB.
 std::string toUtf8(std::wstring_view wide);
 
+// Appends what toUtf8 gives, in the room that the text has already if it is enough. Nothing for a text beyond 1 GB.
+void appendUtf8(std::string& text, std::wstring_view wide);
+
 // UTF-8 to the process's ANSI code page; what that page lacks becomes its default character. Cut, at a character, to at
 // most maxBytes.
 std::string toNative(std::string_view utf8, std::size_t maxBytes = std::string::npos);
@@ -27,6 +30,10 @@ std::wstring toApiPath(std::string_view utf8Path);
 
 // The same for a path that is wide already.
 std::wstring toApiPath(std::wstring path);
+
+// The absolute path with backslashes and the "\\?\" prefix, however short it is: what lies below may be long. Empty for
+// a path that names nothing.
+std::wstring toExtendedPath(const std::wstring& path);
 
 // Calls fill(buffer, size) as the "returns the length, or the room needed" functions want it (GetFullPathNameW,
 // GetCurrentDirectoryW, GetTempPathW, GetEnvironmentVariableW) until the text fits. Empty when the call fails.

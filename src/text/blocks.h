@@ -5,6 +5,7 @@
 #include <emmintrin.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #if defined(_MSC_VER) && !defined(__clang__)
 #    include <intrin.h>
@@ -19,6 +20,9 @@ inline __m128i loadBlock(const char* at) { return _mm_loadu_si128(reinterpret_ca
 // A bit for each byte of the block whose top bit is set.
 inline unsigned topBits(__m128i block) { return static_cast<unsigned>(_mm_movemask_epi8(block)); }
 
+// A bit for each byte of the block that is the character.
+inline unsigned maskOf(__m128i block, char c) { return topBits(_mm_cmpeq_epi8(block, _mm_set1_epi8(c))); }
+
 // The index of the lowest bit of a mask that has one.
 inline unsigned lowestBit(unsigned mask) {
 #if defined(_MSC_VER) && !defined(__clang__)
@@ -30,11 +34,20 @@ inline unsigned lowestBit(unsigned mask) {
 #endif
 }
 
+inline unsigned lowestBit(std::uint64_t mask) {
+#if defined(_MSC_VER) && !defined(__clang__)
+    unsigned long index = 0;
+    _BitScanForward64(&index, mask);
+    return index;
+#else
+    return static_cast<unsigned>(__builtin_ctzll(mask));
+#endif
+}
+
 // The first such byte, or end. The C runtime's search goes byte by byte.
 inline const char* findByte(const char* at, const char* end, char c) {
-    const __m128i wanted = _mm_set1_epi8(c);
     for (; end - at >= kBlock; at += kBlock) {
-        const unsigned mask = topBits(_mm_cmpeq_epi8(loadBlock(at), wanted));
+        const unsigned mask = maskOf(loadBlock(at), c);
         if (mask != 0) return at + lowestBit(mask);
     }
     while (at != end && *at != c) ++at;

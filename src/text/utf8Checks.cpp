@@ -2,13 +2,9 @@
 
 #include <utf8.h>
 
-#include <algorithm>
-
 #include "text/blocks.h"
-#include "xoSystem/xoStringUtils.h"
 
-namespace xo {
-namespace text {
+namespace xo::text {
 namespace {
 
 // Byte by byte the sequences are unsigned; the blocks do not care.
@@ -64,29 +60,11 @@ const char* skipWellFormed(const char* at, const char* end) {
 
 }  // namespace
 
-bool isUtf8(std::string_view text) {
+bool isUtf8(std::string_view text) { return utf8Prefix(text) == text.size(); }
+
+std::size_t utf8Prefix(std::string_view text) {
     const char* const end = text.data() + text.size();
-    return utf8::is_valid(skipWellFormed(text.data(), end), end);
+    return static_cast<std::size_t>(utf8::find_invalid(skipWellFormed(text.data(), end), end) - text.data());
 }
 
-}  // namespace text
-
-bool xoStringUtils::IsUtf8String(const std::string& text) { return text::isUtf8(text); }
-
-std::size_t xoStringUtils::CountUtf8Char(const std::string& text) {
-    if (!text::isUtf8(text)) return 0;
-    const auto isLead = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isLead));
-}
-
-std::string xoStringUtils::UnknownEncodingToUtf8(const std::string& text, char replacement) {
-    if (text::isUtf8(text)) return text;
-    std::string converted = convertCharset(text, CharSetNative, CharSetUtf8);
-    if (text::isUtf8(converted)) return converted;
-    converted = text;
-    std::replace_if(
-        converted.begin(), converted.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, replacement);
-    return converted;
-}
-
-}  // namespace xo
+}  // namespace xo::text

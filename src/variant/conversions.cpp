@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "text/numberText.h"
+#include "variant/numberGuess.h"
 #include "variant/textForm.h"
 #include "xoSystem/xoVariant.h"
 
@@ -227,16 +228,8 @@ bool xoVariant::convertLosslessTo(Type type, xoVariant& out) const {
 }
 
 xoVariant xoVariant::BuildFromString(std::string_view text) {
-    std::int64_t integer = 0;
-    if (text::parseInteger(text, integer)) return integer;
-    double real = 0.0;
-    if (text.find(',') == std::string_view::npos) {
-        if (text::parseReal(text, real)) return real;
-        return text;
-    }
-    std::string withPoints(text);
-    std::replace(withPoints.begin(), withPoints.end(), ',', '.');
-    if (text::parseReal(withPoints, real)) return real;
+    xoVariant number;
+    if (variant::readNumber(text, number)) return number;
     return text;
 }
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "variant/pathWalk.h"
 #include "xoSystem/xoVariant.h"
 
 namespace xo {
@@ -30,67 +31,53 @@ std::regex compile(const std::string& pattern, bool caseInsensitive) {
     return std::regex(pattern, options);
 }
 
-class Eraser {
-public:
-    Eraser(const std::regex& expression, std::string prefix)
-        : mExpression(expression),
-          mMaxPath((expression.flags() & kWithoutRecursion) != 0 ? static_cast<std::size_t>(-1) : kMaxRecursivePath),
-          mPath(std::move(prefix)) {}
+// The next entry of a map, or the next element of a list.
+struct Position {
+    Position() = default;
+    Position(Map& ofMap) : map(&ofMap), entry(ofMap.begin()) {}
+    Position(List& ofList) : list(&ofList), element(ofList.begin()) {}
 
-    template <class Container>
-    std::uint64_t walk(Container& container) {
-        mLevel = Level(container, mPath.size());
-        for (;;) {
-            if (!mLevel.atEnd()) {
-                mPath.resize(mLevel.prefix);
-                visit();
-            } else if (!mAround.empty()) {
-                mLevel = mAround.back();
-                mAround.pop_back();
-            } else {
-                return mErased;
-            }
-        }
+    bool atEnd() const { return map != nullptr ? entry == map->end() : element == list->end(); }
+
+    Map* map = nullptr;
+    Map::iterator entry;
+    List* list = nullptr;
+    List::iterator element;
+};
+
+class Eraser : variant::PathWalk<Position> {
+public:
+    Eraser(const std::regex& expression, const std::string& prefix)
+        : PathWalk(prefix),
+          mExpression(expression),
+          mMaxPath((expression.flags() & kWithoutRecursion) != 0 ? static_cast<std::size_t>(-1) : kMaxRecursivePath) {}
+
+    std::uint64_t eraseFrom(Position outermost) {
+        walk(outermost, [this] { visit(); });
+        return mErased;
     }
 
 private:
-    // The next entry or element of a container, whose prefix is how much of the path stands before it.
-    struct Level {
-        Level() = default;
-        Level(Map& ofMap, std::size_t length) : map(&ofMap), entry(ofMap.begin()), prefix(length) {}
-        Level(List& ofList, std::size_t length) : list(&ofList), element(ofList.begin()), prefix(length) {}
-
-        bool atEnd() const { return map != nullptr ? entry == map->end() : element == list->end(); }
-
-        Map* map = nullptr;
-        Map::iterator entry;
-        List* list = nullptr;
-        List::iterator element;
-        std::size_t prefix = 0;
-    };
-
     void visit() {
-        if (mLevel.map == nullptr) {
-            enter(*mLevel.element++);
+        if (mPosition.map == nullptr) {
+            enterValue(*mPosition.element++);
             return;
         }
-        mPath += mLevel.entry->first;
+        mPath += mPosition.entry->first;
         if (matches()) {
-            mLevel.entry = mLevel.map->erase(mLevel.entry);
+            mPosition.entry = mPosition.map->erase(mPosition.entry);
             ++mErased;
             return;
         }
         mPath += '/';
-        enter((mLevel.entry++)->second);
+        enterValue((mPosition.entry++)->second);
     }
 
-    void enter(xoVariant& value) {
+    void enterValue(xoVariant& value) {
         if (value.getType() == xoVariant::MAP) {
-            mAround.push_back(mLevel);
-            mLevel = Level(value.editMap(), mPath.size());
+            enter(value.editMap());
         } else if (value.getType() == xoVariant::LIST) {
-            mAround.push_back(mLevel);
-            mLevel = Level(value.editList(), mPath.size());
+            enter(value.editList());
         }
     }
 
@@ -101,9 +88,6 @@ private:
 
     const std::regex& mExpression;
     std::size_t mMaxPath;
-    std::string mPath;
-    Level mLevel;
-    std::vector<Level> mAround;
     std::uint64_t mErased = 0;
 };
 
@@ -115,12 +99,12 @@ std::uint64_t Map::erasePathRegEx(const std::string& pattern, bool caseInsensiti
 
 std::uint64_t xoVariantUtils::ErasePathRegExImplRecurse(Map& map, const std::regex& expression,
                                                         const std::string& prefix) {
-    return Eraser(expression, prefix).walk(map);
+    return Eraser(expression, prefix).eraseFrom(map);
 }
 
 std::uint64_t xoVariantUtils::ErasePathRegExImplRecurse(List& list, const std::regex& expression,
                                                         const std::string& prefix) {
-    return Eraser(expression, prefix).walk(list);
+    return Eraser(expression, prefix).eraseFrom(list);
 }
 
 }  // namespace xo

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "text/ascii.h"
+#include "text/blocks.h"
 #include "text/numberText.h"
 #include "variant/iniFormat.h"
 #include "variant/pathKeys.h"
@@ -64,6 +65,8 @@ xoVariant readValue(std::string_view text, bool hasEscapes) {
 // The first line of a text, and what one look at its bytes tells.
 struct Line {
     explicit Line(std::string_view from) {
+        bool isComplete = false;
+        while (!isComplete && from.size() - end >= kBlock) isComplete = scanBlock(from.data() + end);
         for (; end != from.size() && from[end] != '\n'; ++end) {
             if (from[end] == '=' && equals == std::string_view::npos) equals = end;
             if (from[end] == '\\') hasBackslash = true;
@@ -80,6 +83,21 @@ struct Line {
     std::size_t equals = std::string_view::npos;
     bool hasBackslash = false;
     std::string_view whole, trimmed;
+
+private:
+    static constexpr std::size_t kBlock = text::kBlock;
+
+    // Moves end over the block, or to the line end in it; returns whether there is one.
+    bool scanBlock(const char* at) {
+        const __m128i block = text::loadBlock(at);
+        const unsigned newlines = text::maskOf(block, '\n');
+        const unsigned inLine = (newlines & (0u - newlines)) - 1;  // the bits below the lowest one, or all
+        const unsigned signs = text::maskOf(block, '=') & inLine;
+        if (signs != 0 && equals == std::string_view::npos) equals = end + text::lowestBit(signs);
+        if ((text::maskOf(block, '\\') & inLine) != 0) hasBackslash = true;
+        end += newlines != 0 ? text::lowestBit(newlines) : kBlock;
+        return newlines != 0;
+    }
 };
 
 class IniReader {

@@ -1,3 +1,4 @@
+#include "variant/pathWalk.h"
 #include "variant/treeCursor.h"
 #include "xoSystem/xoVariant.h"
 
@@ -86,43 +87,26 @@ void Map::mergeWith(const Map& other, bool asList) {
 namespace {
 
 // The leaves of a tree under their joined keys, in the order of the walk.
-class Flattening {
+class Flattening : variant::PathWalk<variant::TreeCursor> {
 public:
     explicit Flattening(char separator) : mSeparator(separator) {}
 
-    void walk(const Map& map) {
-        mLevel = {variant::TreeCursor(map), 0};
-        for (;;) {
-            if (!mLevel.cursor.atEnd()) {
-                mPath.resize(mLevel.prefix);
-                visit();
-            } else if (!mAround.empty()) {
-                mLevel = mAround.back();
-                mAround.pop_back();
-            } else {
-                return;
-            }
-        }
+    std::vector<std::pair<std::string, xoVariant>> leavesOf(const Map& map) {
+        walk(variant::TreeCursor(map), [this] { visit(); });
+        return std::move(mLeaves);
     }
 
-    std::vector<std::pair<std::string, xoVariant>> takeLeaves() { return std::move(mLeaves); }
-
 private:
-    struct Level {
-        variant::TreeCursor cursor;
-        std::size_t prefix = 0;  // how much of the path stands before the keys of this level
-    };
-
     void visit() {
-        const bool inMap = mLevel.cursor.isOnMap();
-        const xoVariant& value = mLevel.cursor.value();
-        if (inMap) mPath += mLevel.cursor.key();
-        mLevel.cursor.advance();
+        const bool inMap = mPosition.isOnMap();
+        const xoVariant& value = mPosition.value();
+        if (inMap) mPath += mPosition.key();
+        mPosition.advance();
         if (!inMap) {  // a list was entered for its maps, which share its path
-            if (value.getType() == xoVariant::MAP) enter(value);
+            if (value.getType() == xoVariant::MAP) enterValue(value);
         } else if (value.getType() == xoVariant::MAP) {
             mPath += mSeparator;
-            enter(value);
+            enterValue(value);
         } else if (value.getType() == xoVariant::LIST) {
             visitList(value);
         } else {
@@ -138,27 +122,20 @@ private:
         if (!hasMaps || !rest.empty()) mLeaves.emplace_back(mPath, std::move(rest));
         if (!hasMaps) return;
         mPath += mSeparator;
-        enter(value);
+        enterValue(value);
     }
 
-    void enter(const xoVariant& container) {
-        mAround.push_back(mLevel);
-        mLevel = {variant::TreeCursor::into(container), mPath.size()};
-    }
+    void enterValue(const xoVariant& container) { enter(variant::TreeCursor::into(container)); }
 
     char mSeparator;
-    std::string mPath;
-    Level mLevel = {};
-    std::vector<Level> mAround;
     std::vector<std::pair<std::string, xoVariant>> mLeaves;
 };
 
 }  // namespace
 
 void Map::toFlattenMap(Map& out, char separator) const {
-    Flattening flattening(separator);
-    flattening.walk(*this);  // to its end, before out may change what is walked on
-    for (auto& [path, value] : flattening.takeLeaves()) out.multiInsertAndDestroy(path, value, false);
+    auto leaves = Flattening(separator).leavesOf(*this);  // all of them, before out may change what is walked on
+    for (auto& [path, value] : leaves) out.multiInsertAndDestroy(path, value, false);
 }
 
 }  // namespace xo

@@ -115,50 +115,24 @@ TEST_F(ClearFolder, RefusesPathsThatNameNoFolder) {
     }
 }
 
-bool isLink(const std::filesystem::path& path) {
-    const DWORD attributes = ::GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-
-// Makes or removes the link in the folder by a program of the system below Wine, whose handle does not tell its end.
-void runUnix(const std::filesystem::path& folder, std::wstring command) {
-    const bool before = isLink(folder / "link");
-    const std::wstring program = LR"(\\?\unix\bin\)" + command.substr(0, 2);
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!::CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
-                          &startup, &process))
-        return;
-    const xo::platform::KernelHandle thread(process.hThread), child(process.hProcess);
-    for (int waits = 0; waits < 500 && isLink(folder / "link") == before; ++waits) ::Sleep(10);
-}
-
-// A link from the folder to "target" beside it: a junction, or under Wine, which makes none, a symbolic link.
-void makeLink(const std::filesystem::path& folder) {
-    const std::wstring target = (folder.parent_path() / "target").wstring();
-    ::_wsystem((L"mklink /J \"" + (folder / "link").wstring() + L"\" \"" + target + L"\" >nul 2>nul").c_str());
-    if (!isLink(folder / "link")) runUnix(folder, L"ln -s ../target link");
-}
-
 // Under Wine a link to a folder that holds something cannot be removed at all.
 TEST_F(ClearFolder, NeverFollowsALink) {
     ASSERT_TRUE(xoDirUtils::MkpathUtf8(path("target")));
     makeFile(path("target/kept"));
     for (const bool inside : {false, true}) {
-        makeLink(mWideTop);
-        if (!isLink(mWideTop / "link")) GTEST_SKIP() << "no way to make a link here";
+        xo::tests::makeLink(mWideTop / "link", "../target");
+        if (!xo::tests::isLink(mWideTop / "link")) GTEST_SKIP() << "no way to make a link here";
         const bool cleared = xoDirUtils::ClearFolderUtf8(inside ? mTop : path("top/link"), !inside, &mError);
         EXPECT_TRUE(has("target/kept"));
         EXPECT_EQ(has("top/file"), !inside);
         EXPECT_EQ(mError, cleared ? "untouched" : "RemoveDirectoryW error 145");
-        EXPECT_EQ(isLink(mWideTop / "link"), !cleared);
+        EXPECT_EQ(xo::tests::isLink(mWideTop / "link"), !cleared);
     }
-    makeLink(mWideTop);
+    xo::tests::makeLink(mWideTop / "link", "../target");
     EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(path("top/link")));  // asks for what is behind it
     EXPECT_FALSE(has("target/kept"));
-    EXPECT_TRUE(isLink(mWideTop / "link"));
-    runUnix(mWideTop, L"rm link");  // elsewhere it goes with the folder
+    EXPECT_TRUE(xo::tests::isLink(mWideTop / "link"));
+    xo::tests::runUnix(mWideTop, L"rm link");  // elsewhere it goes with the folder
 }
 
 }  // namespace

@@ -42,6 +42,34 @@ inline void makeFile(const std::string& path, DWORD attributes = FILE_ATTRIBUTE_
     EXPECT_TRUE(::SetFileAttributesW(platform::toApiPath(path).c_str(), attributes));
 }
 
+inline bool isLink(const std::filesystem::path& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+// Makes or removes a link in the folder by a program of the system below Wine, whose handle does not tell its end.
+inline void runUnix(const std::filesystem::path& folder, std::wstring command) {
+    const std::filesystem::path link = folder / command.substr(command.rfind(L' ') + 1);
+    const bool before = isLink(link);
+    const std::wstring program = LR"(\\?\unix\bin\)" + command.substr(0, 2);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
+                          &startup, &process))
+        return;
+    const platform::KernelHandle thread(process.hThread), child(process.hProcess);
+    for (int waits = 0; waits < 500 && isLink(link) == before; ++waits) ::Sleep(10);
+}
+
+// A link to a folder, told from where the link lies: a junction, or under Wine, which makes none, a symbolic link.
+inline void makeLink(const std::filesystem::path& link, const std::filesystem::path& target) {
+    const std::wstring absolute = (link.parent_path() / target).lexically_normal().wstring();
+    ::_wsystem((L"mklink /J \"" + link.wstring() + L"\" \"" + absolute + L"\" >nul 2>nul").c_str());
+    if (!isLink(link))
+        runUnix(link.parent_path(), L"ln -s " + target.generic_wstring() + L" " + link.filename().wstring());
+}
+
 // Makes the folder the working directory of the process while it lives.
 class WorkingFolder {
 public:

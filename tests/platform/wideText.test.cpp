@@ -23,6 +23,9 @@ TEST(WideText, ConvertsWholeTextsBothWays) {
     for (const auto& row : rows) {
         EXPECT_EQ(toWide(row.utf8), row.wide) << row.utf8;
         EXPECT_EQ(toUtf8(row.wide), row.utf8);
+        std::string text = "x";
+        appendUtf8(text, row.wide + L"\xD83D");
+        EXPECT_EQ(text, "x" + row.utf8 + "\xEF\xBF\xBD");
     }
     std::string many;
     for (int i = 0; i < 100000; ++i) many += "\xE6\x97\xA5";

@@ -51,6 +51,8 @@ TEST_F(IniFile, ReadsSectionsAndKeys) {
         {"a=b=c\nk\0a=v\0b\n\xFF\xC3=\xE9\n"s, map("a", "b=c", "k\0a"s, "v\0b"s, "\xFF\xC3", "\xE9")},
     };
     for (const auto& [bytes, values] : rows) EXPECT_EQ(load(bytes), values) << bytes;
+    for (std::string x; x.size() < 40; x += 'x')  // lines that end anywhere in a block of bytes
+        EXPECT_EQ(load(x + "k=" + x + "\\t\nb=\\n\n"), map(x + "k", x + "\t", "b", "\n"));
     EXPECT_EQ(takeLines(), Strings{"2()Invalid line (1) [ in Ini file"});
 }
 

@@ -1,0 +1,16 @@
+// The helper program of the catalogue, recordChecker, run to its end.
+#ifndef CATALOGUE_HELPER_H
+#define CATALOGUE_HELPER_H
+
+#include <cstddef>
+#include <string>
+
+namespace catalogue {
+
+// Lets the helper read the record files of a folder back: once as it should be, once made to overrun its time. True
+// when both end as they must.
+bool checkRecords(const std::string& programFolder, const std::string& recordFolder, std::size_t expectedRegions);
+
+}  // namespace catalogue
+
+#endif

@@ -1,0 +1,119 @@
+// Three ways to let others work: the pool of the process for one big computation, a work thread for jobs that come now
+// and then, and a periodic updater.
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "xoSystem/xoConcurrentPool.h"
+#include "xoSystem/xoInit.h"
+#include "xoSystem/xoSemaphore.h"
+#include "xoSystem/xoThread.h"
+#include "xoSystem/xoWorkThread.h"
+
+namespace {
+
+// How many primes are in a range, for the pool. Its lock is given back while the task computes.
+class CountPrimes final : public xo::ConcurrentPool::SolverBase {
+public:
+    CountPrimes(int first, int last) : mFirst(first), mLast(last) {}
+
+    void solve(xo::xoMutex* poolMutex, xo::xoWaitCondition*) override XO_NO_THREAD_SAFETY_ANALYSIS {
+        poolMutex->unlock();
+        int count = 0;
+        for (int number = mFirst; number < mLast; ++number) count += isPrime(number) ? 1 : 0;
+        poolMutex->lock();
+        mCount = count;
+    }
+    int count() const { return mCount; }
+
+private:
+    static bool isPrime(int number) {
+        for (int divisor = 2; divisor * divisor <= number; ++divisor)
+            if (number % divisor == 0) return false;
+        return number > 1;
+    }
+
+    int mFirst, mLast, mCount = 0;
+};
+
+int primesBelow(int last) {
+    constexpr int kStep = 1000;
+    std::vector<std::unique_ptr<CountPrimes>> owned;
+    std::vector<xo::ConcurrentPool::SolverBase*> tasks;
+    for (int first = 0; first < last; first += kStep) {
+        owned.push_back(std::make_unique<CountPrimes>(first, first + kStep));
+        tasks.push_back(owned.back().get());
+    }
+    if (!xo::concurrent::GetConcurrentPool().solve(tasks)) return -1;
+    int count = 0;
+    for (const auto& task : owned) count += task->count();
+    return count;
+}
+
+struct Page final : xo::xoJob {
+    explicit Page(int number) : number(number) {}
+    int number;
+};
+
+// Prints one page after the other while the program goes on.
+class Printer final : public xo::xoWorkThread {
+public:
+    ~Printer() override { stop(); }
+
+    void print(std::vector<Page>& pages) {
+        beginWake();
+        for (Page& page : pages) addJob(&page);
+        endWake();
+    }
+    void awaitPages(unsigned int count) { mPrinted.acquire(count); }
+
+    // Jobs keep the thread from falling asleep before it has seen the request: see xoWorkThread.h.
+    void stop() override {
+        beginWake();
+        addJob(&mUntilStop);
+        addJob(&mUntilStop);
+        endWake();
+        xo::xoWorkThread::stop();
+    }
+
+private:
+    void executeJob(xo::xoJob* job) override {
+        if (job == &mUntilStop) {
+            while (!mustStop()) msleep(1);
+            return;
+        }
+        std::cout << "page " << static_cast<Page*>(job)->number << '\n';
+        mPrinted.release();
+    }
+
+    xo::xoSemaphore mPrinted{0};
+    xo::xoJob mUntilStop;
+};
+
+void tick(void* ticks) { static_cast<xo::xoSemaphore*>(ticks)->release(); }
+
+}  // namespace
+
+int main() {
+    xo::initializeXoSystem(xo::InitTypeFull);
+    {
+        xo::xoSemaphore ticks(0);
+        xo::xoThreadPeriodicalUpdater updater(/*periodSeconds=*/1);
+        updater.addCallback(&tick, &ticks);
+
+        std::cout << primesBelow(100000) << " primes below 100000\n";
+
+        std::vector<Page> pages = {Page(1), Page(2), Page(3)};
+        Printer printer;
+        printer.startThread("printer");
+        printer.print(pages);
+        printer.awaitPages(3);
+
+        ticks.acquire(2);  // once at once, and once a second later
+        std::cout << "two ticks\n";
+    }  // every thread has ended before the library does
+    xo::terminateXoSystem();
+    return 0;
+}

@@ -1,0 +1,57 @@
+// Stamp and StampGenerator: tokens that never come twice, to tell which of two things is newer.
+//
+//     static xo::StampGenerator stamps;
+//     mesh.changed = stamps.generateStamp();
+//     ...
+//     if (cache.built < mesh.changed) rebuild(cache);
+#ifndef XOSYSTEM_XOSTAMP_H
+#define XOSYSTEM_XOSTAMP_H
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "xoSystem/xoExport.h"
+
+namespace xo {
+
+// A plain value. Only a generator makes valid ones; stamps of different generators are comparable, but tell nothing.
+class Stamp {
+public:
+    constexpr Stamp() = default;  // invalid
+
+    // Less than every valid stamp.
+    static constexpr Stamp Invalid() { return Stamp(); }
+    constexpr bool isValid() const { return mValue != 0; }
+
+    // Greater means newer.
+    constexpr bool operator<(Stamp other) const { return mValue < other.mValue; }
+    constexpr bool operator>(Stamp other) const { return mValue > other.mValue; }
+    constexpr bool operator==(Stamp other) const { return mValue == other.mValue; }
+
+private:
+    friend class StampGenerator;
+    explicit constexpr Stamp(std::uint64_t value) : mValue(value) {}
+
+    std::uint64_t mValue = 0;
+};
+
+// Any thread may ask it for stamps. It cannot be copied: the copy would give the same stamps again.
+class XOSYSTEM_API StampGenerator {
+public:
+    StampGenerator();
+    virtual ~StampGenerator();
+    StampGenerator(const StampGenerator&) = delete;
+    StampGenerator& operator=(const StampGenerator&) = delete;
+
+    // The stamps are 1, 2, 3 and so on. All are distinct, and one that is asked for after another was given, by the
+    // same thread or by one that has learnt of it, is greater.
+    Stamp generateStamp() { return Stamp(mNext->fetch_add(1, std::memory_order_relaxed)); }
+
+private:
+    std::unique_ptr<std::atomic<std::uint64_t>> mNext;
+};
+
+}  // namespace xo
+
+#endif

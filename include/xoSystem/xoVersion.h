@@ -1,0 +1,107 @@
+// Versions: xo::xoVersion describes and compares those of the host's own components, xoSystem::Version tells which
+// build of this library is loaded, and a registry lists the other libraries of the process for system reports.
+//
+//     const xo::xoVersion needed(1, 9, 5);
+//     if (component.version() < needed) return tooOld(component.version().getDescription());
+//
+//     xo::xoLogObject(xo::xoLogInfo) << "xoSystem " << xoSystem::Version::GetDescStringMajorMinorRelease();
+#ifndef XOSYSTEM_XOVERSION_H
+#define XOSYSTEM_XOVERSION_H
+
+#include <cstdint>
+#include <string>
+#include <tuple>
+
+#include "xoSystem/xoExport.h"
+#include "xoSystem/xoVariant.h"
+
+namespace xo {
+
+// A plain value. Versions are compared by their three numbers alone: 1.10.0 is above 1.9.5, and what else a version
+// holds makes no difference.
+class XOSYSTEM_API xoVersion {
+public:
+    xoVersion() = default;  // 0.0.0
+    // The last two are the year and the month of the release: the version carries them, nothing reads them.
+    xoVersion(unsigned majorVersion, unsigned minorVersion, unsigned revision, const std::string& description = {},
+              unsigned year = 0, unsigned month = 0);
+    virtual ~xoVersion();
+    xoVersion(const xoVersion&) = default;
+    xoVersion(xoVersion&&) = default;
+    xoVersion& operator=(const xoVersion&) = default;
+    xoVersion& operator=(xoVersion&&) = default;
+
+    // Replaces all that the version holds.
+    void setVersion(unsigned majorVersion, unsigned minorVersion, unsigned revision,
+                    const std::string& description = {}, unsigned year = 0, unsigned month = 0);
+
+    // The parts, as they were given.
+    unsigned getMajorVersion() const { return mMajor; }
+    unsigned getMinorVersion() const { return mMinor; }
+    unsigned getRevision() const { return mRevision; }
+    const std::string& getDescription() const { return mDescription; }
+
+    // Compare the three numbers, the major one first, and nothing else.
+    bool operator==(const xoVersion& other) const { return numbers() == other.numbers(); }
+    bool operator!=(const xoVersion& other) const { return numbers() != other.numbers(); }
+    bool operator<(const xoVersion& other) const { return numbers() < other.numbers(); }
+    bool operator<=(const xoVersion& other) const { return numbers() <= other.numbers(); }
+    bool operator>(const xoVersion& other) const { return numbers() > other.numbers(); }
+    bool operator>=(const xoVersion& other) const { return numbers() >= other.numbers(); }
+
+private:
+    std::tuple<unsigned, unsigned, unsigned> numbers() const { return {mMajor, mMinor, mRevision}; }
+
+    unsigned mMajor = 0;
+    unsigned mMinor = 0;
+    unsigned mRevision = 0;
+    unsigned mYear = 0;
+    unsigned mMonth = 0;
+    std::string mDescription;
+};
+
+namespace impl {
+
+// The versions of other libraries in the process. A library registers itself, typically while it loads, and may take
+// itself out when it unloads; neither needs this library to be initialised. Names and texts are copied, and the entries
+// outlast terminateXoSystem: the libraries stay loaded and will not register again. Any thread may call these.
+//
+// Registering a name again replaces its version. A null name is ignored, a null version is an empty text.
+XOSYSTEM_API void RegisterThirdPartyLibVersionInfo(const char* name, const char* version);
+// Does nothing for a name that is not there, or null.
+XOSYSTEM_API void UnRegisterThirdPartyLibVersionInfo(const char* name);
+// A copy for a system report: under each name a STRING.
+XOSYSTEM_API xoVariant::xoVariantMapImpl GetThirdPartyLibVersions();
+
+}  // namespace impl
+}  // namespace xo
+
+namespace xoSystem {
+
+// The version of the loaded library, which may be another than the host was built with. The texts live as long as the
+// library is loaded. The argument of the last three makes no difference and is there for older callers.
+class XOSYSTEM_API Version {
+public:
+    Version() = delete;
+
+    // The numbers of the version, and the date of the release.
+    static unsigned GetMajor();
+    static unsigned GetMinor();
+    static unsigned GetRelease();
+    static unsigned GetRevision();
+    static std::uint16_t GetYear();
+    static std::uint8_t GetMonth();  // 1 to 12
+
+    static const char* GetDescStringMajorMinorReleaseRevisionDate();               // "3.0.0.9799 2020-5"
+    static const char* GetDescStringMajorMinorReleaseRevision(bool form = false);  // "3.0.0.9799"
+    static const char* GetDescStringMajorMinorRelease(bool form = false);          // "3.0.0"
+    static const char* GetDescStringMajorMinor(bool form = false);                 // "3.0"
+};
+
+}  // namespace xoSystem
+
+namespace xo {
+namespace xoSystem = ::xoSystem;
+}  // namespace xo
+
+#endif

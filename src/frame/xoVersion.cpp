@@ -1,0 +1,84 @@
+#include "xoSystem/xoVersion.h"
+
+#include <mutex>
+
+#include "frame/buildVersion.h"
+#include "platform/slimLock.h"
+
+namespace xo {
+
+xoVersion::xoVersion(unsigned majorVersion, unsigned minorVersion, unsigned revision, const std::string& description,
+                     unsigned year, unsigned month) {
+    setVersion(majorVersion, minorVersion, revision, description, year, month);
+}
+
+xoVersion::~xoVersion() = default;
+
+void xoVersion::setVersion(unsigned majorVersion, unsigned minorVersion, unsigned revision,
+                           const std::string& description, unsigned year, unsigned month) {
+    mMajor = majorVersion;
+    mMinor = minorVersion;
+    mRevision = revision;
+    mYear = year;
+    mMonth = month;
+    mDescription = description;
+}
+
+namespace {
+
+// Libraries register from their static objects, in whatever order these come and go: so the registry has neither a
+// constructor nor a destructor to be early or late for.
+platform::SlimLock registryLock;                  // guards registry
+xoVariant::xoVariantMapImpl* registry = nullptr;  // null while it would be empty
+using RegistryGuard = std::lock_guard<platform::SlimLock>;
+
+}  // namespace
+
+void impl::RegisterThirdPartyLibVersionInfo(const char* name, const char* version) {
+    if (!name) return;
+    const RegistryGuard guard(registryLock);
+    if (!registry) registry = new xoVariant::xoVariantMapImpl();
+    (*registry)[name] = version;
+}
+
+void impl::UnRegisterThirdPartyLibVersionInfo(const char* name) {
+    const RegistryGuard guard(registryLock);
+    if (!name || !registry) return;
+    registry->remove(name);
+    if (!registry->empty()) return;
+    delete registry;
+    registry = nullptr;
+}
+
+xoVariant::xoVariantMapImpl impl::GetThirdPartyLibVersions() {
+    const RegistryGuard guard(registryLock);
+    return registry ? *registry : xoVariant::xoVariantMapImpl();
+}
+
+}  // namespace xo
+
+namespace xoSystem {
+
+namespace build = xo::frame;
+
+unsigned Version::GetMajor() { return build::kMajor; }
+
+unsigned Version::GetMinor() { return build::kMinor; }
+
+unsigned Version::GetRelease() { return build::kRelease; }
+
+unsigned Version::GetRevision() { return build::kRevision; }
+
+std::uint16_t Version::GetYear() { return build::kYear; }
+
+std::uint8_t Version::GetMonth() { return build::kMonth; }
+
+const char* Version::GetDescStringMajorMinorReleaseRevisionDate() { return build::kMajorMinorReleaseRevisionDate; }
+
+const char* Version::GetDescStringMajorMinorReleaseRevision(bool) { return build::kMajorMinorReleaseRevision; }
+
+const char* Version::GetDescStringMajorMinorRelease(bool) { return build::kMajorMinorRelease; }
+
+const char* Version::GetDescStringMajorMinor(bool) { return build::kMajorMinor; }
+
+}  // namespace xoSystem

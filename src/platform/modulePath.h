@@ -1,0 +1,16 @@
+// Where the program and its libraries lie.
+#ifndef XO_PLATFORM_MODULEPATH_H
+#define XO_PLATFORM_MODULEPATH_H
+
+#include <string>
+
+#include "platform/windows.h"
+
+namespace xo::platform {
+
+// The full path of a loaded module; null stands for the program. Empty for what is no module.
+std::wstring modulePath(HMODULE module);
+
+}  // namespace xo::platform
+
+#endif

@@ -1,0 +1,15 @@
+// The polite way to end another process.
+#ifndef XO_PROCESS_CLOSEREQUEST_H
+#define XO_PROCESS_CLOSEREQUEST_H
+
+#include "platform/windows.h"
+
+namespace xo::process {
+
+// Posts WM_CLOSE to each top-level window of the process, and to its main thread. The caller holds a handle of the
+// process, so that the identifier means no other.
+void requestClose(DWORD processId, DWORD mainThreadId);
+
+}  // namespace xo::process
+
+#endif

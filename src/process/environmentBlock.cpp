@@ -1,0 +1,39 @@
+#include "process/environmentBlock.h"
+
+#include <map>
+
+#include "platform/wideText.h"
+#include "platform/windows.h"
+#include "text/utf8Checks.h"
+
+namespace xo::process {
+namespace {
+
+// By UTF-16 unit and without a locale, as Windows looks names up.
+struct LessName {
+    bool operator()(const std::wstring& a, const std::wstring& b) const {
+        return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
+                                      TRUE) == CSTR_LESS_THAN;
+    }
+};
+
+bool isEntry(const std::string& text) {
+    return text.find('=', 1) != std::string::npos && text.find('\0') == std::string::npos && text::isUtf8(text);
+}
+
+}  // namespace
+
+std::wstring makeEnvironmentBlock(const std::vector<std::string>& entries) {
+    std::map<std::wstring, std::wstring, LessName> byName;
+    for (const std::string& text : entries) {
+        if (!isEntry(text)) return {};
+        const std::wstring entry = platform::toWide(text);
+        byName[entry.substr(0, entry.find(L'=', 1))] = entry;
+    }
+    std::wstring block;
+    for (const auto& [name, entry] : byName) block.append(entry).push_back(L'\0');
+    block.push_back(L'\0');
+    return block;
+}
+
+}  // namespace xo::process

@@ -1,0 +1,37 @@
+// The start of a child process.
+#ifndef XO_PROCESS_LAUNCH_H
+#define XO_PROCESS_LAUNCH_H
+
+#include <string>
+#include <vector>
+
+#include "platform/handle.h"
+#include "xoSystem/xoProcess.h"
+
+namespace xo::process {
+
+// What to start; UTF-8, as xoProcess has it.
+struct Launch {
+    const std::string& program;
+    const std::vector<std::string>& arguments;
+    const std::vector<std::string>& environment;  // empty: that of this process
+    const std::string& workingDirectory;          // empty: that of this process
+    bool makeAbsolute;
+    ProcessPriority priority;
+};
+
+struct Child {
+    platform::KernelHandle process;  // none when the start failed; the rest is 0 then
+    DWORD processId = 0;
+    DWORD mainThreadId = 0;
+};
+
+// A failure is logged.
+Child launch(const Launch& wanted);
+
+// What CreateProcessW calls the priority.
+DWORD priorityClass(ProcessPriority priority);
+
+}  // namespace xo::process
+
+#endif

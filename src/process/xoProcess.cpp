@@ -1,0 +1,224 @@
+#include "xoSystem/xoProcess.h"
+
+#include <algorithm>
+
+#include "platform/handle.h"
+#include "process/closeRequest.h"
+#include "process/launch.h"
+
+#include <psapi.h>
+
+namespace xo {
+namespace {
+
+// A child takes a moment to make its message queue and windows. A terminateProcess right behind the start would find
+// nothing to close without this pause.
+constexpr DWORD kSettlingMs = 10;
+
+constexpr DWORD kLongestWaitMs = 100;  // between two looks at the clock
+constexpr DWORD kKilledWaitMs = 5000;  // for a killed child, whose pending input and output may hold it up
+constexpr UINT kKilledExitCode = 65535;
+constexpr SIZE_T kSmallestWorkingSet = 1024;  // bytes
+
+// Statuses that look like ordinary codes, or the other way round.
+constexpr DWORD kControlCExit = 0xC000013A;      // an ordinary end of console programs
+constexpr DWORD kItaniumException = 0x20474343;  // C++ without MSVC
+
+// An exception's code has its two top bits set for an error, and never bit 28: that tells it from a small negative exit
+// code. The statuses of lesser severity share their form with every HRESULT, so only those that the processor raises
+// count.
+bool isExceptionStatus(DWORD code) {
+    switch (code) {
+        case kControlCExit: return false;
+        case kItaniumException:
+        case EXCEPTION_GUARD_PAGE:
+        case EXCEPTION_DATATYPE_MISALIGNMENT:
+        case EXCEPTION_BREAKPOINT:
+        case EXCEPTION_SINGLE_STEP: return true;
+        default: return (code & 0xD0000000) == 0xC0000000;
+    }
+}
+
+}  // namespace
+
+struct xoProcess::Private {
+    std::vector<std::string> arguments;
+    std::vector<std::string> environment;
+    std::string workingDirectory;
+    std::string program;
+    State state = StateNone;
+    platform::KernelHandle process;  // while running. None is null: -1 would stand for this very process
+    DWORD processId = 0;             // valid while process is held
+    DWORD mainThreadId = 0;          // valid while process is held
+    int exitCode = 0;                // valid once the child has ended
+    bool hasCrashed = false;         // valid once the child has ended
+    bool hasStarted = false;         // by the last attempt
+
+    void poll();
+    bool isRunning() {
+        poll();
+        return state == StateRunning;
+    }
+    void reset(State newState);
+    void letGo();
+};
+
+// GetExitCodeProcess says 259 for a child that is running, but a child may also end with it, and the code is there a
+// little before the child is gone. So the handle is asked first.
+void xoProcess::Private::poll() {
+    if (state != StateRunning || !process || ::WaitForSingleObject(process.get(), 0) != WAIT_OBJECT_0) return;
+    DWORD code = 0;
+    if (!::GetExitCodeProcess(process.get(), &code)) return;
+    letGo();
+    exitCode = static_cast<int>(code);
+    hasCrashed = isExceptionStatus(code);
+    state = StateFinished;
+}
+
+void xoProcess::Private::reset(State newState) {
+    state = newState;
+    exitCode = 0;
+    hasCrashed = false;
+    hasStarted = false;
+}
+
+void xoProcess::Private::letGo() {
+    process.reset();
+    processId = 0;
+    mainThreadId = 0;
+}
+
+xoProcess::xoProcess() : mPrivate(std::make_unique<Private>()) {}
+
+xoProcess::~xoProcess() = default;
+
+void xoProcess::setWorkingDirectoryUtf8(const std::string& directory) { mPrivate->workingDirectory = directory; }
+
+const std::string& xoProcess::getWorkingDirectoryUtf8() const { return mPrivate->workingDirectory; }
+
+void xoProcess::setEnvironmentUtf8(const std::vector<std::string>& environment) { mPrivate->environment = environment; }
+
+const std::vector<std::string>& xoProcess::getEnvironmentUtf8() const { return mPrivate->environment; }
+
+bool xoProcess::startProcess(const std::string& program, const std::vector<std::string>& arguments, bool makeAbsolute,
+                             ProcessPriority priority) {
+    Private& self = *mPrivate;
+    if (self.isRunning()) return false;
+    self.reset(StateFinished);
+    self.program = program;
+    self.arguments = arguments;
+
+    process::Child child = process::launch(
+        {self.program, self.arguments, self.environment, self.workingDirectory, makeAbsolute, priority});
+    if (!child.process) return false;
+    self.hasStarted = true;
+    self.state = StateRunning;
+    self.process = std::move(child.process);
+    self.processId = child.processId;
+    self.mainThreadId = child.mainThreadId;
+    ::Sleep(kSettlingMs);
+    return true;
+}
+
+bool xoProcess::waitForFinished(unsigned timeoutMs) {
+    Private& self = *mPrivate;
+    const ULONGLONG start = ::GetTickCount64();
+    while (self.isRunning()) {
+        if (!self.process) return false;
+        DWORD waitMs = kLongestWaitMs;
+        if (timeoutMs != kNoLimit) {
+            const ULONGLONG elapsedMs = ::GetTickCount64() - start;
+            if (elapsedMs >= timeoutMs) return false;
+            waitMs = static_cast<DWORD>((std::min<ULONGLONG>)(timeoutMs - elapsedMs, kLongestWaitMs));
+        }
+        ::WaitForSingleObject(self.process.get(), waitMs);
+    }
+    return true;
+}
+
+void xoProcess::killProcess() {
+    if (mPrivate->process) ::TerminateProcess(mPrivate->process.get(), kKilledExitCode);
+}
+
+void xoProcess::terminateProcess() {
+    if (mPrivate->process && mPrivate->processId != 0)
+        process::requestClose(mPrivate->processId, mPrivate->mainThreadId);
+}
+
+void xoProcess::clearProcess() { *mPrivate = Private(); }
+
+bool xoProcess::resetState() {
+    if (mPrivate->isRunning()) return false;
+    mPrivate->reset(StateNone);
+    return true;
+}
+
+xoProcess::State xoProcess::getState() const {
+    mPrivate->poll();
+    return mPrivate->state;
+}
+
+int xoProcess::exitCode() const {
+    mPrivate->poll();
+    return mPrivate->exitCode;
+}
+
+bool xoProcess::hasCrashed() const {
+    mPrivate->poll();
+    return mPrivate->hasCrashed;
+}
+
+bool xoProcess::hasFailedToStart() const {
+    mPrivate->poll();
+    return !mPrivate->hasStarted;
+}
+
+std::uint32_t xoProcess::getPid() const { return mPrivate->process ? ::GetProcessId(mPrivate->process.get()) : 0; }
+
+std::uint64_t xoProcess::getCurrentRamInUse() const {
+    const HANDLE process = mPrivate->process ? mPrivate->process.get() : ::GetCurrentProcess();
+    PROCESS_MEMORY_COUNTERS counters{};
+    counters.cb = sizeof counters;
+    return ::GetProcessMemoryInfo(process, &counters, sizeof counters) ? counters.PagefileUsage : 0;
+}
+
+bool xoProcess::setWorkingSetMaxSize(std::size_t maxBytes) {
+    return mPrivate->process && ::SetProcessWorkingSetSizeEx(mPrivate->process.get(), kSmallestWorkingSet, maxBytes,
+                                                             QUOTA_LIMITS_HARDWS_MAX_ENABLE);
+}
+
+int xoProcess::ExecUtf8(const std::string& program, const std::vector<std::string>& arguments,
+                        const std::string& workingDirectory, bool makeAbsolute, unsigned timeoutMs,
+                        std::string* error) {
+    const auto fail = [error](const char* text, int code) {
+        if (error) *error = text;
+        return code;
+    };
+    xoProcess child;
+    child.setWorkingDirectoryUtf8(workingDirectory);
+    if (!child.startProcess(program, arguments, makeAbsolute, ProcessPriorityInherit))
+        return fail("Fail to start process", -1);
+    if (!child.waitForFinished(timeoutMs)) {
+        child.killProcess();
+        child.waitForFinished(kKilledWaitMs);
+        return fail("timeout", -2);
+    }
+    if (child.hasCrashed()) return fail("process has crashed", -3);
+    const int code = child.exitCode();
+    return code == 0 ? 0 : fail("process return an error", code);
+}
+
+bool xoProcess::StartDetachedUtf8(const std::string& program, const std::vector<std::string>& arguments,
+                                  const std::string& workingDirectory) {
+    return StartDetachedUtf8(program, arguments, workingDirectory, nullptr);
+}
+
+bool xoProcess::StartDetachedUtf8(const std::string& program, const std::vector<std::string>& arguments,
+                                  const std::string& workingDirectory, std::uint32_t* pid) {
+    const process::Child child =
+        process::launch({program, arguments, {}, workingDirectory, /*makeAbsolute=*/true, ProcessPriorityInherit});
+    if (pid) *pid = child.processId;
+    return static_cast<bool>(child.process);
+}
+
+}  // namespace xo

@@ -1,0 +1,213 @@
+#include "stream/csvParser.h"
+
+#include <utf8.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "text/utf8Checks.h"
+#include "variant/lentText.h"
+#include "variant/numberGuess.h"
+
+namespace xo::stream {
+namespace {
+
+constexpr std::size_t kLongestSequence = 4;
+constexpr std::size_t kMaxHeaderCell = 65535;
+constexpr std::size_t kUsualColumns = 128;
+
+}  // namespace
+
+void CsvParser::start(const CsvDialect& dialect, std::uint64_t size, Read read) {
+    mDialect = dialect;
+    mMarks = CsvMarks(dialect.columnDelimiter, dialect.stringDelimiter);
+    mRead = std::move(read);
+    mUnread = size;
+    mRowBegin = mAt = mValid = mEnd = 0;
+    mQuotes = Outside;
+    mCell = {};
+    mCells.clear();
+    mCells.reserve(kUsualColumns);
+    mIsHeader = true;
+    mMaxColumnCount = 0;
+    mError.clear();
+    releaseTable();
+    if (mRoom > mBlockSize || mRoom < (std::min<std::uint64_t>)(size, mBlockSize)) {  // made for another source
+        mBuffer.reset();
+        mRoom = 0;
+    }
+}
+
+bool CsvParser::parse(std::uint64_t rowCount, bool& finished) {
+    finished = false;
+    if (!mError.empty()) return false;
+    while (rowCount != 0) {
+        if (!scan(rowCount)) return false;
+        if (rowCount == 0) break;
+        if (mEnd - mAt >= kLongestSequence) return failAtMalformed();
+        bool moreInput = false;
+        if (!refill(moreInput)) return false;
+        if (moreInput) continue;
+        if (mAt != mEnd) return failAtMalformed();
+        finish();
+        break;
+    }
+    finished = isAtEnd();
+    if (finished) Table().swap(mSpareRows);
+    return true;
+}
+
+// Deals with the valid bytes up to the end of the last row that is wanted.
+bool CsvParser::scan(std::uint64_t& rowsLeft) {
+    const CsvMarks marks = mMarks;
+    const CsvDialect dialect = mDialect;
+    const char* const end = mBuffer.get() + mValid;
+    const char* run = mBuffer.get() + mAt;  // the bytes from here on belong to the cell under way
+    for (const char* block = run; block < end; block += CsvMarks::kBlock) {
+        for (std::uint64_t found = marks.find(block, end); found != 0; found &= found - 1) {
+            const char* const at = block + text::lowestBit(found);
+            if (mQuotes == Inside && *at != dialect.stringDelimiter) continue;
+            if (!append(run, at)) return false;
+            run = at + 1;
+            if (*at == dialect.stringDelimiter) {
+                if (mQuotes == AfterDelimiter) run = at;  // the second of two is text
+                mQuotes = mQuotes == Inside ? AfterDelimiter : Inside;
+                continue;
+            }
+            mQuotes = Outside;
+            if (*at == dialect.columnDelimiter) {
+                endCell();
+            } else if (*at == '\n') {
+                mAt = static_cast<std::size_t>(run - mBuffer.get());
+                endCell();
+                endRow();
+                if (--rowsLeft == 0) return true;
+            }
+        }
+    }
+    mAt = mValid;
+    return append(run, end);
+}
+
+// Adds the run to the cell under way. False when the cell of a header becomes too long.
+bool CsvParser::append(const char* run, const char* end) {
+    if (run == end) return true;
+    if (mQuotes == AfterDelimiter) mQuotes = Outside;
+    const auto begin = static_cast<std::size_t>(run - rowText());
+    const auto size = static_cast<std::size_t>(end - run);
+    if (mCell.size == 0) {
+        mCell.begin = begin;
+    } else if (mCell.begin + mCell.size != begin) {
+        std::memmove(mBuffer.get() + mRowBegin + mCell.begin + mCell.size, run, size);
+    }
+    mCell.size += size;
+    if (!mIsHeader || mCell.size <= kMaxHeaderCell) return true;
+    return fail("Header cell size during parsing exceed max size of 65535 characters");
+}
+
+void CsvParser::endCell() {
+    mCells.push_back(mCell);
+    mCell.size = 0;
+}
+
+void CsvParser::endRow() {
+    Row row;
+    if (!mSpareRows.empty()) {
+        row = std::move(mSpareRows.back());
+        mSpareRows.pop_back();
+    }
+    const char* const text = rowText();
+    const std::size_t known = (std::min)(row.size(), mCells.size());
+    row.resize(known);
+    row.reserve(mCells.size());
+    for (std::size_t i = 0; i != mCells.size(); ++i) {
+        if (i >= known) row.emplace_back();
+        fill(row[i], {text + mCells[i].begin, mCells[i].size});
+    }
+    mMaxColumnCount = (std::max)(mMaxColumnCount, static_cast<std::uint32_t>(mCells.size()));
+    mTable.push_back(std::move(row));
+    mCells.clear();
+    mIsHeader = false;
+    mRowBegin = mAt;
+}
+
+void CsvParser::fill(xoVariant& value, std::string_view text) {
+    if (mDialect.guessTypes && variant::readNumber(text, value)) return;
+    variant::LentText::put(value, mTexts.take(text));
+}
+
+// What has no end of its own at the end of the input ends there.
+void CsvParser::finish() {
+    if (mCell.size != 0) endCell();
+    if (!mCells.empty()) endRow();
+    mQuotes = Outside;
+}
+
+bool CsvParser::refill(bool& moreInput) {
+    moreInput = mUnread != 0;
+    if (!mError.empty()) return false;
+    if (!moreInput || mEnd - mAt >= kLongestSequence) return true;
+    makeRoom();
+    const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)(mRoom - mEnd, mUnread));
+    const std::size_t got = mRead(mBuffer.get() + mEnd, wanted);
+    if (got == 0) return fail("Failed to read the file");
+    mUnread -= got;
+    mEnd += got;
+    std::memset(mBuffer.get() + mEnd, 0, CsvMarks::kBlock);
+    mValid += text::utf8Prefix({mBuffer.get() + mValid, mEnd - mValid});
+    return true;
+}
+
+// Moves the row under way to the front of the buffer; gives it a larger one where it fills more than half.
+void CsvParser::makeRoom() {
+    const std::size_t used = mEnd - mRowBegin;
+    const char* const kept = mBuffer.get() + mRowBegin;
+    if (mRoom == 0 || used > mRoom / 2) {
+        const std::uint64_t wanted = (std::max<std::uint64_t>)(mBlockSize, 2 * static_cast<std::uint64_t>(used));
+        mRoom = static_cast<std::size_t>((std::min)(wanted, used + mUnread));
+        std::unique_ptr<char[]> larger(new char[mRoom + CsvMarks::kBlock]);  // not filled with zeros first
+        if (used != 0) std::memcpy(larger.get(), kept, used);
+        mBuffer = std::move(larger);
+    } else {
+        std::memmove(mBuffer.get(), kept, used);
+    }
+    mAt -= mRowBegin;
+    mValid -= mRowBegin;
+    mEnd = used;
+    mRowBegin = 0;
+}
+
+// The decoder knows the kind of the fault. That a sequence wants more room than the text has is one kind to it.
+bool CsvParser::failAtMalformed() {
+    const char* at = mBuffer.get() + mAt;
+    try {
+        utf8::next(at, static_cast<const char*>(mBuffer.get() + mEnd));
+    } catch (const utf8::invalid_code_point& error) {
+        return fail(error.what());
+    } catch (const utf8::exception&) {
+    }
+    return fail("Invalid UTF-8");
+}
+
+void CsvParser::setTable(const Table& table) { mTable = table; }
+
+void CsvParser::clearTable() {
+    if (mError.empty()) mSpareRows.swap(mTable);
+    mTable.clear();
+    mTexts.takeBack();
+}
+
+void CsvParser::releaseTable() {
+    Table().swap(mTable);
+    Table().swap(mSpareRows);
+    mTexts.release();
+}
+
+bool CsvParser::fail(std::string error) {
+    mError = std::move(error);
+    Table().swap(mSpareRows);
+    return false;
+}
+
+}  // namespace xo::stream

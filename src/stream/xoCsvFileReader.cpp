@@ -1,0 +1,152 @@
+#include "xoSystem/xoCsvFileReader.h"
+
+#include <algorithm>
+#include <exception>
+#include <limits>
+
+#include "platform/handle.h"
+#include "platform/wideText.h"
+#include "stream/csvParser.h"
+
+namespace xo {
+namespace {
+
+constexpr char kOpenFailed[] = "Failed to open the file";
+
+platform::FileHandle openForReading(const std::string& path) {
+    return platform::FileHandle(::CreateFileW(
+        platform::toApiPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+        /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, /*hTemplateFile=*/nullptr));
+}
+
+}  // namespace
+
+struct xoCsvFileReader::Private {
+    platform::FileHandle file;
+    std::string fileName;  // empty until one is set, and in a copy
+    stream::CsvDialect dialect;
+    stream::CsvParser parser;  // reads from file once a parse was started
+    bool isStarted = false;
+    unsigned maxColumnCount = 0;
+    std::string lastError;
+
+    void copyFrom(const Private& other) {
+        dialect = other.dialect;
+        parser.setTable(other.parser.table());
+        maxColumnCount = other.maxColumnCount;
+        lastError = other.lastError;
+    }
+
+    bool start();
+    template <class Step>
+    bool guarded(Step&& step);
+    bool fail(const char* error);
+    std::size_t read(char* out, std::size_t room) const;
+};
+
+bool xoCsvFileReader::Private::start() {
+    lastError.clear();
+    parser.releaseTable();
+    maxColumnCount = 0;
+    isStarted = false;
+    if (!file) return fail(kOpenFailed);
+    LARGE_INTEGER size{};
+    const bool isAtStart = ::GetFileSizeEx(file.get(), &size) &&
+                           ::SetFilePointerEx(file.get(), LARGE_INTEGER{}, /*lpNewFilePointer=*/nullptr, FILE_BEGIN);
+    if (!isAtStart) return fail("Failed to read the file");  // a pipe or a device
+    parser.start(dialect, static_cast<std::uint64_t>(size.QuadPart),
+                 [this](char* out, std::size_t room) { return read(out, room); });
+    isStarted = true;
+    return true;
+}
+
+std::size_t xoCsvFileReader::Private::read(char* out, std::size_t room) const {
+    constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes 32-bit sizes
+    DWORD got = 0;
+    const auto wanted = static_cast<DWORD>((std::min)(room, kMaxTransfer));
+    return ::ReadFile(file.get(), out, wanted, &got, /*lpOverlapped=*/nullptr) ? got : 0;
+}
+
+// Does a step of parsing; what stops it becomes the last error.
+template <class Step>
+bool xoCsvFileReader::Private::guarded(Step&& step) {
+    bool done = false;
+    try {
+        done = step();
+    } catch (const std::exception& error) {
+        parser.fail(error.what());
+    } catch (...) {
+        parser.fail("Unknown error");
+    }
+    maxColumnCount = parser.maxColumnCount();
+    return done || fail(parser.error().c_str());
+}
+
+bool xoCsvFileReader::Private::fail(const char* error) {
+    lastError = error;
+    return false;
+}
+
+xoCsvFileReader::xoCsvFileReader(bool enableTypeGuess) : mPrivate(std::make_unique<Private>()) {
+    mPrivate->dialect.guessTypes = enableTypeGuess;
+}
+
+xoCsvFileReader::~xoCsvFileReader() = default;
+
+xoCsvFileReader::xoCsvFileReader(const xoCsvFileReader& other) : mPrivate(std::make_unique<Private>()) {
+    mPrivate->copyFrom(*other.mPrivate);
+}
+
+xoCsvFileReader& xoCsvFileReader::operator=(const xoCsvFileReader& other) {
+    xoCsvFileReader copy(other);
+    mPrivate.swap(copy.mPrivate);
+    return *this;
+}
+
+void xoCsvFileReader::setFileName(const std::string& path) {
+    if (path == mPrivate->fileName) return;
+    mPrivate->fileName = path;
+    mPrivate->isStarted = false;
+    mPrivate->file = openForReading(path);
+    mPrivate->lastError = mPrivate->file ? "" : kOpenFailed;
+}
+
+void xoCsvFileReader::setColumnDelimiter(char delimiter) { mPrivate->dialect.columnDelimiter = delimiter; }
+
+void xoCsvFileReader::setStringDelimiter(char delimiter) { mPrivate->dialect.stringDelimiter = delimiter; }
+
+void xoCsvFileReader::setEnableTypeGuess(bool enable) { mPrivate->dialect.guessTypes = enable; }
+
+bool xoCsvFileReader::parseCsvFile() {
+    bool finished = false;
+    return startParsing() && parseNext(finished, false, (std::numeric_limits<std::uint64_t>::max)());
+}
+
+bool xoCsvFileReader::parseFirst(bool& finished, std::uint64_t rowCount) {
+    finished = false;
+    return startParsing() && parseNext(finished, false, rowCount);
+}
+
+bool xoCsvFileReader::parseNext(bool& finished, bool clearTable, std::uint64_t rowCount) {
+    finished = false;
+    Private& self = *mPrivate;
+    if (!self.isStarted && !self.start()) return false;
+    if (clearTable) self.parser.clearTable();
+    return self.guarded([&] { return self.parser.parse(rowCount, finished); });
+}
+
+const xoCsvFileReader::Table& xoCsvFileReader::getTable() const { return mPrivate->parser.table(); }
+
+unsigned int xoCsvFileReader::getMaxColumnCount() const { return mPrivate->maxColumnCount; }
+
+const std::string& xoCsvFileReader::getLastError() const { return mPrivate->lastError; }
+
+bool xoCsvFileReader::startParsing() { return mPrivate->start(); }
+
+bool xoCsvFileReader::getData(bool& moreInput) {
+    moreInput = false;
+    Private& self = *mPrivate;
+    return self.isStarted && self.guarded([&] { return self.parser.refill(moreInput); });
+}
+
+}  // namespace xo

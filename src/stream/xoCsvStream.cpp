@@ -1,0 +1,142 @@
+#include "xoSystem/xoCsvStream.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <limits>
+
+#include "text/blocks.h"
+#include "text/numberText.h"
+#include "xoSystem/xoIoDevice.h"
+
+namespace xo {
+namespace {
+
+// Row and column stay at their end: past it they would start lines and files that are none.
+void count(unsigned int& index) {
+    if (index != (std::numeric_limits<unsigned int>::max)()) ++index;
+}
+
+}  // namespace
+
+xoCsvStream::xoCsvStream(xoIoDevice* device, char separator, char quote, const std::string& endOfLine)
+    : mEndOfLine(endOfLine), mDevice(device), mSeparator(separator), mQuote(quote) {}
+
+void xoCsvStream::setDevice(xoIoDevice* device) {
+    mDevice = device;
+    mRowIndex = 0;
+    mColumnIndex = 0;
+    mOk = true;
+    std::vector<char>().swap(mEscaped);
+}
+
+template <class Integer>
+xoCsvStream& xoCsvStream::writeInteger(Integer value) {
+    char digits[std::numeric_limits<Integer>::digits10 + 2];  // the last digit and the sign
+    const char* const end = std::to_chars(digits, std::end(digits), value).ptr;
+    writeCell(digits, static_cast<std::size_t>(end - digits));
+    return *this;
+}
+
+xoCsvStream& xoCsvStream::operator<<(bool value) { return *this << (value ? "true" : "false"); }
+
+xoCsvStream& xoCsvStream::operator<<(char value) { return writeInteger(static_cast<int>(value)); }
+
+xoCsvStream& xoCsvStream::operator<<(unsigned char value) { return writeInteger(static_cast<int>(value)); }
+
+xoCsvStream& xoCsvStream::operator<<(short value) { return writeInteger(value); }
+
+xoCsvStream& xoCsvStream::operator<<(unsigned short value) { return writeInteger(value); }
+
+xoCsvStream& xoCsvStream::operator<<(int value) { return writeInteger(value); }
+
+xoCsvStream& xoCsvStream::operator<<(unsigned int value) { return writeInteger(value); }
+
+xoCsvStream& xoCsvStream::operator<<(std::int64_t value) { return writeInteger(value); }
+
+xoCsvStream& xoCsvStream::operator<<(std::uint64_t value) { return writeInteger(value); }
+
+xoCsvStream& xoCsvStream::operator<<(float value) { return *this << static_cast<double>(value); }
+
+xoCsvStream& xoCsvStream::operator<<(double value) {
+    constexpr int kDigits = 3;
+    char text[text::kRealRoom];
+    writeCell(text, static_cast<std::size_t>(text::printReal(text, value, kDigits) - text));
+    return *this;
+}
+
+xoCsvStream& xoCsvStream::operator<<(const std::string& text) {
+    writeCell(text);
+    return *this;
+}
+
+xoCsvStream& xoCsvStream::operator<<(const char* text) {
+    if (text) writeCell(text, std::strlen(text));
+    return *this;
+}
+
+xoCsvStream& xoCsvStream::operator<<(EndOfRow) {
+    if (!mDevice) {
+        mOk = false;
+        return *this;
+    }
+    count(mRowIndex);
+    mColumnIndex = 0;
+    return *this;
+}
+
+// Each piece is written by itself, so that a device which counts or fails sees the same as ever.
+void xoCsvStream::writeCell(const char* data, std::size_t size) {
+    if (!mOk || !mDevice) {
+        mOk = false;
+        return;
+    }
+    if (mColumnIndex != 0) {
+        mOk = write(&mSeparator, 1);
+    } else if (mRowIndex != 0) {
+        mOk = write(mEndOfLine.data(), mEndOfLine.size());
+    }
+    count(mColumnIndex);
+    if (size == 0 || !mOk) return;
+    if (!isMarked(data, size)) {
+        mOk = write(data, size);
+        return;
+    }
+    escape(data, size);
+    mOk = write(&mQuote, 1) && write(mEscaped.data(), mEscaped.size()) && write(&mQuote, 1);
+}
+
+bool xoCsvStream::write(const char* data, std::size_t size) { return mDevice->writeBytes(data, size) == size; }
+
+// Whether the cell holds a separator or a quote character.
+bool xoCsvStream::isMarked(const char* data, std::size_t size) const {
+    const char* const end = data + size;
+    if (end - data < text::kBlock)
+        return std::any_of(data, end, [this](char c) { return c == mSeparator || c == mQuote; });
+    const __m128i separator = _mm_set1_epi8(mSeparator);
+    const __m128i quote = _mm_set1_epi8(mQuote);
+    for (const char* at = data;; at += text::kBlock) {
+        if (end - at < text::kBlock) at = end - text::kBlock;  // the last bytes, some of them once more
+        const __m128i bytes = text::loadBlock(at);
+        const __m128i marks = _mm_or_si128(_mm_cmpeq_epi8(bytes, separator), _mm_cmpeq_epi8(bytes, quote));
+        if (text::topBits(marks) != 0) return true;
+        if (end - at == text::kBlock) return false;
+    }
+}
+
+// Copies the cell with each quote character doubled.
+void xoCsvStream::escape(const char* data, std::size_t size) {
+    constexpr std::size_t kUsualQuotes = 8;
+    mEscaped.clear();
+    mEscaped.reserve(size + kUsualQuotes);
+    const char* const end = data + size;
+    for (;;) {
+        const char* const quote = text::findByte(data, end, mQuote);
+        mEscaped.insert(mEscaped.end(), data, quote);
+        if (quote == end) return;
+        mEscaped.insert(mEscaped.end(), 2, mQuote);
+        data = quote + 1;
+    }
+}
+
+}  // namespace xo

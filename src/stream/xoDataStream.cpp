@@ -1,0 +1,78 @@
+#include "xoSystem/xoDataStream.h"
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
+
+namespace xo {
+namespace {
+
+constexpr std::size_t kPiece = std::size_t{4} << 20;
+
+template <class Target>
+bool resize(Target& target, std::size_t size) {
+    try {
+        target.resize(size);
+    } catch (const std::bad_alloc&) {
+        return false;
+    } catch (const std::length_error&) {
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+const char xoMajorOutputStreamVersion = 6;
+const char xoMinorOutputStreamVersion = 30;
+
+xoDataStream& xoDataStream::putBlock(const char* data, std::uint64_t size) {
+    if (size > 0xFFFFFFFF) {
+        mOk = false;
+        return *this;
+    }
+    *this << static_cast<std::uint32_t>(size);
+    if (mOk && size != 0) mOk = mDevice->writeBytes(data, size) == size;
+    return *this;
+}
+
+xoDataStream& xoDataStream::operator>>(std::string& text) { return takeBlock(text); }
+
+xoDataStream& xoDataStream::operator>>(std::vector<char>& bytes) { return takeBlock(bytes); }
+
+template <class Target>
+xoDataStream& xoDataStream::takeBlock(Target& target) {
+    target.clear();
+    std::uint32_t size = 0;
+    *this >> size;
+    if (!mOk || fill(target, size)) return *this;
+    target.clear();
+    mOk = false;
+    return *this;
+}
+
+// Grows the target piece by piece; the container makes its room grow geometrically.
+template <class Target>
+bool xoDataStream::fill(Target& target, std::size_t size) {
+    for (std::size_t filled = 0; filled < size;) {
+        const std::size_t piece = (std::min)(size - filled, kPiece);
+        if (!resize(target, filled + piece)) return false;
+        if (mDevice->readBytes(target.data() + filled, piece) != piece) return false;
+        filled += piece;
+    }
+    return true;
+}
+
+bool xoDataStream::writeRawData(const char* data, std::uint64_t size) {
+    mOk = mOk && mDevice && (data || size == 0) && mDevice->writeBytes(data, size) == size;
+    return mOk;
+}
+
+std::uint64_t xoDataStream::readRawBytes(char* buffer, std::uint64_t size) {
+    if (!buffer || size == 0) return 0;
+    const std::uint64_t count = mDevice ? mDevice->readBytes(buffer, size) : 0;
+    mOk = mOk && count == size;
+    return count;
+}
+
+}  // namespace xo

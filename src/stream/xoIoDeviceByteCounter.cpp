@@ -1,0 +1,75 @@
+#include <algorithm>
+
+#include "stream/deviceMessage.h"
+#include "xoSystem/xoIoDevice.h"
+
+namespace xo {
+namespace {
+
+// Sums in unsigned arithmetic, where nothing overflows, and takes the result as signed.
+std::uint64_t movedNotBelowZero(std::uint64_t position, std::int64_t offset) {
+    const auto moved = static_cast<std::int64_t>(position + static_cast<std::uint64_t>(offset));
+    return static_cast<std::uint64_t>((std::max)(moved, std::int64_t{0}));
+}
+
+}  // namespace
+
+std::uint64_t xoIoDeviceByteCounter::readBytes(char* buffer, std::uint64_t size) {
+    if (!mDevice) {
+        mError = true;
+        return 0;
+    }
+    const std::uint64_t got = mDevice->readBytes(buffer, size);
+    mReadBytes += got;
+    return got;
+}
+
+std::uint64_t xoIoDeviceByteCounter::writeBytes(const char* buffer, std::uint64_t size) {
+    mWritePosition += size;
+    return mDevice ? mDevice->writeBytes(buffer, size) : size;
+}
+
+bool xoIoDeviceByteCounter::hasError() const { return mError || (mDevice && mDevice->hasError()); }
+
+bool xoIoDeviceByteCounter::atEnd() const { return !mDevice || mDevice->atEnd(); }
+
+bool xoIoDeviceByteCounter::seekg(std::int64_t /*offset*/, SeekStart /*start*/) {
+    stream::report("xoIoDeviceByteCounter seekg is not supported");
+    mError = true;
+    return false;
+}
+
+bool xoIoDeviceByteCounter::seekp(std::int64_t offset, SeekStart start) {
+    updateWriteEnd();
+    switch (start) {
+        case SeekFromBegin: mWritePosition = static_cast<std::uint64_t>(offset); break;
+        case SeekFromCurrent: mWritePosition = movedNotBelowZero(mWritePosition, offset); break;
+        case SeekFromEnd: mWritePosition = movedNotBelowZero(mWriteEnd, offset); break;
+    }
+    if (hasError()) return false;
+    return !mDevice || mDevice->seekp(offset, start);
+}
+
+std::uint64_t xoIoDeviceByteCounter::tellg() { return mReadBytes; }
+
+std::uint64_t xoIoDeviceByteCounter::tellp() { return mWritePosition; }
+
+bool xoIoDeviceByteCounter::beginDelegation(xoIoDevice* device) {
+    clearDelegation();
+    mDevice = device;
+    mError = false;
+    mWritePosition = 0;
+    mWriteEnd = 0;
+    mReadBytes = 0;
+    return true;
+}
+
+bool xoIoDeviceByteCounter::endDelegation() {
+    updateWriteEnd();
+    clearDelegation();
+    return !hasError();
+}
+
+void xoIoDeviceByteCounter::clearDelegation() { mDevice = nullptr; }
+
+}  // namespace xo

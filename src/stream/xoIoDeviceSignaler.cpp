@@ -1,0 +1,70 @@
+#include "stream/deviceMessage.h"
+#include "xoSystem/xoIoDevice.h"
+
+namespace xo {
+
+std::uint64_t xoIoDeviceSignaler::readBytes(char* buffer, std::uint64_t size) {
+    if (mDevice) return mDevice->readBytes(buffer, size);
+    mError = true;
+    return 0;
+}
+
+std::uint64_t xoIoDeviceSignaler::writeBytes(const char* buffer, std::uint64_t size) {
+    mCount += size;
+    if (mCount >= mThreshold && mSignal) signal();
+    return mDevice ? mDevice->writeBytes(buffer, size) : size;
+}
+
+void xoIoDeviceSignaler::signal() {
+    // Without a signal while it runs, so that it may write to this object. Put back whatever it throws.
+    struct Pause {
+        explicit Pause(xoIoDeviceSignaler& s) : signaler(s), signal(s.mSignal) { signaler.mSignal = nullptr; }
+        ~Pause() {
+            signaler.mSignal = signal;
+            signaler.mCount = 0;
+        }
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+
+        xoIoDeviceSignaler& signaler;
+        Signal* const signal;
+    };
+    const Pause pause(*this);
+    (*pause.signal)(mDevice);
+}
+
+bool xoIoDeviceSignaler::hasError() const { return mError || (mDevice && mDevice->hasError()); }
+
+bool xoIoDeviceSignaler::atEnd() const { return !mDevice || mDevice->atEnd(); }
+
+bool xoIoDeviceSignaler::seekg(std::int64_t /*offset*/, SeekStart /*start*/) {
+    stream::report("xoIoDeviceByteCounter seekg is not supported");
+    mError = true;
+    return false;
+}
+
+bool xoIoDeviceSignaler::seekp(std::int64_t /*offset*/, SeekStart /*start*/) {
+    stream::report("xoIoDeviceByteCounter seekp is not supported");
+    mError = true;
+    return false;
+}
+
+std::uint64_t xoIoDeviceSignaler::tellg() { return mDevice ? mDevice->tellg() : 0; }
+
+std::uint64_t xoIoDeviceSignaler::tellp() { return mDevice ? mDevice->tellp() : 0; }
+
+bool xoIoDeviceSignaler::beginDelegation(xoIoDevice* device) {
+    clearDelegation();
+    mDevice = device;
+    mError = false;
+    return true;
+}
+
+bool xoIoDeviceSignaler::endDelegation() {
+    clearDelegation();
+    return !hasError();
+}
+
+void xoIoDeviceSignaler::clearDelegation() { mDevice = nullptr; }
+
+}  // namespace xo

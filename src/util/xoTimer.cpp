@@ -1,0 +1,97 @@
+#include "xoSystem/xoTimer.h"
+
+#include "platform/windows.h"
+
+namespace xo {
+namespace {
+
+constexpr std::int64_t kMsPerSec = 1000;
+
+std::int64_t nowMs() { return static_cast<std::int64_t>(::GetTickCount64()); }
+
+std::int64_t toMs(std::int64_t seconds) {
+    if (seconds > INT64_MAX / kMsPerSec) return INT64_MAX;
+    if (seconds < INT64_MIN / kMsPerSec) return INT64_MIN;
+    return seconds * kMsPerSec;
+}
+
+}  // namespace
+
+void xoTimer::snapTime() { mSnapMs = nowMs(); }
+
+std::int64_t xoTimer::getElapsedMs() const { return isTimeSnapped() ? nowMs() - mSnapMs : INT64_MAX; }
+
+std::int64_t xoTimer::getElapsedMs(bool resnap) {
+    const std::int64_t elapsedMs = getElapsedMs();
+    if (resnap) snapTime();
+    return elapsedMs;
+}
+
+bool xoTimer::isElapsedMs(std::int64_t ms) const { return !isTimeSnapped() || nowMs() - mSnapMs > ms; }
+
+bool xoTimer::isElapsedSec(std::int64_t seconds) const { return isElapsedMs(toMs(seconds)); }
+
+}  // namespace xo
+
+namespace {
+
+std::int64_t counterFrequency() {
+    LARGE_INTEGER frequency;
+    ::QueryPerformanceFrequency(&frequency);
+    return frequency.QuadPart;
+}
+
+std::int64_t counter() {
+    LARGE_INTEGER count;
+    ::QueryPerformanceCounter(&count);
+    return count.QuadPart;
+}
+
+}  // namespace
+
+// All in ticks of the counter.
+struct xoHighResTimer::Private {
+    std::int64_t frequency = counterFrequency();  // a second
+    std::int64_t start = 0;
+    std::int64_t end = 0;
+    bool stopped = true;
+};
+
+xoHighResTimer::xoHighResTimer() : mPrivate(std::make_unique<Private>()) {}
+
+xoHighResTimer::~xoHighResTimer() = default;
+
+xoHighResTimer::xoHighResTimer(const xoHighResTimer& other) : mPrivate(std::make_unique<Private>(*other.mPrivate)) {}
+
+xoHighResTimer& xoHighResTimer::operator=(const xoHighResTimer& other) {
+    *mPrivate = *other.mPrivate;
+    return *this;
+}
+
+void xoHighResTimer::start() {
+    mPrivate->stopped = false;
+    mPrivate->start = counter();
+}
+
+void xoHighResTimer::stop() {
+    if (mPrivate->stopped) return;
+    mPrivate->stopped = true;
+    mPrivate->end = counter();
+}
+
+bool xoHighResTimer::isRunning() const { return !mPrivate->stopped; }
+
+void xoHighResTimer::clearTimer() {
+    mPrivate->start = 0;
+    mPrivate->end = 0;
+    mPrivate->stopped = true;
+}
+
+double xoHighResTimer::getElapsedTimeInMicroSec() {
+    if (!mPrivate->stopped) mPrivate->end = counter();
+    const double microSecPerTick = 1e6 / static_cast<double>(mPrivate->frequency);
+    // Two statements, so that no compiler fuses the scaling of one mark with the subtraction.
+    const double end = static_cast<double>(mPrivate->end) * microSecPerTick;
+    const double begin = static_cast<double>(mPrivate->start) * microSecPerTick;
+    return end - begin;
+}

@@ -1,0 +1,22 @@
+#include "xoSystem/xoVirtualMemory.h"
+
+#include <iostream>
+
+#include "platform/windows.h"
+
+namespace xo {
+
+void* VirtualMemoryAllocatorDisk::allocateMemory(std::uint64_t size) {
+    mAddress = ::VirtualAlloc(/*lpAddress=*/nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+    mIsAllocated = mAddress != nullptr;
+    if (!mIsAllocated) std::cout << "Allocation failed :" << std::flush;
+    return mAddress;
+}
+
+void VirtualMemoryAllocatorDisk::freeMemory() {
+    if (!mIsAllocated) return;
+    mIsAllocated = false;
+    ::VirtualFree(mAddress, 0, MEM_RELEASE);
+}
+
+}  // namespace xo

@@ -1,0 +1,64 @@
+#include "xoSystem/xoVersion.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/windows.h"
+#include "xoSystem/xoInit.h"
+
+namespace {
+
+using namespace xo;  // xoSystem::Version must stay one name
+using impl::GetThirdPartyLibVersions;
+using impl::RegisterThirdPartyLibVersionInfo;
+using impl::UnRegisterThirdPartyLibVersionInfo;
+
+const bool registeredEarly = (RegisterThirdPartyLibVersionInfo("early", "0.9"), true);  // as a library does that loads
+
+TEST(Version, IsOrderedByItsThreeNumbers) {
+    const xoVersion ascending[] = {{}, {0, 0, 7}, {0, 5, 1}, {1, 9, 5}, {1, 10, 0, "new", 2021, 7}, {0x80000000, 0, 0}};
+    for (const xoVersion& a : ascending)
+        for (const xoVersion& b : ascending) {
+            xoVersion other;
+            other.setVersion(b.getMajorVersion(), b.getMinorVersion(), b.getRevision(), "other", 2020, 5);
+            const int order = &a < &b ? -1 : &a > &b;
+            EXPECT_TRUE((a == other) == (order == 0) && (a != other) == (order != 0) && (a < other) == (order < 0) &&
+                        (a <= other) == (order <= 0) && (a > other) == (order > 0) && (a >= other) == (order >= 0))
+                << &a - ascending << ' ' << &b - ascending;
+        }
+}
+
+TEST(LibraryVersion, IsTheOneInTheFile) {
+    using Version = xoSystem::Version;
+    static_assert(std::is_same_v<Version, ::xoSystem::Version> && std::is_same_v<Version, xo::xoSystem::Version>);
+    EXPECT_STREQ(Version::GetDescStringMajorMinorReleaseRevisionDate(), "3.0.0.9799 2020-5");
+    EXPECT_STREQ(Version::GetDescStringMajorMinorReleaseRevision(), "3.0.0.9799");
+    EXPECT_STREQ(Version::GetDescStringMajorMinorRelease(), "3.0.0");
+    EXPECT_STREQ(Version::GetDescStringMajorMinor(), "3.0");
+    EXPECT_TRUE(Version::GetYear() == 2020 && Version::GetMonth() == 5);
+
+    const HMODULE library = ::GetModuleHandleW(L"xoSystem.dll");
+    const HRSRC found = ::FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
+    ASSERT_TRUE(found);
+    const auto* const fixedInfo = static_cast<const DWORD*>(::LockResource(::LoadResource(library, found))) + 10;
+    ASSERT_EQ(fixedInfo[0], 0xFEEF04BDu);  // its signature
+    EXPECT_EQ(fixedInfo[2], Version::GetMajor() << 16 | Version::GetMinor());
+    EXPECT_EQ(fixedInfo[3], Version::GetRelease() << 16 | Version::GetRevision());
+}
+
+TEST(ThirdPartyVersions, KeepTheLastTextOfANameWhileItsLibraryIsLoaded) {
+    ASSERT_TRUE(registeredEarly);
+    for (const char* version : {"1.2.12", "1.2.13"}) RegisterThirdPartyLibVersionInfo("zlib", version);
+    initializeXoSystem(InitTypeFull);
+    RegisterThirdPartyLibVersionInfo("none", nullptr);
+    RegisterThirdPartyLibVersionInfo(nullptr, "1");
+    for (const char* name : {"absent", static_cast<const char*>(nullptr)}) UnRegisterThirdPartyLibVersionInfo(name);
+    terminateXoSystem();
+    EXPECT_EQ(GetThirdPartyLibVersions().toString(), "(early=0.9),(none=),(zlib=1.2.13)");
+    for (const auto& [name, version] : GetThirdPartyLibVersions()) {
+        EXPECT_EQ(version.getType(), xoVariant::STRING);
+        UnRegisterThirdPartyLibVersionInfo(name.c_str());
+    }
+    EXPECT_TRUE(GetThirdPartyLibVersions().empty());
+}
+
+}  // namespace
