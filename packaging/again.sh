@@ -6,7 +6,7 @@ copy=$XO_ROOT/again/copy
 rm -rf "$XO_ROOT/again"
 mkdir -p "$copy/build"
 git ls-files -co --exclude-standard | tar -cT - | tar -xC "$copy"
-[[ ! -d $XO_ROOT/docs ]] || cp -r "$XO_ROOT/docs" "$copy/build/"
+cp -r "$XO_ROOT/docs" "$copy/build/"
 
 out=$copy/build/${XO_OUT##*/}
 { cmake -S "$copy" --preset "${XO_OUT##*/}" -B "$out" -DXO_BUILD_TESTS=OFF -DXO_BUILD_EXAMPLES=OFF &&
