@@ -119,9 +119,9 @@ public:
     // The stream to write the next cell to, the same object each time. Fetch it anew for each cell, or at least for
     // each row: only here the next file begins, when the one before has its rows, with a stream that is ok again.
     //
-    // A file that cannot be made leaves a stream that is not ok and a CRITICAL line in the log; the next call tries the
-    // next name. Where a file cannot be written to its end, the ok flag falls, or when that shows only as it is closed,
-    // a CRITICAL line tells.
+    // A file that cannot be made writes a CRITICAL line to the log, and the first byte written to its stream clears the
+    // ok flag; the next call tries the next name. Where a file cannot be written to its end, the ok flag falls, or when
+    // that shows only as it is closed, a CRITICAL line tells.
     xoCsvStream& getStream();
 
 private:

@@ -30,7 +30,11 @@ std::uint64_t FileDevice::writeBytes(const char* buffer, std::uint64_t size) {
         mWaiting = 0;
         if (size >= kRoom) return writeThrough(buffer, static_cast<std::size_t>(size)) ? size : 0;
     }
-    std::memcpy(mBuffer.get() + mWaiting, buffer, static_cast<std::size_t>(size));
+    if (size == 1) {  // a separator
+        mBuffer[mWaiting] = *buffer;
+    } else {
+        std::memcpy(mBuffer.get() + mWaiting, buffer, static_cast<std::size_t>(size));
+    }
     mWaiting += static_cast<std::size_t>(size);
     return size;
 }

@@ -12,6 +12,20 @@
 namespace xo {
 namespace {
 
+template <class Word>
+Word loadWord(const char* at) {
+    Word word = 0;
+    std::memcpy(&word, at, sizeof word);
+    return word;
+}
+
+// The bytes of a text of 4 to 16, some of them more than once.
+__m128i loadShort(const char* data, std::size_t size) {
+    if (size >= 8) return _mm_set_epi64x(loadWord<std::int64_t>(data), loadWord<std::int64_t>(data + size - 8));
+    const std::int32_t last = loadWord<std::int32_t>(data + size - 4);
+    return _mm_set_epi32(loadWord<std::int32_t>(data), last, last, last);
+}
+
 // Row and column stay at their end: past it they would start lines and files that are none.
 void count(unsigned int& index) {
     if (index != (std::numeric_limits<unsigned int>::max)()) ++index;
@@ -110,18 +124,15 @@ bool xoCsvStream::write(const char* data, std::size_t size) { return mDevice->wr
 
 // Whether the cell holds a separator or a quote character.
 bool xoCsvStream::isMarked(const char* data, std::size_t size) const {
-    const char* const end = data + size;
-    if (end - data < text::kBlock)
-        return std::any_of(data, end, [this](char c) { return c == mSeparator || c == mQuote; });
-    const __m128i separator = _mm_set1_epi8(mSeparator);
-    const __m128i quote = _mm_set1_epi8(mQuote);
-    for (const char* at = data;; at += text::kBlock) {
-        if (end - at < text::kBlock) at = end - text::kBlock;  // the last bytes, some of them once more
-        const __m128i bytes = text::loadBlock(at);
-        const __m128i marks = _mm_or_si128(_mm_cmpeq_epi8(bytes, separator), _mm_cmpeq_epi8(bytes, quote));
-        if (text::topBits(marks) != 0) return true;
-        if (end - at == text::kBlock) return false;
-    }
+    if (size < 4) return std::any_of(data, data + size, [this](char c) { return c == mSeparator || c == mQuote; });
+    const auto isMarkedBlock = [separator = _mm_set1_epi8(mSeparator), quote = _mm_set1_epi8(mQuote)](__m128i bytes) {
+        return text::topBits(_mm_or_si128(_mm_cmpeq_epi8(bytes, separator), _mm_cmpeq_epi8(bytes, quote))) != 0;
+    };
+    if (size <= text::kBlock) return isMarkedBlock(loadShort(data, size));
+    const char* const last = data + size - text::kBlock;
+    for (; data < last; data += text::kBlock)
+        if (isMarkedBlock(text::loadBlock(data))) return true;
+    return isMarkedBlock(text::loadBlock(last));
 }
 
 // Copies the cell with each quote character doubled.
