@@ -12,7 +12,7 @@ foreign() { grep -v '^#' packaging/components.txt; }
 lay_out() {
     rm -rf "$XO_ROOT/package"
     cmake --install "$XO_OUT" --prefix "$stage" >/dev/null
-    cp -r "$XO_ROOT/docs/html" "$stage/share/docs/"
+    cp -r "$XO_ROOT/docs/html" "$stage/docs/"
     local name origin
     while IFS='|' read -r name origin _; do
         install -D -m 644 "/usr/share/doc/$origin/copyright" "$stage/share/licenses/$name.txt"
