@@ -1,7 +1,9 @@
 #include "text/numberText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "text/ascii.h"
@@ -45,6 +47,71 @@ double nearestEnd(const char* at, const char* end) {
     }
     const bool tiny = at != end ? at + 1 != end && at[1] == '-' : !digitsBeforePoint;
     return tiny ? 0.0 : std::numeric_limits<double>::infinity();
+}
+
+// The powers of ten that a double holds exactly.
+constexpr double kTens[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                            1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// A value rounded to a few decimal digits: the first of them stands for that many times 10^exponent.
+struct Rounded {
+    std::uint32_t digits;
+    int exponent;
+};
+
+double scaleByTens(double value, int power) { return power < 0 ? value / kTens[-power] : value * kTens[power]; }
+
+// Rounds by one multiplication or division. That is off by less than 2e-7 here, so false where the digits hang on less.
+bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
+    constexpr double kLeast = 1e-9;
+    constexpr double kEnd = 1e15;
+    constexpr double kDoubt = 1e-6;
+    constexpr int kMostDigits = 9;
+    if (!(magnitude >= kLeast && magnitude < kEnd) || precision < 1 || precision > kMostDigits) return false;
+
+    int exponent = std::ilogb(magnitude) * 1233 >> 12;  // times log10(2): exact, or one too low
+    double scaled = scaleByTens(magnitude, precision - 1 - exponent);
+    if (scaled >= kTens[precision]) {
+        ++exponent;
+        scaled = scaleByTens(magnitude, precision - 1 - exponent);
+    }
+    auto digits = static_cast<std::uint32_t>(scaled);
+    const double rest = scaled - digits;
+    if (std::fabs(rest - 0.5) < kDoubt) return false;
+    if (rest > 0.5) ++digits;
+    const bool isCarried = digits == static_cast<std::uint32_t>(kTens[precision]);
+    rounded = {isCarried ? digits / 10 : digits, isCarried ? exponent + 1 : exponent};
+    return true;
+}
+
+// As "%g" does: no zeros at the end, and an exponent where the point would stand far away.
+char* printRounded(char* out, Rounded rounded, int precision) {
+    char digits[10];
+    int count = static_cast<int>(std::to_chars(digits, digits + sizeof digits, rounded.digits).ptr - digits);
+    while (count > 1 && digits[count - 1] == '0') --count;
+
+    const int exponent = rounded.exponent;
+    if (exponent < -4 || exponent >= precision) {
+        *out++ = digits[0];
+        if (count > 1) *out++ = '.';
+        out = std::copy(digits + 1, digits + count, out);
+        *out++ = 'e';
+        *out++ = exponent < 0 ? '-' : '+';
+        *out++ = static_cast<char>('0' + std::abs(exponent) / 10);
+        *out++ = static_cast<char>('0' + std::abs(exponent) % 10);
+        return out;
+    }
+    if (exponent < 0) {
+        *out++ = '0';
+        *out++ = '.';
+        out = std::fill_n(out, -1 - exponent, '0');
+        return std::copy(digits, digits + count, out);
+    }
+    const int whole = exponent + 1;
+    out = std::copy(digits, digits + (std::min)(count, whole), out);
+    if (count <= whole) return std::fill_n(out, whole - count, '0');
+    *out++ = '.';
+    return std::copy(digits + whole, digits + count, out);
 }
 
 }  // namespace
@@ -96,6 +163,11 @@ bool parseReal(std::string_view text, double& value) {
 }
 
 char* printReal(char* out, double value, int precision, int room) {
+    Rounded rounded{};
+    if (roundQuickly(std::fabs(value), precision, rounded)) {
+        if (value < 0) *out++ = '-';
+        return printRounded(out, rounded, precision);
+    }
     if (std::isnan(value)) value = std::fabs(value);  // its sign means nothing, and a stream prints none
     return std::to_chars(out, out + room, value, std::chars_format::general, precision).ptr;
 }
