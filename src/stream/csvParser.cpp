@@ -14,6 +14,7 @@ namespace xo::stream {
 namespace {
 
 constexpr std::size_t kLongestSequence = 4;
+constexpr std::size_t kMostRead = 0x10000;  // at a time: what the next pass finds in the processor's cache
 constexpr std::size_t kMaxHeaderCell = 65535;
 constexpr std::size_t kUsualColumns = 128;
 
@@ -149,7 +150,7 @@ bool CsvParser::refill(bool& moreInput) {
     if (!mError.empty()) return false;
     if (!moreInput || mEnd - mAt >= kLongestSequence) return true;
     makeRoom();
-    const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)(mRoom - mEnd, mUnread));
+    const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)({mRoom - mEnd, mUnread, kMostRead}));
     const std::size_t got = mRead(mBuffer.get() + mEnd, wanted);
     if (got == 0) return fail("Failed to read the file");
     mUnread -= got;
@@ -169,7 +170,7 @@ void CsvParser::makeRoom() {
         std::unique_ptr<char[]> larger(new char[mRoom + CsvMarks::kBlock]);  // not filled with zeros first
         if (used != 0) std::memcpy(larger.get(), kept, used);
         mBuffer = std::move(larger);
-    } else {
+    } else if (mRowBegin != 0) {
         std::memmove(mBuffer.get(), kept, used);
     }
     mAt -= mRowBegin;
