@@ -11,8 +11,8 @@ void measureFolders(Suite& suite);
 void measureIni(Suite& suite);
 void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
-void measureStreams(Suite& suite);
 void measureProcess(Suite& suite);
+void measureStreams(Suite& suite);
 void measureText(Suite& suite);
 void measureThreads(Suite& suite);
 void measureUtil(Suite& suite);

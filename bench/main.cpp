@@ -14,8 +14,8 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureFolders(suite);
     bench::measureIni(suite);
     bench::measureLog(suite);
-    bench::measureStreams(suite);
     bench::measureProcess(suite);
+    bench::measureStreams(suite);
     bench::measureText(suite);
     bench::measureThreads(suite);
     bench::measureUtil(suite);

@@ -123,9 +123,9 @@ public:
     // each row: only here the next file begins, when the one before has its rows, with a stream that is ok again. That
     // file is made even if no cell follows, so ask the stream that was written to whether it is ok, not a new call.
     //
-    // A file that cannot be made leaves a stream that is not ok and a CRITICAL line in the log; the next call tries the
-    // next name. Where a file cannot be written to its end, the ok flag falls, or when that shows only as it is closed,
-    // a CRITICAL line tells.
+    // A file that cannot be made writes a CRITICAL line to the log, and the first byte written to its stream clears the
+    // ok flag; the next call tries the next name. Where a file cannot be written to its end, the ok flag falls, or when
+    // that shows only as it is closed, a CRITICAL line tells.
     xoCsvStream& getStream();
 
 private:

@@ -79,7 +79,6 @@ void xoCsvFileWriter::openNextFile() {
     const bool isOpen = self.device.open(self.path);
     self.stream.setDevice(&self.device);
     if (!isOpen) {
-        self.stream.setError();
         xoLogObject(xoLogCritical) << "Fail to open csv file " << self.path;
     } else if (self.settings.writeByteOrderMark) {
         self.device << std::string(kByteOrderMark);

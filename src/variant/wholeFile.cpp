@@ -12,10 +12,25 @@ namespace {
 constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes 32-bit sizes
 constexpr std::size_t kFirstRoom = 4096;                    // for what has no size beforehand
 
+// From here on bytes get pages of their own. A large block in the heap, freed after what was made meanwhile, makes the
+// heap give memory back to the system and fault it in anew, which costs more than to read the file.
+constexpr std::size_t kOwnPages = std::size_t{64} << 10;
+
 platform::FileHandle open(const std::string& path, DWORD access, DWORD shareMode, DWORD disposition) {
     return platform::FileHandle(::CreateFileW(platform::toApiPath(path).c_str(), access, shareMode,
                                               /*lpSecurityAttributes=*/nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
                                               /*hTemplateFile=*/nullptr));
+}
+
+void deleteBytes(char* bytes) { delete[] bytes; }
+
+void releasePages(char* bytes) { ::VirtualFree(bytes, 0, MEM_RELEASE); }
+
+// Not filled with zeros first.
+FileBytes::Bytes allocate(std::size_t size) {
+    if (size < kOwnPages) return {new (std::nothrow) char[size], &deleteBytes};
+    void* const pages = ::VirtualAlloc(/*lpAddress=*/nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+    return {static_cast<char*>(pages), &releasePages};
 }
 
 bool isAbsent(DWORD error) {
@@ -49,7 +64,7 @@ FileBytes::State FileBytes::fill(const platform::FileHandle& file) {
 }
 
 bool FileBytes::grow(std::size_t room) {
-    std::unique_ptr<char[]> bytes(new (std::nothrow) char[room]);  // not filled with zeros first
+    Bytes bytes = allocate(room);
     if (!bytes) return false;
     if (mSize != 0) std::memcpy(bytes.get(), mBytes.get(), mSize);
     mBytes = std::move(bytes);

@@ -13,6 +13,7 @@ namespace xo::variant {
 class FileBytes {
 public:
     enum State { Complete, Missing, Unreadable };
+    using Bytes = std::unique_ptr<char, void (*)(char*)>;
 
     // Reads the file to its end, whoever else writes to it. A file too large for the memory is Unreadable.
     State read(const std::string& path);
@@ -22,7 +23,7 @@ private:
     State fill(const platform::FileHandle& file);
     bool grow(std::size_t room);
 
-    std::unique_ptr<char[]> mBytes;
+    Bytes mBytes{nullptr, nullptr};
     std::size_t mSize = 0;
     std::size_t mRoom = 0;
 };

@@ -118,7 +118,7 @@ TEST_F(CsvFiles, TheWriterTellsWhatItCouldNotWrite) {
     const std::string folder = mFolder.path("none");
     xoCsvFileWriter writer(folder, "log", 9);
     writer.getStream() << 1;
-    EXPECT_FALSE(writer.getStream().isOk());
+    EXPECT_FALSE((writer.getStream() << 1).isOk());
     EXPECT_THAT(takeLines(), ElementsAre("3()Fail to open csv file " + folder + "/log.csv",
                                          "3()Fail to open csv file " + folder + "/log (1).csv"));
     ASSERT_TRUE(xoDirUtils::MkpathUtf8(folder));
@@ -127,8 +127,8 @@ TEST_F(CsvFiles, TheWriterTellsWhatItCouldNotWrite) {
     const ImportHook full("xoSystem.dll", "WriteFile", &failToWrite);
     ASSERT_TRUE(full.isInstalled());
     for (int row = 0; row != 8; ++row) writer.getStream() << std::string(10000, 'x') << kRowEnd;
-    EXPECT_FALSE(writer.getStream().isOk());
-    xoCsvFileWriter(mFolder.path(), "small", 1).getStream() << 1;
+    EXPECT_FALSE((writer.getStream() << 1).isOk());
+    { xoCsvFileWriter(mFolder.path(), "small", 1).getStream() << 1; }
     EXPECT_THAT(takeLines(), ElementsAre("3()Fail to write csv file " + mFolder.path() + "/small.csv"));
 }
 

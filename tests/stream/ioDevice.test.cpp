@@ -187,27 +187,33 @@ TEST_F(IoDevice, SignalerCallsBeforeTheBytesThatReachTheThreshold) {
     EXPECT_TRUE(signaler.endDelegation());
 }
 
-// Takes 8 bytes, as a disk that fills up.
+// Takes 24 bytes, as a disk that fills up.
 struct FullBuffer final : std::streambuf {
     FullBuffer() { setp(room, room + sizeof room); }
-    char room[8];
+    char room[24];
 };
 
 TEST_F(IoDevice, ProxyTellsOfEndAndFailureWithoutThrowing) {
-    for (const bool throwing : {false, true}) {
+    for (const auto& [size, throwing] : {std::pair(5U, false), {20U, false}, {5U, true}, {20U, true}}) {
         FullBuffer buffer;
         std::ostream full(&buffer);
-        std::istringstream in("abc");
+        std::istringstream in(std::string(24, 'x'));
         if (throwing) full.exceptions(std::ios::badbit | std::ios::failbit);
         if (throwing) in.exceptions(std::ios::badbit | std::ios::failbit | std::ios::eofbit);
         xoIoDeviceStdStreamProxy device(&in, &full);
-        EXPECT_EQ(device.writeBytes("12345", 5), 5U);
-        EXPECT_EQ(device.skipBytes(3), 3U);
-        EXPECT_FALSE(device.atEnd()) << "nobody has looked beyond";
-        EXPECT_EQ(device.skipBytes(1), 0U);
+        char room[24];
+        for (unsigned left = 24; left != 0; left -= (std::min)(left, size)) {
+            EXPECT_FALSE(device.atEnd()) << "nobody has looked beyond";
+            EXPECT_EQ(device.readBytes(room, size), (std::min)(left, size));
+            EXPECT_EQ(device.good() ? device.writeBytes(room, size) : 0, left < size ? 0 : size);
+        }
+        EXPECT_TRUE(device.hasError() && in.eof() && in.fail());
+        in.exceptions(std::ios::goodbit);
+        in.clear(std::ios::failbit);
+        full.exceptions(std::ios::goodbit);
+        full.clear();
+        EXPECT_EQ(device.readBytes(room, size), 0U);
         EXPECT_TRUE(device.atEnd() && device.good());
-        EXPECT_EQ(device.writeBytes("12345", 5), 0U);
-        EXPECT_TRUE(device.hasError());
     }
     const auto path = xo::tests::TemporaryFolder().widePath() / L"a";  // the folder is gone already
     std::ofstream vanished(path, std::ios::binary);
