@@ -1,9 +1,9 @@
 #include "text/numberText.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "text/ascii.h"
@@ -53,6 +53,8 @@ double nearestEnd(const char* at, const char* end) {
 constexpr double kTens[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                             1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+constexpr std::size_t kSpan = 16;  // more than the digits that are rounded to in a quick way
+
 // A value rounded to a few decimal digits: the first of them stands for that many times 10^exponent.
 struct Rounded {
     std::uint32_t digits;
@@ -60,6 +62,13 @@ struct Rounded {
 };
 
 double scaleByTens(double value, int power) { return power < 0 ? value / kTens[-power] : value * kTens[power]; }
+
+// Of a normal number that is not negative.
+int binaryExponent(double value) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return static_cast<int>(bits >> 52) - 1023;
+}
 
 // Rounds by one multiplication or division. That is off by less than 2e-7 here, so false where the digits hang on less.
 bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
@@ -69,7 +78,7 @@ bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
     constexpr int kMostDigits = 9;
     if (!(magnitude >= kLeast && magnitude < kEnd) || precision < 1 || precision > kMostDigits) return false;
 
-    int exponent = std::ilogb(magnitude) * 1233 >> 12;  // times log10(2): exact, or one too low
+    int exponent = binaryExponent(magnitude) * 1233 >> 12;  // times log10(2): exact, or one too low
     double scaled = scaleByTens(magnitude, precision - 1 - exponent);
     if (scaled >= kTens[precision]) {
         ++exponent;
@@ -84,34 +93,36 @@ bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
     return true;
 }
 
+// Copies kSpan bytes whatever the count: that needs no call, and the room for any value holds them.
+char* append(char* out, const char* text, int count) {
+    std::memcpy(out, text, kSpan);
+    return out + count;
+}
+
 // As "%g" does: no zeros at the end, and an exponent where the point would stand far away.
 char* printRounded(char* out, Rounded rounded, int precision) {
-    char digits[10];
-    int count = static_cast<int>(std::to_chars(digits, digits + sizeof digits, rounded.digits).ptr - digits);
+    char digits[2 * kSpan] = {};
+    std::to_chars(digits, digits + kSpan, rounded.digits);
+    int count = precision;
     while (count > 1 && digits[count - 1] == '0') --count;
 
     const int exponent = rounded.exponent;
     if (exponent < -4 || exponent >= precision) {
         *out++ = digits[0];
         if (count > 1) *out++ = '.';
-        out = std::copy(digits + 1, digits + count, out);
+        out = append(out, digits + 1, count - 1);
         *out++ = 'e';
         *out++ = exponent < 0 ? '-' : '+';
         *out++ = static_cast<char>('0' + std::abs(exponent) / 10);
         *out++ = static_cast<char>('0' + std::abs(exponent) % 10);
         return out;
     }
-    if (exponent < 0) {
-        *out++ = '0';
-        *out++ = '.';
-        out = std::fill_n(out, -1 - exponent, '0');
-        return std::copy(digits, digits + count, out);
-    }
+    if (exponent < 0) return append(append(out, "0.00000000000000", 1 - exponent), digits, count);
     const int whole = exponent + 1;
-    out = std::copy(digits, digits + (std::min)(count, whole), out);
-    if (count <= whole) return std::fill_n(out, whole - count, '0');
+    out = append(out, digits, whole);
+    if (count <= whole) return out;
     *out++ = '.';
-    return std::copy(digits + whole, digits + count, out);
+    return append(out, digits + whole, count - whole);
 }
 
 }  // namespace

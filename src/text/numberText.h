@@ -19,7 +19,8 @@ bool parseInteger(std::string_view text, std::int64_t& value);
 bool parseReal(std::string_view text, double& value);
 
 // Writes the value as a stream with the given precision does by default ("%g"): 0.1, 1e+20, inf, nan. Returns the end.
-// kRealRoom bytes fit any value of up to 17 digits; each digit more wants one byte more.
+// kRealRoom bytes fit any value of up to 17 digits; each digit more wants one byte more. All of the room may be
+// written.
 constexpr int kRealRoom = 32;
 char* printReal(char* out, double value, int precision = 6, int room = kRealRoom);
 

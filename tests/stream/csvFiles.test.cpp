@@ -65,8 +65,17 @@ TEST(CsvStream, NothingIsWrittenAfterAWriteThatFailed) {
 
 TEST_F(CsvFiles, WhatIsWrittenReadsBack) {
     std::mt19937 dice(7);
-    const std::string pieces[] = {
-        ";", "'", "''", "\r\n;", " ", "\xC3\xA9", "0x1F", std::string(1, '\0'), std::string(40, 'x'), ""};
+    const std::string pieces[] = {";",
+                                  "'",
+                                  "''",
+                                  "\r\n;",
+                                  " ",
+                                  "\xC3\xA9",
+                                  "0x1F",
+                                  std::string(1, '\0'),
+                                  "a hundred and one",
+                                  "thirty and five of them",
+                                  ""};
     xoCsvFileReader::Table rows(300);
     for (auto& row : rows) {
         row.resize(1 + dice() % 4, "");
