@@ -89,7 +89,7 @@ private:
     void writeCell(const std::string& text) { writeCell(text.data(), text.size()); }
     template <class Integer>
     xoCsvStream& writeInteger(Integer value);
-    bool write(const char* data, std::size_t size);
+    void write(const char* data, std::size_t size);
     bool isMarked(const char* data, std::size_t size) const;
     void escape(const char* data, std::size_t size);
 
