@@ -127,12 +127,11 @@ char* printRounded(char* out, Rounded rounded, int precision) {
 
 }  // namespace
 
-bool parseInteger(std::string_view text, std::int64_t& value) {
+bool parseInteger(const char* text, const char* end, std::int64_t& value) {
     value = 0;
-    const char* const end = text.data() + text.size();
     bool negative = false;
-    const char* at = skipToDigits(text.data(), end, negative);
-    if (at == end) return text.empty();
+    const char* at = skipToDigits(text, end, negative);
+    if (at == end) return text == end;
 
     unsigned base = 10;
     if (startsHexadecimal(at, end)) {
@@ -159,12 +158,11 @@ bool parseInteger(std::string_view text, std::int64_t& value) {
     return at != first && at == end;
 }
 
-bool parseReal(std::string_view text, double& value) {
+bool parseReal(const char* text, const char* end, double& value) {
     value = 0.0;
-    const char* const end = text.data() + text.size();
     bool negative = false;
-    const char* const at = skipToDigits(text.data(), end, negative);
-    if (at == end) return text.empty();
+    const char* const at = skipToDigits(text, end, negative);
+    if (at == end) return text == end;
     if (!startsDecimal(at, end)) return false;
 
     const auto [stop, error] = std::from_chars(at, end, value);
