@@ -41,7 +41,6 @@ bool FileDevice::open(const std::string& path) {
     if (!mBuffer) mBuffer.reset(new char[kRoom]);  // not filled with zeros first
     mFile = variant::openForWriting(path);
     mWaiting = 0;
-    mFlushed = 0;
     mFailed = false;
     return isOpen();
 }
@@ -68,7 +67,6 @@ std::uint64_t FileDevice::writeBytes(const char* buffer, std::uint64_t size) {
 
 bool FileDevice::writeThrough(const char* buffer, std::size_t size) {
     mFailed = !variant::writeAll(mFile, {buffer, size});
-    if (!mFailed) mFlushed += size;
     return !mFailed;
 }
 

@@ -5,9 +5,12 @@
 
 #include <random>
 
+#include "xoSystem/xoStringUtils.h"
+
 namespace xo::tests {
 namespace {
 
+using namespace std::string_literals;
 using stream::CsvDialect;
 using stream::CsvParser;
 
@@ -83,26 +86,13 @@ Outcome parse(const std::string& text, const CsvDialect& dialect, const Way& way
 
 // Pieces that meet in every order, a broken sequence among them.
 std::string makeText(std::mt19937& dice, bool isBroken) {
-    static const std::string pieces[] = {",",
-                                         "\"",
-                                         "\"\"",
-                                         "\n",
-                                         ",",
-                                         "\"",
-                                         "\r",
-                                         "\r\n",
-                                         "a",
-                                         "bc",
-                                         "\xC3\xA9",
-                                         "\xE2\x82\xAC",
-                                         "\xF0\x9F\x98\x80",
-                                         std::string(1, '\0'),
-                                         std::string(90, 'x')};
+    static const std::vector<std::string> pieces = xoStringUtils::Split(
+        ",|\"|\"\"|\n|,|\"|\r|\r\n|a|bc|\xC3\xA9|\xE2\x82\xAC|\xF0\x9F\x98\x80|\0|"s + std::string(90, 'x'), '|');
     static const std::string faults[] = {"\xC3",         "\xE2\x82",     "\xF0\x9F\x98",     "\x80",
                                          "\xC0\xAF",     "\xE0\x80\xAF", "\xF0\x80\x80\xAF", "\xED\xA0\x80",
                                          "\xED\xBF\xBF", "\xFF",         "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80"};
-    std::string text = isBroken ? pieces[dice() % std::size(pieces)] + faults[dice() % std::size(faults)] : "";
-    for (unsigned count = dice() % 14; count != 0; --count) text += pieces[dice() % std::size(pieces)];
+    std::string text = isBroken ? pieces[dice() % pieces.size()] + faults[dice() % std::size(faults)] : "";
+    for (unsigned count = dice() % 14; count != 0; --count) text += pieces[dice() % pieces.size()];
     return text;
 }
 
