@@ -1,0 +1,156 @@
+#include "variant/fileReplacement.h"
+
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+#include "platform/wideText.h"
+#include "variant/wholeFile.h"
+
+namespace xo::variant {
+namespace {
+
+constexpr DWORD kLongestPauseMs = 64;
+constexpr DWORD kMostNames = 16;
+
+// A new file would not be what the old one is.
+constexpr DWORD kOnlyInPlace = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_COMPRESSED;
+
+// Tries again for an eighth of a second while another has the file, as readers, scanners and indexers do for moments.
+template <class Attempt>
+auto patiently(DWORD busyError, Attempt attempt) {
+    for (DWORD pauseMs = 1;; pauseMs *= 2) {
+        auto result = attempt();
+        if (result || ::GetLastError() != busyError || pauseMs > kLongestPauseMs) return result;
+        ::Sleep(pauseMs);
+    }
+}
+
+bool willBeDeleted(const platform::FileHandle& file, bool willBe) {
+    FILE_DISPOSITION_INFO info{};
+    info.DeleteFile = willBe;
+    return ::SetFileInformationByHandle(file.get(), FileDispositionInfo, &info, sizeof info) != 0;
+}
+
+// A new file of a name that no other thread of this machine takes; what one of them may have left behind stays.
+platform::FileHandle createBeside(const std::wstring& path) {
+    for (DWORD i = 0; i < kMostNames; ++i) {
+        const std::wstring name = path + L"." + std::to_wstring(::GetCurrentThreadId() + i) + L".tmp";
+        platform::FileHandle file(::CreateFileW(name.c_str(), GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
+                                                /*dwShareMode=*/0, /*lpSecurityAttributes=*/nullptr, CREATE_NEW,
+                                                FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+        if (file && willBeDeleted(file, true)) return file;
+        if (file || ::GetLastError() != ERROR_FILE_EXISTS) break;
+    }
+    return {};
+}
+
+platform::FileHandle openExisting(const std::wstring& path) {
+    return platform::FileHandle(::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
+                                              FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr,
+                                              OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, /*hTemplateFile=*/nullptr));
+}
+
+class AccessList {
+public:
+    bool read(const platform::FileHandle& file) {
+        return ::GetKernelObjectSecurity(file.get(), DACL_SECURITY_INFORMATION, mDescriptor, sizeof mDescriptor,
+                                         &mSize) != 0;
+    }
+
+    bool operator==(const AccessList& other) const {
+        return mSize == other.mSize && std::memcmp(mDescriptor, other.mDescriptor, mSize) == 0;
+    }
+
+    // Entries that the file has inherited go on counting as such.
+    bool write(const platform::FileHandle& file) {
+        constexpr SECURITY_DESCRIPTOR_CONTROL kInherits = SE_DACL_AUTO_INHERIT_REQ;
+        auto* const head = reinterpret_cast<SECURITY_DESCRIPTOR*>(mDescriptor);
+        if ((head->Control & SE_DACL_AUTO_INHERITED) != 0) head->Control |= kInherits;
+        return ::SetKernelObjectSecurity(file.get(), DACL_SECURITY_INFORMATION, mDescriptor) != 0;
+    }
+
+private:
+    alignas(SECURITY_DESCRIPTOR) BYTE mDescriptor[8192];
+    DWORD mSize = 0;
+};
+
+bool copyAccess(const platform::FileHandle& from, const platform::FileHandle& to) {
+    AccessList wanted, inherited;
+    if (!wanted.read(from) || !inherited.read(to)) return false;
+    return wanted == inherited || wanted.write(to);
+}
+
+// Makes the new file what the old one is.
+bool copyNature(const platform::FileHandle& from, const platform::FileHandle& to) {
+    BY_HANDLE_FILE_INFORMATION old;
+    if (!::GetFileInformationByHandle(from.get(), &old)) return false;
+    if (old.nNumberOfLinks > 1 || (old.dwFileAttributes & kOnlyInPlace) != 0) return false;
+    FILE_BASIC_INFO info{};  // what is 0 stays
+    info.CreationTime.LowPart = old.ftCreationTime.dwLowDateTime;
+    info.CreationTime.HighPart = static_cast<LONG>(old.ftCreationTime.dwHighDateTime);
+    info.FileAttributes = old.dwFileAttributes | FILE_ATTRIBUTE_ARCHIVE;
+    return ::SetFileInformationByHandle(to.get(), FileBasicInfo, &info, sizeof info) && copyAccess(from, to);
+}
+
+// FILE_RENAME_INFO, as both its kinds are laid out.
+struct RenameInfo {
+    DWORD flags;
+    HANDLE root;
+    DWORD nameBytes;
+    wchar_t name[1];
+};
+
+// Gives the file the name, and whatever has the name none. With the newer kind of call readers that share the deletion
+// are no obstacle; older systems and other file systems have only the older one.
+bool moveOver(const platform::FileHandle& file, const std::wstring& path) {
+    constexpr auto kRenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
+    constexpr DWORD kReplace = 1, kWithItsReaders = 2;
+    const std::size_t nameBytes = path.size() * sizeof(wchar_t);
+    std::vector<std::byte> room(sizeof(RenameInfo) + nameBytes);
+    auto* const info = reinterpret_cast<RenameInfo*>(room.data());
+    const auto size = static_cast<DWORD>(room.size());
+    info->nameBytes = static_cast<DWORD>(nameBytes);
+    std::memcpy(info->name, path.data(), nameBytes);
+    info->flags = kReplace | kWithItsReaders;
+    if (::SetFileInformationByHandle(file.get(), kRenameInfoEx, info, size)) return true;
+    info->flags = kReplace;
+    return ::SetFileInformationByHandle(file.get(), FileRenameInfo, info, size) != 0;
+}
+
+}  // namespace
+
+bool FileReplacement::begin(const std::string& path) {
+    mPath = path;
+    mFullPath = platform::toExtendedPath(platform::toWide(path));  // though the working folder change meanwhile
+    mNew = prepare();
+    if (!mNew) mInPlace = openForWriting(mPath);
+    return mNew || mInPlace;
+}
+
+// The new file, or none.
+platform::FileHandle FileReplacement::prepare() const {
+    const auto old = patiently(ERROR_SHARING_VIOLATION, [&] { return openExisting(mFullPath); });
+    if (!old && ::GetLastError() != ERROR_FILE_NOT_FOUND) return {};
+    platform::FileHandle file = createBeside(mFullPath);
+    if (file && old && !copyNature(old, file)) file.reset();
+    return file;
+}
+
+bool FileReplacement::commit(std::string_view bytes) {
+    if (mNew) {
+        if (!writeAll(mNew, bytes)) return false;
+        if (takePlace()) return true;
+        mInPlace = openForWriting(mPath);
+    }
+    return mInPlace && writeAll(mInPlace, bytes);
+}
+
+bool FileReplacement::takePlace() const {
+    if (!willBeDeleted(mNew, false)) return false;
+    if (patiently(ERROR_ACCESS_DENIED, [&] { return moveOver(mNew, mFullPath); })) return true;
+    willBeDeleted(mNew, true);
+    return false;
+}
+
+}  // namespace xo::variant
