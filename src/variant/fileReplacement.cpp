@@ -32,15 +32,20 @@ bool willBeDeleted(const platform::FileHandle& file, bool willBe) {
     return ::SetFileInformationByHandle(file.get(), FileDispositionInfo, &info, sizeof info) != 0;
 }
 
-// A new file of a name that no other thread of this machine takes; what one of them may have left behind stays.
+// A new file of a name that no other thread of this machine takes; what one of them may have left behind stays. Written
+// through, lest a power failure leave a file that has the name already and the bytes not yet.
 platform::FileHandle createBeside(const std::wstring& path) {
+    if (path.empty()) return {};
     for (DWORD i = 0; i < kMostNames; ++i) {
         const std::wstring name = path + L"." + std::to_wstring(::GetCurrentThreadId() + i) + L".tmp";
         platform::FileHandle file(::CreateFileW(name.c_str(), GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
                                                 /*dwShareMode=*/0, /*lpSecurityAttributes=*/nullptr, CREATE_NEW,
-                                                FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
-        if (file && willBeDeleted(file, true)) return file;
-        if (file || ::GetLastError() != ERROR_FILE_EXISTS) break;
+                                                FILE_FLAG_WRITE_THROUGH, /*hTemplateFile=*/nullptr));
+        if (!file && ::GetLastError() == ERROR_FILE_EXISTS) continue;
+        if (!file || willBeDeleted(file, true)) return file;
+        file.reset();
+        ::DeleteFileW(name.c_str());
+        break;
     }
     return {};
 }
@@ -48,7 +53,21 @@ platform::FileHandle createBeside(const std::wstring& path) {
 platform::FileHandle openExisting(const std::wstring& path) {
     return platform::FileHandle(::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
                                               FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr,
-                                              OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, /*hTemplateFile=*/nullptr));
+                                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+}
+
+// The path of what a link leads to. Empty for a link where Windows cannot tell.
+std::wstring withoutLinks(const std::wstring& path, const platform::FileHandle& file) {
+    std::wstring real = platform::readWide([&](wchar_t* buffer, DWORD size) {
+        return ::GetFinalPathNameByHandleW(file.get(), buffer, size, FILE_NAME_OPENED | VOLUME_NAME_DOS);
+    });
+    const bool isKnown = !real.empty() || (::GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    return isKnown ? real : path;
+}
+
+// Whether there is nothing of that name, not even a link that leads nowhere.
+bool isFree(const std::wstring& path) {
+    return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && ::GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
 class AccessList {
@@ -122,18 +141,19 @@ bool moveOver(const platform::FileHandle& file, const std::wstring& path) {
 
 bool FileReplacement::begin(const std::string& path) {
     mPath = path;
-    mFullPath = platform::toExtendedPath(platform::toWide(path));  // though the working folder change meanwhile
     mNew = prepare();
     if (!mNew) mInPlace = openForWriting(mPath);
     return mNew || mInPlace;
 }
 
 // The new file, or none.
-platform::FileHandle FileReplacement::prepare() const {
+platform::FileHandle FileReplacement::prepare() {
+    mFullPath = platform::toExtendedPath(platform::toWide(mPath));  // the working folder may change meanwhile
     const auto old = patiently(ERROR_SHARING_VIOLATION, [&] { return openExisting(mFullPath); });
-    if (!old && ::GetLastError() != ERROR_FILE_NOT_FOUND) return {};
+    if (!old) return isFree(mFullPath) ? createBeside(mFullPath) : platform::FileHandle();
+    mFullPath = withoutLinks(mFullPath, old);
     platform::FileHandle file = createBeside(mFullPath);
-    if (file && old && !copyNature(old, file)) file.reset();
+    if (file && !copyNature(old, file)) file.reset();
     return file;
 }
 

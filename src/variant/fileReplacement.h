@@ -14,8 +14,9 @@ namespace xo::variant {
 // and time of creation. Until then the new file is one that Windows deletes with its last handle, so that nothing stays
 // behind, whatever ends the attempt.
 //
-// Where that cannot be, the file is written in place: where the folder takes no new file, where the old one is a link,
-// has other links, is encrypted or compressed, and where somebody keeps it open without sharing its deletion.
+// A symbolic link stays, and what it leads to is replaced. Where nothing can be, the file is written in place: where
+// the folder takes no new file, where the old one has other hard links, is encrypted or compressed, and where somebody
+// keeps it open without sharing its deletion.
 class FileReplacement {
 public:
     // False when there is no such folder, or when the file cannot be opened for writing.
@@ -26,7 +27,7 @@ public:
     bool commit(std::string_view bytes);
 
 private:
-    platform::FileHandle prepare() const;
+    platform::FileHandle prepare();
     bool takePlace() const;
 
     std::string mPath;
