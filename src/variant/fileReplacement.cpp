@@ -58,7 +58,7 @@ platform::FileHandle openExisting(const std::wstring& path) {
 
 // The path of what a link leads to. Empty for a link where Windows cannot tell.
 std::wstring withoutLinks(const std::wstring& path, const platform::FileHandle& file) {
-    std::wstring real = platform::readWide([&](wchar_t* buffer, DWORD size) {
+    const std::wstring real = platform::readWide([&](wchar_t* buffer, DWORD size) {
         return ::GetFinalPathNameByHandleW(file.get(), buffer, size, FILE_NAME_OPENED | VOLUME_NAME_DOS);
     });
     const bool isKnown = !real.empty() || (::GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
