@@ -10,19 +10,19 @@
 namespace xo::variant {
 namespace {
 
-constexpr DWORD kLongestPauseMs = 64;
+constexpr ULONGLONG kPatienceMs = 125;
 constexpr DWORD kMostNames = 16;
 
 // A new file would not be what the old one is.
 constexpr DWORD kOnlyInPlace = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_COMPRESSED;
 
-// Tries again for an eighth of a second while another has the file, as readers, scanners and indexers do for moments.
+// Tries again and again while another has the file, as readers, scanners and indexers do for moments.
 template <class Attempt>
 auto patiently(DWORD busyError, Attempt attempt) {
-    for (DWORD pauseMs = 1;; pauseMs *= 2) {
+    const ULONGLONG start = ::GetTickCount64();
+    for (;; ::Sleep(1)) {
         auto result = attempt();
-        if (result || ::GetLastError() != busyError || pauseMs > kLongestPauseMs) return result;
-        ::Sleep(pauseMs);
+        if (result || ::GetLastError() != busyError || ::GetTickCount64() - start > kPatienceMs) return result;
     }
 }
 
@@ -33,14 +33,15 @@ bool willBeDeleted(const platform::FileHandle& file, bool willBe) {
 }
 
 // A new file of a name that no other thread of this machine takes; what one of them may have left behind stays. Written
-// through, lest a power failure leave a file that has the name already and the bytes not yet.
+// through, lest a power failure leave a file that has the name already and the bytes not yet. Shared, because for a
+// moment it is open under its last name.
 platform::FileHandle createBeside(const std::wstring& path) {
     if (path.empty()) return {};
     for (DWORD i = 0; i < kMostNames; ++i) {
         const std::wstring name = path + L"." + std::to_wstring(::GetCurrentThreadId() + i) + L".tmp";
         platform::FileHandle file(::CreateFileW(name.c_str(), GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
-                                                /*dwShareMode=*/0, /*lpSecurityAttributes=*/nullptr, CREATE_NEW,
-                                                FILE_FLAG_WRITE_THROUGH, /*hTemplateFile=*/nullptr));
+                                                FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr,
+                                                CREATE_NEW, FILE_FLAG_WRITE_THROUGH, /*hTemplateFile=*/nullptr));
         if (!file && ::GetLastError() == ERROR_FILE_EXISTS) continue;
         if (!file || willBeDeleted(file, true)) return file;
         file.reset();

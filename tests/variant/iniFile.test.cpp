@@ -203,6 +203,24 @@ TEST_F(IniFile, SavingTakesThePlaceOfTheOldFileAllAtOnce) {
     EXPECT_EQ(nature().access, before.access);
 }
 
+// Renames, and reads at once what now has the name.
+Map readInTheMoment;
+decltype(::SetFileInformationByHandle)* setInformation;
+BOOL WINAPI renameAndRead(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* info, DWORD size) {
+    const BOOL isDone = setInformation(file, kind, info, size);
+    if (isDone && size > sizeof(FILE_RENAME_INFO))
+        LoadIniFile(std::filesystem::path(static_cast<FILE_RENAME_INFO*>(info)->FileName).u8string(), readInTheMoment);
+    return isDone;
+}
+
+TEST_F(IniFile, SavingKeepsNobodyFromReading) {
+    const ImportHook hook("xoSystem.dll", "SetFileInformationByHandle", &renameAndRead);
+    ASSERT_TRUE(hook.isInstalled());
+    setInformation = hook.original<decltype(::SetFileInformationByHandle)>();
+    save(map("new", 2));
+    EXPECT_EQ(readInTheMoment, map("new", 2));
+}
+
 TEST_F(IniFile, SavingWritesInPlaceWhereItMust) {
     mFolder.write("a.ini", "old=1\n");
     {
