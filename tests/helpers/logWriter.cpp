@@ -1,8 +1,7 @@
-// Writes lines from several threads into a rotating log file: logWriter path process threads lines [board]
+// Writes lines from several threads into a rotating log file: logWriter path process threads lines board
 // On the board each thread counts the lines that it has written.
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,12 +15,11 @@
 int main() {
     int count = 0;
     wchar_t** const arguments = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    if (count < 5) return 2;
+    if (count != 6) return 2;
     const long process = std::wcstol(arguments[2], nullptr, 10);
     const long threadCount = std::wcstol(arguments[3], nullptr, 10);
     const long lineCount = std::wcstol(arguments[4], nullptr, 10);
-    std::optional<xo::tests::SoakBoard> board;
-    if (count == 6) board.emplace(arguments[5]);
+    const xo::tests::SoakBoard board(arguments[5]);
 
     xo::initializeXoSystem(xo::InitTypeFull);
     xo::xoLog::edit().installFileHandlerExUtf8(std::filesystem::path(arguments[1]).u8string(), 0, 20000, 100);
@@ -31,7 +29,7 @@ int main() {
             for (long i = 0; i < lineCount; ++i) {
                 xo::xoLogObject(xo::xoLogInfo, "worker")
                     << "process " << process << " thread " << t << " line " << i << " " << std::string(200, 'x');
-                if (board) ++board->cell(static_cast<std::size_t>(process * threadCount + t)).done;
+                ++board.cell(static_cast<std::size_t>(process * threadCount + t)).done;
             }
         });
     for (std::thread& thread : threads) thread.join();
