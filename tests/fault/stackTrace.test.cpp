@@ -79,7 +79,7 @@ HMODULE WINAPI loadNothing(LPCWSTR name, HANDLE, DWORD flags) {
 }
 
 FARPROC WINAPI findOthers(HMODULE module, LPCSTR name) {
-    return name == hiddenName ? replacement : ::GetProcAddress(module, name);
+    return name == hiddenName ? replacement : ImportHook::behind(&findOthers)(module, name);
 }
 
 TEST_F(StackTrace, SaysWhatItLacks) {

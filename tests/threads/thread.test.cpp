@@ -135,8 +135,8 @@ DWORD WINAPI holdBack(HANDLE thread) {
     return 1;
 }
 DWORD WINAPI letGoAndWait(HANDLE handle, DWORD timeoutMs) {
-    if (handle == heldBack) ::ResumeThread(std::exchange(heldBack, nullptr));
-    return ::WaitForSingleObject(handle, timeoutMs);
+    if (handle == heldBack) ImportHook::behind (&holdBack)(std::exchange(heldBack, nullptr));
+    return ImportHook::behind(&letGoAndWait)(handle, timeoutMs);
 }
 
 TEST_F(Thread, RunsNothingWhenItsObjectIsGoneBeforeItBegins) {

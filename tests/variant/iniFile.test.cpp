@@ -205,9 +205,8 @@ TEST_F(IniFile, SavingTakesThePlaceOfTheOldFileAllAtOnce) {
 
 // Renames, and reads at once what now has the name.
 Map readInTheMoment;
-decltype(::SetFileInformationByHandle)* setInformation;
 BOOL WINAPI renameAndRead(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* info, DWORD size) {
-    const BOOL isDone = setInformation(file, kind, info, size);
+    const BOOL isDone = ImportHook::behind(&renameAndRead)(file, kind, info, size);
     if (isDone && size > sizeof(FILE_RENAME_INFO))
         LoadIniFile(std::filesystem::path(static_cast<FILE_RENAME_INFO*>(info)->FileName).u8string(), readInTheMoment);
     return isDone;
@@ -216,7 +215,6 @@ BOOL WINAPI renameAndRead(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* inf
 TEST_F(IniFile, SavingKeepsNobodyFromReading) {
     const ImportHook hook("xoSystem.dll", "SetFileInformationByHandle", &renameAndRead);
     ASSERT_TRUE(hook.isInstalled());
-    setInformation = hook.original<decltype(::SetFileInformationByHandle)>();
     save(map("new", 2));
     EXPECT_EQ(readInTheMoment, map("new", 2));
 }
