@@ -25,6 +25,12 @@ constexpr char kOutcome[] = "exception Catch an SEH exception";
 using ProcessorFaults = xo::tests::FaultTest;
 
 void raise(void* code) { ::RaiseException(*static_cast<DWORD*>(code), 0, 0, nullptr); }
+void raiseAndTake(void* code) {
+    __try {
+        raise(code);
+    } __except (EXCEPTION_EXECUTE_HANDLER) {
+    }
+}
 
 TEST_F(ProcessorFaults, AreNamedByTheirCode) {
     const struct {
@@ -58,6 +64,8 @@ TEST_F(ProcessorFaults, AreNamedByTheirCode) {
         DWORD code = row.code;
         EXPECT_EQ(outcomeOf(&raise, static_cast<void*>(&code)), kOutcome) << row.text;
         EXPECT_THAT(takeFirstLines(), ElementsAre(faultLine(row.text), kFaultReport));
+        EXPECT_EQ(outcomeOf(&raiseAndTake, static_cast<void*>(&code)), "returned") << row.text;
+        EXPECT_THAT(takeReports(), testing::IsEmpty()) << "a frame of the client's own has taken it";
     }
 }
 
@@ -137,6 +145,7 @@ TEST_F(ProcessorFaults, LeaveTheStackWholeAfterItsOverflow) {
         }
     };
     overflowThrice();
+    EXPECT_FALSE(::IsThreadAFiber()) << "but for the report";
     std::thread(overflowThrice).join();
     ::ConvertThreadToFiber(nullptr);
     overflowThrice();
