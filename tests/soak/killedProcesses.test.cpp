@@ -164,6 +164,7 @@ TEST_F(KilledProcesses, LoseNoLineThatTheyHaveLogged) {
         }
         EXPECT_EQ(acknowledged, crew.done());
         EXPECT_LE(fragments, kKills);
+        EXPECT_TRUE(folder.has("shared.log_9.back")) << "the file was meant to rotate";
     });
 }
 
