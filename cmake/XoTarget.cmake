@@ -8,7 +8,8 @@ else()
     -Wall -Wextra -Wpedantic -Werror
     -Wshadow        # a hidden name is a wrong name sooner or later
     -Wconversion    # 64-bit sizes meet 32-bit Windows interfaces everywhere here
-    -Wno-language-extension-token) # __try and __int64 come from the platform
+    -Wno-language-extension-token  # __try and __int64 come from the platform
+    -Wdate-time)    # the same sources give the same bytes
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     target_compile_options(xoWarnings INTERFACE -Wthread-safety)
   endif()
@@ -26,13 +27,28 @@ function(xo_target_defaults target)
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN WINVER=0x0A00 _WIN32_WINNT=0x0A00)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:xoWarnings>)
   if(NOT MSVC)
-    target_link_options(${target} PRIVATE "-Wl,--pdb=$<TARGET_FILE_DIR:${target}>/$<TARGET_FILE_BASE_NAME:${target}>.pdb")
+    xo_build_the_same_bytes(${target})
+    target_link_options(${target} PRIVATE
+      -Wl,--pdb= # beside the program, under its name
+      -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
   endif()
+endfunction()
+
+# Neither the time nor a folder of this machine is in what is built: sources lie in /xoSystem wherever they were, a
+# hash stands where a time stamp would, and a program looks for its PDB beside itself.
+function(xo_build_the_same_bytes target)
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/xoSystem
+    -ffile-prefix-map=${PROJECT_BINARY_DIR}=/xoSystem/build
+    -ffile-compilation-dir=. -gno-codeview-command-line>)
+  target_link_options(${target} PRIVATE
+    -Wl,-Xlink=-Brepro -Wl,-Xlink=-pdbsourcepath:/xoSystem -Wl,-Xlink=-pdbaltpath:%_PDB%)
 endfunction()
 
 # The C++ runtime is shared between the DLL and its hosts, so that exceptions and streams cross the border. Windows
 # looks for it beside the program.
-function(xo_place_runtime_dlls folder)
+function(xo_find_runtime_dlls out)
+  set(paths "")
   if(MSVC)
     return()
   endif()
@@ -45,6 +61,12 @@ function(xo_place_runtime_dlls folder)
     if(NOT EXISTS "${path}")
       message(FATAL_ERROR "The C++ runtime ${dll} is missing; install g++-mingw-w64-x86-64-posix.")
     endif()
-    file(COPY ${path} DESTINATION ${folder})
+    list(APPEND paths ${path})
   endforeach()
+  set(${out} ${paths} PARENT_SCOPE)
+endfunction()
+
+function(xo_place_runtime_dlls folder)
+  xo_find_runtime_dlls(paths)
+  file(COPY ${paths} DESTINATION ${folder})
 endfunction()

@@ -208,7 +208,7 @@ public:
     };
 
     // How GlobFileAndFolderUtf8 collects.
-    enum GlobFlag {
+    enum GlobFlag : int {
         GlobAppend = 1,     // to what the vectors hold; else they are emptied first
         GlobRecursive = 2,  // all below too
         GlobNamesOnly = 4,  // without the folder; else paths as concatPathAndFile makes them

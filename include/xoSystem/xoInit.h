@@ -17,7 +17,7 @@
 namespace xo {
 
 // How far the library is brought up.
-enum InitType {
+enum InitType : int {
     InitTypeBasic = 1,  // for one thread: the log, text and system utilities
     InitTypeFull = 2    // that, and all that is safe for threads or has threads
 };

@@ -30,10 +30,10 @@ namespace xo {
 
 // How severe a line is. DEBUG lines are off until they are enabled. Any other number is accepted, always enabled, and
 // printed as UNKNOWN.
-enum xoLogType { xoLogDebug = 0, xoLogInfo = 1, xoLogWarning = 2, xoLogCritical = 3 };
+enum xoLogType : int { xoLogDebug = 0, xoLogInfo = 1, xoLogWarning = 2, xoLogCritical = 3 };
 
 // What installFileHandlerExUtf8 does besides naming the file; the values may be combined.
-enum xoLogFileFlag {
+enum xoLogFileFlag : int {
     xoLogFileTruncate = 1,  // delete the existing file
     xoLogFileRotate = 2,    // only together with xoLogFileTruncate: first move the existing file into the backups
     xoLogFileEcho = 4       // go on writing lines to the console as well

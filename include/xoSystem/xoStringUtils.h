@@ -36,7 +36,7 @@ public:
     };
 
     // Bits, so that several results can be asked for at once: (result & (Equal | Newer)) != 0.
-    enum SoftwareVersionComparisonResult {
+    enum SoftwareVersionComparisonResult : int {
         SoftwareVersionInvalid = 1,  // a version cannot be read, or there is nothing to compare
         SoftwareVersionEqual = 2,    // as far as they are compared
         SoftwareVersionOlder = 4,    // the first version is smaller

@@ -21,6 +21,13 @@ Text failed(const char* message) {
     return {};
 }
 
+// Wine takes the NUL for a part of a broken character in front of it, and then does not count it.
+template <class Text>
+void cutAtNul(Text& text, int count) {
+    const auto last = static_cast<std::size_t>(count) - 1;
+    text.resize(text[last] == 0 ? last : last + 1);
+}
+
 bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)()); }
 
 template <UINT codePage>
@@ -30,7 +37,7 @@ std::wstring widen(const std::string& text) {
     std::wstring wide(room, L'\0');
     const int count = ::MultiByteToWideChar(codePage, 0, text.c_str(), -1, wide.data(), static_cast<int>(room));
     if (count == 0) return failed<std::wstring>(kWideningFailed);
-    wide.resize(static_cast<std::size_t>(count) - 1);  // the count includes the NUL
+    cutAtNul(wide, count);
     return wide;
 }
 
@@ -42,7 +49,7 @@ std::string narrow(const std::wstring& text) {
     const int count =
         ::WideCharToMultiByte(codePage, 0, text.c_str(), -1, narrowed.data(), static_cast<int>(room), nullptr, nullptr);
     if (count == 0) return failed<std::string>(kNarrowingFailed);
-    narrowed.resize(static_cast<std::size_t>(count) - 1);
+    cutAtNul(narrowed, count);
     return narrowed;
 }
 

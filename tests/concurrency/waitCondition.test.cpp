@@ -88,10 +88,9 @@ TEST_P(EachWaitCondition, WakesAllWaitersAndEndsTheBroadcast) {
 }
 
 HANDLE gate;  // before which the event implementation's waiters stand until they may begin to wait
-decltype(&::WaitForMultipleObjects) realWait;
 DWORD WINAPI waitBehindGate(DWORD count, const HANDLE* handles, BOOL all, DWORD timeoutMs) {
     ::WaitForSingleObject(gate, INFINITE);
-    return realWait(count, handles, all, timeoutMs);
+    return xo::tests::ImportHook::behind(&waitBehindGate)(count, handles, all, timeoutMs);
 }
 
 TEST_P(EachWaitCondition, WakesAllThatAreOnTheirWayToWait) {
@@ -99,7 +98,6 @@ TEST_P(EachWaitCondition, WakesAllThatAreOnTheirWayToWait) {
     gate = semaphore.get();
     const xo::tests::ImportHook hook(nullptr, "WaitForMultipleObjects", &waitBehindGate);
     ASSERT_TRUE(hook.isInstalled());
-    realWait = hook.original<DWORD WINAPI(DWORD, const HANDLE*, BOOL, DWORD)>();
     startWaiters(2);
     mCondition->wakeAll();
     for (int woken = 1; woken <= 2; ++woken) {

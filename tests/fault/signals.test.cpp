@@ -56,6 +56,4 @@ TEST(CrashingProgram, LeavesItsReportAndItsCode) {
     }
 }
 
-TEST(UnloadingProgram, GetsItsCrashHelpOutOfTheWay) { EXPECT_EQ(Child(L"unloader").wait(), 0); }
-
 }  // namespace

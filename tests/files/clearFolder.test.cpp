@@ -47,7 +47,7 @@ std::uintptr_t lowestFrame, highestFrame;
 BOOL WINAPI removeAndNoteFrame(const wchar_t* path) {
     lowestFrame = (std::min)(lowestFrame, reinterpret_cast<std::uintptr_t>(&path));
     highestFrame = (std::max)(highestFrame, reinterpret_cast<std::uintptr_t>(&path));
-    return ::RemoveDirectoryW(path);
+    return ImportHook::behind(&removeAndNoteFrame)(path);
 }
 
 TEST_F(ClearFolder, ReachesBeyondTheLengthLimitAtNoCostOfStack) {
@@ -87,7 +87,7 @@ bool cancel;
 
 BOOL WINAPI deleteAndCancel(const wchar_t* path) {
     cancel = true;
-    return ::DeleteFileW(path);
+    return ImportHook::behind(&deleteAndCancel)(path);
 }
 
 TEST_F(ClearFolder, DeletesNothingOnceCancelled) {

@@ -101,7 +101,7 @@ std::wstring lastAsked;
 
 BOOL WINAPI noteAsked(const wchar_t* folder, ULARGE_INTEGER* available, ULARGE_INTEGER*, ULARGE_INTEGER*) {
     lastAsked = folder;
-    return ::GetDiskFreeSpaceExW(folder, available, nullptr, nullptr);
+    return xo::tests::ImportHook::behind(&noteAsked)(folder, available, nullptr, nullptr);
 }
 
 TEST_F(FileInfo, KnowsTheDiskSpaceOfTheNearestFolder) {

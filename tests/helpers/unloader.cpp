@@ -1,4 +1,7 @@
-// Loads the library, has a fault reported and unloads it, again and again: 0 when nothing of it is left each time.
+// Loads the library, has a fault reported by the system's DbgHelp and unloads it, again and again: 0 when nothing of it
+// is left each time.
+#include <cwchar>
+
 #include "platform/windows.h"
 
 namespace {
@@ -22,6 +25,12 @@ bool runGuarded(Guard guard) {
     return false;
 }
 
+bool isOfTheSystem(HMODULE module) {
+    wchar_t folder[MAX_PATH], path[MAX_PATH];
+    const UINT length = ::GetSystemDirectoryW(folder, MAX_PATH);
+    return module && ::GetModuleFileNameW(module, path, MAX_PATH) && ::_wcsnicmp(path, folder, length) == 0;
+}
+
 }  // namespace
 
 int main() {
@@ -30,7 +39,7 @@ int main() {
         if (!library) return 2;
         const auto guard = reinterpret_cast<Guard>(reinterpret_cast<void*>(::GetProcAddress(library, kGuard)));
         if (!guard || !runGuarded(guard)) return 3;
-        if (!::GetModuleHandleW(L"dbghelp.dll")) return 4;
+        if (!isOfTheSystem(::GetModuleHandleW(L"dbghelp.dll"))) return 4;
         ::FreeLibrary(library);
         if (::GetModuleHandleW(L"xoSystem.dll") || ::GetModuleHandleW(L"dbghelp.dll")) return 5;
     }

@@ -1,5 +1,6 @@
 // Replaces a function that one loaded module imports from another, for as long as the object lives. So a test sees the
-// exact arguments of a system call, makes it fail, or counts it.
+// exact arguments of a system call, makes it fail, or counts it. Where the library is linked into the program, its
+// imports are the program's, and the test's own calls are replaced with it.
 #ifndef XO_TESTS_IMPORTHOOK_H
 #define XO_TESTS_IMPORTHOOK_H
 
@@ -14,11 +15,15 @@ class ImportHook {
 public:
     template <class Function>
     ImportHook(const char* importingModule, const char* functionName, Function* replacement)
-        : mSlot(findSlot(importingModule, functionName)) {
-        if (mSlot) mOriginal = put(reinterpret_cast<void*>(replacement));
+        : mSlot(findSlot(importingModule, functionName)),
+          mReplacement(reinterpret_cast<void*>(replacement)),
+          mBefore(msLast) {
+        if (mSlot) mOriginal = put(mReplacement);
+        msLast = this;
     }
     ~ImportHook() {
         if (mSlot) put(mOriginal);
+        msLast = mBefore;
     }
     ImportHook(const ImportHook&) = delete;
     ImportHook& operator=(const ImportHook&) = delete;
@@ -31,8 +36,19 @@ public:
         return reinterpret_cast<Function*>(mOriginal);
     }
 
+    // What an installed replacement calls to reach the function behind it: by its name it might reach itself.
+    template <class Function>
+    static Function* behind(Function* replacement) {
+        const ImportHook* hook = msLast;
+        while (hook->mReplacement != reinterpret_cast<void*>(replacement)) hook = hook->mBefore;
+        return hook->original<Function>();
+    }
+
 private:
     static void** findSlot(const char* moduleName, const char* functionName) {
+#if defined(XOSYSTEM_STATIC)
+        if (moduleName && std::strcmp(moduleName, "xoSystem.dll") == 0) moduleName = nullptr;
+#endif
         auto* const base = reinterpret_cast<std::uint8_t*>(::GetModuleHandleA(moduleName));
         if (!base) return nullptr;
         const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
@@ -63,6 +79,9 @@ private:
 
     void** mSlot;
     void* mOriginal = nullptr;
+    void* mReplacement;
+    const ImportHook* mBefore;  // hooks are locals and members, so the last one made goes first
+    static inline const ImportHook* msLast = nullptr;
 };
 
 }  // namespace xo::tests

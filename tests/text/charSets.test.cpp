@@ -44,7 +44,7 @@ TEST(CharSets, WidenOrSayWhyNot) {
           Row{"\0ab"s, kAscii, L"", kNoAscii}, Row{"ab\0cd"s, kUtf8, L"ab", ""}, Row{"ab\0cd"s, kAscii, L"ab", ""},
           Row{"\x80t\xE9", kAscii, L"\x80t\xE9", ""}, Row{"\x80t\xE9", kNative, L"\u20ACt\xE9", ""},
           Row{u8"\u00E9\u20AC\U0001F600", kUtf8, L"\u00E9\u20AC\U0001F600", ""}, Row{"a\xFFz", kUtf8, L"a\uFFFDz", ""},
-          Row{"ab", 3, L"", kNoWide}, Row{"ab", -1, L"", kNoWide}}) {
+          Row{"a\xC3", kUtf8, L"a\uFFFD", ""}, Row{"ab", 3, L"", kNoWide}, Row{"ab", -1, L"", kNoWide}}) {
         const CapturedOutput output;
         EXPECT_EQ(xoStringUtils::convertToUnicode(text, from), wide) << text << " from " << from;
         EXPECT_EQ(output.text(), message) << text << " from " << from;

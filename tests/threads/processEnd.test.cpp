@@ -13,6 +13,4 @@ TEST(ProcessEnd, WaitsForNoThreadThatNobodyStopped) {
     }
 }
 
-TEST(LibraryEnd, LeavesNothingRunningBehind) { EXPECT_EQ(xo::tests::Child(L"libraryUnloader").wait(), 7); }
-
 }  // namespace
