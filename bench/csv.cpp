@@ -26,6 +26,7 @@ namespace {
 constexpr std::uint64_t kBatch = 1000;
 
 struct CsvFile {
+    std::string name;
     std::filesystem::path path;
     double bytes;
     std::size_t cells;
@@ -214,7 +215,8 @@ private:
     static inline std::int64_t msPeak = 0;
 };
 
-void compareReads(Suite& suite, const std::string& name, const CsvFile& file) {
+void compareReads(Suite& suite, const CsvFile& file) {
+    const std::string name = file.name + ", a byte";
     const auto ours = [&](bool typed) { return [&file, typed] { keep(readWhole(file, typed)); }; };
     const auto batches = [&](bool typed) { return [&file, typed] { keep(readBatches(file, typed)); }; };
     const auto limit = [&](bool typed) {
@@ -234,14 +236,16 @@ void compareReads(Suite& suite, const std::string& name, const CsvFile& file) {
     suite.compare("csv", name + ", typed, in batches", file.bytes, batches(true), {splitsBatches, scan});
     suite.compare("csv", name + ", texts, in batches", file.bytes, batches(false), {splitsBatches, scan});
 
-    const std::pair<const char*, std::function<void()>> kinds[] = {{"typed", ours(true)},
-                                                                   {"texts", ours(false)},
-                                                                   {"typed, in batches", batches(true)},
-                                                                   {boosts.name.c_str(), boosts.run},
-                                                                   {splits.name.c_str(), splits.run}};
-    for (const auto& [kind, run] : kinds)
-        std::printf("%-8s %-38s %-34s %11.1f MB at most on the heap\n", "csv", name.c_str(), kind,
-                    PeakHeap::ofMegabytes(run));
+    const std::pair<const Other&, double> peers[] = {{boosts, PeakHeap::ofMegabytes(boosts.run)},
+                                                     {splits, PeakHeap::ofMegabytes(splits.run)}};
+    for (const Other& kind :
+         {Other{"typed", ours(true)}, {"texts", ours(false)}, {"typed, in batches", batches(true)}}) {
+        const double held = PeakHeap::ofMegabytes(kind.run);
+        for (const auto& [peer, theirs] : peers) {
+            const double ratio = held / theirs;
+            suite.add({"csv", file.name + ", peak MB, " + kind.name, peer.name, held, theirs, ratio, ratio, ratio});
+        }
+    }
 }
 
 // Integers, codes, texts of which some need quotes, reals and addresses, a third of the cells numbers.
@@ -260,7 +264,8 @@ CsvFile makeMixedFile(const std::filesystem::path& path, std::size_t size) {
                         id % 8 == 0 ? "Airports in the parish" : "");
     }
     std::ofstream(path, std::ios::binary) << text;
-    return {path, static_cast<double>(text.size()), rows * 7, {false, true, true, false, false, true, true}};
+    return {
+        "read 100 MB", path, static_cast<double>(text.size()), rows * 7, {false, true, true, false, false, true, true}};
 }
 
 // ---- Writing rows of four cells.
@@ -336,11 +341,11 @@ void measureCsv(Suite& suite) {
     if (!suite.wants("csv")) return;
     const std::filesystem::path folder = std::filesystem::temp_directory_path() / L"xoBench";
     std::filesystem::create_directories(folder);
-    CsvFile regions{XO_BENCH_REGIONS, 0, 3988 * 8, {false, true, false, true, true, true, true, true}};
+    CsvFile regions{"read regions", XO_BENCH_REGIONS, 0, 3988 * 8, {false, true, false, true, true, true, true, true}};
     regions.bytes = static_cast<double>(std::filesystem::file_size(regions.path));
-    compareReads(suite, "read regions, a byte", regions);
+    compareReads(suite, regions);
     compareWrites(suite, folder);
-    compareReads(suite, "read 100 MB, a byte", makeMixedFile(folder / L"mixed.csv", 100000000));
+    compareReads(suite, makeMixedFile(folder / L"mixed.csv", 100000000));
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
 }

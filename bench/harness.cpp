@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <fstream>
 
 #include "platform/windows.h"
 
@@ -52,6 +53,8 @@ double quantile(std::vector<double> values, double fraction) {
     return values[static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1) + 0.5)];
 }
 
+bool startsWith(std::string_view text, std::string_view start) { return text.substr(0, start.size()) == start; }
+
 std::string quoted(const std::string& text) {
     std::string result = "\"";
     for (const char c : text) result += c == '"' ? std::string("\"\"") : std::string(1, c);
@@ -85,29 +88,45 @@ void Suite::compare(const std::string& family, const std::string& name, double u
         std::vector<double> ratios;
         for (int round = 0; round < rounds; ++round)
             ratios.push_back(ns[0][static_cast<std::size_t>(round)] / ns[i][static_cast<std::size_t>(round)]);
-        const Row row{family,
-                      name,
-                      others[i - 1].name,
-                      quantile(ns[0], 0.5),
-                      quantile(ns[i], 0.5),
-                      quantile(ratios, 0.5),
-                      quantile(ratios, 0.25),
-                      quantile(ratios, 0.75)};
-        std::printf("%-8s %-38s %-34s %11.2f %11.2f %7.3f  (%.3f to %.3f)\n", row.family.c_str(), row.name.c_str(),
-                    row.other.c_str(), row.oursNs, row.otherNs, row.ratio, row.lowRatio, row.highRatio);
-        std::fflush(stdout);
-        mRows.push_back(row);
+        add({family, name, others[i - 1].name, quantile(ns[0], 0.5), quantile(ns[i], 0.5), quantile(ratios, 0.5),
+             quantile(ratios, 0.25), quantile(ratios, 0.75)});
     }
 }
 
-bool Suite::writeCsv(const wchar_t* path) const {
-    std::FILE* const file = ::_wfopen(path, L"wb");
-    if (!file) return false;
-    std::fputs("family,case,other,ours_ns,other_ns,ratio\n", file);
-    for (const Row& row : mRows)
-        std::fprintf(file, "%s,%s,%s,%.3f,%.3f,%.4f\n", quoted(row.family).c_str(), quoted(row.name).c_str(),
-                     quoted(row.other).c_str(), row.oursNs, row.otherNs, row.ratio);
-    return std::fclose(file) == 0;
+void Suite::add(Row row) {
+    for (const Aim& aim : mAims)
+        if (row.family == aim.family && startsWith(row.name, aim.name) && startsWith(row.other, aim.other))
+            row.aim = aim.ratio;
+    std::printf("%-8s %-38s %-34s %11.2f %11.2f %7.3f  (%.3f to %.3f)", row.family.c_str(), row.name.c_str(),
+                row.other.c_str(), row.ours, row.theirs, row.ratio, row.lowRatio, row.highRatio);
+    if (row.aim != 0) std::printf("  aim %.2f%s", row.aim, row.ratio <= row.aim ? "" : ", missed");
+    std::printf("\n");
+    std::fflush(stdout);
+    mRows.push_back(std::move(row));
+}
+
+bool Suite::writeCsv(const std::filesystem::path& path) const {
+    std::ofstream file(path, std::ios::binary);
+    file << "family,case,other,ours,theirs,ratio,aim\n";
+    for (const Row& row : mRows) {
+        file << quoted(row.family) << ',' << quoted(row.name) << ',' << quoted(row.other) << ',' << row.ours << ','
+             << row.theirs << ',' << row.ratio << ',';
+        if (row.aim != 0) file << row.aim;
+        file << '\n';
+    }
+    return file.flush().good();
+}
+
+bool Suite::writeMarkdown(const std::filesystem::path& path) const {
+    std::ofstream file(path, std::ios::binary);
+    file.precision(3);
+    file << "| case | other | ratio | aim |\n|---|---|---:|---:|\n";
+    for (const Row& row : mRows) {
+        file << "| " << row.family << ": " << row.name << " | " << row.other << " | " << row.ratio << " | ";
+        if (row.aim != 0) file << row.aim << ' ';
+        file << "|\n";
+    }
+    return file.flush().good();
 }
 
 }  // namespace bench

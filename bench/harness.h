@@ -8,8 +8,10 @@
 #define XO_BENCH_HARNESS_H
 
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace bench {
@@ -29,21 +31,30 @@ struct Other {
     std::function<void()> run;
 };
 
+// The ratio that is wanted in the cases, and against the others, whose names start so.
+struct Aim {
+    std::string_view family;
+    std::string_view name;
+    std::string_view other;
+    double ratio;
+};
+
 struct Row {
     std::string family;
     std::string name;
     std::string other;
-    double oursNs;    // a unit, median
-    double otherNs;   // a unit, median
-    double ratio;     // ours over other, median of the rounds
+    double ours;      // a unit, the median: in ns, or what the name says
+    double theirs;    // the same of the other
+    double ratio;     // ours over theirs, median of the rounds
     double lowRatio;  // the quartiles around it
     double highRatio;
+    double aim = 0;  // 0 where there is none
 };
 
 class Suite {
 public:
     // Measures only the family of that name; all families when it is empty.
-    explicit Suite(std::string onlyFamily) : mOnlyFamily(std::move(onlyFamily)) {}
+    Suite(std::string onlyFamily, std::vector<Aim> aims) : mOnlyFamily(std::move(onlyFamily)), mAims(std::move(aims)) {}
 
     bool wants(const std::string& family) const { return mOnlyFamily.empty() || mOnlyFamily == family; }
 
@@ -52,13 +63,19 @@ public:
     void compare(const std::string& family, const std::string& name, double units, const std::function<void()>& ours,
                  const std::vector<Other>& others);
 
+    // Prints a row that was measured in another way.
+    void add(Row row);
+
     const std::vector<Row>& rows() const { return mRows; }
 
-    // Writes family,case,other,ours_ns,other_ns,ratio. False when the file cannot be written.
-    bool writeCsv(const wchar_t* path) const;
+    // Write the rows: family,case,other,ours,theirs,ratio,aim, or a table of ratios and aims for a text in Markdown.
+    // False when the file cannot be written.
+    bool writeCsv(const std::filesystem::path& path) const;
+    bool writeMarkdown(const std::filesystem::path& path) const;
 
 private:
     std::string mOnlyFamily;
+    std::vector<Aim> mAims;
     std::vector<Row> mRows;
 };
 

@@ -1,6 +1,8 @@
 // xoBench file.csv [family]: measures this library against what a user would take instead, and against physical limits.
+// Writes the rows to the file, and to file.md as a table for a README.
 #include <filesystem>
 
+#include "aims.h"
 #include "families.h"
 
 int wmain(int count, wchar_t** arguments) {
@@ -8,8 +10,9 @@ int wmain(int count, wchar_t** arguments) {
         std::fputs("usage: xoBench file.csv [family]\n", stderr);
         return 2;
     }
-    bench::Suite suite(count > 2 ? std::filesystem::path(arguments[2]).u8string() : std::string());
-    std::printf("%-8s %-38s %-34s %11s %11s %7s\n", "family", "case", "other", "ours ns", "other ns", "ratio");
+    bench::Suite suite(count > 2 ? std::filesystem::path(arguments[2]).u8string() : std::string(),
+                       {std::begin(bench::kAims), std::end(bench::kAims)});
+    std::printf("%-8s %-38s %-34s %11s %11s %7s\n", "family", "case", "other", "ours ns", "theirs ns", "ratio");
     bench::measureCsv(suite);
     bench::measureFolders(suite);
     bench::measureIni(suite);
@@ -24,7 +27,8 @@ int wmain(int count, wchar_t** arguments) {
         std::fputs("no such family\n", stderr);
         return 2;
     }
-    if (suite.writeCsv(arguments[1])) return 0;
+    const std::filesystem::path file(arguments[1]);
+    if (suite.writeCsv(file) && suite.writeMarkdown(std::filesystem::path(file).replace_extension(L".md"))) return 0;
     std::fputs("the table could not be written\n", stderr);
     return 1;
 }

@@ -1,9 +1,12 @@
 // Delimited text out: xoCsvStream writes cells to any byte device, xoCsvFileWriter to a row of files.
 //
 //     xo::xoCsvFileWriter writer(folder, "parcels", 100000);
-//     for (const Parcel& parcel : parcels)
-//         writer.getStream() << parcel.name << parcel.grams << xo::xoCsvStream::EndOfRow();
-//     const bool ok = writer.getStream().isOk();
+//     bool ok = true;
+//     for (const Parcel& parcel : parcels) {
+//         xo::xoCsvStream& stream = writer.getStream();
+//         stream << parcel.name << parcel.grams << xo::xoCsvStream::EndOfRow();
+//         ok = ok && stream.isOk();
+//     }
 //
 // A cell that holds the separator or the quote character is put in quotes, the quotes in it doubled; nothing else makes
 // it quoted. The end of a line is written when the next row's first cell is, so the last row has none.
@@ -86,7 +89,7 @@ private:
     void writeCell(const std::string& text) { writeCell(text.data(), text.size()); }
     template <class Integer>
     xoCsvStream& writeInteger(Integer value);
-    bool write(const char* data, std::size_t size);
+    void write(const char* data, std::size_t size);
     bool isMarked(const char* data, std::size_t size) const;
     void escape(const char* data, std::size_t size);
 
@@ -117,7 +120,8 @@ public:
     xoCsvFileWriter& operator=(const xoCsvFileWriter& other);
 
     // The stream to write the next cell to, the same object each time. Fetch it anew for each cell, or at least for
-    // each row: only here the next file begins, when the one before has its rows, with a stream that is ok again.
+    // each row: only here the next file begins, when the one before has its rows, with a stream that is ok again. That
+    // file is made even if no cell follows, so ask the stream that was written to whether it is ok, not a new call.
     //
     // A file that cannot be made writes a CRITICAL line to the log, and the first byte written to its stream clears the
     // ok flag; the next call tries the next name. Where a file cannot be written to its end, the ok flag falls, or when

@@ -28,8 +28,12 @@ namespace xo {
 // False when the file cannot be opened or read; the map is then unchanged. Others may hold the file open.
 XOSYSTEM_API bool LoadIniFile(const std::string& path, xoVariant::xoVariantMapImpl& map);
 
-// Writes the map, in key order, in place of what the file held. With merge the file's own entries are kept, except
-// those that the map has too; a map under the key "General", in the file or given, then counts as the top level.
+// Writes the map, in key order, in place of what the file held. The new file takes the old one's place all at once and
+// with its permissions, so that others, and whoever comes after a crash, find one of the two, whole; the folder must
+// take new files for that. Otherwise, and for a file that has hard links, is encrypted or compressed, or is kept open
+// without shared deletion, the bytes are overwritten where they are. Moments in which others hold the file are waited
+// for, an eighth of a second in all. With merge the file's own entries are kept, except those that the map has too; a
+// map under the key "General", in the file or given, then counts as the top level.
 //
 // Only INTEGER, REAL, BOOL and STRING can be written, REAL with six significant digits. At the first other value false
 // is returned and the file is left with what stood before it. Also false when the file cannot be written whole or, with

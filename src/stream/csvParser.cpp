@@ -14,6 +14,7 @@ namespace xo::stream {
 namespace {
 
 constexpr std::size_t kLongestSequence = 4;
+constexpr std::size_t kMostRead = 0x10000;  // at a time: what the next pass finds in the processor's cache
 constexpr std::size_t kMaxHeaderCell = 65535;
 constexpr std::size_t kUsualColumns = 128;
 
@@ -26,9 +27,8 @@ void CsvParser::start(const CsvDialect& dialect, std::uint64_t size, Read read) 
     mUnread = size;
     mRowBegin = mAt = mValid = mEnd = 0;
     mQuotes = Outside;
-    mCell = {};
-    mCells.clear();
     mCells.reserve(kUsualColumns);
+    mCells.assign(1, {});
     mIsHeader = true;
     mMaxColumnCount = 0;
     mError.clear();
@@ -96,38 +96,37 @@ bool CsvParser::append(const char* run, const char* end) {
     if (mQuotes == AfterDelimiter) mQuotes = Outside;
     const auto begin = static_cast<std::size_t>(run - rowText());
     const auto size = static_cast<std::size_t>(end - run);
-    if (mCell.size == 0) {
-        mCell.begin = begin;
-    } else if (mCell.begin + mCell.size != begin) {
-        std::memmove(mBuffer.get() + mRowBegin + mCell.begin + mCell.size, run, size);
+    Cell& cell = mCells.back();
+    if (cell.size == 0) {
+        cell.begin = begin;
+    } else if (cell.begin + cell.size != begin) {
+        std::memmove(mBuffer.get() + mRowBegin + cell.begin + cell.size, run, size);
     }
-    mCell.size += size;
-    if (!mIsHeader || mCell.size <= kMaxHeaderCell) return true;
+    cell.size += size;
+    if (!mIsHeader || cell.size <= kMaxHeaderCell) return true;
     return fail("Header cell size during parsing exceed max size of 65535 characters");
 }
 
-void CsvParser::endCell() {
-    mCells.push_back(mCell);
-    mCell.size = 0;
-}
+void CsvParser::endCell() { mCells.emplace_back(); }
 
 void CsvParser::endRow() {
+    const std::size_t count = mCells.size() - 1;
     Row row;
     if (!mSpareRows.empty()) {
         row = std::move(mSpareRows.back());
         mSpareRows.pop_back();
     }
     const char* const text = rowText();
-    const std::size_t known = (std::min)(row.size(), mCells.size());
+    const std::size_t known = (std::min)(row.size(), count);
     row.resize(known);
-    row.reserve(mCells.size());
-    for (std::size_t i = 0; i != mCells.size(); ++i) {
+    row.reserve(count);
+    for (std::size_t i = 0; i != count; ++i) {
         if (i >= known) row.emplace_back();
         fill(row[i], {text + mCells[i].begin, mCells[i].size});
     }
-    mMaxColumnCount = (std::max)(mMaxColumnCount, static_cast<std::uint32_t>(mCells.size()));
+    mMaxColumnCount = (std::max)(mMaxColumnCount, static_cast<std::uint32_t>(count));
     mTable.push_back(std::move(row));
-    mCells.clear();
+    mCells.assign(1, {});
     mIsHeader = false;
     mRowBegin = mAt;
 }
@@ -139,8 +138,8 @@ void CsvParser::fill(xoVariant& value, std::string_view text) {
 
 // What has no end of its own at the end of the input ends there.
 void CsvParser::finish() {
-    if (mCell.size != 0) endCell();
-    if (!mCells.empty()) endRow();
+    if (mCells.back().size != 0) endCell();
+    if (mCells.size() > 1) endRow();
     mQuotes = Outside;
 }
 
@@ -149,7 +148,7 @@ bool CsvParser::refill(bool& moreInput) {
     if (!mError.empty()) return false;
     if (!moreInput || mEnd - mAt >= kLongestSequence) return true;
     makeRoom();
-    const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)(mRoom - mEnd, mUnread));
+    const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)({mRoom - mEnd, mUnread, kMostRead}));
     const std::size_t got = mRead(mBuffer.get() + mEnd, wanted);
     if (got == 0) return fail("Failed to read the file");
     mUnread -= got;
@@ -169,7 +168,7 @@ void CsvParser::makeRoom() {
         std::unique_ptr<char[]> larger(new char[mRoom + CsvMarks::kBlock]);  // not filled with zeros first
         if (used != 0) std::memcpy(larger.get(), kept, used);
         mBuffer = std::move(larger);
-    } else {
+    } else if (mRowBegin != 0) {
         std::memmove(mBuffer.get(), kept, used);
     }
     mAt -= mRowBegin;

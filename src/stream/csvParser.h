@@ -92,8 +92,7 @@ private:
     std::size_t mEnd = 0;       // up to here they are read
 
     Quotes mQuotes = Outside;
-    Cell mCell{};              // under way
-    std::vector<Cell> mCells;  // those before it in the row
+    std::vector<Cell> mCells;  // of the row, the last one under way
     bool mIsHeader = true;
     std::uint32_t mMaxColumnCount = 0;
     std::string mError;

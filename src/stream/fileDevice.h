@@ -22,14 +22,14 @@ public:
     // A failure may show only at a later write, or when the file is closed. After one nothing is written.
     std::uint64_t writeBytes(const char* buffer, std::uint64_t size) override;
     bool hasError() const override { return mFailed || !mFile; }
-    std::uint64_t tellp() override { return mFlushed + mWaiting; }
 
-    // It neither reads nor moves.
+    // It neither reads nor moves nor tells where it stands.
     std::uint64_t readBytes(char*, std::uint64_t) override { return 0; }
     bool atEnd() const override { return true; }
     bool seekg(std::int64_t, SeekStart) override { return false; }
     bool seekp(std::int64_t, SeekStart) override { return false; }
     std::uint64_t tellg() override { return 0; }
+    std::uint64_t tellp() override { return 0; }
 
 private:
     static constexpr std::size_t kRoom = 0x10000;
@@ -39,7 +39,6 @@ private:
     platform::FileHandle mFile;
     std::unique_ptr<char[]> mBuffer;  // of kRoom, from the first file on
     std::size_t mWaiting = 0;         // bytes in it
-    std::uint64_t mFlushed = 0;
     bool mFailed = false;
 };
 

@@ -31,7 +31,7 @@ void TextStock::nextShelf() {
         const std::size_t size = mShelves.empty() ? kFirstSize : (std::min)(2 * mShelves.back().size, kMostSize);
         mShelves.push_back({std::make_unique<std::string[]>(size), size});
     }
-    Shelf& shelf = mShelves[mNextShelf++];
+    const Shelf& shelf = mShelves[mNextShelf++];
     mNext = shelf.texts.get();
     mEnd = mNext + shelf.size;
 }

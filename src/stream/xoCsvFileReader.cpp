@@ -98,6 +98,7 @@ xoCsvFileReader::xoCsvFileReader(const xoCsvFileReader& other) : mPrivate(std::m
 }
 
 xoCsvFileReader& xoCsvFileReader::operator=(const xoCsvFileReader& other) {
+    if (this == &other) return *this;
     xoCsvFileReader copy(other);
     mPrivate.swap(copy.mPrivate);
     return *this;

@@ -54,7 +54,6 @@ xoCsvFileWriter::xoCsvFileWriter(const xoCsvFileWriter& other)
 }
 
 xoCsvFileWriter& xoCsvFileWriter::operator=(const xoCsvFileWriter& other) {
-    if (this == &other) return *this;
     finalizeCurrentFile();
     mPrivate->settings = other.mPrivate->settings;
     mPrivate->nextFile = other.mPrivate->nextFile;

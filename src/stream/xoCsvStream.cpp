@@ -106,21 +106,26 @@ void xoCsvStream::writeCell(const char* data, std::size_t size) {
         return;
     }
     if (mColumnIndex != 0) {
-        mOk = write(&mSeparator, 1);
+        write(&mSeparator, 1);
     } else if (mRowIndex != 0) {
-        mOk = write(mEndOfLine.data(), mEndOfLine.size());
+        write(mEndOfLine.data(), mEndOfLine.size());
     }
     count(mColumnIndex);
-    if (size == 0 || !mOk) return;
+    if (size == 0) return;
     if (!isMarked(data, size)) {
-        mOk = write(data, size);
+        write(data, size);
         return;
     }
     escape(data, size);
-    mOk = write(&mQuote, 1) && write(mEscaped.data(), mEscaped.size()) && write(&mQuote, 1);
+    write(&mQuote, 1);
+    write(mEscaped.data(), mEscaped.size());
+    write(&mQuote, 1);
 }
 
-bool xoCsvStream::write(const char* data, std::size_t size) { return mDevice->writeBytes(data, size) == size; }
+// Not after a failure. The ok flag is stored only then: the bytes beside it are read for each cell, and would wait.
+void xoCsvStream::write(const char* data, std::size_t size) {
+    if (mOk && mDevice->writeBytes(data, size) != size) mOk = false;
+}
 
 // Whether the cell holds a separator or a quote character.
 bool xoCsvStream::isMarked(const char* data, std::size_t size) const {

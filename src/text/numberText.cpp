@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "text/ascii.h"
@@ -47,14 +49,89 @@ double nearestEnd(const char* at, const char* end) {
     return tiny ? 0.0 : std::numeric_limits<double>::infinity();
 }
 
+// The powers of ten that a double holds exactly.
+constexpr double kTens[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                            1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+constexpr std::size_t kSpan = 16;  // more than the digits that are rounded to in a quick way
+
+// A value rounded to a few decimal digits: the first of them stands for that many times 10^exponent.
+struct Rounded {
+    std::uint32_t digits;
+    int exponent;
+};
+
+double scaleByTens(double value, int power) { return power < 0 ? value / kTens[-power] : value * kTens[power]; }
+
+// Of a normal number that is not negative.
+int binaryExponent(double value) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return static_cast<int>(bits >> 52) - 1023;
+}
+
+// Rounds by one multiplication or division. That is off by less than 2e-7 here, so false where the digits hang on less.
+bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
+    constexpr double kLeast = 1e-9;
+    constexpr double kEnd = 1e15;
+    constexpr double kDoubt = 1e-6;
+    constexpr int kMostDigits = 9;
+    if (!(magnitude >= kLeast && magnitude < kEnd) || precision < 1 || precision > kMostDigits) return false;
+
+    int exponent = binaryExponent(magnitude) * 1233 >> 12;  // times log10(2): exact, or one too low
+    double scaled = scaleByTens(magnitude, precision - 1 - exponent);
+    if (scaled >= kTens[precision]) {
+        ++exponent;
+        scaled = scaleByTens(magnitude, precision - 1 - exponent);
+    }
+    auto digits = static_cast<std::uint32_t>(scaled);
+    const double rest = scaled - digits;
+    if (std::fabs(rest - 0.5) < kDoubt) return false;
+    if (rest > 0.5) ++digits;
+    const bool isCarried = digits == static_cast<std::uint32_t>(kTens[precision]);
+    rounded = {isCarried ? digits / 10 : digits, isCarried ? exponent + 1 : exponent};
+    return true;
+}
+
+// Copies kSpan bytes whatever the count: that needs no call, and the room for any value holds them.
+char* append(char* out, const char* text, int count) {
+    std::memcpy(out, text, kSpan);
+    return out + count;
+}
+
+// As "%g" does: no zeros at the end, and an exponent where the point would stand far away.
+char* printRounded(char* out, Rounded rounded, int precision) {
+    char digits[2 * kSpan] = {};
+    std::to_chars(digits, digits + kSpan, rounded.digits);
+    int count = precision;
+    while (count > 1 && digits[count - 1] == '0') --count;
+
+    const int exponent = rounded.exponent;
+    if (exponent < -4 || exponent >= precision) {
+        *out++ = digits[0];
+        if (count > 1) *out++ = '.';
+        out = append(out, digits + 1, count - 1);
+        *out++ = 'e';
+        *out++ = exponent < 0 ? '-' : '+';
+        *out++ = static_cast<char>('0' + std::abs(exponent) / 10);
+        *out++ = static_cast<char>('0' + std::abs(exponent) % 10);
+        return out;
+    }
+    if (exponent < 0) return append(append(out, "0.00000000000000", 1 - exponent), digits, count);
+    const int whole = exponent + 1;
+    out = append(out, digits, whole);
+    if (count <= whole) return out;
+    *out++ = '.';
+    return append(out, digits + whole, count - whole);
+}
+
 }  // namespace
 
-bool parseInteger(std::string_view text, std::int64_t& value) {
+bool parseInteger(const char* text, const char* end, std::int64_t& value) {
     value = 0;
-    const char* const end = text.data() + text.size();
     bool negative = false;
-    const char* at = skipToDigits(text.data(), end, negative);
-    if (at == end) return text.empty();
+    const char* at = skipToDigits(text, end, negative);
+    if (at == end) return text == end;
 
     unsigned base = 10;
     if (startsHexadecimal(at, end)) {
@@ -81,12 +158,11 @@ bool parseInteger(std::string_view text, std::int64_t& value) {
     return at != first && at == end;
 }
 
-bool parseReal(std::string_view text, double& value) {
+bool parseReal(const char* text, const char* end, double& value) {
     value = 0.0;
-    const char* const end = text.data() + text.size();
     bool negative = false;
-    const char* const at = skipToDigits(text.data(), end, negative);
-    if (at == end) return text.empty();
+    const char* const at = skipToDigits(text, end, negative);
+    if (at == end) return text == end;
     if (!startsDecimal(at, end)) return false;
 
     const auto [stop, error] = std::from_chars(at, end, value);
@@ -96,6 +172,11 @@ bool parseReal(std::string_view text, double& value) {
 }
 
 char* printReal(char* out, double value, int precision, int room) {
+    Rounded rounded{};
+    if (roundQuickly(std::fabs(value), precision, rounded)) {
+        if (value < 0) *out++ = '-';
+        return printRounded(out, rounded, precision);
+    }
     if (std::isnan(value)) value = std::fabs(value);  // its sign means nothing, and a stream prints none
     return std::to_chars(out, out + room, value, std::chars_format::general, precision).ptr;
 }

@@ -13,13 +13,22 @@ namespace xo::text {
 // follows a NUL counts as left over.
 
 // "12", "-0x1F" (hexadecimal), "010" (octal).
-bool parseInteger(std::string_view text, std::int64_t& value);
+bool parseInteger(const char* text, const char* end, std::int64_t& value);
 
 // Decimal only: "1.5", ".5", "1e3". No hexadecimal, infinity or NaN, as in msvcrt.
-bool parseReal(std::string_view text, double& value);
+bool parseReal(const char* text, const char* end, double& value);
+
+// A view itself would be passed through memory, which takes as long as reading a short number.
+inline bool parseInteger(std::string_view text, std::int64_t& value) {
+    return parseInteger(text.data(), text.data() + text.size(), value);
+}
+inline bool parseReal(std::string_view text, double& value) {
+    return parseReal(text.data(), text.data() + text.size(), value);
+}
 
 // Writes the value as a stream with the given precision does by default ("%g"): 0.1, 1e+20, inf, nan. Returns the end.
-// kRealRoom bytes fit any value of up to 17 digits; each digit more wants one byte more.
+// kRealRoom bytes fit any value of up to 17 digits; each digit more wants one byte more. All of the room may be
+// written.
 constexpr int kRealRoom = 32;
 char* printReal(char* out, double value, int precision = 6, int room = kRealRoom);
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <string>
 
+#include "variant/fileReplacement.h"
 #include "variant/iniFormat.h"
 #include "variant/pathKeys.h"
 #include "variant/textForm.h"
@@ -105,11 +106,11 @@ void overlay(Map& result, const Map& map) {
 }
 
 bool save(const std::string& path, const Map& map) {
-    const platform::FileHandle file = openForWriting(path);
-    if (!file) return false;
+    FileReplacement file;
+    if (!file.begin(path)) return false;
     std::string bytes;
     const bool isComplete = appendSections(bytes, map);
-    return writeAll(file, bytes) && isComplete;
+    return file.commit(bytes) && isComplete;
 }
 
 bool saveOver(const std::string& path, const FileBytes& file, const Map& map) {

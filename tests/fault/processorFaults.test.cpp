@@ -25,6 +25,12 @@ constexpr char kOutcome[] = "exception Catch an SEH exception";
 using ProcessorFaults = xo::tests::FaultTest;
 
 void raise(void* code) { ::RaiseException(*static_cast<DWORD*>(code), 0, 0, nullptr); }
+void raiseAndTake(void* code) {
+    __try {
+        raise(code);
+    } __except (EXCEPTION_EXECUTE_HANDLER) {
+    }
+}
 
 TEST_F(ProcessorFaults, AreNamedByTheirCode) {
     const struct {
@@ -58,6 +64,8 @@ TEST_F(ProcessorFaults, AreNamedByTheirCode) {
         DWORD code = row.code;
         EXPECT_EQ(outcomeOf(&raise, static_cast<void*>(&code)), kOutcome) << row.text;
         EXPECT_THAT(takeFirstLines(), ElementsAre(faultLine(row.text), kFaultReport));
+        EXPECT_EQ(outcomeOf(&raiseAndTake, static_cast<void*>(&code)), "returned") << row.text;
+        EXPECT_THAT(takeReports(), testing::IsEmpty()) << "a frame of the client's own has taken it";
     }
 }
 
@@ -83,16 +91,17 @@ TEST_F(ProcessorFaults, OfTheProcessorItself) {
     const struct {
         const char* text;
         void (*fault)();  // a floating-point one first switches it on
+        unsigned csr = 0x1F80;
     } rows[] = {
         {"EXCEPTION_ACCESS_VIOLATION 0xc0000005", [] { *reinterpret_cast<volatile int*>(8) = 1; }},
         {"EXCEPTION_BREAKPOINT 0x80000003", [] { __debugbreak(); }},
         {"EXCEPTION_INT_DIVIDE_BY_ZERO 0xc0000094", [] { some = some / none; }},
-        {"EXCEPTION_FLT_DIVIDE_BY_ZERO 0xc000008e", [] { ::_mm_setcsr(0x1D80), one = one / zero; }},
-        {"EXCEPTION_FLT_INVALID_OPERATION 0xc0000090", [] { ::_mm_setcsr(0x1F00), one = zero / zero; }},
-        {"EXCEPTION_FLT_OVERFLOW 0xc0000091", [] { ::_mm_setcsr(0x1B80), one = largest * largest; }},
-        {"EXCEPTION_FLT_UNDERFLOW 0xc0000093", [] { ::_mm_setcsr(0x1780), one = smallest * smallest; }},
-        {"EXCEPTION_FLT_INEXACT_RESULT 0xc000008f",
-         [] { ::_mm_setcsr(0x0000), one = one / three; }},  // all switched on
+        {"EXCEPTION_FLT_DIVIDE_BY_ZERO 0xc000008e", [] { ::_mm_setcsr(0x1D80), one = one / zero; }, 0x1D80},
+        {"EXCEPTION_FLT_INVALID_OPERATION 0xc0000090", [] { ::_mm_setcsr(0x1F00), one = zero / zero; }, 0x1F00},
+        {"EXCEPTION_FLT_OVERFLOW 0xc0000091", [] { ::_mm_setcsr(0x1B80), one = largest * largest; }, 0x1B80},
+        {"EXCEPTION_FLT_UNDERFLOW 0xc0000093", [] { ::_mm_setcsr(0x1780), one = smallest * smallest; }, 0x1780},
+        {"EXCEPTION_FLT_INEXACT_RESULT 0xc000008f", [] { ::_mm_setcsr(0x0000), one = one / three; },
+         0x0000},  // all switched on
 #if defined(__GNUC__)
         {"EXCEPTION_ILLEGAL_INSTRUCTION 0xc000001d", [] { __asm__ volatile("ud2"); }},
         {"EXCEPTION_PRIV_INSTRUCTION 0xc0000096", [] { __asm__ volatile("hlt"); }},
@@ -106,6 +115,7 @@ TEST_F(ProcessorFaults, OfTheProcessorItself) {
     };
     for (const auto& row : rows) {
         EXPECT_EQ(outcomeOf(row.fault), kOutcome) << row.text;
+        EXPECT_EQ(::_mm_getcsr(), row.csr) << row.text;  // the masks as they were, no fault noted
         ::_mm_setcsr(0x1F80);
 #if defined(__GNUC__)
         __asm__ volatile("fwait; fninit");  // faults again if the first is still pending
@@ -135,6 +145,7 @@ TEST_F(ProcessorFaults, LeaveTheStackWholeAfterItsOverflow) {
         }
     };
     overflowThrice();
+    EXPECT_FALSE(::IsThreadAFiber()) << "but for the report";
     std::thread(overflowThrice).join();
     ::ConvertThreadToFiber(nullptr);
     overflowThrice();

@@ -117,7 +117,9 @@ TEST_F(StackTrace, LooksForSymbolsBesideTheProgram) {
     EXPECT_EQ(searchPath, ".;bin;" + folder + "\\;" + folder + "\\bin");
 }
 
+int faultyWalks = 0;
 BOOL WINAPI faultyWalk() {
+    ++faultyWalks;
     faultAt(nullptr);
     return TRUE;
 }
@@ -131,6 +133,18 @@ TEST_F(StackTrace, OutlivesAFaultOfItsOwn) {
         EXPECT_EQ(takeReports().at(0),
                   faultLine("EXCEPTION_ACCESS_VIOLATION 0xc0000005") + "\n\tFail to walk the stack");
     }
+    EXPECT_EQ(faultyWalks, 1) << "what faulted once is not asked again";
+}
+
+TEST_F(StackTrace, LeavesTheHostItsOptions) {
+    const HMODULE dbgHelp = ::LoadLibraryW(L"DbgHelp.dll");
+    const auto find = [dbgHelp](const char* name) {
+        return reinterpret_cast<DWORD(WINAPI*)(DWORD)>(reinterpret_cast<void (*)()>(::GetProcAddress(dbgHelp, name)));
+    };
+    constexpr DWORD kOptions = 0x10001;  // as no library would set them
+    find("SymSetOptions")(kOptions);
+    EXPECT_THAT(traceOf(&callAndFault), HasSubstr("faultAt @0x"));
+    EXPECT_EQ(find("SymGetOptions")(0), kOptions);
 }
 
 }  // namespace

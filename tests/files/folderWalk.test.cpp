@@ -187,7 +187,7 @@ TEST_F(FolderWalk, BearsChangesOnItsWay) {
 
 // Shows a folder by a name that is no valid UTF-16, under which alone it can be opened.
 BOOL WINAPI listBroken(HANDLE folder, FILE_INFO_BY_HANDLE_CLASS kind, void* room, DWORD size) {
-    if (!::GetFileInformationByHandleEx(folder, kind, room, size)) return FALSE;
+    if (!ImportHook::behind(&listBroken)(folder, kind, room, size)) return FALSE;
     for (auto* at = static_cast<std::byte*>(room);;) {
         auto& info = *reinterpret_cast<FILE_FULL_DIR_INFO*>(at);
         if (info.FileName[0] == L'd') info.FileName[2] = 0xD83D;
@@ -195,8 +195,6 @@ BOOL WINAPI listBroken(HANDLE folder, FILE_INFO_BY_HANDLE_CLASS kind, void* room
         at += info.NextEntryOffset;
     }
 }
-
-decltype(&::NtOpenFile) systemOpen;
 
 // Denies the folder "empty".
 NTSTATUS NTAPI openBroken(HANDLE* folder, ACCESS_MASK access, OBJECT_ATTRIBUTES* attributes, IO_STATUS_BLOCK* status,
@@ -206,13 +204,12 @@ NTSTATUS NTAPI openBroken(HANDLE* folder, ACCESS_MASK access, OBJECT_ATTRIBUTES*
     if (name.substr(name.size() - 5) == L"empty") return static_cast<NTSTATUS>(0xC0000022);
     std::replace(name.begin(), name.end(), wchar_t{0xD83D}, L'\u00E9');
     given.Buffer = name.data();
-    return systemOpen(folder, access, attributes, status, share, options);
+    return ImportHook::behind(&openBroken)(folder, access, attributes, status, share, options);
 }
 
 TEST_F(FolderWalk, EntersFoldersOfAnyNameAndPassesLockedOnes) {
     const ImportHook listing("xoSystem.dll", "GetFileInformationByHandleEx", &listBroken);
     const ImportHook opening("xoSystem.dll", "NtOpenFile", &openBroken);
-    systemOpen = opening.original<std::remove_pointer_t<decltype(systemOpen)>>();
     EXPECT_EQ(Recorder(mTop).walk(), walkWithoutEmpty("d \xEF\xBF\xBD"));
 }
 

@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
 #include <regex>
-#include <set>
 
 #include "log/logFixture.h"
+#include "platform/handle.h"
 #include "support/capturedOutput.h"
-#include "support/child.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoInit.h"
 
@@ -163,31 +161,6 @@ TEST_F(LogFile, IsFoundAgainFromAnotherFolderAndUnderALongPath) {
     EXPECT_THAT(takeLines(), testing::Each(testing::StartsWith("1()")));
     EXPECT_TRUE(std::filesystem::exists(
         LR"(\\?\)" + (mFolder.widePath() / std::filesystem::u8path(deep + "app.log_0.back")).wstring()));
-}
-
-// Several threads of several processes, all in one rotating file: no line is lost, torn or doubled.
-TEST_F(LogFile, GetsEachLineOfEachThreadAndProcessWhole) {
-    std::vector<std::unique_ptr<xo::tests::Child>> children;
-    for (const wchar_t* processThreadsLines : {L" 0 3 150", L" 1 3 150", L" 2 3 150"})
-        children.push_back(std::make_unique<xo::tests::Child>(
-            L"logWriter", L"\"" + (mFolder.widePath() / L"shared.log").wstring() + L"\"" + processThreadsLines));
-    for (const auto& child : children) ASSERT_EQ(child->wait(), 0);
-
-    const std::regex whole("INFO\\(worker\\) : .{24} (process \\d thread \\d line \\d+) x{200}\r");
-    std::set<std::string> seen;
-    int files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(mFolder.widePath())) {
-        ++files;
-        std::istringstream lines(mFolder.read(entry.path().filename().u8string()));
-        for (std::string line; std::getline(lines, line);) {
-            if (line.rfind(kMark, 0) == 0) line.erase(0, kMark.size());
-            std::smatch match;
-            ASSERT_TRUE(std::regex_match(line, match, whole)) << line;
-            EXPECT_TRUE(seen.insert(match[1]).second) << line;
-        }
-    }
-    EXPECT_GT(files, 5) << "the file was meant to rotate";
-    EXPECT_EQ(seen.size(), 3u * 3 * 150);
 }
 
 }  // namespace

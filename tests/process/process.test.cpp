@@ -42,14 +42,14 @@ TEST_F(Process, TellsACrashFromAnOrdinaryEnd) {
 }
 
 HANDLE killed = nullptr;
+BOOL WINAPI keepAndTerminate(HANDLE process, UINT code) {
+    const HANDLE self = ::GetCurrentProcess();
+    return ::DuplicateHandle(self, process, self, &killed, 0, FALSE, DUPLICATE_SAME_ACCESS) &&
+           ImportHook::behind(&keepAndTerminate)(process, code);
+}
 
 TEST_F(Process, IsGoneAfterATimeOut) {
-    const auto keepAndTerminate = +[](HANDLE process, UINT code) {
-        const HANDLE self = ::GetCurrentProcess();
-        return ::DuplicateHandle(self, process, self, &killed, 0, FALSE, DUPLICATE_SAME_ACCESS) &&
-               ::TerminateProcess(process, code);
-    };
-    const ImportHook hook("xoSystem.dll", "TerminateProcess", keepAndTerminate);
+    const ImportHook hook("xoSystem.dll", "TerminateProcess", &keepAndTerminate);
     EXPECT_EQ(run({"sleep"}, 50), -2);
     EXPECT_EQ(mError, "timeout");
     const KernelHandle child(killed);

@@ -32,7 +32,7 @@ protected:
 
     // Waits until the helper has written what it has to tell.
     bool waitUntilTold(const std::string& text) const {
-        for (int i = 0; i < 2000 && mFolder.read("told") != text; ++i) ::Sleep(5);
+        for (int i = 0; i < 2000 && mFolder.read("told") != text; ++i) ::SleepEx(5, FALSE);
         return mFolder.read("told") == text;
     }
 

@@ -123,8 +123,7 @@ TEST_F(IoDevice, BroadcastKeepsItsErrorAndItsOrder) {
     MemoryDevice first, full, last;
     full.room = 5;
     xoIoDeviceBroadcast broadcast({&first, &full, &last});
-    broadcast << "1234"
-              << "5678";
+    for (const char* const text : {"1234", "5678"}) broadcast << text;
     EXPECT_EQ(first.bytes + "," + full.bytes + "," + last.bytes, "12345678,1234,1234");
     full.room = 100;
     EXPECT_EQ(broadcast.writeBytes("9", 1), 0U) << "the error stays";
@@ -172,14 +171,9 @@ TEST_F(IoDevice, SignalerCallsBeforeTheBytesThatReachTheThreshold) {
     };
     signaler.setSignal(&signal);
     signaler.beginDelegation(&device);
-    signaler << "1111"
-             << "2222"
-             << "3333"
-             << "4444";
+    for (const char* const text : {"1111", "2222", "3333", "4444"}) signaler << text;
     signaler.beginDelegation(&device);  // does not restart the count
-    signaler << "5555"
-             << "6"
-             << "7";
+    for (const char* const text : {"5555", "6", "7"}) signaler << text;
     EXPECT_EQ(device.bytes, "11112222" + mark + "3333444455556" + mark + "7");
     signal = nullptr;
     EXPECT_THROW(signaler << "0123456789", std::bad_function_call);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <iomanip>
 #include <limits>
@@ -93,6 +94,25 @@ TEST(Numbers, PrintRealsAsAStreamDoesAtAnyPrecision) {
         for (const int precision : {-5, -1, 0, 1, 3, 6, 17, 18, 100, 500, 767, 800})
             EXPECT_EQ(xoStringUtils::fromFloat(value, precision), streamed(value, 0, precision)) << precision;
         EXPECT_EQ(xoStringUtils::fromFloat(value, (std::numeric_limits<int>::max)()), streamed(value, 0, 800));
+    }
+}
+
+// Numbers all around where digits turn over, and any others, in the precisions that are rounded in a quick way.
+TEST(Numbers, PrintRealsQuicklyAndRight) {
+    std::mt19937_64 dice(1);
+    const auto check = [](double value, int precision) {
+        char text[64];
+        *std::to_chars(text, std::end(text), value, std::chars_format::general, precision).ptr = '\0';
+        return xoStringUtils::fromFloat(value, precision) == text;
+    };
+    for (int round = 0; round != 200000; ++round) {
+        const int precision = 1 + round % 10;
+        const double power = std::pow(10.0, static_cast<int>(dice() % 28) - 11);
+        const auto whole = static_cast<double>(dice() % 4000);
+        const double values[] = {whole * power, -std::nextafter(whole * power, 0.0), std::nextafter(power, 0.0),
+                                 (whole + 0.5) * power,
+                                 std::ldexp(static_cast<double>(dice()), -static_cast<int>(dice() % 100))};
+        for (const double value : values) ASSERT_TRUE(check(value, precision)) << value << " by " << precision;
     }
 }
 

@@ -32,6 +32,7 @@ TEST_F(LockFile, ExcludesOthersAndTellsWhoHoldsIt) {
     mFolder.write(mName, std::string(note.size() + 3, '.'));
     EXPECT_TRUE(mLock.takeLockUtf8(mPath, &mExisted, 0));
     EXPECT_TRUE(std::exchange(mExisted, false));
+    EXPECT_EQ(mFolder.read(mName), "<no file " + mName + ">") << "not even for reading";
     for (const int type : {0, 1, 7}) {
         EXPECT_FALSE(mOther.takeLockUtf8(mPath, &mExisted, type));
         EXPECT_TRUE(std::exchange(mExisted, false));

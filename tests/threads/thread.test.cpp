@@ -191,6 +191,32 @@ TEST_F(Updater, CallsAllInOrderWhenOneIsAddedAndWhenItEnds) {
     EXPECT_THAT(mCalls, testing::EndsWith("aab!aab!")) << "in the round of the last addition and in the final one";
 }
 
+TEST_F(Updater, LetsACallbackRemoveAnyInItsRound) {
+    struct Remover : Call {
+        std::atomic<Call*> victim{nullptr};
+        xo::xoThreadPeriodicalUpdater updater{3600};
+
+        static void run(void* call) {
+            record(call);
+            auto& self = *static_cast<Remover*>(static_cast<Call*>(call));
+            self.updater.removeCallback(&record, self.victim);
+            self.updater.removeCallback(&run, self.victim);
+        }
+    };
+    const std::pair<int, const char*> rows[] = {{0, "arb!arb!"}, {1, "arb!arb!"}, {2, "arb!ar!"}};
+    for (const auto& [victim, calls] : rows) {
+        mLastCalled = Event();
+        {
+            Remover remover{{this, "r"}};
+            Call* const all[] = {&mA, &remover, &mB, &mLast};
+            for (Call* const call : all) remover.updater.addCallback(call == &remover ? &Remover::run : &record, call);
+            EXPECT_TRUE(mLastCalled.wait());
+            remover.victim = all[victim];
+        }
+        EXPECT_THAT(mCalls, testing::EndsWith(calls)) << "the last round is that of the end";
+    }
+}
+
 TEST_F(Updater, CallsEverySecondWhenAskedForNoPeriod) {
     std::atomic<int> rounds{0};
     xo::xoThreadPeriodicalUpdater updater(0);

@@ -95,7 +95,7 @@ TEST(Timer, MeasuresBetweenItsMarks) {
 int frees = 0;
 BOOL WINAPI countFree(void* address, SIZE_T size, DWORD type) {
     ++frees;
-    return ::VirtualFree(address, size, type);
+    return ImportHook::behind(&countFree)(address, size, type);
 }
 
 TEST(VirtualMemory, IsHeldUntilItIsFreedOnceAndPrintsARefusal) {
@@ -112,7 +112,6 @@ TEST(VirtualMemory, IsHeldUntilItIsFreedOnceAndPrintsARefusal) {
     MEMORY_BASIC_INFORMATION memory{};
     ::VirtualQuery(second, &memory, sizeof memory);
     EXPECT_EQ(memory.State, DWORD{MEM_FREE});
-    ::VirtualFree(first, 0, MEM_RELEASE);
     for (const std::uint64_t size : {std::uint64_t{0}, std::uint64_t{1} << 62, UINT64_MAX}) {
         const xo::tests::CapturedOutput output;
         EXPECT_EQ(copy.allocateMemory(size), nullptr);
@@ -120,6 +119,7 @@ TEST(VirtualMemory, IsHeldUntilItIsFreedOnceAndPrintsARefusal) {
     }
     copy.freeMemory();
     EXPECT_EQ(frees, 1);
+    ::VirtualFree(first, 0, MEM_RELEASE);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "log/logFixture.h"
 #include "platform/handle.h"
+#include "support/importHook.h"
 #include "support/temporaryFolder.h"
 #include "variant/trees.h"
 
@@ -33,6 +34,34 @@ protected:
         return file;
     }
     std::string path() const { return mFolder.path("a.ini"); }
+
+    // What makes the file this one, and what it is beside its bytes.
+    struct Nature {
+        DWORD index, attributes;
+        std::vector<char> access;
+    };
+    Nature nature() {
+        const auto file = hold(READ_CONTROL | FILE_READ_ATTRIBUTES, kShareAll);
+        BY_HANDLE_FILE_INFORMATION info{};
+        EXPECT_TRUE(::GetFileInformationByHandle(file.get(), &info));
+        std::vector<char> access(4096);
+        DWORD size = 0;
+        EXPECT_TRUE(::GetKernelObjectSecurity(file.get(), DACL_SECURITY_INFORMATION, access.data(), 4096, &size));
+        return {info.nFileIndexLow, info.dwFileAttributes, access};
+    }
+
+    // Saves over the text "old=1"; whether a new file has taken the old one's place, and nothing else was left.
+    bool replaces() {
+        const DWORD index = nature().index;
+        EXPECT_EQ(save(map("new", 2)), "[General]\nnew=2\n");
+        return nature().index != index && isAlone();
+    }
+    bool isAlone() const {
+        const auto files = std::filesystem::directory_iterator(mFolder.widePath());
+        return std::distance(begin(files), end(files)) == 1;
+    }
+
+    static constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
     TemporaryFolder mFolder;
 };
@@ -162,6 +191,64 @@ TEST_F(IniFile, MergingKeepsWhatOnlyTheFileHas) {
     EXPECT_TRUE(SaveIniFile(mFolder.path("new.ini"), map("a", 1), true));
     EXPECT_EQ(mFolder.read("new.ini"), "[General]\na=1\n");
     EXPECT_TRUE(takeLines().empty());
+}
+
+TEST_F(IniFile, SavingTakesThePlaceOfTheOldFileAllAtOnce) {
+    mFolder.write("a.ini", "old=1\n");
+    ASSERT_TRUE(xo::xoDirUtils::GrantAllFilePermissionsUtf8(path()));
+    ASSERT_TRUE(::SetFileAttributesW((mFolder.widePath() / "a.ini").c_str(), FILE_ATTRIBUTE_HIDDEN));
+    const Nature before = nature();
+    EXPECT_TRUE(replaces());
+    EXPECT_EQ(nature().attributes, before.attributes | FILE_ATTRIBUTE_ARCHIVE);
+    EXPECT_EQ(nature().access, before.access);
+}
+
+// Renames, and reads at once what now has the name.
+Map readInTheMoment;
+BOOL WINAPI renameAndRead(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* info, DWORD size) {
+    const BOOL isDone = ImportHook::behind(&renameAndRead)(file, kind, info, size);
+    if (isDone && size > sizeof(FILE_RENAME_INFO))
+        LoadIniFile(std::filesystem::path(static_cast<FILE_RENAME_INFO*>(info)->FileName).u8string(), readInTheMoment);
+    return isDone;
+}
+
+TEST_F(IniFile, SavingKeepsNobodyFromReading) {
+    const ImportHook hook("xoSystem.dll", "SetFileInformationByHandle", &renameAndRead);
+    ASSERT_TRUE(hook.isInstalled());
+    save(map("new", 2));
+    EXPECT_EQ(readInTheMoment, map("new", 2));
+}
+
+TEST_F(IniFile, SavingWritesInPlaceWhereItMust) {
+    mFolder.write("a.ini", "old=1\n");
+    {
+        const auto reader = hold(GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        EXPECT_FALSE(replaces());
+    }
+    {
+        const ImportHook noDeletion(
+            "xoSystem.dll", "SetFileInformationByHandle",
+            +[](HANDLE, FILE_INFO_BY_HANDLE_CLASS, void*, DWORD) { return FALSE; });
+        ASSERT_TRUE(noDeletion.isInstalled());
+        EXPECT_FALSE(replaces());
+    }
+    EXPECT_TRUE(isAlone());
+    const auto other = mFolder.widePath() / "other.ini";
+    ASSERT_TRUE(::CreateHardLinkW(other.c_str(), (mFolder.widePath() / "a.ini").c_str(), nullptr));
+    EXPECT_FALSE(replaces());
+    EXPECT_EQ(mFolder.read("other.ini"), mFolder.read("a.ini"));
+}
+
+TEST_F(IniFile, SavingKeepsTheOldFileUntilItHasANewOne) {
+    mFolder.write("a.ini", "old=1\n");
+    {
+        const ImportHook full(
+            "xoSystem.dll", "WriteFile", +[](HANDLE, const void*, DWORD, DWORD*, OVERLAPPED*) { return FALSE; });
+        ASSERT_TRUE(full.isInstalled());
+        EXPECT_FALSE(SaveIniFile(path(), map("new", 2)));
+    }
+    EXPECT_EQ(mFolder.read("a.ini"), "old=1\n");
+    EXPECT_TRUE(isAlone());
 }
 
 // Each of these would take minutes if a line, a key or a section cost more than itself.

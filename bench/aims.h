@@ -1,0 +1,44 @@
+// The ratios that this library wants to stay below, of ours over the other's.
+#ifndef XO_BENCH_AIMS_H
+#define XO_BENCH_AIMS_H
+
+#include "harness.h"
+
+namespace bench {
+
+constexpr Aim kAims[] = {
+    {"csv", "read 100 MB, a byte, typed", "boost", 0.25},
+    {"csv", "read 100 MB, a byte, typed", "limit: heap string", 1.5},
+    {"csv", "write 10 million cells", "fmt", 1.0},
+    {"folders", "collect", "std::filesystem", 0.35},
+    {"folders", "collect", "limit: FindFirstFileW", 1.1},
+    {"ini", "load and read 60 keys", "SimpleIni", 0.75},
+    {"ini", "load and read 20000 keys", "SimpleIni", 0.25},
+    {"ini", "load and read 20000 keys", "ifstream", 0.4},
+    {"log", "suppressed line", "spdlog", 0.8},
+    {"log", "line to a handler", "spdlog", 0.5},
+    {"log", "line to a file", "limit: CreateFile", 1.1},
+    {"stream", "write little, memory", "cereal", 0.25},
+    {"stream", "write big, memory", "cereal", 0.08},
+    {"stream", "read", "cereal", 0.35},
+    {"text", "split a CSV line", "boost", 0.7},
+    {"text", "hex encode", "boost", 0.35},
+    {"text", "hex decode", "boost", 0.3},
+    {"text", "UTF-8 check, 64 KB of ASCII", "utf8::is_valid", 0.05},
+    {"text", "UTF-8 check, 64 KB mixed", "utf8::is_valid", 0.5},
+    {"text", "integer to text", "fresh imbued stream", 0.1},
+    {"text", "text to real", "strtod", 1.0},
+    {"threads", "lock and unlock", "limit: critical section", 1.05},
+    {"threads", "native condition, round trip", "std::condition_variable", 0.15},
+    {"threads", "job, submitted and awaited", "std queue", 0.25},
+    {"threads", "job, in batches", "moodycamel", 1.5},
+    {"variant", "findPath", "nlohmann, pointer parsed", 0.25},
+    {"variant", "findPath", "nlohmann, pointer built before", 1.0},
+    {"variant", "build and drop", "nlohmann", 1.0},
+    {"variant", "copy and drop", "nlohmann", 1.0},
+    {"variant", "compare equal", "nlohmann", 1.0},
+};
+
+}  // namespace bench
+
+#endif
