@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace xo::fuzz {
@@ -43,26 +44,23 @@ private:
 // Reads an input as bytes, numbers and texts; beyond its end everything is 0 or empty.
 class Bytes {
 public:
-    explicit Bytes(std::string_view input) : mRest(input) {}
+    explicit Bytes(std::string input) : mInput(std::move(input)) {}
 
-    bool atEnd() const { return mRest.empty(); }
-    unsigned byte() {
-        if (mRest.empty()) return 0;
-        const auto value = static_cast<unsigned char>(mRest.front());
-        mRest.remove_prefix(1);
-        return value;
-    }
+    bool atEnd() const { return mAt == mInput.size(); }
+    unsigned byte() { return atEnd() ? 0 : static_cast<unsigned char>(mInput[mAt++]); }
+    std::string rest() { return mInput.substr(std::exchange(mAt, mInput.size())); }
+
     // What stands before the next such byte, or all the rest.
     std::string until(char end) {
-        const std::size_t at = mRest.find(end);
-        std::string text(mRest.substr(0, at));
-        mRest.remove_prefix(at == std::string_view::npos ? mRest.size() : at + 1);
-        return text;
+        const std::size_t at = mInput.find(end, mAt);
+        if (at == std::string::npos) return rest();
+        const std::size_t begin = std::exchange(mAt, at + 1);
+        return mInput.substr(begin, at - begin);
     }
-    std::string rest() { return std::string(mRest); }
 
 private:
-    std::string_view mRest;
+    std::string mInput;
+    std::size_t mAt = 0;
 };
 
 struct Failure : std::runtime_error {

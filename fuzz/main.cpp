@@ -11,19 +11,26 @@
 #include <iomanip>
 #include <iostream>
 #include <optional>
+#include <thread>
 
 #include "fuzz.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
+#if !defined(_WIN32)
+#    include <sanitizer/common_interface_defs.h>
+#endif
 
 namespace {
 
 using namespace xo::fuzz;
 
-constexpr const Target* kTargets[] = {&kIni,          &kVariants, &kCharSets,   &kVersions,
-                                      &kNaturalOrder, &kCsv,      &kDataStream, &kCommandLine};
-constexpr DWORD kHangMs = 30000;
+constexpr const Target* kTargets[] = {&kIni,      &kVariants,     &kVersions,   &kCsv, &kDataStream,
+#if defined(_WIN32)  // these call it
+                                      &kCharSets, &kNaturalOrder, &kCommandLine
+#endif
+};
+constexpr std::chrono::seconds kPatience{30};
 constexpr std::uint64_t kMostCases = 1000000;  // more than a target has
 
 std::optional<xo::tests::TemporaryFolder> gFolder;
@@ -55,10 +62,13 @@ void report(const std::string& what) {
 
 [[noreturn]] void giveUp(const std::string& what) {
     report(what);
+#if defined(_WIN32)
     ::TerminateProcess(::GetCurrentProcess(), 1);
-    std::abort();
+#endif
+    std::_Exit(1);
 }
 
+#if defined(_WIN32)
 LONG WINAPI reportCrash(EXCEPTION_POINTERS* crash) {
     std::ostringstream what;
     what << "crashed with " << std::hex << crash->ExceptionRecord->ExceptionCode << " at "
@@ -66,9 +76,16 @@ LONG WINAPI reportCrash(EXCEPTION_POINTERS* crash) {
     giveUp(what.str());
 }
 
-DWORD WINAPI watchForHangs(void*) {
+void watchForCrashes() { ::SetUnhandledExceptionFilter(&reportCrash); }
+#else
+void watchForCrashes() {
+    __sanitizer_set_death_callback([] { report("what stands above"); });
+}
+#endif
+
+void watchForHangs() {
     for (std::uint64_t before = 0;; before = gCases) {
-        ::Sleep(kHangMs);
+        std::this_thread::sleep_for(kPatience);
         if (before == gCases) giveUp("has not come back");
     }
 }
@@ -208,8 +225,8 @@ void xo::fuzz::writeScratch(const char* name, const std::string& bytes) { gFolde
 std::string xo::fuzz::readScratch(const char* name) { return gFolder->read(name); }
 
 int main(int count, char** arguments) {
-    ::SetUnhandledExceptionFilter(&reportCrash);
-    ::CloseHandle(::CreateThread(nullptr, 0, &watchForHangs, nullptr, 0, nullptr));
+    watchForCrashes();
+    std::thread(&watchForHangs).detach();
     xo::initializeXoSystem(xo::InitTypeBasic);
     xo::xoLog::edit().setEchoToConsole(false);
     gFolder.emplace();

@@ -1,0 +1,36 @@
+// The little of Windows that the rooms without a system and the fuzzer ask for. Only what they pass is understood.
+#ifndef XO_FUZZ_NATIVE_WINDOWS_H
+#define XO_FUZZ_NATIVE_WINDOWS_H
+
+#include <cstddef>
+
+using BOOL = int;
+using DWORD = unsigned long;
+using HANDLE = void*;
+union LARGE_INTEGER {
+    long long QuadPart;
+};
+
+#define WINAPI
+#define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(-1))
+
+enum : DWORD { ERROR_FILE_NOT_FOUND = 2, ERROR_PATH_NOT_FOUND, ERROR_HANDLE_EOF = 38, ERROR_BROKEN_PIPE = 109 };
+enum : DWORD { ERROR_INVALID_NAME = 123, GENERIC_READ = 1, GENERIC_WRITE = 2, CREATE_ALWAYS = 2, OPEN_EXISTING = 3 };
+enum : DWORD { FILE_SHARE_READ, FILE_SHARE_WRITE, FILE_SHARE_DELETE, FILE_ATTRIBUTE_NORMAL, FILE_BEGIN = 0 };
+enum : DWORD { FILE_FLAG_SEQUENTIAL_SCAN, MEM_COMMIT, MEM_RESERVE, MEM_RELEASE, PAGE_READWRITE };
+
+HANDLE CreateFileW(const wchar_t* path, DWORD access, DWORD, void*, DWORD, DWORD, void*);
+BOOL GetFileSizeEx(HANDLE file, LARGE_INTEGER* size);
+BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER to, void*, DWORD);
+BOOL ReadFile(HANDLE file, void* bytes, DWORD size, DWORD* got, void*);
+BOOL WriteFile(HANDLE file, const void* bytes, DWORD size, DWORD* written, void*);
+BOOL CloseHandle(HANDLE file);
+BOOL FindClose(HANDLE);
+HANDLE LocalFree(HANDLE);
+void* VirtualAlloc(void*, std::size_t size, DWORD, DWORD);
+BOOL VirtualFree(void* bytes, std::size_t, DWORD);
+void SecureZeroMemory(void* bytes, std::size_t size);
+DWORD GetLastError();
+void SetLastError(DWORD error);
+
+#endif
