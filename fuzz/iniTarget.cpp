@@ -224,6 +224,6 @@ std::string generate(Random& random) {
 
 }  // namespace
 
-const Target kIni = {"ini", 2000, &generate, &check};
+const Target kIni = {"ini", 1000, &generate, &check};
 
 }  // namespace xo::fuzz
