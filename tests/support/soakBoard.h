@@ -49,10 +49,11 @@ public:
     }
     static void leave(SoakCell& mine) { mine.held = 0; }
 
-    // Whether somebody held the lock beside this cell's hold. A hold that its process took to the grave is none.
+    // Whether somebody held the lock beside a hold of this cell's thread, which has been killed. Its last one does not
+    // count: the thread took it to the grave, or lived on for a moment after Wine had given away what it held.
     static bool hasConflict(const SoakCell& cell) {
-        const bool isLastWord = cell.held != 0 && cell.seen == cell.held;
-        return cell.conflicts > (isLastWord ? 1 : 0);
+        const bool isLastHold = cell.seen / 2 >= cell.done;
+        return cell.conflicts > (isLastHold ? 1 : 0);
     }
 
     // Calls work(cell) again and again on several threads, until the process is killed.
