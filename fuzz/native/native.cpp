@@ -7,10 +7,10 @@
 #include <string>
 #include <utility>
 
+#include "files/fileReplacement.h"
+#include "files/fileWriting.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
-#include "variant/fileReplacement.h"
-#include "variant/wholeFile.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
 
@@ -61,11 +61,11 @@ namespace xo {
 
 std::wstring platform::toApiPath(std::string_view path) { return {path.begin(), path.end()}; }
 
-bool variant::FileReplacement::begin(const std::string& path) {
+bool files::FileReplacement::begin(const std::string& path) {
     mInPlace = openForWriting(path);
     return static_cast<bool>(mInPlace);
 }
-bool variant::FileReplacement::commit(std::string_view bytes) { return writeAll(std::exchange(mInPlace, {}), bytes); }
+bool files::FileReplacement::commit(std::string_view bytes) { return writeAll(std::exchange(mInPlace, {}), bytes); }
 
 // ---- The log: only its handler.
 

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "variant/wholeFile.h"
+#include "files/fileWriting.h"
 
 namespace xo::stream {
 namespace {
@@ -39,7 +39,7 @@ void copy(char* out, const char* bytes, std::size_t size) {
 
 bool FileDevice::open(const std::string& path) {
     if (!mBuffer) mBuffer.reset(new char[kRoom]);  // not filled with zeros first
-    mFile = variant::openForWriting(path);
+    mFile = files::openForWriting(path);
     mWaiting = 0;
     mFailed = false;
     return isOpen();
@@ -66,7 +66,7 @@ std::uint64_t FileDevice::writeBytes(const char* buffer, std::uint64_t size) {
 }
 
 bool FileDevice::writeThrough(const char* buffer, std::size_t size) {
-    mFailed = !variant::writeAll(mFile, {buffer, size});
+    mFailed = !files::writeAll(mFile, {buffer, size});
     return !mFailed;
 }
 

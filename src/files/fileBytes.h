@@ -1,6 +1,6 @@
 // A file's bytes, all at once.
-#ifndef XO_VARIANT_WHOLEFILE_H
-#define XO_VARIANT_WHOLEFILE_H
+#ifndef XO_FILES_FILEBYTES_H
+#define XO_FILES_FILEBYTES_H
 
 #include <memory>
 #include <string>
@@ -8,7 +8,7 @@
 
 #include "platform/handle.h"
 
-namespace xo::variant {
+namespace xo::files {
 
 class FileBytes {
 public:
@@ -28,11 +28,6 @@ private:
     std::size_t mRoom = 0;
 };
 
-// Makes the file, or empties it. Holds nothing where that fails.
-platform::FileHandle openForWriting(const std::string& path);
-
-bool writeAll(const platform::FileHandle& file, std::string_view bytes);
-
-}  // namespace xo::variant
+}  // namespace xo::files
 
 #endif

@@ -1,14 +1,14 @@
 // A file's new content, which takes the place of the old one all at once: a reader finds either, and so does whoever
 // comes after a crash.
-#ifndef XO_VARIANT_FILEREPLACEMENT_H
-#define XO_VARIANT_FILEREPLACEMENT_H
+#ifndef XO_FILES_FILEREPLACEMENT_H
+#define XO_FILES_FILEREPLACEMENT_H
 
 #include <string>
 #include <string_view>
 
 #include "platform/handle.h"
 
-namespace xo::variant {
+namespace xo::files {
 
 // The bytes go to a new file beside the old one, which then gets its name; it has the old one's access list, attributes
 // and time of creation. Until then the new file is one that Windows deletes with its last handle, so that nothing stays
@@ -36,6 +36,6 @@ private:
     platform::FileHandle mInPlace;  // the emptied file
 };
 
-}  // namespace xo::variant
+}  // namespace xo::files
 
 #endif

@@ -1,16 +1,16 @@
 #include <algorithm>
 #include <string>
 
-#include "variant/fileReplacement.h"
-#include "variant/iniFormat.h"
+#include "files/fileBytes.h"
+#include "files/fileReplacement.h"
+#include "ini/iniFormat.h"
 #include "variant/pathKeys.h"
 #include "variant/textForm.h"
-#include "variant/wholeFile.h"
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoLog.h"
 
 namespace xo {
-namespace variant {
+namespace ini {
 namespace {
 
 const char* escapeOf(char c) {
@@ -50,7 +50,7 @@ bool appendKeyLine(std::string& out, const std::string& key, const xoVariant& va
     if (isText) {
         appendEscaped(out, value.getString());
     } else {
-        appendText(out, value);
+        variant::appendText(out, value);
     }
     out += '\n';
     return true;
@@ -63,7 +63,7 @@ bool appendKeyLines(std::string& out, const Map& map) {
 }
 
 bool appendLeaves(std::string& out, const Map& map) {
-    const auto isInner = [](const Map::value_type& entry) { return isContainer(entry.second); };
+    const auto isInner = [](const Map::value_type& entry) { return variant::isContainer(entry.second); };
     if (std::none_of(map.begin(), map.end(), isInner)) return appendKeyLines(out, map);  // is flat already
     Map leaves;
     map.toFlattenMap(leaves, kIniSeparator);
@@ -101,19 +101,19 @@ void overlay(Map& result, const Map& map) {
     for (auto& [path, value] : leaves) {
         std::string_view place = path;
         while (place.substr(0, top.size()) == top) place.remove_prefix(top.size());
-        createPath(result, place, kIniSeparator) = std::move(value);
+        variant::createPath(result, place, kIniSeparator) = std::move(value);
     }
 }
 
 bool save(const std::string& path, const Map& map) {
-    FileReplacement file;
+    files::FileReplacement file;
     if (!file.begin(path)) return false;
     std::string bytes;
     const bool isComplete = appendSections(bytes, map);
     return file.commit(bytes) && isComplete;
 }
 
-bool saveOver(const std::string& path, const FileBytes& file, const Map& map) {
+bool saveOver(const std::string& path, const files::FileBytes& file, const Map& map) {
     Map loaded;
     readIni(file.view(), loaded);
     Map result;
@@ -123,14 +123,14 @@ bool saveOver(const std::string& path, const FileBytes& file, const Map& map) {
 }
 
 }  // namespace
-}  // namespace variant
+}  // namespace ini
 
 bool SaveIniFile(const std::string& path, const xoVariant::xoVariantMapImpl& map, bool merge) {
-    if (!merge) return variant::save(path, map);
-    variant::FileBytes file;
+    if (!merge) return ini::save(path, map);
+    files::FileBytes file;
     const auto state = file.read(path);
-    if (state == variant::FileBytes::Missing) return variant::save(path, map);
-    if (state == variant::FileBytes::Complete) return variant::saveOver(path, file, map);
+    if (state == files::FileBytes::Missing) return ini::save(path, map);
+    if (state == files::FileBytes::Complete) return ini::saveOver(path, file, map);
     xoLogObject(xoLogCritical, nullptr, xoLog::editPtr(), nullptr) << "Fail to load " << std::string_view(path);
     return false;
 }

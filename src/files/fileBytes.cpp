@@ -1,4 +1,4 @@
-#include "variant/wholeFile.h"
+#include "files/fileBytes.h"
 
 #include <algorithm>
 #include <cstring>
@@ -6,7 +6,7 @@
 
 #include "platform/wideText.h"
 
-namespace xo::variant {
+namespace xo::files {
 namespace {
 
 constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes 32-bit sizes
@@ -15,12 +15,6 @@ constexpr std::size_t kFirstRoom = 4096;                    // for what has no s
 // From here on bytes get pages of their own. A large block in the heap, freed after what was made meanwhile, makes the
 // heap give memory back to the system and fault it in anew, which costs more than to read the file.
 constexpr std::size_t kOwnPages = std::size_t{64} << 10;
-
-platform::FileHandle open(const std::string& path, DWORD access, DWORD shareMode, DWORD disposition) {
-    return platform::FileHandle(::CreateFileW(platform::toApiPath(path).c_str(), access, shareMode,
-                                              /*lpSecurityAttributes=*/nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
-                                              /*hTemplateFile=*/nullptr));
-}
 
 void deleteBytes(char* bytes) { delete[] bytes; }
 
@@ -40,7 +34,9 @@ bool isAbsent(DWORD error) {
 }  // namespace
 
 FileBytes::State FileBytes::read(const std::string& path) {
-    const auto file = open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
+    const platform::FileHandle file(::CreateFileW(
+        platform::toApiPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+        /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
     if (!file) return isAbsent(::GetLastError()) ? Missing : Unreadable;
     return fill(file);
 }
@@ -72,19 +68,4 @@ bool FileBytes::grow(std::size_t room) {
     return true;
 }
 
-platform::FileHandle openForWriting(const std::string& path) {
-    return open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, CREATE_ALWAYS);
-}
-
-bool writeAll(const platform::FileHandle& file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMaxTransfer));
-        DWORD written = 0;
-        if (!::WriteFile(file.get(), bytes.data(), size, &written, /*lpOverlapped=*/nullptr) || written == 0)
-            return false;
-        bytes.remove_prefix(written);
-    }
-    return true;
-}
-
-}  // namespace xo::variant
+}  // namespace xo::files

@@ -1,13 +1,13 @@
-#include "variant/fileReplacement.h"
+#include "files/fileReplacement.h"
 
 #include <cstddef>
 #include <cstring>
 #include <vector>
 
+#include "files/fileWriting.h"
 #include "platform/wideText.h"
-#include "variant/wholeFile.h"
 
-namespace xo::variant {
+namespace xo::files {
 namespace {
 
 constexpr ULONGLONG kPatienceMs = 125;
@@ -174,4 +174,4 @@ bool FileReplacement::takePlace() const {
     return false;
 }
 
-}  // namespace xo::variant
+}  // namespace xo::files

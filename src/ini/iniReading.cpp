@@ -1,17 +1,17 @@
 #include <cstdint>
 #include <string>
 
+#include "files/fileBytes.h"
+#include "ini/iniFormat.h"
 #include "text/ascii.h"
 #include "text/blocks.h"
 #include "text/numberText.h"
-#include "variant/iniFormat.h"
 #include "variant/pathKeys.h"
-#include "variant/wholeFile.h"
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoLog.h"
 
 namespace xo {
-namespace variant {
+namespace ini {
 namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
@@ -133,13 +133,13 @@ private:
     // The maps of a section come into being with its first key. They stay where they are while the file is read: only a
     // value that is no map is ever replaced.
     Map& section() {
-        if (mSection == nullptr) mSection = &createPath(mTop, mName, kIniSeparator).editMap();
+        if (mSection == nullptr) mSection = &variant::createPath(mTop, mName, kIniSeparator).editMap();
         return *mSection;
     }
 
     bool insert(std::string_view path, const Line& line) {
         bool isNew = false;
-        xoVariant& place = createPath(section(), path, kIniSeparator, &isNew);
+        xoVariant& place = variant::createPath(section(), path, kIniSeparator, &isNew);
         if (isNew) place = readValue(line.value(), line.hasBackslash);
         return isNew;
     }
@@ -158,12 +158,12 @@ private:
 
 void readIni(std::string_view text, Map& map) { IniReader(map).read(text); }
 
-}  // namespace variant
+}  // namespace ini
 
 bool LoadIniFile(const std::string& path, xoVariant::xoVariantMapImpl& map) {
-    variant::FileBytes file;
-    if (file.read(path) != variant::FileBytes::Complete) return false;
-    variant::readIni(file.view(), map);
+    files::FileBytes file;
+    if (file.read(path) != files::FileBytes::Complete) return false;
+    ini::readIni(file.view(), map);
     return true;
 }
 

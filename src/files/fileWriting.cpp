@@ -1,0 +1,27 @@
+#include "files/fileWriting.h"
+
+#include <algorithm>
+
+#include "platform/wideText.h"
+
+namespace xo::files {
+
+platform::FileHandle openForWriting(const std::string& path) {
+    return platform::FileHandle(::CreateFileW(platform::toApiPath(path).c_str(), GENERIC_WRITE,
+                                              FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr,
+                                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+}
+
+bool writeAll(const platform::FileHandle& file, std::string_view bytes) {
+    constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes a 32-bit size
+    while (!bytes.empty()) {
+        const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMaxTransfer));
+        DWORD written = 0;
+        if (!::WriteFile(file.get(), bytes.data(), size, &written, /*lpOverlapped=*/nullptr) || written == 0)
+            return false;
+        bytes.remove_prefix(written);
+    }
+    return true;
+}
+
+}  // namespace xo::files
