@@ -2,7 +2,7 @@
 // first cell, takes and releases it until then, shared and alone in turn: lockFileHolder path [board cell]
 #include <filesystem>
 
-#include "support/soakBoard.h"
+#include "soak/soakBoard.h"
 // CommandLineToArgvW
 #include <shellapi.h>
 

@@ -2,7 +2,7 @@
 // first cell, takes and releases it until then: mutexHolder name [board cell]
 #include <string>
 
-#include "support/soakBoard.h"
+#include "soak/soakBoard.h"
 #include "xoSystem/xoMutex.h"
 
 int main(int count, char** arguments) XO_NO_THREAD_SAFETY_ANALYSIS {

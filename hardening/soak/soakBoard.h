@@ -1,7 +1,7 @@
 // Where the processes of a soak write what they have done and what they hold. A killed one leaves its cells as they
 // are.
-#ifndef XO_TESTS_SOAKBOARD_H
-#define XO_TESTS_SOAKBOARD_H
+#ifndef XO_SOAK_SOAKBOARD_H
+#define XO_SOAK_SOAKBOARD_H
 
 #include <atomic>
 #include <cstdint>

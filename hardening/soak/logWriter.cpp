@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/soakBoard.h"
+#include "soak/soakBoard.h"
 // CommandLineToArgvW
 #include <shellapi.h>
 

@@ -2,7 +2,7 @@
 // All keys of a file have the number of its save.
 #include <filesystem>
 
-#include "support/soakBoard.h"
+#include "soak/soakBoard.h"
 // CommandLineToArgvW
 #include <shellapi.h>
 

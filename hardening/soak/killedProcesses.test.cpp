@@ -6,8 +6,8 @@
 #include <memory>
 #include <random>
 
+#include "soak/soakBoard.h"
 #include "support/child.h"
-#include "support/soakBoard.h"
 #include "support/temporaryFolder.h"
 #include "threads/threadsFixture.h"
 #include "xoSystem/xoIniFile.h"
