@@ -7,6 +7,9 @@ namespace xo::concurrency {
 // Logs the text as CRITICAL when the library is not fully initialised and a log exists. Defined beside start-up.
 void warnIfCreatedEarly(const char* text);
 
+// IsXoSystemThreadSafe() for rooms below start-up. Defined beside it.
+bool isFullyInitialized();
+
 }  // namespace xo::concurrency
 
 #endif

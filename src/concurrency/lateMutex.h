@@ -29,15 +29,21 @@ private:
     std::unique_ptr<xoMutex> mMutex;
 };
 
+// Unlocks only what it has locked, even when the mutex is made meanwhile.
 class XO_SCOPED_CAPABILITY LateMutexLocker {
 public:
-    explicit LateMutexLocker(LateMutex& mutex) XO_ACQUIRE(mutex) : mMutex(mutex) { mMutex.lock(); }
-    ~LateMutexLocker() XO_RELEASE() { mMutex.unlock(); }
+    explicit LateMutexLocker(LateMutex& mutex) XO_ACQUIRE(mutex) XO_NO_THREAD_SAFETY_ANALYSIS
+        : mMutex(mutex.isMade() ? &mutex : nullptr) {
+        if (mMutex) mMutex->lock();
+    }
+    ~LateMutexLocker() XO_RELEASE() XO_NO_THREAD_SAFETY_ANALYSIS {
+        if (mMutex) mMutex->unlock();
+    }
     LateMutexLocker(const LateMutexLocker&) = delete;
     LateMutexLocker& operator=(const LateMutexLocker&) = delete;
 
 private:
-    LateMutex& mMutex;
+    LateMutex* mMutex;
 };
 
 }  // namespace xo::concurrency

@@ -97,5 +97,7 @@ void warnIfCreatedEarly(const char* text) {
     if (xoLog* const log = xoLog::editPtr()) xoLogObject(xoLogCritical, nullptr, log) << text;
 }
 
+bool isFullyInitialized() { return IsXoSystemThreadSafe(); }
+
 }  // namespace concurrency
 }  // namespace xo

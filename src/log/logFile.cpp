@@ -1,9 +1,10 @@
 #include "log/logFile.h"
 
 #include <algorithm>
+#include <limits>
+#include <vector>
 
 #include "platform/wideText.h"
-#include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoLog.h"
 
 namespace xo::log {
@@ -12,43 +13,67 @@ namespace {
 constexpr int kMostBackups = 128;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-bool write(HANDLE file, std::string_view bytes) {
-    DWORD written = 0;
-    return ::WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
-           written == bytes.size();
+platform::FileHandle open(const std::wstring& path, DWORD access, DWORD disposition,
+                          DWORD flags = FILE_ATTRIBUTE_NORMAL) {
+    return platform::FileHandle(::CreateFileW(path.c_str(), access | SYNCHRONIZE,
+                                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                              /*lpSecurityAttributes=*/nullptr, disposition, flags,
+                                              /*hTemplateFile=*/nullptr));
+}
+
+// Appending in one write is whole even beside a process that does not take the mutex.
+platform::FileHandle openToAppend(const std::wstring& path, DWORD disposition) {
+    return open(path, FILE_APPEND_DATA, disposition);
+}
+
+// The right to delete a file includes the right to rename it. It is refused beside a handle that does not share
+// deletion, and while it is held, no such handle can be opened. A symbolic link is moved itself, as MoveFileExW does.
+// https://learn.microsoft.com/en-us/windows/win32/fileio/creating-and-opening-files
+platform::FileHandle openToMove(const std::wstring& path) {
+    return open(path, DELETE, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
+}
+
+void write(HANDLE file, std::string_view bytes) {
+    constexpr std::size_t kMostPerCall = std::size_t{1} << 30;  // the call takes 32 bits
+    while (!bytes.empty()) {
+        DWORD written = 0;
+        const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMostPerCall));
+        if (!::WriteFile(file, bytes.data(), size, &written, nullptr) || written == 0) return;
+        bytes.remove_prefix(written);
+    }
+}
+
+bool isFile(const std::wstring& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 }  // namespace
 
-// Holds the cross-process mutex, if there is one.
-class LogFile::SharedLock {
-public:
-    explicit SharedLock(xoMutexSystem* mutex) XO_NO_THREAD_SAFETY_ANALYSIS : mMutex(mutex) {
-        if (mMutex) mMutex->lock();
-    }
-    ~SharedLock() XO_NO_THREAD_SAFETY_ANALYSIS {
-        if (mMutex) mMutex->unlock();
-    }
-    SharedLock(const SharedLock&) = delete;
-    SharedLock& operator=(const SharedLock&) = delete;
+void LogFile::Access::take(xoMutexSystem* mutex) XO_NO_THREAD_SAFETY_ANALYSIS {
+    if (!mutex) return;
+    mutex->lock();
+    mHeld = mutex;
+}
 
-private:
-    xoMutexSystem* mMutex;
-};
+void LogFile::Access::release() XO_NO_THREAD_SAFETY_ANALYSIS {
+    file.reset();
+    if (xoMutexSystem* const held = std::exchange(mHeld, nullptr)) held->unlock();
+}
 
 bool LogFile::install(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount, bool shared) {
     remove();
     if (path.empty()) return true;
     mPath = path;
-    mFullPath = xoDirUtils::GetAbsolutePathUtf8(path);
-    mApiPath = platform::toApiPath(mFullPath);
+    mApiPath = platform::toExtendedPath(platform::toWide(path));
     mMaxSizeBytes = maxSizeBytes;
     mBackupCount = (std::min)(backupCount, kMostBackups);
     if (shared) share();
 
     bool made = false;
     {
-        const SharedLock lock(mMutex.get());
+        Access access;
+        access.take(mMutex.get());
         made = make(flags);
     }
     if (!made) remove();
@@ -60,58 +85,76 @@ void LogFile::share() {
 }
 
 bool LogFile::make(int flags) {
-    const bool truncates = (flags & xoLogFileTruncate) != 0;
-    const bool rotates = truncates && (flags & xoLogFileRotate) != 0;
-    const bool isAside = !rotates || rotate();
-    if (truncates && isAside) xoDirUtils::RemoveFileUtf8(mFullPath);
+    const bool beginsAnew = (flags & xoLogFileTruncate) != 0;
+    const bool rotates = beginsAnew && (flags & xoLogFileRotate) != 0 && mBackupCount > 0;
+    if (rotates) moveAside();  // a file that cannot be moved is appended to
+    const bool isEmptied = beginsAnew && !rotates && !::DeleteFileW(mApiPath.c_str()) && truncate();
 
-    if (const platform::FileHandle file = open(CREATE_NEW)) return write(file.get(), kByteOrderMark);
-    return xoDirUtils::FileExistsUtf8(mFullPath) && !xoDirUtils::DirExistsUtf8(mFullPath);
+    if (const auto file = openToAppend(mApiPath, isEmptied ? OPEN_ALWAYS : CREATE_NEW)) {
+        write(file.get(), kByteOrderMark);
+        return true;
+    }
+    return isFile(mApiPath);
 }
 
-void LogFile::writeLine(std::string& line) {
+void LogFile::writeLine(std::string& line, Access& access) {
     const std::size_t length = line.size();
     line += "\r\n";
-    {
-        const SharedLock lock(mMutex.get());
-        if (const platform::FileHandle file = openForLine()) write(file.get(), line);
-    }
+    access.take(mMutex.get());
+    access.file = openForLine();
+    if (access.file) write(access.file.get(), line);
+    access.release();
     line.resize(length);
 }
 
 platform::FileHandle LogFile::openForLine() {
-    platform::FileHandle file = open(OPEN_ALWAYS);
+    platform::FileHandle file = openToAppend(mApiPath, OPEN_ALWAYS);
     LARGE_INTEGER size;
-    if (mMaxSizeBytes < 1 || !file || !::GetFileSizeEx(file.get(), &size) || size.QuadPart <= mMaxSizeBytes)
-        return file;
+    if (mMaxSizeBytes < 1 || !file || !::GetFileSizeEx(file.get(), &size) || !isTooLarge(size.QuadPart)) return file;
 
-    file.reset();
-    if (rotate()) xoDirUtils::RemoveFileUtf8(mFullPath);  // still there when no backups are kept
-    return open(OPEN_ALWAYS);
+    const bool isAnew = mBackupCount > 0 ? moveAside() : truncate();
+    const std::int64_t growth = (std::min)(mMaxSizeBytes, (std::numeric_limits<std::int64_t>::max)() - size.QuadPart);
+    mRetrySizeBytes = isAnew ? 0 : size.QuadPart + growth;
+    if (isAnew && mBackupCount > 0) file = openToAppend(mApiPath, OPEN_ALWAYS);
+    return file;
 }
 
-platform::FileHandle LogFile::open(DWORD disposition) const {
-    // Appending in one write is whole even beside a process that does not take the mutex.
-    return platform::FileHandle(::CreateFileW(mApiPath.c_str(), FILE_APPEND_DATA | SYNCHRONIZE,
-                                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                              /*lpSecurityAttributes=*/nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
-                                              /*hTemplateFile=*/nullptr));
+// A failed rotation is tried again when the file has grown by the limit, not at each line.
+bool LogFile::isTooLarge(std::int64_t sizeBytes) {
+    if (sizeBytes <= mMaxSizeBytes) mRetrySizeBytes = 0;  // another process has rotated it
+    return sizeBytes > (std::max)(mMaxSizeBytes, mRetrySizeBytes);
 }
 
-// Shifts every backup by one and makes the file the newest. True when nothing would be lost by beginning the file anew:
-// it was moved, or no backups are wanted.
-bool LogFile::rotate() {
-    if (mBackupCount < 1 || !xoDirUtils::FileExistsUtf8(mFullPath)) return true;
-    bool moved = false;
-    for (int i = mBackupCount - 1; i >= 0; --i) {
-        const std::string source = i == 0 ? mFullPath : backupPath(i - 1);
-        const std::string target = backupPath(i);
-        xoDirUtils::RemoveFileUtf8(target);
-        moved = xoDirUtils::RenameFileUtf8(source, target);
+// Keeps the file itself, its access list and the links to it. Not TRUNCATE_EXISTING, which hidden files refuse.
+bool LogFile::truncate() const {
+    const platform::FileHandle file = open(mApiPath, FILE_WRITE_DATA, OPEN_EXISTING);
+    return file && ::SetEndOfFile(file.get());
+}
+
+// Moves the backups up by one, as far as the lowest free number, and the file to number 0. Touches nothing unless all
+// of them can be moved.
+bool LogFile::moveAside() const {
+    const platform::FileHandle file = openToMove(mApiPath);
+    if (!file) return false;
+    std::vector<platform::FileHandle> backups;
+    while (static_cast<int>(backups.size()) < mBackupCount) {
+        platform::FileHandle backup = openToMove(backupPath(static_cast<int>(backups.size())));
+        const DWORD error = ::GetLastError();
+        if (!backup && error != ERROR_FILE_NOT_FOUND) return false;
+        if (!backup) break;
+        backups.push_back(std::move(backup));
     }
-    return moved;
+    int target = static_cast<int>(backups.size());
+    if (target == mBackupCount) {
+        --target;
+        if (!::DeleteFileW(backupPath(target).c_str())) return false;
+        backups.pop_back();  // the name becomes free when the last handle is closed
+    }
+    for (; target > 0; --target)
+        if (!::MoveFileExW(backupPath(target - 1).c_str(), backupPath(target).c_str(), /*dwFlags=*/0)) return false;
+    return ::MoveFileExW(mApiPath.c_str(), backupPath(0).c_str(), /*dwFlags=*/0) != FALSE;
 }
 
-std::string LogFile::backupPath(int index) const { return mFullPath + "_" + std::to_string(index) + ".back"; }
+std::wstring LogFile::backupPath(int index) const { return mApiPath + L"_" + std::to_wstring(index) + L".back"; }
 
 }  // namespace xo::log

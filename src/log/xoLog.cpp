@@ -3,36 +3,72 @@
 #include <algorithm>
 #include <set>
 
+#include "concurrency/earlyCreation.h"
 #include "concurrency/lateMutex.h"
 #include "log/console.h"
 #include "log/eventLog.h"
 #include "log/linePrefix.h"
 #include "log/logFile.h"
-#include "log/releasingCall.h"
+#include "log/stackReserve.h"
+#include "platform/structuredCall.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
 
 struct xoLog::Private {
-    void callHandler(const std::string& message, xoLogType type, const std::string& qualifier) XO_REQUIRES(mutex);
-    void writeLine(const std::string& message, xoLogType type, const std::string& qualifier) XO_REQUIRES(mutex);
+    class Writing;
 
     concurrency::LateMutex mutex;  // guards the sinks
     std::atomic<bool> echoToConsole{true};
+    std::atomic<bool> hasFile{false};              // whether file is installed; changed under the lock
     std::set<std::string, std::less<>> blacklist;  // changed before threads log, hence read without the lock
 
     CustomHandler handler XO_GUARDED_BY(mutex) = nullptr;
     void* handlerUser XO_GUARDED_BY(mutex) = nullptr;
     log::LogFile file XO_GUARDED_BY(mutex);
     log::LocalTimeText localTime XO_GUARDED_BY(mutex);
-    std::string line XO_GUARDED_BY(mutex);  // room that each line reuses
+    std::string line XO_GUARDED_BY(mutex);  // a buffer that each line reuses
     std::string pendingNotice XO_GUARDED_BY(mutex);
     std::atomic<bool> hasPendingNotice{false};
 };
 
+// One call of Write. What it holds is released by end(), which runs after a processor fault too: a guard further out
+// catches the fault without running destructors, and other threads must not wait for the locks for ever.
+class xoLog::Private::Writing {
+public:
+    Writing(Private& log, const std::string& message, xoLogType type, const std::string& qualifier)
+        : mLog(log), mMessage(message), mType(type), mQualifier(qualifier) {
+        if (wantsText()) mSecond = log::currentSecond();
+    }
+
+    void run() { platform::callReleasing(&Writing::begin, &Writing::end, this); }
+
+private:
+    static void begin(void* writing);
+    static void end(void* writing);
+
+    // Whether anybody but the handler wants the line.
+    bool wantsText() const {
+        return mLog.echoToConsole.load(std::memory_order_relaxed) || mLog.hasFile.load(std::memory_order_relaxed);
+    }
+    void callHandler() XO_REQUIRES(mLog.mutex);
+    void writeText() XO_REQUIRES(mLog.mutex);
+
+    Private& mLog;
+    const std::string& mMessage;
+    const xoLogType mType;
+    const std::string& mQualifier;
+    std::int64_t mSecond = kNoSecond;  // of the call, not of the moment when the lock was free
+    bool mIsLocked = false;
+    std::string mLine;  // the log's buffer while the line is written: a sink that logs in turn gets another
+    log::LogFile::Access mFileAccess;
+
+    static constexpr std::int64_t kNoSecond = INT64_MIN;
+};
+
 namespace {
 
-constexpr std::size_t kLineRoomKept = 65536;
+constexpr std::size_t kLineBufferKept = 65536;
 
 }  // namespace
 
@@ -107,7 +143,9 @@ void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::in
         const concurrency::LateMutexLocker locker(mPrivate->mutex);
         mPrivate->file.remove();
         mPrivate->echoToConsole = (flags & xoLogFileEcho) != 0;
-        installed = mPrivate->file.install(path, flags, maxSizeBytes, backupCount, /*shared=*/mPrivate->mutex.isMade());
+        const bool isShared = mPrivate->mutex.isMade() || concurrency::isFullyInitialized();
+        installed = mPrivate->file.install(path, flags, maxSizeBytes, backupCount, isShared);
+        mPrivate->hasFile = mPrivate->file.isInstalled();
     }
     if (!installed) xoLogObject(xoLogCritical, nullptr, this) << "Fail to install log file handler to " << path;
 }
@@ -115,6 +153,7 @@ void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::in
 void xoLog::removeFileHandler() {
     const concurrency::LateMutexLocker locker(mPrivate->mutex);
     mPrivate->file.remove();
+    mPrivate->hasFile = false;
     mPrivate->echoToConsole = false;
 }
 
@@ -130,43 +169,42 @@ void xoLog::installCustomHandler(CustomHandler handler, void* user) {
 }
 
 void xoLog::Write(const std::string& message, xoLogType type, const std::string& qualifier) {
-    const concurrency::LateMutexLocker locker(mPrivate->mutex);
-    if (mPrivate->handler) mPrivate->callHandler(message, type, qualifier);
-    if (mPrivate->echoToConsole.load(std::memory_order_relaxed) || mPrivate->file.isInstalled())
-        mPrivate->writeLine(message, type, qualifier);
+    log::reserveStack();
+    Private::Writing(*mPrivate, message, type, qualifier).run();
 }
 
-void xoLog::Private::callHandler(const std::string& message, xoLogType type, const std::string& qualifier) {
-    struct Call {
-        Private& log;
-        const std::string& message;
-        xoLogType type;
-        const std::string& qualifier;
-
-        static void run(void* argument) XO_NO_THREAD_SAFETY_ANALYSIS {
-            const Call& call = *static_cast<Call*>(argument);
-            try {
-                call.log.handler(call.message, call.type, call.qualifier, call.log.handlerUser);
-            } catch (...) {  // the line still goes to the console and the file
-            }
-        }
-
-        // The other threads must not wait for ever for a thread whose handler has faulted.
-        static void release(void* argument) XO_NO_THREAD_SAFETY_ANALYSIS {
-            static_cast<Call*>(argument)->log.mutex.unlock();
-        }
-    };
-    Call call{*this, message, type, qualifier};
-    log::callReleasing(&Call::run, &Call::release, &call);
+void xoLog::Private::Writing::begin(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
+    Writing& self = *static_cast<Writing*>(writing);
+    self.mIsLocked = self.mLog.mutex.isMade();  // a handler may make the log safe for threads
+    if (self.mIsLocked) self.mLog.mutex.lock();
+    if (self.mLog.handler) self.callHandler();
+    if (self.wantsText()) self.writeText();
 }
 
-void xoLog::Private::writeLine(const std::string& message, xoLogType type, const std::string& qualifier) {
-    line.clear();
-    log::appendPrefix(line, type, qualifier, localTime.of(log::currentSecond()));
-    line += message;
-    if (echoToConsole.load(std::memory_order_relaxed)) log::writeLineToConsole(line);
-    if (file.isInstalled()) file.writeLine(line);
-    if (line.capacity() > kLineRoomKept) std::string().swap(line);
+void xoLog::Private::Writing::end(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
+    Writing& self = *static_cast<Writing*>(writing);
+    self.mFileAccess.release();
+    if (self.mLine.capacity() > self.mLog.line.capacity() && self.mLine.capacity() <= kLineBufferKept)
+        self.mLog.line.swap(self.mLine);
+    std::string().swap(self.mLine);
+    if (self.mIsLocked) self.mLog.mutex.unlock();
+}
+
+void xoLog::Private::Writing::callHandler() {
+    try {
+        mLog.handler(mMessage, mType, mQualifier, mLog.handlerUser);
+    } catch (...) {  // the line still goes to the console and the file
+    }
+}
+
+void xoLog::Private::Writing::writeText() {
+    if (mSecond == kNoSecond) mSecond = log::currentSecond();
+    mLine.swap(mLog.line);
+    mLine.clear();
+    log::appendPrefix(mLine, mType, mQualifier, mLog.localTime.of(mSecond));
+    mLine += mMessage;
+    if (mLog.echoToConsole.load(std::memory_order_relaxed)) log::writeLineToConsole(mLine);
+    if (mLog.file.isInstalled()) mLog.file.writeLine(mLine, mFileAccess);
 }
 
 std::string xoLog::GetTime() { return std::string(log::LocalTimeText().of(log::currentSecond())); }

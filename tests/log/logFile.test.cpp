@@ -6,6 +6,7 @@
 #include "log/logFixture.h"
 #include "platform/handle.h"
 #include "support/capturedOutput.h"
+#include "support/importHook.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoInit.h"
 
@@ -13,13 +14,24 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using xo::xoLogObject;
+using xo::platform::FileHandle;
 
 const std::string kMark = "\xEF\xBB\xBF";
 
 class LogFile : public xo::tests::LogTest {
 protected:
     std::string path(const std::string& name = "app.log") const { return mFolder.path(name); }
+
+    std::filesystem::path wide(const std::string& name) const { return mFolder.widePath() / name; }
+    static std::string backup(const std::string& number) { return "app.log_" + number + ".back"; }
+
+    // As the C runtime opens a file.
+    FileHandle openWithoutSharingDeletion(const std::string& name) const {
+        FileHandle handle(::CreateFileW(wide(name).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+        EXPECT_TRUE(handle) << name;
+        return handle;
+    }
 
     static void writeLine(const std::string& text) { log().Write(text, xo::xoLogInfo, {}); }
 
@@ -57,9 +69,12 @@ TEST_F(LogFile, InstallsAsItsFlagsSay) {
         const char* file;
         const char* backup;
         const char* console;
+        bool isHeld = false;  // by a reader that does not share deletion
     } rows[] = {
         {0, "old|new|", "older|", ""},
         {xo::xoLogFileTruncate, "\xEF\xBB\xBFnew|", "older|", ""},
+        {xo::xoLogFileTruncate, "\xEF\xBB\xBFnew|", "older|", "", /*isHeld=*/true},
+        {~7, "old|new|", "older|", ""},                   // unknown flags
         {xo::xoLogFileRotate, "old|new|", "older|", ""},  // rotation needs both bits
         {xo::xoLogFileTruncate | xo::xoLogFileRotate, "\xEF\xBB\xBFnew|", "old|", ""},
         {xo::xoLogFileEcho, "old|new|", "older|", "new\n"},
@@ -67,14 +82,16 @@ TEST_F(LogFile, InstallsAsItsFlagsSay) {
     for (const auto& row : rows) {
         mFolder.write("app.log", "old\r\n");
         mFolder.write("app.log_0.back", "older\r\n");
+        const FileHandle reader = row.isHeld ? openWithoutSharingDeletion("app.log") : FileHandle();
         const xo::tests::CapturedOutput output;
         log().setEchoToConsole(true);
         log().installFileHandlerExUtf8(path(), row.flags, -1, 1);
         writeLine("new");
         EXPECT_EQ(texts(), row.file) << row.flags;
         EXPECT_EQ(texts("app.log_0.back"), row.backup) << row.flags;
-        EXPECT_EQ(std::regex_replace(output.text(), std::regex("INFO : .{24} "), ""), row.console) << row.flags;
         log().removeFileHandler();
+        writeLine("unseen");  // the echo ends with the file
+        EXPECT_EQ(std::regex_replace(output.text(), std::regex("INFO : .{24} "), ""), row.console) << row.flags;
     }
 }
 
@@ -99,36 +116,116 @@ TEST_F(LogFile, RotatesWhatIsTooLargeBeforeItWrites) {
 }
 
 TEST_F(LogFile, KeepsAsManyBackupsAsAsked) {
+    for (const int backupCount : {0, -1}) {
+        mFolder.write("app.log", std::string(10, 'x'));
+        ::CreateHardLinkW(wide("other name").c_str(), wide("app.log").c_str(), nullptr);
+        FileHandle reader = openWithoutSharingDeletion("app.log");
+        log().installFileHandlerExUtf8(path(), 0, 5, backupCount);
+        writeLine("no backup");
+        EXPECT_EQ(texts(), "no backup|");
+        EXPECT_EQ(texts("other name"), "no backup|") << "emptied, not made anew";
+        EXPECT_FALSE(mFolder.has("app.log_0.back"));
+        reader.reset();
+        std::filesystem::remove(wide("other name"));
+    }
     mFolder.write("app.log", std::string(10, 'x'));
-    log().installFileHandlerExUtf8(path(), 0, 5, 0);
-    writeLine("no backup");
-    EXPECT_EQ(texts(), "no backup|");
-    EXPECT_FALSE(mFolder.has("app.log_0.back"));
+    log().installFileHandlerExUtf8(path(), 0, 0, 1);
+    writeLine("|no limit");
+    EXPECT_EQ(texts(), std::string(10, 'x') + "|no limit|");
 
-    mFolder.write("app.log_127.back", "the oldest that there may be");
+    for (int i = 0; i < 128; ++i) mFolder.write("app.log_" + std::to_string(i) + ".back", std::to_string(i));
     log().installFileHandlerExUtf8(path(), 0, 5, 500);
     writeLine("128 backups");
-    EXPECT_TRUE(mFolder.has("app.log_0.back"));
-    EXPECT_FALSE(mFolder.has("app.log_127.back") || mFolder.has("app.log_128.back"));
+    EXPECT_EQ(mFolder.read("app.log_127.back"), "126");
+    EXPECT_FALSE(mFolder.has("app.log_128.back"));
 }
 
-TEST_F(LogFile, GrowsOnWhileItCannotBeMovedAside) {
-    mFolder.write("app.log", "precious\r\n");
-    log().installFileHandlerExUtf8(path(), 0, 5, 1);
-    xo::platform::FileHandle reader(::CreateFileW((mFolder.widePath() / L"app.log").c_str(), GENERIC_READ,
-                                                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
-                                                  nullptr));
-    ASSERT_TRUE(reader);
-    writeLine("kept");
-    EXPECT_EQ(texts(), "precious|kept|");
-    reader.reset();
-    const std::filesystem::path backup = mFolder.widePath() / L"app.log_0.back";
-    std::filesystem::create_directory(backup);
-    writeLine("though it could be deleted");
-    EXPECT_EQ(texts(), "precious|kept|though it could be deleted|");
-    std::filesystem::remove(backup);
-    writeLine("moved");
-    EXPECT_EQ(texts(), "moved|");
+TEST_F(LogFile, TouchesNothingUnlessAllFilesCanBeMoved) {
+    for (const char* held : {"app.log", "app.log_0.back", "app.log_2.back"}) {
+        mFolder.write("app.log", "precious\r\n");
+        for (const char* number : {"0", "1", "2"}) mFolder.write(backup(number), number);
+        log().installFileHandlerExUtf8(path(), 0, 5, 3);
+        FileHandle reader = openWithoutSharingDeletion(held);
+        writeLine("kept");
+        writeLine("too");
+        log().installFileHandlerExUtf8(path(), xo::xoLogFileTruncate | xo::xoLogFileRotate, 5, 3);
+        EXPECT_EQ(texts(), "precious|kept|too|") << held;
+        for (const char* number : {"0", "1", "2"}) EXPECT_EQ(mFolder.read(backup(number)), number) << held;
+        reader.reset();
+        writeLine("moved");
+        EXPECT_EQ(texts(), "moved|") << held;
+        EXPECT_EQ(texts(backup("0")), "precious|kept|too|") << held;
+        EXPECT_EQ(mFolder.read(backup("1")) + mFolder.read(backup("2")), "01") << held;
+    }
+    std::filesystem::remove(wide(backup("1")));
+    writeLine("as far as the lowest free number");
+    EXPECT_EQ(texts(backup("1")), "precious|kept|too|");
+    EXPECT_EQ(mFolder.read(backup("2")), "1");
+}
+
+int opened = 0;
+HANDLE WINAPI createFile(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                         DWORD flags, HANDLE model) {
+    ++opened;
+    return xo::tests::ImportHook::behind(&createFile)(path, access, share, security, disposition, flags, model);
+}
+
+TEST_F(LogFile, TriesARotationAgainOnlyWhenTheFileHasGrownByTheLimit) {
+    mFolder.write("app.log", std::string(201, 'x'));
+    log().installFileHandlerExUtf8(path(), 0, 200, 5);
+    const FileHandle reader = openWithoutSharingDeletion("app.log");
+    const xo::tests::ImportHook hook("xoSystem.dll", "CreateFileW", &createFile);
+    ASSERT_TRUE(hook.isInstalled());
+    std::vector<int> calls;
+    for (int i = 0; i < 4; ++i) {
+        opened = 0;
+        writeLine(std::string(100, 'x'));
+        calls.push_back(opened);
+    }
+    EXPECT_THAT(calls, ElementsAre(2, 1, 2, 1)) << "the second line finds 336 bytes, the third 471, the fourth 606";
+}
+
+BOOL WINAPI writeInPieces(HANDLE file, LPCVOID bytes, DWORD size, LPDWORD written, LPOVERLAPPED overlapped) {
+    if (size < 20) return *written = 0, TRUE;  // a full disk
+    return xo::tests::ImportHook::behind(&writeInPieces)(file, bytes, 20, written, overlapped);
+}
+
+TEST_F(LogFile, IsInstalledThoughNothingCanBeWrittenYet) {
+    const xo::tests::ImportHook hook("xoSystem.dll", "WriteFile", &writeInPieces);
+    ASSERT_TRUE(hook.isInstalled());
+    log().installFileHandlerUtf8(path());
+    EXPECT_EQ(log().getCurrentLogFileNameUtf8(), path());
+    writeLine("12345678901234567890");
+    EXPECT_EQ(mFolder.read("app.log").size(), 40u) << "what the system takes in pieces is written in pieces";
+}
+
+std::vector<std::wstring> mutexNames;
+HANDLE WINAPI createMutex(LPSECURITY_ATTRIBUTES security, BOOL isOwner, LPCWSTR name) {
+    mutexNames.emplace_back(name);
+    return xo::tests::ImportHook::behind(&createMutex)(security, isOwner, name);
+}
+
+TEST_F(LogFile, IsSharedOnceTheLogOrTheLibraryIsSafeForThreads) {
+    const xo::tests::ImportHook hook("xoSystem.dll", "CreateMutexW", &createMutex);
+    ASSERT_TRUE(hook.isInstalled());
+    std::string name = "Global\\" + path();
+    std::replace(name.begin() + 7, name.end(), '\\', '/');
+    const auto takeNames = [] { return std::exchange(mutexNames, {}); };
+    const std::wstring expected = std::filesystem::u8path(name).wstring();
+
+    log().installFileHandlerUtf8(path());
+    EXPECT_THAT(takeNames(), IsEmpty());
+    log().makeThreadSafe();
+    EXPECT_THAT(takeNames(), ElementsAre(expected));
+    log().installFileHandlerUtf8(path());
+    EXPECT_THAT(takeNames(), ElementsAre(expected));
+    xo::initializeXoSystem(xo::InitTypeFull);
+    xo::xoLog::destroyInstance();
+    xo::xoLog::createInstance(false);
+    takeNames();
+    log().installFileHandlerUtf8(path());
+    EXPECT_THAT(takeNames(), ElementsAre(expected));
+    xo::terminateXoSystem();
 }
 
 TEST_F(LogFile, SaysWhenItCannotBeMade) {
