@@ -6,9 +6,6 @@
 #include "fault/faultFilter.h"
 #include "fault/overflowRescue.h"
 
-// libstdc++ calls its own macro so; the frames below want the compiler's word.
-#undef __try
-
 namespace xo::fault {
 namespace {
 
@@ -20,15 +17,22 @@ constexpr ULONG kReservedStack = 64 * 1024;
 volatile bool isReportedDone = true;
 volatile bool isQuietDone = true;
 
-// What a frame calls in its __try. The rescue knows these two on the stack by their addresses, and makes them return
-// false. They are not inlined: a fault in the very function of a __try would pass by it.
-__declspec(noinline) bool runReported(Function function, void* argument) {
-    function(argument);
+struct Call {
+    Function function;
+    void* argument;
+    DWORD faultCode;
+};
+
+// The rescue knows these two on the stack by their addresses, and makes them return false.
+bool runReported(void* argument) {
+    const Call& call = *static_cast<Call*>(argument);
+    call.function(call.argument);
     return isReportedDone;
 }
 
-__declspec(noinline) bool runQuiet(Function function, void* argument) {
-    function(argument);
+bool runQuiet(void* argument) {
+    const Call& call = *static_cast<Call*>(argument);
+    call.function(call.argument);
     return isQuietDone;
 }
 
@@ -52,8 +56,13 @@ void recover(DWORD code) {
 #endif
 }
 
-long filterQuietly(DWORD code, std::uint32_t* faultCode) {
-    if (faultCode) *faultCode = code;
+long filterReporting(const EXCEPTION_POINTERS& fault, void* argument) {
+    static_cast<Call*>(argument)->faultCode = fault.ExceptionRecord->ExceptionCode;
+    return filterFault(&fault);
+}
+
+long filterQuietly(const EXCEPTION_POINTERS& fault, void* argument) {
+    static_cast<Call*>(argument)->faultCode = fault.ExceptionRecord->ExceptionCode;
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
@@ -61,25 +70,17 @@ long filterQuietly(DWORD code, std::uint32_t* faultCode) {
 
 bool callGuarded(Function function, void* argument) {
     reserveStackOnce();
-    DWORD code = EXCEPTION_STACK_OVERFLOW;  // holds when the rescue made the call return false
-    __try {
-        if (runReported(function, argument)) return true;
-    } __except (filterFault(GetExceptionInformation())) {
-        code = GetExceptionCode();
-    }
-    recover(code);
+    Call call{function, argument, EXCEPTION_STACK_OVERFLOW};  // the code holds when the rescue makes the call fail
+    if (platform::callFiltered(&runReported, &call, &filterReporting, &call)) return true;
+    recover(call.faultCode);
     return false;
 }
 
 bool callQuietly(Function function, void* argument, std::uint32_t* faultCode) {
-    DWORD code = EXCEPTION_STACK_OVERFLOW;
-    __try {
-        if (runQuiet(function, argument)) return true;
-        filterQuietly(code, faultCode);
-    } __except (filterQuietly(GetExceptionCode(), faultCode)) {
-        code = GetExceptionCode();
-    }
-    recover(code);
+    Call call{function, argument, EXCEPTION_STACK_OVERFLOW};
+    if (platform::callFiltered(&runQuiet, &call, &filterQuietly, &call)) return true;
+    if (faultCode) *faultCode = call.faultCode;
+    recover(call.faultCode);
     return false;
 }
 

@@ -4,9 +4,11 @@
 
 #include <cstdint>
 
+#include "platform/structuredCall.h"
+
 namespace xo::fault {
 
-using Function = void (*)(void*);
+using platform::Function;
 
 // Calls the function. A fault in it is reported and ends the call, after which the thread is as good as before: a guard
 // page stands at the end of its stack again, no floating-point fault is pending. False then. A language exception that

@@ -61,6 +61,7 @@ void rescueThread(void* argument) {
     bool isReported = false;
     if (!unwindToGuard(target, isReported)) return;
     if (isReported) reportFault(*rescue.fault);
+    platform::releaseCallsBetween(rescue.fault->ContextRecord->Rsp, target.Rsp);
     target.Rax = 0;  // "false"
     *rescue.fault->ContextRecord = target;
     rescue.isDone = true;

@@ -11,7 +11,7 @@ namespace xo::fault {
 // that the guard called, and lets that function return false.
 class OverflowRescue {
 public:
-    using GuardedFunction = bool (*)(Function, void*);
+    using GuardedFunction = bool (*)(void*);
 
     // The functions that a guard calls: on the stack below the first a fault is reported, below the second it is not.
     OverflowRescue(GuardedFunction reported, GuardedFunction quiet);

@@ -4,6 +4,10 @@
 
 #include <cstdio>
 #include <iostream>
+#if defined(__GLIBCXX__)
+#    include <ext/stdio_filebuf.h>
+#    include <ext/stdio_sync_filebuf.h>
+#endif
 
 #include "platform/wideText.h"
 #include "platform/windows.h"
@@ -11,13 +15,25 @@
 namespace xo::log {
 namespace {
 
-// A host that gave std::cout another buffer wants the lines there, whatever standard output is.
+#if defined(__GLIBCXX__)
+// The buffer of a std::cout that nobody has redirected, in the C stream's step or not (std::ios::sync_with_stdio).
+bool isStandardOutput(std::streambuf* buffer) {
+    if (auto* const synchronised = dynamic_cast<__gnu_cxx::stdio_sync_filebuf<char>*>(buffer))
+        return synchronised->file() == stdout;
+    auto* const own = dynamic_cast<__gnu_cxx::stdio_filebuf<char>*>(buffer);
+    return own && own->file() == stdout;
+}
+#else
+// Other libraries do not say what a buffer writes to: what std::cout had when the library was loaded counts.
 std::streambuf* const kOriginalBuffer = std::cout.rdbuf();
+bool isStandardOutput(std::streambuf* buffer) { return buffer == kOriginalBuffer; }
+#endif
 
-// Standard output when it is a console window, otherwise null.
+// Standard output when it is a console window, otherwise null. A host that gave std::cout another buffer wants the
+// lines there, whatever standard output is.
 HANDLE realConsole() {
     const int descriptor = ::_fileno(stdout);
-    if (descriptor < 0 || std::cout.rdbuf() != kOriginalBuffer) return nullptr;
+    if (descriptor < 0 || !isStandardOutput(std::cout.rdbuf())) return nullptr;
     const auto handle = reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor));
     DWORD mode = 0;
     return ::GetConsoleMode(handle, &mode) ? handle : nullptr;
@@ -41,12 +57,15 @@ void writeLineToConsole(std::string& line) {
     line += '\n';
     // The buffer and not the stream: a closed standard output must not set the host's std::cout to failed.
     std::streambuf* const out = std::cout.rdbuf();
-    if (const HANDLE console = realConsole()) {
-        out->pubsync();
-        writeWide(console, platform::toWide(line));
-    } else if (out) {
-        out->sputn(line.data(), static_cast<std::streamsize>(line.size()));
-        out->pubsync();
+    try {
+        if (const HANDLE console = realConsole()) {
+            out->pubsync();
+            writeWide(console, platform::toWide(line));
+        } else if (out) {
+            out->sputn(line.data(), static_cast<std::streamsize>(line.size()));
+            out->pubsync();
+        }
+    } catch (...) {  // a host's buffer may throw; the line still goes to the file
     }
     line.pop_back();
 }

@@ -1,5 +1,6 @@
 #include "log/linePrefix.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 
@@ -32,16 +33,18 @@ std::int64_t currentSecond() {
 std::string_view LocalTimeText::of(std::int64_t second) {
     if (second == mSecond) return {mText, mLength};
 
-    const __time64_t time = second;
+    // The runtime library converts no other times; a clock that is set so wrong shows the nearest.
+    constexpr std::int64_t kLastSecond = 32535215999;  // of the year 3000, UTC
+    const __time64_t time = std::clamp(second, std::int64_t{0}, kLastSecond);
     std::tm local{};
     ::_localtime64_s(&local, &time);
     // strftime's names would follow the host's setlocale; a log reads the same everywhere.
     static constexpr char kDays[7][4] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
     static constexpr char kMonths[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                             "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    const int length = std::snprintf(mText, sizeof mText, "%s %s %02d %02d:%02d:%02d %d", kDays[local.tm_wday % 7],
-                                     kMonths[local.tm_mon % 12], local.tm_mday, local.tm_hour, local.tm_min,
-                                     local.tm_sec, local.tm_year + 1900);
+    const int length =
+        std::snprintf(mText, sizeof mText, "%s %s %02d %02d:%02d:%02d %d", kDays[local.tm_wday], kMonths[local.tm_mon],
+                      local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, local.tm_year + 1900);
     mLength = static_cast<std::size_t>(length);
     mSecond = second;
     return {mText, mLength};

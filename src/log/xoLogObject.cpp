@@ -15,54 +15,79 @@ struct xoLogObject::Line {
     xoLogType type = xoLogInfo;
     bool hasText = false;
     bool hasEventSource = false;
+    std::atomic<bool>* placeIsFree = nullptr;  // of its place in the pool; null for a line from the heap
     std::string text;
     std::string qualifier;
     std::string eventSource;
-    std::atomic<bool> isTaken{false};
 };
 
-// Lines that keep their room from one use to the next, so that most lines allocate nothing. Each thread has its place;
-// whoever finds it taken, by a line in the making or by another thread, gets a line from the heap.
+// Lines that keep their buffers from one use to the next, so that most lines allocate nothing. Each thread has its
+// place; whoever finds it taken, by a line in the making or by another thread, gets a line from the heap. So does a
+// line that is written before the pool is made or after its end, when static objects are made and destroyed.
 class xoLogObject::Line::Pool {
 public:
-    // Lines that are written while the process ends find every place taken.
+    Pool() {
+        for (Place& place : mPlaces) {
+            place.line.placeIsFree = &place.isFree;
+            place.isFree = true;
+        }
+    }
+
+    // Frees the buffers of the places that it can still take. A line in the making keeps its place: in a static build
+    // the other threads still run.
     ~Pool() {
-        for (Line& line : mLines) line.isTaken = true;
+        for (Place& place : mPlaces)
+            if (place.isFree.exchange(false, std::memory_order_acquire)) place.line.~Line();
     }
 
     Line* take() {
-        Line& line = mLines[::GetCurrentThreadId() / 4 % kSize];  // identifiers are multiples of 4
-        return line.isTaken.exchange(true, std::memory_order_acquire) ? new Line() : &line;
+        Place& place = mPlaces[::GetCurrentThreadId() / 4 % kSize];  // identifiers are multiples of 4
+        return place.isFree.exchange(false, std::memory_order_acquire) ? &place.line : new Line();
     }
 
     void give(Line* line) {
-        if (line < mLines || line >= mLines + kSize) {
+        if (!line->placeIsFree) {
             delete line;
             return;
         }
-        constexpr std::size_t kMostRoomKept = 4096;
-        if (line->text.capacity() > kMostRoomKept) std::string().swap(line->text);
-        line->isTaken.store(false, std::memory_order_release);
+        constexpr std::size_t kMostKept = 4096;
+        if (line->text.capacity() > kMostKept) std::string().swap(line->text);
+        line->placeIsFree->store(true, std::memory_order_release);
     }
 
     static Pool msInstance;
 
 private:
     static constexpr std::size_t kSize = 16;
-    Line mLines[kSize];
+
+    struct Place {
+        Place() : line() {}
+        ~Place() {}
+        union {
+            Line line;  // destroyed by the pool alone
+        };
+        std::atomic<bool> isFree;  // false in the zeroed memory before the pool is made
+    };
+    Place mPlaces[kSize];
 };
 
 xoLogObject::Line::Pool xoLogObject::Line::Pool::msInstance;
 
 void xoLogObject::begin(xoLogType type, const char* qualifier, xoLog* log, const char* eventSourceName) {
-    mLine = Line::Pool::msInstance.take();
-    mLine->log = log;
-    mLine->type = type;
-    mLine->hasText = false;
-    mLine->hasEventSource = eventSourceName != nullptr;
-    mLine->text.clear();
-    mLine->qualifier = qualifier ? qualifier : "";
-    mLine->eventSource = eventSourceName ? eventSourceName : "";
+    Line* line = nullptr;
+    try {
+        line = Line::Pool::msInstance.take();
+        line->log = log;
+        line->type = type;
+        line->hasText = false;
+        line->hasEventSource = eventSourceName != nullptr;
+        line->text.clear();
+        line->qualifier = qualifier ? qualifier : "";
+        line->eventSource = eventSourceName ? eventSourceName : "";
+        mLine = line;
+    } catch (...) {  // out of memory: the line is lost, the host is not
+        if (line) Line::Pool::msInstance.give(line);
+    }
 }
 
 void xoLogObject::end() noexcept {
@@ -76,7 +101,7 @@ void xoLogObject::end() noexcept {
         } else {
             xoLog::WriteToStd(line.text, line.type, line.qualifier);
         }
-    } catch (...) {  // out of memory: the line is lost, the host is not
+    } catch (...) {  // out of memory
     }
     Line::Pool::msInstance.give(mLine);
 }
@@ -86,10 +111,13 @@ void xoLogObject::append(const char* text) { append(std::string_view(text ? text
 void xoLogObject::append(std::string_view text) {
     constexpr std::size_t kUsualLength = 120;
     std::string& line = mLine->text;
-    const std::size_t size = line.size() + text.size();
-    if (size > line.capacity()) line.reserve((std::max)(kUsualLength, 2 * size));
-    line += text;
     mLine->hasText = true;
+    const std::size_t size = line.size() + text.size();
+    try {
+        if (size > line.capacity()) line.reserve((std::max)(kUsualLength, 2 * size));
+        line += text;
+    } catch (...) {  // out of memory: the line goes without this piece
+    }
 }
 
 void xoLogObject::appendInteger(std::int64_t value) {
