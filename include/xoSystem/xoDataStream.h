@@ -88,9 +88,8 @@ public:
 
     // When the device comes up short, or the stream was not ok before, the value stays as it was.
     xoDataStream& operator>>(bool& value) {
-        std::uint8_t byte = value ? 1 : 0;
-        take<std::uint8_t>(byte);
-        value = byte != 0;
+        std::uint8_t byte = 0;
+        if (take<std::uint8_t>(byte).mOk) value = byte != 0;  // not before: the value may be uninitialised
         return *this;
     }
     xoDataStream& operator>>(char& value) { return take<std::uint8_t>(value); }

@@ -73,8 +73,12 @@ TEST(DataStream, LaysEachTypeOut) {
 
     MemoryDevice device("\x02");
     xoDataStream stream(&device, kBig);
-    bool truth = false;
+    bool truth = false, untouched;
+    std::memset(&untouched, 0x55, 1);  // as an uninitialised one may be
     EXPECT_TRUE((stream >> truth).isOk() && truth);
+    EXPECT_EQ(std::memcmp(&truth, "\1", 1), 0);
+    EXPECT_FALSE((xoDataStream(&device, kBig) >> untouched).isOk());
+    EXPECT_EQ(std::memcmp(&untouched, "\x55", 1), 0) << "neither read nor written";
     stream << "abc" << static_cast<const char*>(nullptr);
     stream.setEndianness(kLittle);
     stream << 1;
