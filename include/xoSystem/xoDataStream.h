@@ -6,7 +6,7 @@
 //
 // Layout, with B for the stream's byte order:
 //
-//     bool                          1 byte, FF or 00; any byte but 00 reads as true
+//     bool                          1 byte, FF or 00; any byte except 00 reads as true
 //     char, signed or unsigned      1 byte
 //     short, unsigned short         2 bytes, B
 //     int, long, also unsigned      4 bytes, B
@@ -14,13 +14,14 @@
 //     float, double                 4 and 8 bytes, the bits of IEEE 754 as an integer in B
 //     std::string, vector<char>     the number of bytes as an unsigned int, then the bytes as they are
 //
-// Nothing else reaches the device: who wants a version in a file writes one.
+// Nothing else reaches the device. A file that needs a version number has to write it as values of its own.
 //
-// Failure is one flag, isOk(), that once false stays false: whatever moves fewer bytes than it should clears it, and
-// from then on << and >> do nothing. So ask after a sequence of operations. Nothing throws (unless the device does) or
-// logs, and the device's own error state is not looked at. The stream does not own the device; a null device fails
-// everything. A stream and its device belong to one thread at a time; a copy shares the device and has a flag of its
-// own.
+// Errors are reported by one flag, isOk(). A transfer of fewer bytes than the value has clears it, and from then on <<
+// and >> do nothing, so it is enough to check it after a sequence of operations. Only the number of bytes that the
+// device returns counts; its hasError() is not consulted. Nothing is logged, and nothing throws except the device.
+//
+// The stream does not own the device. With a null device every operation fails. A stream and its device are used by one
+// thread at a time. A copy shares the device and has its own flag.
 #ifndef XOSYSTEM_XODATASTREAM_H
 #define XOSYSTEM_XODATASTREAM_H
 
@@ -35,33 +36,31 @@
 
 namespace xo {
 
-// The version of the layout. The stream neither writes nor checks it.
+// The version of the layout, 6.30. The stream neither writes nor checks it.
 XOSYSTEM_API extern const char xoMajorOutputStreamVersion;
 XOSYSTEM_API extern const char xoMinorOutputStreamVersion;
 
 class XOSYSTEM_API xoDataStream {
 public:
-    // Any other value stands for little-endian too.
+    // Any other value means little-endian too.
     enum Endianness : int { EndiannessLittle = 0, EndiannessBig = 1 };
 
-    // Starts out ok, with a null device too.
+    // The stream is ok at first, with a null device too.
     xoDataStream(xoIoDevice* device, Endianness endianness) : mDevice(device), mEndianness(endianness) {}
     xoDataStream(xoIoDevice* device, int endianness) : xoDataStream(device, static_cast<Endianness>(endianness)) {}
 
-    // Of what is read and written next.
+    // The byte order, which may be changed between two values.
     Endianness getEndianness() const { return mEndianness; }
-
-    // For what follows; a stream may change its order midway.
     void setEndianness(Endianness endianness) { mEndianness = endianness; }
     void setEndianness(int endianness) { mEndianness = static_cast<Endianness>(endianness); }
 
-    // Whether everything moved that should have.
+    // False after the first failure. Only the assignment of another stream makes it true again.
     bool isOk() const { return mOk; }
 
-    // Makes the stream fail, for instance over a value that makes no sense. Nothing mends it but assigning another.
+    // Clears the flag, for instance after a value that makes no sense.
     void setError() { mOk = false; }
 
-    // Write a value as the layout above has it.
+    // Write a value in the layout above.
     xoDataStream& operator<<(bool value) { return put<std::uint8_t>(value ? 0xFF : 0x00); }
     xoDataStream& operator<<(char value) { return put<std::uint8_t>(value); }
     xoDataStream& operator<<(signed char value) { return put<std::uint8_t>(value); }
@@ -77,16 +76,17 @@ public:
     xoDataStream& operator<<(float value) { return put<std::uint32_t>(value); }
     xoDataStream& operator<<(double value) { return put<std::uint64_t>(value); }
 
-    // Writes the length in one piece and the bytes in another. More than 4 GiB - 1 fail and write nothing.
+    // Write the length with one call of writeBytes and the bytes with another one; an empty text has no second call.
+    // More than 4294967295 bytes fail, and nothing is written.
     xoDataStream& operator<<(const std::string& text) { return putBlock(text.data(), text.size()); }
     xoDataStream& operator<<(const std::vector<char>& bytes) { return putBlock(bytes.data(), bytes.size()); }
 
-    // As the std::string with the same text; null as the empty one.
+    // Writes what a std::string with the same text writes; null is the empty text.
     xoDataStream& operator<<(const char* text) { return putBlock(text, text ? std::strlen(text) : 0); }
     template <class T>
     xoDataStream& operator<<(const T* pointer) = delete;  // it would be written as a bool
 
-    // When the device comes up short, or the stream was not ok before, the value stays as it was.
+    // Read a value. It keeps its old value when the device returns fewer bytes or the stream was not ok before.
     xoDataStream& operator>>(bool& value) {
         std::uint8_t byte = 0;
         if (take<std::uint8_t>(byte).mOk) value = byte != 0;  // not before: the value may be uninitialised
@@ -106,18 +106,21 @@ public:
     xoDataStream& operator>>(float& value) { return take<std::uint32_t>(value); }
     xoDataStream& operator>>(double& value) { return take<std::uint64_t>(value); }
 
-    // Empties the target in any case. A length that is not true is no danger: up to 4 MiB are read at once, what goes
-    // beyond in pieces of 4 MiB, so that memory is taken only for bytes that came, and no more than a piece in advance.
-    // A target that the memory does not suffice for fails.
+    // Read a text. The target is emptied first, also when the stream is not ok, and stays empty after a failure.
+    //
+    // Up to 4 MiB are read with one call of readBytes. A longer text is read with several calls, of 4 MiB each and the
+    // rest, so that memory grows with the bytes that arrive and not with a false length in damaged data. A text that does
+    // not fit into memory is a failure.
     xoDataStream& operator>>(std::string& text);
     xoDataStream& operator>>(std::vector<char>& bytes);
 
-    // The bytes as they are, without a length. False, with the stream no longer ok, unless all were written; also false
-    // when the stream was not ok before, with nothing written.
+    // Writes the bytes without a length, with one call of writeBytes, also for a size of 0. Returns isOk(): false when
+    // the stream was not ok before (nothing is written then), when the device does not take all bytes, and when data is
+    // null and the size is not 0.
     bool writeRawData(const char* data, std::uint64_t size);
 
-    // Returns how many bytes were read; fewer than asked make the stream not ok. Reads even when it was not ok before.
-    // A null buffer or a size of 0 reads nothing and changes nothing.
+    // Reads up to that many bytes with one call of readBytes, also when the stream is not ok, and returns how many it
+    // read. Fewer than the size make the stream not ok. With a null buffer or a size of 0 it does nothing and returns 0.
     std::uint64_t readRawBytes(char* buffer, std::uint64_t size);
 
 private:
@@ -133,8 +136,8 @@ private:
         return (low << 32) | swapped(static_cast<std::uint32_t>(bits >> 32));
     }
 
-    // The machine is little-endian, so one order takes the bytes as they lie in memory. In the header, because moving a
-    // value costs little more than the device's call then.
+    // The processor is little-endian, so that order takes the bytes as they are in memory. These templates and the state
+    // below are in the header, not in a private record, because inlined they cost little more than the device's call.
     template <class Bits, class Value>
     xoDataStream& put(Value value) {
         Bits bits = 0;

@@ -7,7 +7,7 @@
 namespace xo {
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{4} << 20;
+constexpr std::size_t kMaxRead = std::size_t{4} << 20;
 
 template <class Target>
 bool resize(Target& target, std::size_t size) {
@@ -51,11 +51,12 @@ xoDataStream& xoDataStream::takeBlock(Target& target) {
     return *this;
 }
 
-// Grows the target piece by piece; the container makes its room grow geometrically.
+// The target grows with the bytes that have been read, because the announced size may be false. Its capacity grows
+// geometrically, so that each byte is moved a constant number of times.
 template <class Target>
 bool xoDataStream::fill(Target& target, std::size_t size) {
     for (std::size_t filled = 0; filled < size;) {
-        const std::size_t piece = (std::min)(size - filled, kPiece);
+        const std::size_t piece = (std::min)(size - filled, kMaxRead);
         if (!resize(target, filled + piece)) return false;
         if (mDevice->readBytes(target.data() + filled, piece) != piece) return false;
         filled += piece;

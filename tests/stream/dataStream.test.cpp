@@ -96,11 +96,12 @@ TEST(DataStream, DoesNothingOnceItFailed) {
     stream << 1 << "x"s >> number >> text;
     EXPECT_FALSE(stream.writeRawData("raw", 3));
     EXPECT_TRUE(device.bytes == "\1\2\3\4" && number == 7 && text.empty() && device.readAt == 0);
-    EXPECT_EQ(stream.readRawBytes(raw.data(), 3), 3U) << "raw bytes can still be had";
+    EXPECT_EQ(stream.readRawBytes(raw.data(), 3), 3U) << "raw bytes are read all the same";
     EXPECT_TRUE(!stream.isOk() && raw == "\1\2\3");
     stream = fresh;
     EXPECT_EQ(stream.readRawBytes(nullptr, 3) + stream.readRawBytes(raw.data(), 0), 0U);
-    EXPECT_TRUE(stream.writeRawData("raw", 3) && stream.isOk());
+    EXPECT_TRUE(stream.writeRawData("raw", 3) && stream.writeRawData(nullptr, 0) && stream.isOk());
+    EXPECT_FALSE(xoDataStream(stream).writeRawData(nullptr, 3));
     EXPECT_EQ(stream.readRawBytes(raw.data(), 3), 1U);
     EXPECT_FALSE(stream.isOk());
 }
@@ -149,7 +150,8 @@ TEST(DataStream, IsNotDeceivedByALength) {
 
     std::string text((9U << 20) + 1, 'l'), copy;
     text[4U << 20] = 'm';
-    EXPECT_TRUE((xoDataStream(&large, kBig) << text >> copy).isOk() && copy == text) << "longer than one piece";
+    EXPECT_TRUE((xoDataStream(&large, kBig) << text >> copy).isOk() && copy == text);
+    EXPECT_EQ(large.largestRead, 4U << 20) << "in several reads";
 
     static void* (*allocate)(std::size_t);
     const xo::tests::ImportHook hook(
