@@ -109,8 +109,8 @@ public:
     // Read a text. The target is emptied first, also when the stream is not ok, and stays empty after a failure.
     //
     // Up to 4 MiB are read with one call of readBytes. A longer text is read with several calls, of 4 MiB each and the
-    // rest, so that memory grows with the bytes that arrive and not with a false length in damaged data. A text that does
-    // not fit into memory is a failure.
+    // rest, so that memory grows with the bytes that arrive and not with a false length in damaged data. A text that
+    // does not fit into memory is a failure.
     xoDataStream& operator>>(std::string& text);
     xoDataStream& operator>>(std::vector<char>& bytes);
 
@@ -120,7 +120,8 @@ public:
     bool writeRawData(const char* data, std::uint64_t size);
 
     // Reads up to that many bytes with one call of readBytes, also when the stream is not ok, and returns how many it
-    // read. Fewer than the size make the stream not ok. With a null buffer or a size of 0 it does nothing and returns 0.
+    // read. Fewer than the size make the stream not ok. With a null buffer or a size of 0 it does nothing and returns
+    // 0.
     std::uint64_t readRawBytes(char* buffer, std::uint64_t size);
 
 private:
@@ -136,8 +137,9 @@ private:
         return (low << 32) | swapped(static_cast<std::uint32_t>(bits >> 32));
     }
 
-    // The processor is little-endian, so that order takes the bytes as they are in memory. These templates and the state
-    // below are in the header, not in a private record, because inlined they cost little more than the device's call.
+    // The processor is little-endian, so that order takes the bytes as they are in memory. These templates and the
+    // state below are in the header, not in a private record, because inlined they cost little more than the device's
+    // call.
     template <class Bits, class Value>
     xoDataStream& put(Value value) {
         Bits bits = 0;

@@ -8,6 +8,7 @@
 namespace {
 
 using namespace xo;
+using testing::ElementsAre;
 using xo::tests::MemoryDevice;
 using Start = xoIoDevice::SeekStart;
 
@@ -196,6 +197,7 @@ TEST_F(IoDevice, ProxyTellsOfEndAndFailureWithoutThrowing) {
         if (throwing) in.exceptions(std::ios::badbit | std::ios::failbit | std::ios::eofbit);
         xoIoDeviceStdStreamProxy device(&in, &full);
         char room[24];
+        EXPECT_EQ(device.readBytes(nullptr, size) + device.writeBytes(nullptr, size), 0U);
         for (unsigned left = 24; left != 0; left -= (std::min)(left, size)) {
             EXPECT_FALSE(device.atEnd()) << "nobody has looked beyond";
             EXPECT_EQ(device.readBytes(room, size), (std::min)(left, size));
@@ -206,6 +208,7 @@ TEST_F(IoDevice, ProxyTellsOfEndAndFailureWithoutThrowing) {
         in.clear(std::ios::failbit);
         full.exceptions(std::ios::goodbit);
         full.clear();
+        EXPECT_TRUE(device.readBytes(room, 0) == 0 && !device.atEnd()) << "nothing was asked for";
         EXPECT_EQ(device.readBytes(room, size), 0U);
         EXPECT_TRUE(device.atEnd() && device.good());
     }
@@ -213,6 +216,51 @@ TEST_F(IoDevice, ProxyTellsOfEndAndFailureWithoutThrowing) {
     std::ofstream vanished(path, std::ios::binary);
     xoIoDeviceStdStreamProxy device(nullptr, &vanished);
     EXPECT_FALSE((device << "lost").good());
+}
+
+// A buffer without areas, as for a socket: it moves what one call brings as one message, and counts flushes.
+struct MessageBuffer final : std::streambuf {
+    std::streamsize xsputn(const char* bytes, std::streamsize size) override {
+        messages.emplace_back(bytes, static_cast<std::size_t>(size));
+        return size;
+    }
+    std::streamsize xsgetn(char* bytes, std::streamsize size) override {
+        messages.emplace_back("read " + std::to_string(size));
+        return std::fill_n(bytes, size, 'x') - bytes;
+    }
+    int sync() override { return messages.emplace_back("flush"), 0; }
+
+    std::vector<std::string> messages;
+};
+
+TEST_F(IoDevice, ProxyMovesAPieceThatTheBufferHasNoRoomForInOneCall) {
+    MessageBuffer buffer;
+    std::iostream stream(&buffer);
+    xoIoDeviceStdStreamProxy device(&stream, &stream);
+    char bytes[20] = {};
+    for (const std::size_t size : {1U, 8U, 16U, 17U}) {
+        EXPECT_EQ(device.writeBytes("01234567890123456789", size), size);
+        EXPECT_EQ(device.readBytes(bytes, size), size);
+        EXPECT_THAT(std::exchange(buffer.messages, {}),
+                    ElementsAre(std::string("01234567890123456789", size), "read " + std::to_string(size)));
+    }
+    EXPECT_EQ(std::string(bytes), std::string(17, 'x'));
+
+    std::stringstream text(std::string(100, 'x'));  // in its buffer, yet a tied stream is to be flushed first
+    xoIoDeviceStdStreamProxy roomy(&text, &text);
+    text.tie(&stream);
+    for (const bool isRead : {false, true}) {
+        EXPECT_EQ(isRead ? roomy.readBytes(bytes, 2) : roomy.writeBytes("ab", 2), 2U);
+        EXPECT_THAT(std::exchange(buffer.messages, {}), ElementsAre("flush")) << isRead;
+    }
+    struct : std::stringbuf {
+        int sync() override { return ++count, 0; }
+        int count = 0;
+    } counting;
+    std::ostream unbuffered(&counting);
+    unbuffered << "some room" << std::unitbuf;
+    xoIoDeviceStdStreamProxy(nullptr, &unbuffered) << "a";
+    EXPECT_EQ(counting.count, 1);
 }
 
 }  // namespace
