@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/handle.h"
-#include "xoSystem/xoIoDevice.h"
+#include "xoSystem/xoIoDeviceBase.h"
 
 namespace xo::stream {
 

@@ -7,7 +7,7 @@
 
 #include "text/blocks.h"
 #include "text/numberText.h"
-#include "xoSystem/xoIoDevice.h"
+#include "xoSystem/xoIoDeviceBase.h"
 
 namespace xo {
 namespace {

@@ -1,4 +1,4 @@
-#include "xoSystem/xoIoDevice.h"
+#include "xoSystem/xoIoDeviceBase.h"
 
 #include <algorithm>
 #include <cstring>

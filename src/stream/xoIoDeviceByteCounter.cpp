@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "stream/deviceMessage.h"
-#include "xoSystem/xoIoDevice.h"
+#include "xoSystem/xoIoDeviceByteCounter.h"
 
 namespace xo {
 namespace {

@@ -1,5 +1,5 @@
+#include "xoSystem/xoIoDeviceSignaler.h"
 #include "stream/deviceMessage.h"
-#include "xoSystem/xoIoDevice.h"
 
 namespace xo {
 

@@ -4,7 +4,7 @@
 #include <ostream>
 
 #include "stream/shortCopy.h"
-#include "xoSystem/xoIoDevice.h"
+#include "xoSystem/xoIoDeviceStdStreamProxy.h"
 
 namespace xo {
 namespace {
