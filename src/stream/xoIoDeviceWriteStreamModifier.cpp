@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "stream/deviceMessage.h"
-#include "xoSystem/xoIoDevice.h"
+#include "xoSystem/xoIoDeviceWriteStreamModifier.h"
 
 namespace xo {
 namespace {
@@ -28,7 +28,7 @@ xoIoDeviceWriteStreamModifier::~xoIoDeviceWriteStreamModifier() = default;
 
 std::uint64_t xoIoDeviceWriteStreamModifier::readBytes(char* buffer, std::uint64_t size) {
     auto count = static_cast<std::size_t>((std::min)(size, std::uint64_t{pendingCount()}));
-    if (count == 0) return 0;
+    if (count == 0 || !buffer) return 0;
     // Below the threshold a byte at a time: a modifier that wants more waits for more to be written.
     if (pendingCount() < mThreshold) count = 1;
     std::memcpy(buffer, mPending.data() + mPendingStart, count);
@@ -46,10 +46,10 @@ std::uint64_t xoIoDeviceWriteStreamModifier::writeBytes(const char* buffer, std:
     return hasError() ? 0 : size;
 }
 
-// False when there is no memory for the bytes.
+// False when there are no such bytes, or no memory for them.
 bool xoIoDeviceWriteStreamModifier::appendPending(const char* buffer, std::uint64_t size) {
     if (size == 0) return true;
-    if (size > mPending.max_size()) return false;
+    if (!buffer || size > mPending.max_size()) return false;
     // What was handed out makes room once it is at least half of the whole: so each byte moves up once at most.
     if (size > mPending.capacity() - mPending.size() && mPendingStart >= pendingCount()) {
         mPending.erase(mPending.begin(), mPending.begin() + static_cast<std::ptrdiff_t>(mPendingStart));
@@ -89,7 +89,7 @@ bool xoIoDeviceWriteStreamModifier::moveBlock() {
 
 bool xoIoDeviceWriteStreamModifier::hasError() const { return mError || (mDevice && mDevice->hasError()); }
 
-bool xoIoDeviceWriteStreamModifier::atEnd() const { return mAtEnd; }
+bool xoIoDeviceWriteStreamModifier::atEnd() const { return false; }
 
 bool xoIoDeviceWriteStreamModifier::seekg(std::int64_t /*offset*/, SeekStart /*start*/) {
     stream::report("xoIoDeviceWriteStreamModifier::seekg not implemented");
@@ -117,12 +117,12 @@ bool xoIoDeviceWriteStreamModifier::beginDelegation(xoIoDevice* device) {
     mDevice = device;
     mModifierNotStarted = true;
     mError = false;
-    mAtEnd = false;
     mThreshold = kThreshold;
     return true;
 }
 
 bool xoIoDeviceWriteStreamModifier::endDelegation() {
+    if (!mDevice) return !mError && pendingCount() == 0;  // what waits is kept for the next device
     mThreshold = 0;
     processPendingData();
     if (!mModifier || !mModifier->endDelegation()) {

@@ -133,6 +133,9 @@ TEST_F(IoDevice, BroadcastKeepsItsErrorAndItsOrder) {
     xoIoDeviceBroadcast uneven({&first, &last});
     EXPECT_EQ(uneven.tellp(), 0U);
     EXPECT_TRUE(uneven.hasError());
+    xoIoDeviceByteCounter counter;
+    counter.skipBytes(1);  // an error, yet it takes bytes
+    EXPECT_EQ(xoIoDeviceBroadcast({&counter, &last}).writeBytes("lost", 4) + last.bytes.size(), 5U);
     first.broken = true;
     EXPECT_FALSE(uneven.seekp(2, Start::SeekFromBegin));
     EXPECT_EQ(last.writeAt, 2U) << "moved although the first failed";
