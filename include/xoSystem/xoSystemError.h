@@ -5,19 +5,23 @@
 #define XOSYSTEM_XOSYSTEMERROR_H
 
 #include <string>
+#include <type_traits>
 
 #include "xoSystem/xoExport.h"
 
 namespace xo {
 
-// A plain value; 0 is success. Codes above 0x7FFFFFFF, such as an HRESULT, are negative.
+// A plain value; 0 is success. Codes above 0x7FFFFFFF, such as a failed HRESULT, are negative.
 class XOSYSTEM_API SystemError {
 public:
-    SystemError() = default;                                            // success
-    SystemError(int code) : mCode(code) {}                              // as errors are kept
-    SystemError(unsigned long code) : mCode(static_cast<int>(code)) {}  // as GetLastError gives it
+    SystemError() = default;  // success
+    SystemError(int code) : mCode(code) {}
+    SystemError(unsigned long code) : mCode(static_cast<int>(code)) {}  // as GetLastError returns it
+    // Any other integer: LSTATUS and HRESULT are long, some interfaces keep codes in 64 bits. The low 32 bits count.
+    template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
+    SystemError(Integer code) : mCode(static_cast<int>(code)) {}
 
-    // The code as it was given, in 32 bits.
+    // The low 32 bits of the code that was given.
     int getErrorCode() const { return mCode; }
 
     // The system's message in the user's language, UTF-8 on one line, then the code: "File not found.  (2)". The second

@@ -18,7 +18,15 @@ TEST(SystemError, ShowsTheSystemsTextOnOneLineWithTheCode) {
     EXPECT_NE(SystemError(2).toString(), SystemError(3).toString());
     EXPECT_EQ(SystemError(0x2FFFFFFF).toString(), "Unknown Error (805306367)");
     EXPECT_EQ(SystemError(-1).toString().substr(SystemError(-1).toString().size() - 5), " (-1)");
-    EXPECT_EQ(SystemError(0x80004005ul).getErrorCode(), -2147467259);
+}
+
+TEST(SystemError, IsMadeFromAnyInteger) {
+    const DWORD ofGetLastError = 0x80004005;
+    const HRESULT result = E_FAIL;
+    const SystemError errors[] = {ofGetLastError, result, 0x80004005, 0x80004005u, 0x80004005ll, 0xFFFFFFFF80004005ull};
+    for (const SystemError& error : errors) EXPECT_EQ(error.getErrorCode(), -2147467259);
+    EXPECT_EQ(SystemError(LSTATUS{2}).toString(), SystemError(ERROR_FILE_NOT_FOUND).toString());
+    EXPECT_EQ(SystemError(std::int8_t{-1}).getErrorCode(), -1);
 }
 
 DWORD WINAPI formatMessage(DWORD flags, LPCVOID source, DWORD code, DWORD language, LPSTR buffer, DWORD, va_list*) {
