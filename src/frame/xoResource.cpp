@@ -1,7 +1,8 @@
 #include "xoSystem/xoResource.h"
 
 #include <map>
-#include <string_view>
+#include <string>
+#include <utility>
 
 #include "concurrency/lateMutex.h"
 #include "frame/resourceRegistry.h"
@@ -20,18 +21,20 @@ public:
     void makeThreadSafe() { mMutex.make(); }
     void unmakeThreadSafe() { mMutex.unmake(); }
 
+    // Names are copied before the lock is taken: reading a bad pointer of the caller's may fault.
+
     // False, with nothing changed, when the name is taken.
-    bool insert(const char* name, View view) {
+    bool insert(std::string name, View view) {
         const concurrency::LateMutexLocker locker(mMutex);
-        return mEntries.try_emplace(name, view).second;
+        return mEntries.try_emplace(std::move(name), view).second;
     }
 
-    bool erase(const char* name) {
+    bool erase(const std::string& name) {
         const concurrency::LateMutexLocker locker(mMutex);
         return mEntries.erase(name) != 0;
     }
 
-    bool find(std::string_view name, View& view) {
+    bool find(const std::string& name, View& view) {
         const concurrency::LateMutexLocker locker(mMutex);
         const auto found = mEntries.find(name);
         if (found == mEntries.end()) return false;
@@ -41,7 +44,7 @@ public:
 
 private:
     concurrency::LateMutex mMutex;
-    std::map<std::string, View, std::less<>> mEntries XO_GUARDED_BY(mMutex);
+    std::map<std::string, View> mEntries XO_GUARDED_BY(mMutex);
 };
 
 Registry* registry = nullptr;
@@ -67,6 +70,7 @@ void frame::destroyResourceRegistry() {
 
 void rc::impl::RegisterResources(std::size_t count, const char* blob, const char* const* names,
                                  const std::size_t* sizes, const std::size_t* offsets) {
+    if (!blob || !names || !sizes || !offsets) return;
     frame::createResourceRegistry();
     for (std::size_t i = 0; i < count; ++i)
         if (!names[i] || !registry->insert(names[i], {blob + offsets[i], sizes[i]}))
@@ -75,7 +79,7 @@ void rc::impl::RegisterResources(std::size_t count, const char* blob, const char
 
 void rc::impl::UnRegisterResources(std::size_t count, const char*, const char* const* names, const std::size_t*,
                                    const std::size_t*) {
-    if (!registry) return;
+    if (!registry || !names) return;
     for (std::size_t i = 0; i < count; ++i)
         if (!names[i] || !registry->erase(names[i])) report("Resource is already unregistered ", names[i]);
 }

@@ -60,6 +60,15 @@ TEST_F(Resource, KeepsTheFirstDataOfAName) {
     EXPECT_TRUE(GetResource("a", bytes));
     EXPECT_EQ(bytes, std::string("first\0", 6));
     EXPECT_TRUE(GetResource("new", bytes));
+
+    for (int missing = 0; missing < 4; ++missing)
+        xo::rc::impl::RegisterResources(1, missing == 0 ? nullptr : kOther, missing == 1 ? nullptr : &kNames[1],
+                                        missing == 2 ? nullptr : sizes, missing == 3 ? nullptr : offsets);
+    EXPECT_FALSE(GetResource(kNames[1], bytes) && bytes == "other");
+    xo::rc::impl::UnRegisterResources(1, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_THAT(takeLines(), IsEmpty());
+    xo::rc::impl::UnRegisterResources(1, nullptr, &names[2], nullptr, nullptr);
+    EXPECT_THAT(takeLines(), ElementsAre("3()Resource is already unregistered [NullPtr]"));
 }
 
 TEST_F(Resource, IsForgottenWhenUnregisteredAndAtTheEnd) {
