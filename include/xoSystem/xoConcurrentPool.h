@@ -245,9 +245,10 @@ inline void ConcurrentPool::wakeWorker() {
 
 namespace concurrent {
 
-// The pool of the process, with one worker per processor (the environment variable NUMBER_OF_PROCESSORS). It exists
-// from initializeXoSystem(InitTypeFull) to the outermost termination; outside that time this must not be called. A host
-// that never terminates the library leaves it to the end of the process, which does not wait for it.
+// The pool of the process, with one worker per processor (the environment variable NUMBER_OF_PROCESSORS), or fewer when
+// not so many threads can be started. It exists from initializeXoSystem(InitTypeFull) to the outermost termination;
+// outside that time this throws std::system_error. A host that never terminates the library leaves it to the end of the
+// process, which does not wait for it.
 XOSYSTEM_API ConcurrentPool& GetConcurrentPool();
 
 }  // namespace concurrent

@@ -23,8 +23,11 @@ enum InitType : int {
 };
 
 // Brings the library up to the level of the type, or counts one more user of it. Any other type does nothing. With
-// queryMainDisk true, full initialisation asks for the main disk once, which takes a while, so that later questions are
-// answered at once. Running out of memory throws std::bad_alloc and leaves in place what was made.
+// queryMainDisk true, the first full initialisation asks for the main disk, which takes a while, so that later
+// questions are answered at once; a call that only counts ignores it.
+//
+// Running out of memory throws std::bad_alloc and leaves in place what was made. When no thread can be started for the
+// pool, std::system_error is thrown: the library is then safe for threads, but has neither pool nor signal handlers.
 XOSYSTEM_API void initializeXoSystem(InitType type, bool queryMainDisk = false);
 inline void initializeXoSystem(int type, bool queryMainDisk = false) {
     initializeXoSystem(static_cast<InitType>(type), queryMainDisk);

@@ -1,5 +1,7 @@
 #include "threads/concurrentPoolInstance.h"
 
+#include <system_error>
+
 #include "xoSystem/xoConcurrentPool.h"
 
 namespace xo {
@@ -12,7 +14,14 @@ ConcurrentPool* instance = nullptr;  // a bare pointer: nothing happens to it at
 namespace threads {
 
 void createConcurrentPool(unsigned workerCount) {
-    if (!instance) instance = new ConcurrentPool(workerCount);
+    while (!instance) {
+        try {
+            instance = new ConcurrentPool(workerCount);
+        } catch (const std::system_error&) {  // so many threads cannot be started
+            if (workerCount <= 1) throw;
+            workerCount /= 2;
+        }
+    }
 }
 
 void destroyConcurrentPool() {
@@ -22,6 +31,9 @@ void destroyConcurrentPool() {
 
 }  // namespace threads
 
-ConcurrentPool& concurrent::GetConcurrentPool() { return *instance; }
+ConcurrentPool& concurrent::GetConcurrentPool() {
+    if (!instance) throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+    return *instance;
+}
 
 }  // namespace xo

@@ -5,9 +5,10 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <system_error>
 #include <vector>
 
-#include "support/capturedOutput.h"
+#include "support/importHook.h"
 #include "xoSystem/xoSystem.h"
 
 namespace {
@@ -72,6 +73,30 @@ TEST(Lifecycle, RemembersATerminationTooMany) {
     EXPECT_TRUE(IsXoSystemThreadSafe()) << "the level never falls before the end";
     terminateXoSystem();
     EXPECT_FALSE(IsXoSystemThreadSafe());
+}
+
+int refusedThreads = 0;
+std::uintptr_t beginThread(void* security, unsigned stackSize, unsigned(__stdcall* function)(void*), void* argument,
+                           unsigned flags, unsigned* id) {
+    if (refusedThreads > 0) return --refusedThreads, 0;
+    return xo::tests::ImportHook::behind(&beginThread)(security, stackSize, function, argument, flags, id);
+}
+
+TEST(Lifecycle, HasAPoolOfTheThreadsThatCanBeStarted) {
+    const xo::tests::ImportHook hook("xoSystem.dll", "_beginthreadex", &beginThread);
+    ASSERT_TRUE(hook.isInstalled());
+    ::SetEnvironmentVariableW(L"NUMBER_OF_PROCESSORS", L"8");
+    for (const auto& [refused, workers] : {std::pair{1, 4u}, {3, 1u}}) {
+        refusedThreads = refused;
+        initializeXoSystem(xo::InitTypeFull);
+        EXPECT_EQ(xo::concurrent::GetConcurrentPool().getWorkerCount(), workers);
+        terminateXoSystem();
+    }
+    EXPECT_THROW(xo::concurrent::GetConcurrentPool(), std::system_error);
+    refusedThreads = 100;
+    EXPECT_THROW(initializeXoSystem(xo::InitTypeFull), std::system_error);
+    EXPECT_THROW(xo::concurrent::GetConcurrentPool(), std::system_error);
+    terminateXoSystem();
 }
 
 TEST(Lifecycle, KeepsAndFinallyDestroysTheHostsLog) {
