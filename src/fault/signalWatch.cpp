@@ -28,8 +28,13 @@ void reportSignal(int signal) { emitReport("Catch signal ", signalName(signal));
 }  // namespace
 
 void installSignalWatch() {
-    for (const int signal : kWatched) std::signal(signal, &reportSignal);
     isInstalled = true;
+    watchSignalsOfThread();
+}
+
+void watchSignalsOfThread() {
+    if (!isInstalled) return;
+    for (const int signal : kWatched) std::signal(signal, &reportSignal);
 }
 
 void removeSignalWatch() {

@@ -2,6 +2,7 @@
 
 #include <process.h>
 
+#include "fault/signalWatch.h"
 #include "platform/handle.h"
 #include "threads/guardedBody.h"
 
@@ -64,6 +65,7 @@ bool xoLegacyThread::create(const xoThreadCreationFlag& flag) {
 
 unsigned int __stdcall xoLegacyThread::execute(void* thread) {
     auto* const self = static_cast<xoLegacyThread*>(thread);
+    fault::watchSignalsOfThread();
     self->mId = ::GetCurrentThreadId();          // the body may ask before _beginthreadex has returned
     xoThreadSafePtr<bool> alive = self->mAlive;  // the object may be gone once the body has cleared it
     if (!threads::runGuarded(&runGuarded, self, /*locks=*/{})) alive.set(false);

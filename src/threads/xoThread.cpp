@@ -7,6 +7,7 @@
 #include <typeinfo>
 
 #include "concurrency/earlyCreation.h"
+#include "fault/signalWatch.h"
 #include "platform/handle.h"
 #include "threads/guardedBody.h"
 #include "threads/threadName.h"
@@ -105,6 +106,7 @@ void xoThread::usleep(unsigned long microseconds) { ::Sleep(microseconds / 1000)
 
 void xoThread::Run(xoThread* thread) {
     threads::nameCurrentThread(thread->mThreadName);
+    fault::watchSignalsOfThread();
     threads::runGuarded(&RunImpl, thread, /*locks=*/{});
     thread->mIsRunning.store(false, std::memory_order_release);
 }

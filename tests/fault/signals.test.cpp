@@ -1,9 +1,11 @@
+#include <climits>
 #include <csignal>
 
 #include "fault/faultFixture.h"
 #include "support/child.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoInit.h"
+#include "xoSystem/xoThread.h"
 
 namespace {
 
@@ -28,6 +30,12 @@ TEST_F(Signals, AreWatchedFromFullInitialisationToTermination) {
     xo::xoLog::edit().setEchoToConsole(false);
     for (const int signal : {SIGILL, SIGFPE, SIGSEGV}) std::raise(signal);
     EXPECT_THAT(takeFirstLines(), ElementsAre("Catch signal SIGILL", "Catch signal SIGFPE", "Catch signal SIGSEGV"));
+    struct Raiser : xo::xoThread {
+        ~Raiser() override { waitThread(INT_MAX); }
+        void run() override { std::raise(SIGSEGV); }
+    };
+    Raiser().startThread(nullptr);
+    EXPECT_THAT(takeFirstLines(), ElementsAre("Catch signal SIGSEGV")) << "on the library's own threads, too";
 
     xo::initializeXoSystem(xo::InitTypeBasic);
     xo::terminateXoSystem();
