@@ -10,6 +10,8 @@
 #include "log/logFixture.h"
 #include "support/allocationCount.h"
 #include "support/capturedOutput.h"
+#include "support/importHook.h"
+#include "support/temporaryFolder.h"
 
 namespace {
 
@@ -113,15 +115,63 @@ TEST_F(Log, EchoesLinesWithTheirPrefix) {
     EXPECT_TRUE(std::regex_match(output.text(), std::regex(pattern))) << output.text();
 }
 
-TEST_F(Log, TellsTheLocalTimeOfNow) {
-    const auto classic = [] {
-        const std::time_t now = std::time(nullptr);
-        char buffer[80];
-        std::strftime(buffer, sizeof buffer, "%a %b %d %H:%M:%S %Y", std::localtime(&now));
-        return std::string(buffer);
+std::int64_t clockSecond = 0;
+void WINAPI systemTime(LPFILETIME time) {
+    const std::int64_t ticks = clockSecond * 10000000 + 116444736000000000;
+    time->dwLowDateTime = static_cast<DWORD>(ticks);
+    time->dwHighDateTime = static_cast<DWORD>(ticks >> 32);
+}
+
+TEST_F(Log, TellsTheLocalTimeOfTheCall) {
+    const xo::tests::ImportHook hook("xoSystem.dll", "GetSystemTimeAsFileTime", &systemTime);
+    ASSERT_TRUE(hook.isInstalled());
+    ::_putenv("TZ=XOT-3");
+    ::_tzset();
+    const struct {
+        std::int64_t second;
+        const char* text;
+    } rows[] = {
+        {1583233509, "Tue Mar 03 14:05:09 2020"},
+        {1583233510, "Tue Mar 03 14:05:10 2020"},
+        {1577836799, "Wed Jan 01 02:59:59 2020"},  // the clock was set back
+        {0, "Thu Jan 01 03:00:00 1970"},
+        {-1, "Thu Jan 01 03:00:00 1970"},  // what the runtime library cannot convert shows the nearest
+        {910692730084, "Thu Jan 01 02:59:59 3001"},
+        {32535215999, "Thu Jan 01 02:59:59 3001"},
     };
-    const std::string before = classic(), text = xoLog::GetTime(), after = classic();
-    EXPECT_TRUE(text == before || text == after) << text;
+    log().setEchoToConsole(true);
+    // The wait for a handler, or for the lock, does not count.
+    log().installCustomHandler(
+        [](const std::string&, xo::xoLogType, const std::string&, void*) { clockSecond = 1600000000; }, nullptr);
+    for (const auto& row : rows) {
+        const xo::tests::CapturedOutput output;
+        clockSecond = row.second;
+        log().Write("x", xo::xoLogInfo, {});
+        EXPECT_EQ(output.text(), "INFO : " + std::string(row.text) + " x\n");
+        clockSecond = row.second;
+        EXPECT_EQ(xoLog::GetTime(), row.text);
+    }
+}
+
+// A host's buffer that logs what it gets, as one does that shows the output in a window; and one that throws.
+struct LoggingBuffer : std::stringbuf {
+    std::streamsize xsputn(const char*, std::streamsize) override {
+        if (std::exchange(isFirst, false)) xoLogObject(xo::xoLogInfo) << "from the buffer";
+        throw std::runtime_error("buffer");
+    }
+    bool isFirst = true;
+};
+
+TEST_F(Log, SurvivesTheHostsOutput) {
+    const xo::tests::TemporaryFolder folder;
+    log().installFileHandlerExUtf8(folder.path("app.log"), xo::xoLogFileEcho, -1, 0);
+    LoggingBuffer buffer;
+    std::streambuf* const before = std::cout.rdbuf(&buffer);
+    EXPECT_NO_THROW(log().Write("line", xo::xoLogInfo, {}));
+    std::cout.rdbuf(before);
+    EXPECT_TRUE(std::regex_match(folder.read("app.log"), std::regex("\xEF\xBB\xBFINFO : " + kTime +
+                                                                    "from the buffer\r\nINFO : " + kTime + "line\r\n")))
+        << folder.read("app.log");
 }
 
 TEST_F(Log, BlacklistsQualifiersOfDebugLinesAlone) {
@@ -147,10 +197,10 @@ TEST_F(Log, SurvivesItsHandler) {
     log().installCustomHandler(
         [](const std::string&, xo::xoLogType type, const std::string&, void*) {
             if (type == xo::xoLogInfo) xoLogObject(xo::xoLogWarning) << "from the handler";
+            log().makeThreadSafe();  // while a line is written without a lock
             throw std::runtime_error("handler");
         },
         nullptr);
-    log().makeThreadSafe();
     log().setEchoToConsole(true);
     const xo::tests::CapturedOutput output;
     xoLogObject(xo::xoLogInfo) << "line";
