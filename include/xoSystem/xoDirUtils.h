@@ -174,9 +174,9 @@ public:
     // A folder that cannot be listed (missing, locked, a file) is passed over: none of its own operations is called,
     // and the walk goes on. Depth is no matter, of the tree or of its paths.
     //
-    // A junction or symbolic link to a folder counts as a sub-folder. What it leads to is walked too, under the link's
-    // path, unless the walk is inside that very folder, has entered it by a link before, or cannot tell. So a walk
-    // always comes to an end.
+    // A junction or symbolic link to a folder counts as a sub-folder. The folder that it leads to is walked too, under
+    // the link's path, as often as links lead there. It is not walked if the walk is already inside it, or if the file
+    // system does not tell whether it is. So a walk always comes to an end.
     //
     // A folder is listed as it is just before onEnterFolder: what an operation adds to it later is not reported, what
     // is deleted meanwhile still is. No folder given to an operation is kept from being renamed or deleted, except by
@@ -215,7 +215,8 @@ public:
     };
 
     // Collects the files that pass the extensions, and the sub-folders, in the order of a FileSystemVisitor's walk.
-    // Either vector may be null. The flags are any sum of GlobFlag.
+    // Either vector may be null, and the extensions may be one of the two. The flags are any sum of GlobFlag; other
+    // bits are ignored.
     static void GlobFileAndFolderUtf8(const std::string& folder, std::vector<std::string>* files,
                                       std::vector<std::string>* folders = nullptr,
                                       const std::vector<std::string>* extensions = nullptr, int flags = 0);

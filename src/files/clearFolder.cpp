@@ -1,200 +1,179 @@
-// Emptying a folder. Folders wait on a list of their own, so that depth costs neither stack nor open handles.
-#include <vector>
-
+// Emptying a folder.
+#include "files/folderWalk.h"
 #include "files/pathParts.h"
-#include "platform/handle.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
+
+#include <winternl.h>
 
 namespace xo {
 namespace {
 
-bool isDots(const wchar_t* name) {
-    return name[0] == L'.' && (name[1] == L'\0' || (name[1] == L'.' && name[2] == L'\0'));
+using files::FolderWalk;
+using files::Opened;
+using files::OpenMode;
+
+// FileDispositionInfoEx, which older headers lack.
+constexpr auto kDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
+
+constexpr ULONG kFile = FILE_NON_DIRECTORY_FILE;
+constexpr ULONG kFolder = FILE_DIRECTORY_FILE;
+
+// Marks what the handle stands for as to be deleted when the handle is closed; gives the error.
+DWORD setDeleteOnClose(HANDLE target) {
+    FILE_DISPOSITION_INFO info{};
+    info.DeleteFile = TRUE;
+    return ::SetFileInformationByHandle(target, FileDispositionInfo, &info, sizeof info) ? ERROR_SUCCESS
+                                                                                         : ::GetLastError();
 }
 
-// A folder that only leads to another one: a junction, a symbolic link, a mounted volume. Other reparse points are
-// folders whose content a storage service keeps; a tag that is not told is better taken for a link.
-bool isFolderLink(const WIN32_FIND_DATAW& found) {
-    if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return false;
+// The same as DeleteFileW and RemoveDirectoryW do it: the name goes at once, even where another program still has the
+// file open, and the read-only attribute is no obstacle. Windows before version 1809, and some file systems, know no
+// such call.
+bool deleteAtOnce(HANDLE target) {
+    FILE_DISPOSITION_INFO_EX info{};
+    info.Flags = FILE_DISPOSITION_FLAG_DELETE | FILE_DISPOSITION_FLAG_POSIX_SEMANTICS |
+                 FILE_DISPOSITION_FLAG_IGNORE_READONLY_ATTRIBUTE;
+    return ::SetFileInformationByHandle(target, kDispositionInfoEx, &info, sizeof info) != FALSE;
+}
+
+DWORD attributesOf(HANDLE file) {
+    FILE_BASIC_INFO info{};
+    return ::GetFileInformationByHandleEx(file, FileBasicInfo, &info, sizeof info) ? info.FileAttributes : 0;
+}
+
+void setAttributes(HANDLE file, DWORD attributes) {
+    FILE_BASIC_INFO info{};  // times of 0 stay
+    info.FileAttributes = attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
+    ::SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info);
+}
+
+// Deletes what open(access) opens; gives the error. The read-only attribute belongs to the file, not to the name: where
+// it must be taken off for the deletion, it is put on again, for the other names that the file may have.
+template <class Open>
+DWORD deleteOpened(Open open) {
+    const Opened target = open(DELETE | FILE_READ_ATTRIBUTES);
+    if (!target.handle) return target.error;
+    if (deleteAtOnce(target.handle.get())) return ERROR_SUCCESS;
+    const DWORD attributes = attributesOf(target.handle.get());
+    if ((attributes & FILE_ATTRIBUTE_READONLY) == 0) return setDeleteOnClose(target.handle.get());
+
+    const Opened writable = open(FILE_WRITE_ATTRIBUTES);
+    if (!writable.handle) return writable.error;
+    setAttributes(writable.handle.get(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+    const DWORD error = setDeleteOnClose(target.handle.get());
+    setAttributes(writable.handle.get(), attributes);
+    return error;
+}
+
+// Whether the path is that of a link to a folder. A tag that is not told is taken for a link's.
+bool isFolderLink(const std::wstring& path) {
+    WIN32_FIND_DATAW found;
+    const platform::FindHandle search(::FindFirstFileW(path.c_str(), &found));
+    if (!search || (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return false;
     return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
 }
 
-// 0 for what does not exist.
-DWORD attributesOf(const std::wstring& path) {
-    const DWORD attributes = ::GetFileAttributesW(path.c_str());
-    return attributes == INVALID_FILE_ATTRIBUTES ? 0 : attributes;
-}
-
-class FolderCleaner {
+class FolderClearing : public FolderWalk::Task {
 public:
-    FolderCleaner(const std::string& folder, std::string* error, const bool* cancel)
-        : mPath(files::searchedFolder(folder)),
-          mTopLength(mPath.size()),
-          mGiven(folder),
-          mError(error),
-          mCancel(cancel) {
+    using Step = FolderWalk::Step;
+
+    FolderClearing(const std::string& folder, bool removesTop, std::string* error, const bool* cancel)
+        : mTop(files::searchedFolder(folder)), mGiven(folder), mRemovesTop(removesTop), mError(error), mCancel(cancel) {
         while (!mGiven.empty() && (mGiven.back() == '\\' || mGiven.back() == '/')) mGiven.pop_back();
     }
 
-    bool run(bool removeFolderItself) {
-        if (mPath.empty()) {
-            ::SetLastError(ERROR_PATH_NOT_FOUND);
-            return fail("FindFirstFileW");
+    bool run() {
+        if (isCancelled()) return false;
+        FolderWalk walk(*this, mTop, /*keepsFolderOpen=*/true);
+        if (mRemovesTop && isFolderLink(mTop)) {
+            removeFolder(walk);
+        } else {
+            walk.run();
         }
-        if (removeFolderItself && isLink()) return !cancelled() && removeFolder(attributesOf(mPath));
+        return !mHasFailed && !mIsCancelled;
+    }
 
-        readFolder(mTopLength, attributesOf(mPath));
-        while (!mLevels.empty() && !mCancelled) {
-            if (!mLevels.back().folders.empty()) {
-                enterNextFolder();
-            } else {
-                leaveFolder(removeFolderItself);
-            }
-        }
-        return !mFailed && !mCancelled;
+    // Files and links go first, while the folder is open.
+    bool onEnter(FolderWalk& walk) override {
+        walk.forEachEntry([&](const files::FolderEntry& entry) {
+            if (entry.isFolder && !entry.isLink) return true;
+            if (isCancelled()) return false;
+            removeEntry(walk, entry);
+            return true;
+        });
+        return !mIsCancelled;
+    }
+
+    Step onEntry(FolderWalk&, const files::FolderEntry& entry) override {
+        if (!entry.isFolder || entry.isLink) return Step::PassOver;
+        return isCancelled() ? Step::Stop : Step::Enter;
+    }
+
+    bool onLeave(FolderWalk& walk) override {
+        if (walk.depth() == 1 && !mRemovesTop) return true;
+        if (isCancelled()) return false;
+        removeFolder(walk);
+        return true;
+    }
+
+    // The root of an empty volume has not even the two dots.
+    void onListingFailed(FolderWalk&, DWORD error) override {
+        if (error != ERROR_FILE_NOT_FOUND) fail("FindFirstFileW", error);
     }
 
 private:
-    struct Folder {
-        std::wstring name;
-        DWORD attributes;
-    };
-
-    // A folder being emptied: its files are gone, its folders are still to go.
-    struct Level {
-        std::size_t parentLength;  // of the path, to go back to
-        DWORD attributes;
-        std::vector<Folder> folders;
-        bool emptied = true;  // so far
-    };
-
     // Another thread writes the flag, so each look must be a read of its own.
-    bool cancelled() {
-        if (mCancelled || mCancel == nullptr || !*static_cast<const volatile bool*>(mCancel)) return mCancelled;
-        mCancelled = true;
+    bool isCancelled() {
+        if (mIsCancelled || mCancel == nullptr || !*static_cast<const volatile bool*>(mCancel)) return mIsCancelled;
+        mIsCancelled = true;
         if (mError != nullptr) *mError = "Canceled";
         return true;
     }
 
-    // Keeps the first failure alone. Always false.
-    bool fail(const char* call, const std::string& detail = {}) {
-        const DWORD code = ::GetLastError();
-        if (!mFailed && mError != nullptr) *mError = call + (" error " + std::to_string(code)) + detail;
-        mFailed = true;
-        return false;
+    // Keeps the first failure alone.
+    void fail(const char* call, DWORD error, const std::string& detail = {}) {
+        if (!mHasFailed && mError != nullptr) *mError = call + (" error " + std::to_string(error)) + detail;
+        mHasFailed = true;
     }
 
-    bool isLink() const {
-        WIN32_FIND_DATAW found;
-        return platform::FindHandle(::FindFirstFileW(mPath.c_str(), &found)) && isFolderLink(found);
+    void removeEntry(FolderWalk& walk, const files::FolderEntry& entry) {
+        const ULONG kind = entry.isFolder ? kFolder : kFile;
+        const DWORD error = deleteOpened([&](ACCESS_MASK access) {
+            return walk.openEntry(entry.name, OpenMode{access, kind, /*followsLink=*/false});
+        });
+        if (error == ERROR_SUCCESS) return;
+        if (entry.isFolder) return fail("RemoveDirectoryW", error);
+        fail("DeleteFileW", error, " for " + shownFolder(walk) + "\\" + platform::toUtf8(entry.name));
+    }
+
+    void removeFolder(FolderWalk& walk) {
+        const DWORD error = deleteOpened([&](ACCESS_MASK access) {
+            return walk.openFolder(OpenMode{access, kFolder, /*followsLink=*/false});
+        });
+        if (error != ERROR_SUCCESS) fail("RemoveDirectoryW", error);
     }
 
     // The path as the caller would write it.
-    std::string shownPath() const {
-        std::wstring_view below = std::wstring_view(mPath).substr(mTopLength);
-        if (!below.empty() && below.front() == L'\\') below.remove_prefix(1);
-        return mGiven + "\\" + platform::toUtf8(below);
+    std::string shownFolder(const FolderWalk& walk) const {
+        const std::string below = platform::toUtf8(walk.below());
+        return below.empty() ? mGiven : mGiven + "\\" + below;
     }
 
-    void appendName(const wchar_t* name) {
-        if (mPath.back() != L'\\') mPath += L'\\';
-        mPath += name;
-    }
-
-    void enterNextFolder() {
-        Level& level = mLevels.back();
-        const Folder folder = std::move(level.folders.back());
-        level.folders.pop_back();
-        const std::size_t parentLength = mPath.size();
-        appendName(folder.name.c_str());
-        readFolder(parentLength, folder.attributes);
-    }
-
-    void leaveFolder(bool removeTop) {
-        const Level level = std::move(mLevels.back());
-        mLevels.pop_back();
-        const bool isTop = mLevels.empty();
-        bool gone = level.emptied;
-        if (gone && (!isTop || removeTop)) gone = !cancelled() && removeFolder(level.attributes);
-        if (!isTop) {
-            mLevels.back().emptied = mLevels.back().emptied && gone;
-            mPath.resize(level.parentLength);
-        }
-    }
-
-    // Deletes the files and links of the folder at mPath and makes it the level to work on.
-    void readFolder(std::size_t parentLength, DWORD attributes) {
-        mLevels.push_back({parentLength, attributes, {}});
-        if (cancelled()) return;
-        Level& level = mLevels.back();
-        const std::size_t length = mPath.size();
-        appendName(L"*");
-        WIN32_FIND_DATAW found;
-        const platform::FindHandle search(::FindFirstFileExW(
-            mPath.c_str(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH));
-        mPath.resize(length);
-        if (!search) {
-            // The root of an empty volume has not even the two dots.
-            if (::GetLastError() != ERROR_FILE_NOT_FOUND) level.emptied = fail("FindFirstFileW");
-            return;
-        }
-        do {
-            if (isDots(found.cFileName)) continue;
-            if (cancelled()) return;
-            if (!deleteEntry(found, level)) level.emptied = false;
-        } while (::FindNextFileW(search.get(), &found));
-        if (::GetLastError() != ERROR_NO_MORE_FILES) level.emptied = fail("FindFirstFileW");
-    }
-
-    // A folder is only noted.
-    bool deleteEntry(const WIN32_FIND_DATAW& found, Level& level) {
-        const bool folder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-        if (folder && !isFolderLink(found)) {
-            level.folders.push_back({found.cFileName, found.dwFileAttributes});
-            return true;
-        }
-        const std::size_t length = mPath.size();
-        appendName(found.cFileName);
-        const bool deleted = folder ? removeFolder(found.dwFileAttributes) : removeFile(found.dwFileAttributes);
-        mPath.resize(length);
-        return deleted;
-    }
-
-    bool removeFile(DWORD attributes) {
-        return deleteAtPath(::DeleteFileW, attributes) || fail("DeleteFileW", " for " + shownPath());
-    }
-
-    bool removeFolder(DWORD attributes) {
-        return deleteAtPath(::RemoveDirectoryW, attributes) || fail("RemoveDirectoryW");
-    }
-
-    // Windows deletes nothing that is read-only. What cannot be deleted for another reason keeps the attribute.
-    bool deleteAtPath(decltype(::DeleteFileW)& remove, DWORD attributes) const {
-        const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-        if (readOnly) ::SetFileAttributesW(mPath.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
-        if (remove(mPath.c_str())) return true;
-        const DWORD code = ::GetLastError();
-        if (readOnly) ::SetFileAttributesW(mPath.c_str(), attributes);
-        ::SetLastError(code);
-        return false;
-    }
-
-    std::wstring mPath;  // of the folder or entry at work, with the "\\?\" prefix
-    const std::size_t mTopLength;
-    std::string mGiven;  // the folder as the caller wrote it, without separators at the end
-    std::vector<Level> mLevels;
+    const std::wstring mTop;  // the extended path of the folder
+    std::string mGiven;       // the folder as the caller wrote it, without separators at the end
+    const bool mRemovesTop;
     std::string* const mError;
     const bool* const mCancel;
-    bool mFailed = false;
-    bool mCancelled = false;
+    bool mHasFailed = false;
+    bool mIsCancelled = false;
 };
 
 }  // namespace
 
 bool xoDirUtils::ClearFolderUtf8(const std::string& folder, bool removeFolderItself, std::string* error,
                                  const bool* cancel) {
-    return FolderCleaner(folder, error, cancel).run(removeFolderItself);
+    return FolderClearing(folder, removeFolderItself, error, cancel).run();
 }
 
 }  // namespace xo

@@ -1,45 +1,52 @@
 #include "files/folderNames.h"
 
+#include "files/pathParts.h"
+
 namespace xo::files {
 namespace {
 
 // The most that a server gives in one answer.
-constexpr DWORD kRoomBytes = 65536;
+constexpr DWORD kBufferBytes = 65536;
 
 // Bits of an entry's kind.
 constexpr wchar_t kFolder = 1;
-constexpr wchar_t kReparsePoint = 2;
+constexpr wchar_t kLink = 2;
+constexpr wchar_t kReparsePoint = 4;
 
-bool isDots(std::wstring_view name) { return name == L"." || name == L".."; }
-
-wchar_t kindOf(DWORD attributes) {
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return 0;
-    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 ? kFolder : kFolder | kReparsePoint;
+// The tag of a reparse point stands in place of the size of its extended attributes:
+// https://learn.microsoft.com/openspecs/windows_protocols/ms-fscc/e8d926d1-3a22-4654-be9c-58317a85540b
+// Wine gives none. What then may be a link is taken for one.
+wchar_t kindOf(const FILE_FULL_DIR_INFO& info) {
+    if ((info.FileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return 0;
+    if ((info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return kFolder;
+    const bool isLink = info.EaSize == 0 || IsReparseTagNameSurrogate(info.EaSize);
+    return kFolder | kReparsePoint | (isLink ? kLink : 0);
 }
 
 }  // namespace
 
-FolderNames::FolderNames() : mRoom(new std::byte[kRoomBytes]) {}
+FolderNames::FolderNames() : mBuffer(new std::byte[kBufferBytes]) {}
 
-bool FolderNames::read(HANDLE folder) {
-    if (!readSome(folder)) return false;
-    while (readSome(folder)) {
-    }
-    return true;
+FolderNames::Reading FolderNames::read(HANDLE folder) {
+    DWORD error = readSome(folder);
+    if (error != ERROR_SUCCESS) return {/*isBegun=*/false, error};
+    while (error == ERROR_SUCCESS) error = readSome(folder);
+    return {/*isBegun=*/true, error == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : error};
 }
 
-bool FolderNames::readSome(HANDLE folder) {
-    if (!::GetFileInformationByHandleEx(folder, FileFullDirectoryInfo, mRoom.get(), kRoomBytes)) return false;
-    const std::byte* at = mRoom.get();
+DWORD FolderNames::readSome(HANDLE folder) {
+    if (!::GetFileInformationByHandleEx(folder, FileFullDirectoryInfo, mBuffer.get(), kBufferBytes))
+        return ::GetLastError();
+    const std::byte* at = mBuffer.get();
     for (;;) {
         const auto& info = *reinterpret_cast<const FILE_FULL_DIR_INFO*>(at);
         const std::wstring_view name(info.FileName, info.FileNameLength / sizeof(wchar_t));
         if (!isDots(name)) {
-            mEntries += kindOf(info.FileAttributes);
+            mEntries += kindOf(info);
             mEntries += static_cast<wchar_t>(name.size());
             mEntries += name;
         }
-        if (info.NextEntryOffset == 0) return true;
+        if (info.NextEntryOffset == 0) return ERROR_SUCCESS;
         at += info.NextEntryOffset;
     }
 }
@@ -48,7 +55,7 @@ FolderEntry FolderNames::next(std::size_t& position) const noexcept {
     const wchar_t* const entry = mEntries.data() + position;
     const std::wstring_view name(entry + 2, entry[1]);
     position += 2 + name.size();
-    return {name, (entry[0] & kFolder) != 0, (entry[0] & kReparsePoint) != 0};
+    return {name, (entry[0] & kFolder) != 0, (entry[0] & kLink) != 0, (entry[0] & kReparsePoint) != 0};
 }
 
 }  // namespace xo::files

@@ -14,7 +14,8 @@ namespace xo::files {
 struct FolderEntry {
     std::wstring_view name;  // until the next reading
     bool isFolder;
-    bool mayLeadAway;  // a junction, symbolic link or the like
+    bool isLink;          // a folder that leads to another one: a junction, a symbolic link, a mounted volume
+    bool isReparsePoint;  // a link, or a folder whose content another service keeps
 };
 
 // The entries of some folders, one after the other, in the order in which the system lists them. They are stacked: the
@@ -23,8 +24,13 @@ class FolderNames {
 public:
     FolderNames();
 
-    // Adds what the folder holds but "." and "..". False when the system does not even begin to list it.
-    bool read(HANDLE folder);
+    struct Reading {
+        bool isBegun;  // whether the system lists the folder at all
+        DWORD error;   // why it does not, or not to the end
+    };
+
+    // Adds what the folder holds but "." and "..".
+    Reading read(HANDLE folder);
 
     std::size_t size() const noexcept { return mEntries.size(); }
     void cut(std::size_t size) { mEntries.resize(size); }
@@ -33,10 +39,11 @@ public:
     FolderEntry next(std::size_t& position) const noexcept;
 
 private:
-    bool readSome(HANDLE folder);
+    // Adds the next entries that the system gives; its error when there are none.
+    DWORD readSome(HANDLE folder);
 
-    std::unique_ptr<std::byte[]> mRoom;  // for the system's answers
-    std::wstring mEntries;               // of each its kind, the length of its name, the name
+    std::unique_ptr<std::byte[]> mBuffer;  // for the system's answers
+    std::wstring mEntries;                 // of each its kind, the length of its name, the name
 };
 
 }  // namespace xo::files

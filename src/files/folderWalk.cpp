@@ -1,175 +1,107 @@
-// Walking a tree of folders. The folders on the way wait on a list of their own, so that depth costs neither stack nor
-// open handles.
-#include <cstdint>
-#include <optional>
-#include <set>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include "files/folderWalk.h"
 
-#include "files/folderNames.h"
-#include "files/pathParts.h"
-#include "files/walkedPath.h"
-#include "platform/handle.h"
-#include "platform/wideText.h"
-#include "xoSystem/xoDirUtils.h"
+#include <algorithm>
 
-namespace xo {
+#include <winternl.h>
+
+namespace xo::files {
 namespace {
 
-using FileSystemVisitor = xoDirUtils::FileSystemVisitor;
-
-// Appends a name to a path as it is shown.
-void appendName(std::string& path, std::string_view name) {
-    if (!path.empty() && path.back() != '/' && path.back() != '\\') path += '/';
-    path += name;
+constexpr OpenMode toList(bool followsLink) {
+    return {FILE_LIST_DIRECTORY | FILE_READ_ATTRIBUTES, FILE_DIRECTORY_FILE, followsLink};
 }
-
-// The ends of file names that a walk accepts.
-class NameFilter {
-public:
-    explicit NameFilter(const std::vector<std::string>* extensions)
-        : mAcceptsAll(extensions == nullptr || extensions->empty()) {
-        if (extensions == nullptr) return;
-        for (const std::string& extension : *extensions)
-            if (!extension.empty()) mEnds.push_back(extension.front() == '.' ? extension : '.' + extension);
-    }
-
-    bool accepts(std::string_view name) const noexcept {
-        for (const std::string& end : mEnds)
-            if (name.size() >= end.size() && name.substr(name.size() - end.size()) == end) return true;
-        return mAcceptsAll;
-    }
-
-private:
-    const bool mAcceptsAll;
-    std::vector<std::string> mEnds;
-};
-
-// The same for two handles if they stand for the same folder. None where the file system does not tell.
-using Identity = std::optional<std::pair<DWORD, std::uint64_t>>;
-
-Identity identityOf(HANDLE folder) {
-    BY_HANDLE_FILE_INFORMATION info;
-    if (!::GetFileInformationByHandle(folder, &info)) return {};
-    return {{info.dwVolumeSerialNumber, (std::uint64_t{info.nFileIndexHigh} << 32) | info.nFileIndexLow}};
-}
-
-class FolderWalk {
-public:
-    FolderWalk(FileSystemVisitor& visitor, const std::string& folder, bool recursive,
-               const std::vector<std::string>* extensions)
-        : mVisitor(visitor),
-          mRecursive(recursive),
-          mFilter(extensions),
-          mPath(files::searchedFolder(folder.empty() ? "/" : folder)),
-          mFolder(folder) {}
-
-    bool run() {
-        platform::FileHandle top = mPath.open(mPath.length());
-        if (!top || !mNames.read(top.get())) return true;
-        bool goesOn = enterFolder(std::move(top), 0);
-        while (goesOn && !mLevels.empty()) {
-            Level& level = mLevels.back();
-            goesOn = level.position < mNames.size() ? report(mNames.next(level.position)) : leaveFolder();
-        }
-        return goesOn;
-    }
-
-private:
-    // A folder that has been entered and not left yet.
-    struct Level {
-        std::size_t pathLength;
-        std::size_t folderLength;
-        std::size_t names;     // where they begin
-        std::size_t position;  // of the next one
-        Identity identity;     // known once a link was met below
-    };
-
-    bool report(const files::FolderEntry& entry) {
-        mName.clear();
-        platform::appendUtf8(mName, entry.name);
-        if (!entry.isFolder) return !mFilter.accepts(mName) || mVisitor.onFile(mFolder, mName);
-        if (!mVisitor.onFolder(mFolder, mName)) return false;
-        return !mRecursive || descend(entry);
-    }
-
-    // What cannot be listed is passed over.
-    bool descend(const files::FolderEntry& entry) {
-        mPath.append(entry.name);
-        platform::FileHandle folder = mPath.open(mPath.length());
-        const bool isKnown = folder && entry.mayLeadAway && !leadsToNewFolder(folder.get());
-        const std::size_t names = mNames.size();
-        if (!folder || isKnown || !mNames.read(folder.get())) {
-            mPath.cut(mLevels.back().pathLength);
-            return true;
-        }
-        appendName(mFolder, mName);
-        return enterFolder(std::move(folder), names);
-    }
-
-    bool enterFolder(platform::FileHandle folder, std::size_t names) {
-        mPath.hold(std::move(folder));
-        mLevels.push_back({mPath.length(), mFolder.size(), names, names, {}});
-        return mVisitor.onEnterFolder(mFolder);
-    }
-
-    bool leaveFolder() {
-        mPath.release();  // the visitor may want to remove the folder
-        if (!mVisitor.onLeaveFolder(mFolder)) return false;
-        mNames.cut(mLevels.back().names);
-        mLevels.pop_back();
-        if (mLevels.empty()) return true;
-        mPath.cut(mLevels.back().pathLength);
-        mFolder.resize(mLevels.back().folderLength);
-        return true;
-    }
-
-    // Whether the walk is neither inside the folder that a link leads to, nor has entered it by a link before.
-    bool leadsToNewFolder(HANDLE target) {
-        const Identity identity = identityOf(target);
-        if (!identity) return false;
-        for (Level& level : mLevels) {
-            if (!level.identity) level.identity = identityOf(mPath.open(level.pathLength).get());
-            if (level.identity == identity) return false;
-        }
-        return mLinked.insert(*identity).second;
-    }
-
-    FileSystemVisitor& mVisitor;
-    const bool mRecursive;
-    const NameFilter mFilter;
-    files::WalkedPath mPath;
-    std::string mFolder;  // the same path as the visitor sees it
-    std::string mName;    // of the entry being reported
-    files::FolderNames mNames;
-    std::vector<Level> mLevels;
-    std::set<Identity::value_type> mLinked;  // the folders that were entered by a link
-};
 
 }  // namespace
 
-xoDirUtils::FileSystemVisitor::~FileSystemVisitor() = default;
+void FolderWalk::Task::onListingFailed(FolderWalk&, DWORD) {}
 
-bool xoDirUtils::FileSystemVisitor::onEnterFolder(const std::string&) { return true; }
+FolderWalk::FolderWalk(Task& task, std::wstring_view extendedPath, bool keepsFolderOpen)
+    : mTask(task), mKeepsFolderOpen(keepsFolderOpen), mPath(extendedPath) {}
 
-bool xoDirUtils::FileSystemVisitor::onFile(const std::string&, const std::string&) { return true; }
-
-bool xoDirUtils::FileSystemVisitor::onFolder(const std::string&, const std::string&) { return true; }
-
-bool xoDirUtils::FileSystemVisitor::onLeaveFolder(const std::string&) { return true; }
-
-bool xoDirUtils::FileSystemVisitor::visit(const std::string& folder, bool recursive,
-                                          const std::vector<std::string>* extensions) {
-    return FolderWalk(*this, folder, recursive, extensions).run();
+bool FolderWalk::run() {
+    if (!list(openFolder(toList(/*followsLink=*/true)))) return true;
+    bool goesOn = enterListed();
+    while (goesOn && !mLevels.empty()) goesOn = goOn();
+    return goesOn;
 }
 
-std::string xoDirUtils::FileSystemVisitor::concatPathAndFile(const std::string& folder, const std::string& file) {
-    std::string path;
-    path.reserve(folder.size() + 1 + file.size());
-    path = folder;
-    appendName(path, file);
-    return path;
+bool FolderWalk::goOn() {
+    Level& level = mLevels.back();
+    if (level.position == mNames.size()) return leave();
+    const FolderEntry entry = mNames.next(level.position);
+    const Step step = mTask.onEntry(*this, entry);
+    return step == Step::Enter ? enterBelow(entry) : step != Step::Stop;
 }
 
-}  // namespace xo
+// A folder that was listed as no reparse point is opened as none: by now another may have put a link in its place.
+bool FolderWalk::enterBelow(const FolderEntry& entry) {
+    mPath.append(entry.name);
+    Opened folder = openFolder(toList(/*followsLink=*/entry.isReparsePoint));
+    const bool isCircle = entry.isLink && folder.handle && isInside(folder.handle.get());
+    if (!isCircle && list(std::move(folder))) return enterListed();
+    mPath.cut(mLevels.back().pathLength);
+    return true;
+}
+
+// Lists the folder and makes it the one that the walk is in. False when it cannot be listed.
+bool FolderWalk::list(Opened folder) {
+    const std::size_t names = mNames.size();
+    // As FindFirstFileW reports a folder that is missing.
+    if (folder.error == ERROR_FILE_NOT_FOUND) folder.error = ERROR_PATH_NOT_FOUND;
+    const FolderNames::Reading reading =
+        folder.handle ? mNames.read(folder.handle.get()) : FolderNames::Reading{/*isBegun=*/false, folder.error};
+    if (reading.error != ERROR_SUCCESS) mTask.onListingFailed(*this, reading.error);
+    if (!reading.isBegun) return false;
+    mLevels.push_back({mPath.length(), names, names, {}});
+    mPath.hold(folder.handle);
+    if (mKeepsFolderOpen) mFolder = std::move(folder.handle);
+    return true;
+}
+
+bool FolderWalk::enterListed() {
+    const bool goesOn = mTask.onEnter(*this);
+    mFolder.reset();
+    return goesOn;
+}
+
+bool FolderWalk::leave() {
+    mPath.release();
+    if (!mTask.onLeave(*this)) return false;
+    mNames.cut(mLevels.back().names);
+    mLevels.pop_back();
+    if (!mLevels.empty()) mPath.cut(mLevels.back().pathLength);
+    return true;
+}
+
+Opened FolderWalk::openEntry(std::wstring_view name, const OpenMode& mode) {
+    if (mFolder) return openRelative(mFolder.get(), name, mode);
+    mPath.append(name);
+    Opened entry = mPath.open(mPath.length(), mode);
+    mPath.cut(mLevels.back().pathLength);
+    return entry;
+}
+
+// Some redirectors give every file the index 0.
+FolderWalk::Identity FolderWalk::identityOf(HANDLE folder) {
+    BY_HANDLE_FILE_INFORMATION info;
+    if (!::GetFileInformationByHandle(folder, &info)) return {};
+    const std::uint64_t index = (std::uint64_t{info.nFileIndexHigh} << 32) | info.nFileIndexLow;
+    if (index == 0) return {};
+    return {{info.dwVolumeSerialNumber, index}};
+}
+
+// Whether the walk is inside the folder that a link leads to, or cannot tell. Another link to the same folder is no
+// circle: it is walked again, under the path of that link.
+bool FolderWalk::isInside(HANDLE folder) {
+    const Identity identity = identityOf(folder);
+    if (!identity) return true;
+    return std::any_of(mLevels.begin(), mLevels.end(), [&](Level& level) {
+        if (!level.identity) {
+            const Opened above = mPath.open(level.pathLength, toList(/*followsLink=*/true));
+            if (above.handle) level.identity = identityOf(above.handle.get());
+        }
+        return level.identity == identity;
+    });
+}
+
+}  // namespace xo::files

@@ -18,7 +18,12 @@ public:
 
 private:
     bool collect(std::vector<std::string>* names, const std::string& folder, const std::string& name) const {
-        if (names != nullptr) names->push_back(mFullPaths ? concatPathAndFile(folder, name) : name);
+        if (names == nullptr) return true;
+        if (mFullPaths) {
+            names->push_back(concatPathAndFile(folder, name));
+        } else {
+            names->push_back(name);
+        }
         return true;
     }
 
@@ -33,6 +38,11 @@ void xoDirUtils::GlobFileAndFolderUtf8(const std::string& folder, std::vector<st
                                        std::vector<std::string>* folders, const std::vector<std::string>* extensions,
                                        int flags) {
     const std::string start(folder.data(), folder.size());  // a text of its own: the folder's may be in a vector
+    std::vector<std::string> ownExtensions;                 // and so may the extensions
+    if (extensions != nullptr && (extensions == files || extensions == folders)) {
+        ownExtensions = *extensions;
+        extensions = &ownExtensions;
+    }
     if ((flags & GlobAppend) == 0) {
         if (files != nullptr) files->clear();
         if (folders != nullptr) folders->clear();

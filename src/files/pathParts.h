@@ -10,6 +10,9 @@ namespace xo::files {
 
 inline bool isSeparator(wchar_t c) noexcept { return c == L'\\' || c == L'/'; }
 
+// Whether it is one of the two names that stand for a folder itself and the one above it.
+inline bool isDots(std::wstring_view name) noexcept { return name == L"." || name == L".."; }
+
 // The length of what stands before the first name, separators included: "C:", "C:\", "\", "\\server\share\",
 // "\\?\C:\", "\\?\UNC\server\share\", "\\.\device\". 0 for a path that begins with a name.
 std::size_t rootLength(std::wstring_view path);

@@ -1,4 +1,4 @@
-// The path along which a tree is walked, with the means to open the folders on it however deep they lie.
+// The path along which a tree is walked, and the means to open what lies on it however deep it is.
 #ifndef XO_FILES_WALKEDPATH_H
 #define XO_FILES_WALKEDPATH_H
 
@@ -11,7 +11,22 @@
 
 namespace xo::files {
 
-// Windows takes 32767 characters at once. So every now and then a folder on the path is held open, and what lies below
+// How a file or folder is opened. Everyone else may go on reading, writing, renaming and deleting it.
+struct OpenMode {
+    ACCESS_MASK access;  // FILE_READ_ATTRIBUTES, DELETE, ...; SYNCHRONIZE is added
+    ULONG kind;          // FILE_DIRECTORY_FILE, FILE_NON_DIRECTORY_FILE, or 0 for either
+    bool followsLink;    // false opens a link itself, and the kind is the link's
+};
+
+struct Opened {
+    platform::KernelHandle handle;
+    DWORD error;  // the Win32 code when there is no handle
+};
+
+// Opens what the path leads to from an open folder; from null, a path as the kernel takes it.
+Opened openRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode);
+
+// Windows takes 32,767 characters at once. So every now and then a folder on the path is held open, and what lies below
 // is opened from there; that also saves the system the long way from the root each time.
 class WalkedPath {
 public:
@@ -20,14 +35,17 @@ public:
 
     std::size_t length() const noexcept { return mPath.size(); }
 
+    // What has been appended, without a separator in front.
+    std::wstring_view below() const noexcept;
+
     void append(std::wstring_view name);
     void cut(std::size_t length) { mPath.resize(length); }
 
-    // Opens the folder to which the first `length` characters lead, so that it can be listed; links are followed.
-    platform::FileHandle open(std::size_t length) const;
+    // Opens what the first `length` characters lead to.
+    Opened open(std::size_t length, const OpenMode& mode) const;
 
-    // Holds the folder, to which the whole path leads, if the last one held is far.
-    void hold(platform::FileHandle folder);
+    // Takes the handle of the folder, to which the whole path leads, if the last folder held is far; else leaves it.
+    void hold(platform::KernelHandle& folder);
 
     // Lets the folder go if it is held: nothing below is to be opened any more.
     void release() noexcept;
@@ -35,10 +53,11 @@ public:
 private:
     struct Held {
         std::size_t length;  // of its path
-        platform::FileHandle folder;
+        platform::KernelHandle folder;
     };
 
     std::wstring mPath;  // as the kernel takes it: with "\??\" in front
+    std::size_t mTopLength;
     std::vector<Held> mHeld;
 };
 

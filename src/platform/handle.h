@@ -28,6 +28,12 @@ public:
     Type get() const noexcept { return mHandle; }
     explicit operator bool() const noexcept { return mHandle != Policy::none(); }
 
+    // Closes what it holds and gives the place for an out-parameter: the called function's handle is owned at once.
+    Type* put() noexcept {
+        reset();
+        return &mHandle;
+    }
+
     [[nodiscard]] Type release() noexcept { return std::exchange(mHandle, Policy::none()); }
 
     void reset(Type handle = Policy::none()) noexcept {

@@ -1,5 +1,4 @@
-#include <algorithm>
-#include <cstdlib>
+#include <climits>
 
 #include "files/filesFixture.h"
 #include "support/importHook.h"
@@ -35,35 +34,53 @@ TEST_F(ClearFolder, LeavesAnEmptyFolderOrNone) {
         EXPECT_TRUE(isEmpty());
         makeFile(path("top/more"));
     }
-    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop, true, &mError));
-    EXPECT_FALSE(has("top"));
+    makeFile(mDeep + "\\read only", FILE_ATTRIBUTE_READONLY);
+    for (const std::string& folder : {mTop, mDeep}) EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(folder, true, &mError));
+    EXPECT_FALSE(has("top") || xoDirUtils::DirExistsUtf8(mDeep));
     EXPECT_EQ(mError, "untouched");
     EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(mTop, true, &mError));  // a missing one is a failure
     EXPECT_EQ(mError, "FindFirstFileW error 3");
 }
 
-std::uintptr_t lowestFrame, highestFrame;
-
-BOOL WINAPI removeAndNoteFrame(const wchar_t* path) {
-    lowestFrame = (std::min)(lowestFrame, reinterpret_cast<std::uintptr_t>(&path));
-    highestFrame = (std::max)(highestFrame, reinterpret_cast<std::uintptr_t>(&path));
-    return ImportHook::behind(&removeAndNoteFrame)(path);
+// The answers of the system to the listing of folders: those after the first few are replaced.
+int answersLeft = 0;
+DWORD listingError = ERROR_SUCCESS;
+BOOL WINAPI listSome(HANDLE folder, FILE_INFO_BY_HANDLE_CLASS kind, void* buffer, DWORD size) {
+    if (kind != FileFullDirectoryInfo || answersLeft-- > 0)
+        return ImportHook::behind(&listSome)(folder, kind, buffer, size);
+    ::SetLastError(listingError);
+    return FALSE;
 }
 
-TEST_F(ClearFolder, ReachesBeyondTheLengthLimitAtNoCostOfStack) {
-    std::string deep = mTop;
-    for (int depth = 0; depth < 40; ++depth) deep += "\\folder \xC3\xA9";
-    ASSERT_TRUE(xoDirUtils::MkpathUtf8(deep));
-    makeFile(deep + "\\file", FILE_ATTRIBUTE_READONLY);
-    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(deep));  // from a long path
-    EXPECT_TRUE(xoDirUtils::DirExistsUtf8(deep));
-    makeFile(deep + "\\file");
-    const ImportHook hook("xoSystem.dll", "RemoveDirectoryW", &removeAndNoteFrame);
-    lowestFrame = UINTPTR_MAX, highestFrame = 0;
-    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop));  // from a short one
+TEST_F(ClearFolder, ReportsWhatItCannotListToTheEnd) {
+    const ImportHook hook("xoSystem.dll", "GetFileInformationByHandleEx", &listSome);
+    const struct {
+        int answers;
+        DWORD error;
+        const char* report;
+        bool isCleared;
+    } rows[] = {{0, ERROR_FILE_NOT_FOUND, "untouched", false},  // so ends the root of an empty volume
+                {0, ERROR_ACCESS_DENIED, "FindFirstFileW error 5", false},
+                {1, ERROR_NETNAME_DELETED, "FindFirstFileW error 64", true}};
+    ASSERT_TRUE(xoDirUtils::ClearFolderUtf8((answersLeft = INT_MAX, mTop)));
+    for (const auto& row : rows) {
+        makeFile(path("top/more"));
+        answersLeft = row.answers, listingError = row.error, mError = "untouched";
+        EXPECT_EQ(xoDirUtils::ClearFolderUtf8(mTop, false, &mError), mError == "untouched");
+        EXPECT_EQ(mError, row.report);
+        EXPECT_EQ(isEmpty(), row.isCleared);
+    }
+    answersLeft = INT_MAX;
+}
+
+// The attribute is the file's, which has another name elsewhere.
+TEST_F(ClearFolder, LeavesTheAttributesOfAFileWithAnotherName) {
+    const std::wstring other = (mFolder.widePath() / "other").wstring();
+    ASSERT_TRUE(::CreateHardLinkW(other.c_str(), (mWideTop / "read only").c_str(), nullptr));
+    EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop));
     EXPECT_TRUE(isEmpty());
-    ASSERT_LE(lowestFrame, highestFrame);
-    EXPECT_LT(highestFrame - lowestFrame, 1000u);  // less than any recursion
+    EXPECT_EQ(::GetFileAttributesW(other.c_str()) & FILE_ATTRIBUTE_READONLY, DWORD{FILE_ATTRIBUTE_READONLY});
+    ::SetFileAttributesW(other.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST_F(ClearFolder, GoesOnAfterAFailureAndReportsTheFirst) {
@@ -85,13 +102,13 @@ TEST_F(ClearFolder, GoesOnAfterAFailureAndReportsTheFirst) {
 
 bool cancel;
 
-BOOL WINAPI deleteAndCancel(const wchar_t* path) {
+BOOL WINAPI deleteAndCancel(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* info, DWORD size) {
     cancel = true;
-    return ImportHook::behind(&deleteAndCancel)(path);
+    return ImportHook::behind(&deleteAndCancel)(file, kind, info, size);
 }
 
 TEST_F(ClearFolder, DeletesNothingOnceCancelled) {
-    const ImportHook hook("xoSystem.dll", "DeleteFileW", &deleteAndCancel);
+    const ImportHook hook("xoSystem.dll", "SetFileInformationByHandle", &deleteAndCancel);
     cancel = false;
     for (const bool removeFolderItself : {true, false, true}) {  // cancelled by the first deletion of all
         EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(mTop, removeFolderItself, &mError, &cancel));
@@ -107,7 +124,9 @@ TEST_F(ClearFolder, DeletesNothingOnceCancelled) {
 // Whatever the path turns into, it is never the working directory or the root of the drive.
 TEST_F(ClearFolder, RefusesPathsThatNameNoFolder) {
     const xo::tests::WorkingFolder here(mTop);
-    for (const std::string& folder : {""s, " "s, "..."s, "*"s, "\0"s, mTop + "\0"s, "missing"s, "file"s, "\\\\"s}) {
+    const std::string wraps = "\\\\?\\" + mTop + std::string(32768, 'x');  // to mTop, in 16 bits
+    for (const std::string& folder :
+         {""s, " "s, "..."s, "*"s, "\0"s, mTop + "\0"s, "missing"s, "file"s, "\\\\"s, wraps}) {
         mError.clear();
         EXPECT_FALSE(xoDirUtils::ClearFolderUtf8(folder, false, &mError)) << folder;
         EXPECT_EQ(mError.find("FindFirstFileW error "), 0u) << folder << ": " << mError;

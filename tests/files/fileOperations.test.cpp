@@ -205,20 +205,12 @@ TEST_F(FileOperations, PermissionsLetEveryoneIn) {
     EXPECT_FALSE(xoDirUtils::GrantAllFilePermissionsUtf8(path() + "\0"s));
 }
 
-int openHandles() {
-    int count = 0;
-    DWORD flags = 0;
-    for (std::uintptr_t value = 4; value < 0x1000; value += 4)
-        count += ::GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
-    return count;
-}
-
 TEST_F(FileOperations, LeaveNoHandleOpen) {
     constexpr int rounds = 5;
     int before = 0;
     ASSERT_TRUE(xoDirUtils::MkpathUtf8(path("a")));
     for (int round = 0; round <= rounds; ++round) {
-        if (round == 1) before = openHandles();  // the first round fills the system's caches
+        if (round == 1) before = xo::tests::openHandles();  // the first round fills the system's caches
         for (const std::string& folder : {path("a"), mDeep}) {
             const std::string file = folder + "/file";
             xoFileInfoUtf8 info;
@@ -234,7 +226,7 @@ TEST_F(FileOperations, LeaveNoHandleOpen) {
             xoDirUtils::ClearFolderUtf8(folder);
         }
     }
-    EXPECT_LT(openHandles(), before + rounds);
+    EXPECT_LT(xo::tests::openHandles(), before + rounds);
     EXPECT_TRUE(xoDirUtils::RenameFileUtf8(path("a"), path("b")));  // nobody holds it
 }
 

@@ -27,9 +27,10 @@ protected:
     std::string mError = "untouched";
 };
 
-inline platform::FileHandle open(const std::string& path, DWORD access, DWORD disposition, DWORD flags = 0) {
+inline platform::FileHandle open(const std::string& path, DWORD access, DWORD disposition, DWORD flags = 0,
+                                 DWORD share = 0) {
     return platform::FileHandle(
-        ::CreateFileW(platform::toApiPath(path).c_str(), access, 0, nullptr, disposition, flags, nullptr));
+        ::CreateFileW(platform::toApiPath(path).c_str(), access, share, nullptr, disposition, flags, nullptr));
 }
 
 // A new file that nobody else can open until the handle goes.
@@ -40,6 +41,15 @@ inline platform::FileHandle hold(const std::string& path) {
 inline void makeFile(const std::string& path, DWORD attributes = FILE_ATTRIBUTE_NORMAL) {
     EXPECT_TRUE(hold(path)) << path << " error " << ::GetLastError();
     EXPECT_TRUE(::SetFileAttributesW(platform::toApiPath(path).c_str(), attributes));
+}
+
+// How many handles the process has. The system gives out the lowest number that is free.
+inline int openHandles() {
+    int count = 0;
+    DWORD flags = 0;
+    for (std::uintptr_t value = 4; value < 0x1000; value += 4)
+        count += ::GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
+    return count;
 }
 
 inline bool isLink(const std::filesystem::path& path) {

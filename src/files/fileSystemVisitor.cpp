@@ -1,0 +1,109 @@
+// The walks of visitors: from the names of Windows to theirs.
+#include <string_view>
+#include <vector>
+
+#include "files/folderWalk.h"
+#include "files/pathParts.h"
+#include "platform/wideText.h"
+#include "xoSystem/xoDirUtils.h"
+
+namespace xo {
+namespace {
+
+using FileSystemVisitor = xoDirUtils::FileSystemVisitor;
+
+// Appends a name to a path as it is shown.
+void appendName(std::string& path, std::string_view name) {
+    if (!path.empty() && path.back() != '/' && path.back() != '\\') path += '/';
+    path += name;
+}
+
+// The ends of file names that a walk accepts.
+class NameFilter {
+public:
+    explicit NameFilter(const std::vector<std::string>* extensions)
+        : mAcceptsAll(extensions == nullptr || extensions->empty()) {
+        if (extensions == nullptr) return;
+        for (const std::string& extension : *extensions)
+            if (!extension.empty()) mEnds.push_back(extension.front() == '.' ? extension : '.' + extension);
+    }
+
+    bool accepts(std::string_view name) const noexcept {
+        for (const std::string& end : mEnds)
+            if (name.size() >= end.size() && name.substr(name.size() - end.size()) == end) return true;
+        return mAcceptsAll;
+    }
+
+private:
+    const bool mAcceptsAll;
+    std::vector<std::string> mEnds;
+};
+
+class Visit : public files::FolderWalk::Task {
+public:
+    using FolderWalk = files::FolderWalk;
+    using Step = FolderWalk::Step;
+
+    Visit(FileSystemVisitor& visitor, const std::string& folder, bool recursive,
+          const std::vector<std::string>* extensions)
+        : mVisitor(visitor), mIsRecursive(recursive), mFilter(extensions), mFolder(folder) {}
+
+    bool onEnter(FolderWalk& walk) override {
+        if (walk.depth() > 1) appendName(mFolder, mName);
+        mFolderLengths.push_back(mFolder.size());
+        return mVisitor.onEnterFolder(mFolder);
+    }
+
+    Step onEntry(FolderWalk&, const files::FolderEntry& entry) override {
+        mName.clear();
+        platform::appendUtf8(mName, entry.name);
+        const bool goesOn = entry.isFolder ? mVisitor.onFolder(mFolder, mName)
+                                           : !mFilter.accepts(mName) || mVisitor.onFile(mFolder, mName);
+        if (!goesOn) return Step::Stop;
+        return entry.isFolder && mIsRecursive ? Step::Enter : Step::PassOver;
+    }
+
+    bool onLeave(FolderWalk&) override {
+        if (!mVisitor.onLeaveFolder(mFolder)) return false;
+        mFolderLengths.pop_back();
+        if (!mFolderLengths.empty()) mFolder.resize(mFolderLengths.back());
+        return true;
+    }
+
+private:
+    FileSystemVisitor& mVisitor;
+    const bool mIsRecursive;
+    const NameFilter mFilter;
+    std::string mFolder;                      // its path as the visitor sees it
+    std::string mName;                        // of the entry seen last
+    std::vector<std::size_t> mFolderLengths;  // of the paths of the folders that the walk is inside of
+};
+
+}  // namespace
+
+xoDirUtils::FileSystemVisitor::~FileSystemVisitor() = default;
+
+bool xoDirUtils::FileSystemVisitor::onEnterFolder(const std::string&) { return true; }
+
+bool xoDirUtils::FileSystemVisitor::onFile(const std::string&, const std::string&) { return true; }
+
+bool xoDirUtils::FileSystemVisitor::onFolder(const std::string&, const std::string&) { return true; }
+
+bool xoDirUtils::FileSystemVisitor::onLeaveFolder(const std::string&) { return true; }
+
+bool xoDirUtils::FileSystemVisitor::visit(const std::string& folder, bool recursive,
+                                          const std::vector<std::string>* extensions) {
+    Visit visit(*this, folder, recursive, extensions);
+    const std::wstring top = files::searchedFolder(folder.empty() ? "/" : folder);
+    return files::FolderWalk(visit, top, /*keepsFolderOpen=*/false).run();
+}
+
+std::string xoDirUtils::FileSystemVisitor::concatPathAndFile(const std::string& folder, const std::string& file) {
+    std::string path;
+    path.reserve(folder.size() + 1 + file.size());
+    path = folder;
+    appendName(path, file);
+    return path;
+}
+
+}  // namespace xo
