@@ -16,13 +16,16 @@ public:
 
     void lock() XO_ACQUIRE() { ::AcquireSRWLockExclusive(&mLock); }
 
-    // Waits at most about that long.
+    // Waits at most about that long. One Sleep may take as long as a tick of the system's timer, 16 ms, so the time is
+    // measured.
     bool tryLock(DWORD timeoutMs = 0) XO_TRY_ACQUIRE(true) {
-        for (DWORD waitedMs = 0; !::TryAcquireSRWLockExclusive(&mLock); ++waitedMs) {
-            if (waitedMs >= timeoutMs) return false;
+        if (::TryAcquireSRWLockExclusive(&mLock)) return true;
+        const ULONGLONG begin = ::GetTickCount64();
+        while (::GetTickCount64() - begin < timeoutMs) {
             ::Sleep(1);
+            if (::TryAcquireSRWLockExclusive(&mLock)) return true;
         }
-        return true;
+        return false;
     }
 
     void unlock() XO_RELEASE() { ::ReleaseSRWLockExclusive(&mLock); }
