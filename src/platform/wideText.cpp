@@ -40,10 +40,17 @@ bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_vi
 // Whether Windows takes the path as it is, of any length.
 bool isExtended(std::wstring_view path) { return startsWith(path, LR"(\\?\)") || startsWith(path, LR"(\\.\)"); }
 
-bool isAbsolute(std::wstring_view path) {
-    const auto isSeparator = [](wchar_t c) { return c == L'\\' || c == L'/'; };
-    if (path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1])) return true;
-    return path.size() >= 3 && path[1] == L':' && isSeparator(path[2]);
+bool isSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
+
+// About how long the path is once Windows has made it absolute, never less than that.
+std::size_t absoluteLength(const std::wstring& path) {
+    const bool hasDrive = path.size() >= 2 && path[1] == L':';
+    const bool isAbsolute = hasDrive ? path.size() >= 3 && isSeparator(path[2])
+                                     : path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1]);
+    if (isAbsolute) return path.size();
+    // Each drive has a working folder of its own.
+    if (hasDrive) return ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    return ::GetCurrentDirectoryW(0, nullptr) + path.size();
 }
 
 }  // namespace
@@ -88,8 +95,7 @@ std::wstring toApiPath(std::string_view utf8Path) { return toApiPath(toWide(utf8
 
 std::wstring toApiPath(std::wstring path) {
     if (hasNul(path)) return {};
-    const std::size_t folder = isAbsolute(path) ? 0 : ::GetCurrentDirectoryW(0, nullptr);
-    if (path.empty() || folder + path.size() < kShortPathLimit) return path;
+    if (path.empty() || absoluteLength(path) < kShortPathLimit) return path;
     if (std::wstring extended = toExtendedPath(path); !extended.empty()) return extended;
     return path;
 }

@@ -39,22 +39,30 @@ TEST(WideText, ReplacesWhatIsBroken) {
     EXPECT_EQ(toWide("\xC3"), L"\uFFFD");
 }
 
-TEST(ApiPath, LeavesShortPathsAlone) {
-    for (const wchar_t* path : {L"a.txt", LR"(C:\a\b.txt)", L"C:/a/b.txt", LR"(\\server\share\a)", L""})
-        EXPECT_EQ(toApiPath(std::wstring(path)), path);
-}
-
-TEST(ApiPath, LiftsTheLengthLimit) {
-    const std::wstring longName(250, L'n');
-    EXPECT_EQ(toApiPath(L"C:/a/../b/" + longName), LR"(\\?\C:\b\)" + longName);
-    EXPECT_EQ(toApiPath(LR"(\\server\share\)" + longName), LR"(\\?\UNC\server\share\)" + longName);
-    EXPECT_EQ(toApiPath(LR"(\\?\C:\)" + longName), LR"(\\?\C:\)" + longName);
+TEST(ApiPath, LiftsTheLengthLimitOfLongPathsOnly) {
+    const std::wstring longName(250, L'n'), limit(245, L'n');
+    const std::pair<std::wstring, std::wstring> rows[] = {
+        {L"", L""},
+        {L"a.txt", L"a.txt"},
+        {L"C:/a/b.txt", L"C:/a/b.txt"},
+        {LR"(\\server\share\a)", LR"(\\server\share\a)"},
+        {L"C:\\" + limit.substr(1), L"C:\\" + limit.substr(1)},  // 247 characters, as a folder may have
+        {L"C:\\" + limit, LR"(\\?\C:\)" + limit},
+        {L"C:/a/../b/" + longName, LR"(\\?\C:\b\)" + longName},
+        {LR"(\\server\share\)" + longName, LR"(\\?\UNC\server\share\)" + longName},
+        {L"//server/share/" + longName, LR"(\\?\UNC\server\share\)" + longName},
+        {LR"(\\?\C:\)" + longName, LR"(\\?\C:\)" + longName},
+        {LR"(\\.\pipe\)" + longName, LR"(\\.\pipe\)" + longName},
+        {L"C:\\a\0.txt"s, L""},  // names no file
+        {L"x:b.txt", L"x:b.txt"},
+        {L"y:b.txt", LR"(\\?\Y:\)" + longName + L"\\b.txt"},  // where the working folder of the drive is long
+    };
+    ::SetEnvironmentVariableW(L"=Y:", (L"Y:\\" + longName).c_str());
+    for (const auto& [path, apiPath] : rows) EXPECT_EQ(toApiPath(path), apiPath) << toUtf8(path);
     const std::wstring relative = toApiPath(longName);
     EXPECT_EQ(relative.substr(0, 4), LR"(\\?\)");
     EXPECT_EQ(relative.substr(relative.size() - longName.size() - 1), L"\\" + longName);
 }
-
-TEST(ApiPath, RefusesAPathWithANul) { EXPECT_EQ(toApiPath("C:\\a\0.txt"s), L""); }
 
 TEST(ReadWide, GrowsUntilTheTextFits) {
     const std::wstring text(1000, L'x');
