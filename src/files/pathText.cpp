@@ -42,8 +42,10 @@ std::wstring nameInFolder(const std::wstring& path) {
 
 // The stored name of the last name of the path; empty when there is no such file.
 std::wstring storedName(const std::wstring& path, std::wstring_view name) {
-    if (name == L"." || name == L"..") return std::wstring(name);
-    if (name.find_first_of(L"*?") != std::wstring_view::npos) return {};  // would find some other file
+    if (files::isDots(name)) return std::wstring(name);
+    // A pattern would find some other file. Besides "*" and "?" the kernel knows three that no name can hold:
+    // https://learn.microsoft.com/windows-hardware/drivers/ddi/ntifs/nf-ntifs-_fsrtl_advanced_fcb_header-fsrtlisnameinexpression
+    if (name.find_first_of(LR"(*?<>")") != std::wstring_view::npos) return {};
     std::wstring stored = nameInShell(path, name);
     if (stored.empty()) stored = nameInFolder(path);
     return stored;

@@ -1,12 +1,13 @@
-// Names for temporary files: the system chooses a number, and this process gives no number away twice in a row.
+// Names for temporary files: the system chooses a number, and this process gives none twice before all have been given.
 #include <io.h>
 
 #include <algorithm>
-#include <array>
-#include <atomic>
+#include <bitset>
+#include <cerrno>
 
 #include "files/pathParts.h"
 #include "platform/handle.h"
+#include "platform/slimLock.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
 
@@ -19,22 +20,32 @@ constexpr UINT kLastNumber = 0xFFFF;                   // the numbers are 1 to t
 constexpr std::size_t kPrefixLength = 3;               // all that GetTempFileNameW takes of a prefix
 constexpr std::size_t kSystemExtension = 4;            // ".tmp"
 constexpr std::size_t kLongestFolder = MAX_PATH - 14;  // beyond it GetTempFileNameW gives up
+constexpr int kMostDenied = 100;
 
-// The file that proved a name free is gone when the name is returned, so the system, whose numbers follow its clock,
-// may offer the same one to the next caller.
+UINT after(UINT number) noexcept { return number % kLastNumber + 1; }
+
+// Which numbers have been given away. The file that proved a name free is gone when the name is returned, so the
+// system, whose numbers follow its clock, may offer the same one to the next caller.
 class NumberRegister {
 public:
-    // Whether the number was still free; it no longer is.
-    bool claim(UINT number) noexcept {
-        const std::uint32_t bit = 1u << (number % 32);
-        return (mClaimed[number / 32].fetch_or(bit, std::memory_order_relaxed) & bit) == 0;
-    }
-    void forgetAll() noexcept {
-        for (auto& word : mClaimed) word.store(0, std::memory_order_relaxed);
+    // Gives away a number: the first free one from the given one on. Once none is free, all are again.
+    UINT give(UINT number) noexcept {
+        mLock.lock();
+        if (mCount == kLastNumber) {
+            mGiven.reset();
+            mCount = 0;
+        }
+        while (mGiven[number]) number = after(number);
+        mGiven[number] = true;
+        ++mCount;
+        mLock.unlock();
+        return number;
     }
 
 private:
-    std::array<std::atomic<std::uint32_t>, (kLastNumber + 1) / 32> mClaimed{};
+    platform::SlimLock mLock;
+    std::bitset<kLastNumber + 1> mGiven XO_GUARDED_BY(mLock);
+    UINT mCount XO_GUARDED_BY(mLock) = 0;
 };
 
 NumberRegister& numbers() noexcept {
@@ -42,7 +53,9 @@ NumberRegister& numbers() noexcept {
     return instance;
 }
 
-UINT after(UINT number) noexcept { return number % kLastNumber + 1; }
+// Whether a file can be made there. The name of a file that waits for its deletion is no free one: the answer is then
+// that access is denied.
+bool isFree(const std::wstring& path) { return ::_waccess(toApiPath(path).c_str(), 0) != 0 && errno == ENOENT; }
 
 struct TemporaryFile {
     std::wstring folder;  // with backslashes
@@ -50,10 +63,11 @@ struct TemporaryFile {
 
     // A number whose file could be made in the folder just now; 0 when none can be made.
     UINT tryOut() const {
-        if (folder.size() > kLongestFolder) return tryOutLong();
+        if (folder.size() > kLongestFolder) return tryOutByHand();
         wchar_t made[MAX_PATH];
         const UINT number = ::GetTempFileNameW(folder.c_str(), prefix.c_str(), 0, made);
-        if (number != 0) ::DeleteFileW(made);
+        if (number == 0) return ::GetLastError() == ERROR_ACCESS_DENIED ? tryOutByHand() : 0;
+        ::DeleteFileW(made);
         return number;
     }
 
@@ -68,7 +82,10 @@ struct TemporaryFile {
     }
 
 private:
-    UINT tryOutLong() const {
+    // What GetTempFileNameW does, in a folder of any length. A name is denied too while its last file waits for its
+    // deletion, so that a few such names do not mean that the folder is closed.
+    UINT tryOutByHand() const {
+        int denied = 0;
         UINT number = ::GetTickCount() % kLastNumber + 1;
         for (UINT tries = 0; tries < kLastNumber; ++tries, number = after(number)) {
             const platform::FileHandle made(::CreateFileW(toApiPath(name(number)).c_str(), GENERIC_WRITE,
@@ -76,7 +93,9 @@ private:
                                                           CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE,
                                                           /*hTemplateFile=*/nullptr));
             if (made) return number;
-            if (::GetLastError() != ERROR_FILE_EXISTS) return 0;
+            const DWORD error = ::GetLastError();
+            const bool mayBePending = error == ERROR_ACCESS_DENIED && ++denied < kMostDenied;
+            if (error != ERROR_FILE_EXISTS && !mayBePending) return 0;
         }
         return 0;
     }
@@ -110,15 +129,12 @@ std::string freshName(const std::string& folder, const std::string& prefix, cons
     UINT number = file.tryOut();
     if (number == 0) return {};
 
-    // The first round is over the numbers never given away, the second over all.
-    for (int round = 0; round < 2; ++round) {
-        for (UINT tries = 0; tries < kLastNumber; ++tries, number = after(number)) {
-            if (!numbers().claim(number)) continue;
-            std::wstring path = file.name(number);
-            path.replace(path.size() - kSystemExtension, kSystemExtension, extension);
-            if (::_waccess(toApiPath(path).c_str(), 0) != 0) return platform::toUtf8(path);
-        }
-        numbers().forgetAll();
+    // Up to the end of the round that others have begun, and once round.
+    for (UINT tries = 0; tries < 2 * kLastNumber; ++tries) {
+        number = numbers().give(number);
+        std::wstring path = file.name(number);
+        path.replace(path.size() - kSystemExtension, kSystemExtension, extension);
+        if (isFree(path)) return platform::toUtf8(path);
     }
     return {};
 }

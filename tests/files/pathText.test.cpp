@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <atomic>
 #include <set>
 #include <thread>
 #include <tuple>
@@ -5,11 +7,13 @@
 
 #include "files/filesFixture.h"
 #include "files/pathParts.h"
+#include "support/importHook.h"
 
 namespace {
 
 using namespace std::string_literals;
 using xo::xoDirUtils;
+using xo::tests::ImportHook;
 using DiskPath = xo::tests::FolderTest;
 using TempFile = xo::tests::FolderTest;
 
@@ -27,6 +31,8 @@ TEST(PathParts, KnowWhereTheNamesBegin) {
     EXPECT_EQ(xo::files::rootLength(LR"(\\?\unc\server\share\a)"), 21u);
     EXPECT_TRUE(xo::files::isNetworkPath(LR"(\\?\unc\server\share\a)"));
     EXPECT_EQ(xo::files::rootLength(LR"(\\?\Volume{0}\a)"), 14u);
+    EXPECT_EQ(xo::files::rootLength(LR"(\\?\UNC1\a\b)"), 9u);
+    EXPECT_FALSE(xo::files::isNetworkPath(LR"(\\?\UNC1\a\b)"));
 }
 
 TEST(PathText, CutsTheLastNameOff) {
@@ -55,10 +61,15 @@ TEST_F(DiskPath, FollowsTheWorkingFolder) {
     EXPECT_EQ(xoDirUtils::GetAbsolutePathUtf8("a"), path("a"));
 }
 
+DWORD WINAPI nameProgramAtTheRoot(HMODULE, wchar_t* buffer, DWORD) { return ::wcscpy(buffer, L"C:\\a.exe"), 8; }
+
 TEST(PathText, KnowsTheFolderOfTheProgram) {
     std::string folder;
     ASSERT_TRUE(xoDirUtils::GetFolderOfCurrentProcessUtf8(folder));
     EXPECT_TRUE(xoDirUtils::FileExistsUtf8(folder + "\\files.exe")) << folder;
+    const ImportHook hook("xoSystem.dll", "GetModuleFileNameW", &nameProgramAtTheRoot);
+    EXPECT_TRUE(xoDirUtils::GetFolderOfCurrentProcessUtf8(folder));
+    EXPECT_EQ(folder, "C:\\");
 }
 
 TEST_F(DiskPath, IsFoundInItsCase) {
@@ -71,6 +82,9 @@ TEST_F(DiskPath, IsFoundInItsCase) {
         {"\\.\\sub folder \xC3\xA9\\..", "\\.\\Sub Folder \xC3\x89\\.."},
         {"\\sub folder \xC3\xA9\\Missing\\x", "\\Sub Folder \xC3\x89\\Missing\\x"},
         {"\\sub*\\file.txt", "\\sub*\\file.txt"},  // is no pattern
+        {"\\sub<\\file.txt", "\\sub<\\file.txt"},  // nor by the kernel's own wildcards
+        {"\\sub folder >\\file.txt", "\\sub folder >\\file.txt"},
+        {"\\sub folder \xC3\xA9\\file\"txt", "\\Sub Folder \xC3\x89\\file\"txt"},
     };
     for (const auto& [asked, actual] : rows)
         EXPECT_EQ(xoDirUtils::GetActualPathNameUtf8("c" + root.substr(1) + asked), root + actual);
@@ -125,18 +139,90 @@ TEST_F(TempFile, NamesAFileThatCanBeMade) {
     EXPECT_EQ(xoDirUtils::GetTempFileUtf8(path(), "xo", "/x"), "");
 }
 
-TEST_F(TempFile, GivesNoNameTwice) {
-    ASSERT_TRUE(xoDirUtils::MkpathUtf8(path("names")));
-    std::set<std::string> names[4], all;
-    std::vector<std::thread> threads;
-    for (auto& mine : names)
-        threads.emplace_back([&mine, folder = path("names")] {
-            for (int i = 0; i < 50; ++i) mine.insert(xoDirUtils::GetTempFileUtf8(folder, "xo"));
-        });
-    for (std::thread& thread : threads) thread.join();
-    for (auto& some : names) all.merge(some);
-    EXPECT_TRUE(all.size() == 4 * 50 && all.count("") == 0) << all.size();
-    EXPECT_TRUE(std::filesystem::is_empty(mFolder.widePath() / "names"));
+// A system whose numbers for temporary names follow one another, that makes no files of its own, and that may refuse.
+std::atomic<UINT> systemNumber{0};
+std::atomic<DWORD> systemError{ERROR_SUCCESS};
+int refusals = 0, refusal = 0;  // the next answers to the question for a file
+std::wstring refusedPath;
+int deniedFiles = 0;  // that cannot be made
+
+UINT WINAPI nameFile(const wchar_t* folder, const wchar_t* prefix, UINT number, wchar_t* path) {
+    if (number == 0 && systemError != ERROR_SUCCESS) return ::SetLastError(systemError), 0;
+    if (number == 0) number = systemNumber++ % 65535 + 1;
+    ::swprintf_s(path, MAX_PATH, L"%ls\\%ls%x.tmp", folder, prefix, number);
+    return number;
+}
+BOOL WINAPI deleteNothing(const wchar_t*) { return TRUE; }
+int findFile(const wchar_t* path, int) {
+    errno = EACCES;
+    if (refusals > 0) return --refusals, refusedPath = path, refusal;
+    errno = ENOENT;
+    return -1;
+}
+HANDLE WINAPI denyFiles(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                        DWORD disposition, DWORD flags, HANDLE model) {
+    if (deniedFiles-- <= 0)
+        return ImportHook::behind(&denyFiles)(path, access, share, security, disposition, flags, model);
+    ::SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+class TempNumbers : public TempFile {
+protected:
+    void SetUp() override { ASSERT_TRUE(mNaming.isInstalled() && mDeleting.isInstalled() && mFinding.isInstalled()); }
+
+    const ImportHook mNaming{"xoSystem.dll", "GetTempFileNameW", &nameFile};
+    const ImportHook mDeleting{"xoSystem.dll", "DeleteFileW", &deleteNothing};
+    const ImportHook mFinding{"xoSystem.dll", "_waccess", &findFile};
+};
+
+std::size_t giveNumber() {
+    const std::string name = xoDirUtils::GetTempFileUtf8("C:", "");
+    return name.empty() ? 0 : std::stoul(name.substr(3), nullptr, 16);
+}
+
+TEST_F(TempNumbers, ComeOnceInEachRoundWhateverThreadAsks) {
+    constexpr std::size_t kNumbers = 65535;
+    std::vector<std::atomic<int>> times(kNumbers + 1);
+    while (times[giveNumber()]++ == 0) {
+    }
+    // With the first repetition the second round has begun. It and one more are shared by two threads.
+    const auto giveHalf = [&times](std::size_t count) {
+        for (; count > 0; --count) ++times[giveNumber()];
+    };
+    const std::vector<int> before(times.begin(), times.end());
+    std::thread other(giveHalf, kNumbers);
+    giveHalf(kNumbers - 1);
+    other.join();
+    EXPECT_EQ(times[0], 0);
+    std::size_t given = 0;
+    for (std::size_t number = 1; number <= kNumbers; ++number) given += times[number] == (before[number] > 0 ? 3 : 2);
+    EXPECT_EQ(given, kNumbers);
+}
+
+TEST_F(TempNumbers, PassOverNamesThatAreTaken) {
+    for (const int answer : {0, -1}) {  // a file, and one that waits for its deletion
+        refusals = 1, refusal = answer;
+        const std::string name = xoDirUtils::GetTempFileUtf8("C:", "", "a");
+        EXPECT_NE(name, "");
+        EXPECT_NE(name, xo::platform::toUtf8(refusedPath));
+    }
+    const ImportHook creating("xoSystem.dll", "CreateFileW", &denyFiles);
+    const std::tuple<std::string, DWORD, int, bool> rows[] = {
+        {mDeep, ERROR_SUCCESS, 5, true},  // where the system names no file
+        {path(), ERROR_ACCESS_DENIED, 5, true},
+        {path(), ERROR_ACCESS_DENIED, 10000, false},  // a folder that nobody may write to
+        {path(), ERROR_PATH_NOT_FOUND, 0, false},
+    };
+    for (const auto& [folder, error, denied, isNamed] : rows) {
+        systemError = error, deniedFiles = denied;
+        EXPECT_EQ(xoDirUtils::GetTempFileUtf8(folder, "xo") != "", isNamed) << error << ' ' << denied;
+        EXPECT_TRUE(deniedFiles <= 0 || deniedFiles > 9000) << deniedFiles;
+    }
+    systemError = ERROR_SUCCESS;
+    std::vector<std::string> files;
+    xoDirUtils::GlobFileAndFolderUtf8(mDeep, &files);
+    EXPECT_TRUE(files.empty());
 }
 
 }  // namespace
