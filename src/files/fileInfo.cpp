@@ -55,6 +55,12 @@ bool readFacts(const std::wstring& path, Facts& facts) {
     return true;
 }
 
+// Whether the error says no more than that the path does not lead to a folder.
+bool isNoFolder(DWORD error) {
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_DIRECTORY ||
+           error == ERROR_INVALID_NAME || error == ERROR_BAD_PATHNAME;
+}
+
 // FILETIME counts 100 ns since 1601; 0 stands for a time that the file system does not keep.
 std::int64_t toUnixSeconds(const FILETIME& time, std::int64_t unknown) {
     constexpr std::uint64_t ticksPerSecond = 10'000'000;
@@ -116,12 +122,13 @@ std::uint64_t xoDirUtils::GetAvailableDiskSizeUtf8(const std::string& path, std:
             error.clear();
             return available.QuadPart;
         }
-        if (folder.size() <= root) break;
+        const DWORD code = folder.empty() ? ERROR_INVALID_NAME : ::GetLastError();
+        if (folder.size() <= root || !isNoFolder(code)) {
+            error = "GetDiskFreeSpaceExW error " + std::to_string(code);
+            return 0;
+        }
         folder.resize((std::max)(root, folder.find_last_of(L'\\')));
     }
-    const DWORD code = folder.empty() ? ERROR_INVALID_NAME : ::GetLastError();
-    error = "GetDiskFreeSpaceExW error " + std::to_string(code);
-    return 0;
 }
 
 }  // namespace xo

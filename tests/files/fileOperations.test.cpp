@@ -12,6 +12,7 @@ using namespace std::string_literals;
 using xo::xoDirUtils;
 using xo::xoFileInfoUtf8;
 using xo::tests::hold;
+using xo::tests::ImportHook;
 using xo::tests::makeFile;
 using FileInfo = xo::tests::FolderTest;
 using FileOperations = xo::tests::FolderTest;
@@ -52,17 +53,27 @@ TEST_F(FileInfo, ReachesWhatTheRuntimeDoesNot) {
     EXPECT_FALSE(xoDirUtils::DirExistsUtf8(path() + "\0"s));
 }
 
-BOOL WINAPI refuse(const wchar_t*, GET_FILEEX_INFO_LEVELS, void*) {
+// What Windows tells about a file: nothing, or neither its creation nor its last access.
+bool isRefused = false;
+BOOL WINAPI tellLittle(const wchar_t* path, GET_FILEEX_INFO_LEVELS level, void* data) {
     ::SetLastError(ERROR_SHARING_VIOLATION);
-    return FALSE;
+    if (isRefused || !ImportHook::behind(&tellLittle)(path, level, data)) return FALSE;
+    auto& told = *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data);
+    told.ftCreationTime = told.ftLastAccessTime = {};
+    return TRUE;
 }
 
-TEST_F(FileInfo, IsReadFromTheFolderWhereTheFileCannotBeAsked) {
+TEST_F(FileInfo, MakesDoWithWhatTheSystemTells) {
     mFolder.write("file", "12345");
-    const xo::tests::ImportHook hook("xoSystem.dll", "GetFileAttributesExW", &refuse);
+    const ImportHook hook("xoSystem.dll", "GetFileAttributesExW", &tellLittle);
     xoFileInfoUtf8 info;
-    xoDirUtils::GetFileInfoUtf8(path("file"), info);
-    EXPECT_TRUE(hook.isInstalled() && info.exists && info.size == 5);
+    for (const bool refused : {false, true}) {
+        isRefused = refused;
+        xoDirUtils::GetFileInfoUtf8(path("file"), info);
+        EXPECT_TRUE(hook.isInstalled() && info.exists && info.size == 5 && info.modificationTime > 0);
+        if (!refused) EXPECT_EQ(info.creationTime, info.modificationTime);
+        if (!refused) EXPECT_EQ(info.accessTime, info.modificationTime);
+    }
 }
 
 TEST_F(FileInfo, KeepsTimesFarFromToday) {
@@ -97,32 +108,59 @@ TEST_F(FileInfo, ComparesEveryField) {
     EXPECT_TRUE(info.path == "C:\\" && info.isDirectory);
 }
 
-std::wstring lastAsked;
+std::vector<std::wstring> askedFolders;
+DWORD diskError = ERROR_SUCCESS;
 
 BOOL WINAPI noteAsked(const wchar_t* folder, ULARGE_INTEGER* available, ULARGE_INTEGER*, ULARGE_INTEGER*) {
-    lastAsked = folder;
-    return xo::tests::ImportHook::behind(&noteAsked)(folder, available, nullptr, nullptr);
+    askedFolders.push_back(folder);
+    ::SetLastError(diskError);
+    return diskError == ERROR_SUCCESS && ImportHook::behind(&noteAsked)(folder, available, nullptr, nullptr);
 }
 
 TEST_F(FileInfo, KnowsTheDiskSpaceOfTheNearestFolder) {
-    const xo::tests::ImportHook hook("xoSystem.dll", "GetDiskFreeSpaceExW", &noteAsked);
-    for (const std::string& asked : {"C:\\"s, mDeep, mDeep + "\\more/below", path("not/yet/here"), "relative"s}) {
-        EXPECT_GT(xoDirUtils::GetAvailableDiskSizeUtf8(asked, mError), 0u) << asked;
-        EXPECT_EQ(mError, "") << asked;
+    for (const std::string& given : {"C:\\"s, mDeep, mDeep + "\\more/below", path("not/yet/here"), "relative"s}) {
+        EXPECT_GT(xoDirUtils::GetAvailableDiskSizeUtf8(given, mError), 0u) << given;
+        EXPECT_EQ(mError, "") << given;
     }
+    for (const std::string& given : {"Q:\\x\\y"s, ""s, "C:\\\0"s, "\\\\.\\nothing"s}) {
+        EXPECT_EQ(xoDirUtils::GetAvailableDiskSizeUtf8(given, mError), 0u) << given;
+        EXPECT_EQ(mError.find("GetDiskFreeSpaceExW error "), 0u) << given << ": " << mError;
+    }
+    const ImportHook hook("xoSystem.dll", "GetDiskFreeSpaceExW", &noteAsked);
     mFolder.write("file", "");
     xoDirUtils::GetAvailableDiskSizeUtf8(path("file"), mError);
-    EXPECT_EQ(lastAsked, LR"(\\?\)" + mFolder.widePath().wstring());
-    for (const std::string& asked : {"Q:\\x\\y"s, ""s, "C:\\\0"s, "\\\\.\\nothing"s}) {
-        EXPECT_EQ(xoDirUtils::GetAvailableDiskSizeUtf8(asked, mError), 0u) << asked;
-        EXPECT_EQ(mError.find("GetDiskFreeSpaceExW error "), 0u) << asked << ": " << mError;
+    EXPECT_EQ(askedFolders.back(), LR"(\\?\)" + mFolder.widePath().wstring());
+    const struct {
+        const char* given;
+        DWORD error;
+        std::vector<std::wstring> asked;
+    } rows[] = {
+        {"C:\\a\\b", ERROR_PATH_NOT_FOUND, {LR"(\\?\C:\a\b)", LR"(\\?\C:\a)", LR"(\\?\C:\)"}},
+        {"C:\\a\\b", ERROR_ACCESS_DENIED, {LR"(\\?\C:\a\b)"}},  // no answer for the volume above
+        {"\\\\server\\share\\a\\b", ERROR_PATH_NOT_FOUND, {LR"(\\?\UNC\server\share\)"}},  // asked once
+        {"\\\\server\\share", ERROR_BAD_NETPATH, {LR"(\\?\UNC\server\share\)"}},
+    };
+    for (const auto& row : rows) {
+        askedFolders.clear(), diskError = row.error;
+        EXPECT_EQ(xoDirUtils::GetAvailableDiskSizeUtf8(row.given, mError), 0u);
+        EXPECT_EQ(mError, "GetDiskFreeSpaceExW error " + std::to_string(row.error));
+        EXPECT_EQ(askedFolders, row.asked) << row.given;
     }
+    diskError = ERROR_SUCCESS;
+}
+
+DWORD moveFlags = 0;
+BOOL WINAPI noteFlags(const wchar_t* from, const wchar_t* to, DWORD flags) {
+    moveFlags = flags;
+    return ImportHook::behind(&noteFlags)(from, to, flags);
 }
 
 TEST_F(FileOperations, RenameReplacesAndReports) {
     mFolder.write("\xE6\x97\xA5 a", "new");
     mFolder.write("b", "old");
+    const ImportHook hook("xoSystem.dll", "MoveFileExW", &noteFlags);
     EXPECT_TRUE(xoDirUtils::RenameFileUtf8(path("\xE6\x97\xA5 a"), path("b"), &mError));
+    EXPECT_EQ(moveFlags, DWORD{MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED});
     EXPECT_FALSE(mFolder.has("\xE6\x97\xA5 a"));
     EXPECT_TRUE(xoDirUtils::RenameFileUtf8(path("b"), mDeep + "\\c"));
     EXPECT_TRUE(xoDirUtils::RenameFileUtf8(mDeep + "\\c", path("b")));
@@ -162,6 +200,13 @@ TEST_F(FileOperations, RemoveTakesFilesOnly) {
     EXPECT_TRUE(mFolder.has("locked") && mFolder.has("held"));
 }
 
+// Another makes each folder a moment before.
+BOOL WINAPI makeLate(const wchar_t* path, SECURITY_ATTRIBUTES* security) {
+    ImportHook::behind (&makeLate)(path, security);
+    ::SetLastError(ERROR_ALREADY_EXISTS);
+    return FALSE;
+}
+
 TEST_F(FileOperations, MkpathMakesWhatIsMissing) {
     mFolder.write("file", "kept");
     const xo::tests::WorkingFolder here(path());
@@ -177,7 +222,20 @@ TEST_F(FileOperations, MkpathMakesWhatIsMissing) {
     }
     EXPECT_EQ(mFolder.read("file"), "kept");
     EXPECT_FALSE(mFolder.has("x"));
+    const ImportHook hook("xoSystem.dll", "CreateDirectoryW", &makeLate);
+    EXPECT_TRUE(xoDirUtils::MkpathUtf8(path("made/by/another")));
 }
+
+ACCESS_MASK granted = 0;
+BOOL WINAPI noteGranted(const wchar_t* path, SECURITY_INFORMATION what, PSECURITY_DESCRIPTOR descriptor) {
+    BOOL isPresent = FALSE, isDefaulted = FALSE;
+    PACL list = nullptr;
+    void* entry = nullptr;
+    if (::GetSecurityDescriptorDacl(descriptor, &isPresent, &list, &isDefaulted) && list && ::GetAce(list, 0, &entry))
+        granted = static_cast<ACCESS_ALLOWED_ACE*>(entry)->Mask;
+    return ImportHook::behind(&noteGranted)(path, what, descriptor);
+}
+DWORD WINAPI makeNoList(ULONG, EXPLICIT_ACCESS_A*, PACL, PACL*) { return ERROR_NOT_ENOUGH_MEMORY; }
 
 bool everyoneMayWrite(const std::string& path) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
@@ -197,12 +255,16 @@ bool everyoneMayWrite(const std::string& path) {
 TEST_F(FileOperations, PermissionsLetEveryoneIn) {
     makeFile(path("\xC3\xA9"));
     makeFile(mDeep + "\\file");
+    const ImportHook hook("xoSystem.dll", "SetFileSecurityW", &noteGranted);
     for (const std::string& asked : {path("\xC3\xA9"), mDeep + "\\file", mDeep}) {
         EXPECT_TRUE(xoDirUtils::GrantAllFilePermissionsUtf8(asked)) << asked;
         EXPECT_TRUE(everyoneMayWrite(asked)) << asked;
     }
+    EXPECT_EQ(granted, DWORD{GENERIC_ALL});
     EXPECT_FALSE(xoDirUtils::GrantAllFilePermissionsUtf8(path("missing")));
     EXPECT_FALSE(xoDirUtils::GrantAllFilePermissionsUtf8(path() + "\0"s));
+    const ImportHook noList("xoSystem.dll", "SetEntriesInAclA", &makeNoList);
+    EXPECT_FALSE(xoDirUtils::GrantAllFilePermissionsUtf8(mDeep));
 }
 
 TEST_F(FileOperations, LeaveNoHandleOpen) {
