@@ -180,6 +180,25 @@ public:
     // Whether UUIDToBinary would take it.
     static bool IsUUID(const std::string& text);
 
+    // ---- Texts for a terminal, or for any other font in which each character has one or two columns.
+
+    // The columns that the text takes: 2 for East Asian wide and full-width characters and for emoji, 0 for combining
+    // marks, format characters and control characters, 1 for all others and for a byte that is not UTF-8. Sequences
+    // count as one: an emoji with U+FE0F, with a skin tone or joined by U+200D is 2, and so are two regional
+    // indicators, a digit with U+FE0F and U+20E3, and a Hangul syllable of several jamo. Terminals differ about such
+    // sequences, and about what East Asian fonts show wide (counted 1 here). By the tables of Unicode 15.
+    static std::size_t GetDisplayWidth(const std::string& text);
+    // Makes visible what would move the cursor, start an escape sequence or change the order of the characters, in
+    // place: line feed, carriage return and tab become "\n", "\r" and "\t"; other control characters (U+0000 to 001F,
+    // 007F to 009F) and bytes that are not UTF-8 "\x1b"; the controls of writing direction (U+061C, 200E, 200F, 202A to
+    // 202E, 2066 to 2069) and U+2028 and 2029 "\u202e". A backslash stays one, so the result cannot be read back.
+    static std::string& MakePrintable(std::string& text);
+    // Cuts a text that is wider at its end, or in its middle, where a path says least: what is left takes no more than
+    // that many columns, together with the mark that stands for the rest. A mark that alone is wider is left out. What
+    // GetDisplayWidth counts as one is never divided, so that the result may be a column narrower.
+    static std::string& CutToDisplayWidth(std::string& text, std::size_t columns, const std::string& mark = "...",
+                                          bool inMiddle = false);
+
     // ---- Paths as text. "/" and "\" both separate; the file system is never asked.
 
     // What stands before the last separator, without it; a root keeps it: "/", "C:\". Empty without a separator.

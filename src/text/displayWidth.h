@@ -1,0 +1,35 @@
+// How many columns of a terminal a UTF-8 text takes, and where it may be cut without tearing a character apart.
+#ifndef XO_TEXT_DISPLAYWIDTH_H
+#define XO_TEXT_DISPLAYWIDTH_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace xo::text {
+
+// A code point that has a width, and all code points behind it that have none. Code points without width at the start
+// of a text are a cluster of their own.
+struct Cluster {
+    const char* end;
+    unsigned width;  // 0, 1 or 2
+};
+
+// The cluster that starts at a place before end. A byte that belongs to no UTF-8 sequence is a cluster of width 1.
+Cluster nextCluster(const char* at, const char* end);
+
+std::size_t displayWidth(std::string_view text);
+
+// As xoStringUtils::MakePrintable, in place or appended to what is there.
+void makePrintable(std::string& text);
+void appendPrintable(std::string& out, std::string_view text);
+
+// The longest start of the text, in whole clusters, that is no wider than columns.
+std::string_view fittingStart(std::string_view text, std::size_t columns);
+
+// As xoStringUtils::CutToDisplayWidth.
+void cutToWidth(std::string& text, std::size_t columns, std::string_view mark, bool inMiddle);
+
+}  // namespace xo::text
+
+#endif
