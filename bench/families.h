@@ -13,6 +13,7 @@ void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
 void measureProcess(Suite& suite);
 void measureStreams(Suite& suite);
+void measureTables(Suite& suite);
 void measureText(Suite& suite);
 void measureThreads(Suite& suite);
 void measureUtil(Suite& suite);

@@ -19,6 +19,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureLog(suite);
     bench::measureProcess(suite);
     bench::measureStreams(suite);
+    bench::measureTables(suite);
     bench::measureText(suite);
     bench::measureThreads(suite);
     bench::measureUtil(suite);

@@ -23,7 +23,7 @@ namespace {
 
 using namespace xo::fuzz;
 
-constexpr const Target* kTargets[] = {&kIni,      &kVariants,     &kVersions,   &kCsv, &kDataStream,
+constexpr const Target* kTargets[] = {&kIni,      &kVariants,     &kVersions,   &kCsv, &kDataStream, &kTables,
 #if defined(_WIN32)  // these call it
                                       &kCharSets, &kNaturalOrder, &kCommandLine
 #endif

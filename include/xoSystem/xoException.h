@@ -28,8 +28,8 @@ namespace xo::exception {
 
 // Whether the library's handlers for SIGFPE, SIGILL and SIGSEGV are installed: from full initialisation to the
 // outermost termination. They report what happens outside any guard, each signal once, and save nothing: the fault
-// happens again and the process ends. On Windows the C runtime keeps the handlers of these signals for each thread: they
-// watch the thread that initialised the library, and the library's own threads that start meanwhile.
+// happens again and the process ends. On Windows the C runtime keeps the handlers of these signals for each thread:
+// they watch the thread that initialised the library, and the library's own threads that start meanwhile.
 XOSYSTEM_API bool IsSigWatcherRegistered();
 
 namespace impl {

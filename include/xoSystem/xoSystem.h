@@ -2,6 +2,7 @@
 #ifndef XOSYSTEM_XOSYSTEM_H
 #define XOSYSTEM_XOSYSTEM_H
 
+#include "xoSystem/xoAsciiTableBuilder.h"
 #include "xoSystem/xoConcurrentPool.h"
 #include "xoSystem/xoCsvFileReader.h"
 #include "xoSystem/xoCsvStream.h"

@@ -145,6 +145,13 @@ Cluster nextCluster(const char* at, const char* end) {
     return {at, width};
 }
 
+bool isPlain(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    const char* at = skipPlainBlocks(text.data(), end);
+    while (at != end && isPlain(*at)) ++at;
+    return at == end;
+}
+
 std::size_t displayWidth(std::string_view text) {
     const char* const begin = text.data();
     const char* const end = begin + text.size();
@@ -159,6 +166,18 @@ std::size_t displayWidth(std::string_view text) {
         }
         const char* const stop = end - at < kBlock ? end : at + kBlock;
         while (at < stop) {
+            if (isPlain(*at) && (end - at == 1 || isPlain(at[1]))) {
+                ++width;
+                ++at;
+                continue;
+            }
+            const CodePoint code = decode(at, end);
+            const unsigned properties = propertiesOf(code.value);
+            if (properties == widthIn(properties)) {  // what follows changes nothing about it
+                width += properties;
+                at += code.length;
+                continue;
+            }
             const Cluster cluster = nextCluster(at, end);
             width += cluster.width;
             at = cluster.end;

@@ -20,6 +20,9 @@ Cluster nextCluster(const char* at, const char* end);
 
 std::size_t displayWidth(std::string_view text);
 
+// Whether there are only ASCII characters that have a width: one byte is one column.
+bool isPlain(std::string_view text);
+
 // As xoStringUtils::MakePrintable, in place or appended to what is there.
 void makePrintable(std::string& text);
 void appendPrintable(std::string& out, std::string_view text);

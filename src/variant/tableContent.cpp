@@ -1,0 +1,88 @@
+#include "variant/tableContent.h"
+
+#include <algorithm>
+
+#include "text/displayWidth.h"
+#include "variant/textForm.h"
+
+namespace xo::variant {
+namespace {
+
+std::size_t widthOfLines(std::string_view text) {
+    std::size_t widest = 0;
+    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
+        widest = (std::max)(widest, text::displayWidth(text.substr(0, end)));
+        text.remove_prefix(end + 1);
+    }
+    return (std::max)(widest, text::displayWidth(text));
+}
+
+}  // namespace
+
+std::string cellText(std::string_view text) {
+    std::string shown;
+    std::string line;
+    for (;;) {
+        const std::size_t end = (std::min)(text.find_first_of("\r\n"), text.size());
+        line.assign(text, 0, end);
+        std::replace(line.begin(), line.end(), '\t', ' ');
+        text::appendPrintable(shown, line);
+        if (end == text.size()) return shown;
+        shown += '\n';
+        text.remove_prefix(text.compare(end, 2, "\r\n") == 0 ? end + 2 : end + 1);
+    }
+}
+
+void TableContent::beginRow(std::size_t cellCount) {
+    if (wantsRule) rules.push_back(rows.size());
+    wantsRule = false;
+    rows.push_back(cells.size());
+    const std::size_t needed = (std::min)(cellCount, Builder::kMaxColumns);
+    if (columns.size() < needed) columns.resize(needed);
+}
+
+void TableContent::addCell(const xoVariant& value) {
+    TableCell cell;
+    cell.offset = texts.size();
+    switch (value.getType()) {
+        case xoVariant::UNKNOWN: break;
+        case xoVariant::REAL:
+            cell.kind = TableCell::Real;
+            cell.real = value.toReal();
+            break;
+        case xoVariant::INTEGER:
+            appendText(texts, value);
+            addText(cell, TableCell::Integer);
+            break;
+        default:
+            appendText(texts, value);
+            addText(cell, TableCell::Text);
+            break;
+    }
+    cells.push_back(cell);
+}
+
+void TableContent::addCell(const std::string& text) {
+    TableCell cell;
+    cell.offset = texts.size();
+    texts.append(text);
+    addText(cell, TableCell::Text);
+    cells.push_back(cell);
+}
+
+// The cell's text is what has been appended to the texts, as it came.
+void TableContent::addText(TableCell& cell, TableCell::Kind kind) {
+    const auto added = std::string_view(texts).substr(cell.offset);
+    if (text::isPlain(added)) {
+        cell.width = added.size();
+    } else {
+        const std::string shown = cellText(added);
+        cell.hasBreaks = shown.find('\n') != std::string::npos;
+        cell.width = widthOfLines(shown);
+        texts.replace(cell.offset, std::string::npos, shown);
+    }
+    cell.size = texts.size() - cell.offset;
+    if (cell.size != 0) cell.kind = kind;
+}
+
+}  // namespace xo::variant

@@ -1,0 +1,63 @@
+// The cells of a table as they are stored, and how each is shown.
+#ifndef XO_VARIANT_TABLECONTENT_H
+#define XO_VARIANT_TABLECONTENT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "xoSystem/xoAsciiTableBuilder.h"
+
+namespace xo::variant {
+
+struct TableCell {
+    enum Kind : std::uint8_t { Empty, Text, Integer, Real };
+
+    Kind kind = Empty;
+    bool hasBreaks = false;  // Text: holds line feeds
+    std::size_t offset = 0;  // Text, Integer: where it stands among the content's texts
+    std::size_t size = 0;    // Text, Integer: in bytes
+    union {
+        std::size_t width = 0;  // Text, Integer: of the widest line
+        double real;            // Real: how many decimals it shows is known when the table is built
+    };
+};
+
+struct TableContent {
+    using Builder = AsciiTableBuilder;
+
+    std::deque<Builder::Column> columns;  // a deque, since hosts hold references to them
+    std::vector<TableCell> cells;
+    std::vector<std::size_t> rows;   // the index of each row's first cell
+    std::vector<std::size_t> rules;  // the rows that a separator stands before, in order
+    std::string texts;               // of the cells: printable, with line feeds between lines
+    Builder::Style style = Builder::StyleAscii;
+    unsigned maxWidth = 0;
+    bool hasRowLines = false;
+    bool wantsRule = false;  // before the row that comes next
+
+    template <class Value>
+    void addRow(const Value* values, std::size_t count) {
+        beginRow(count);
+        for (std::size_t i = 0; i != count && i != Builder::kMaxColumns; ++i) addCell(values[i]);
+    }
+
+    std::size_t rowEnd(std::size_t row) const { return row + 1 == rows.size() ? cells.size() : rows[row + 1]; }
+    std::string_view textOf(const TableCell& cell) const { return {texts.data() + cell.offset, cell.size}; }
+
+private:
+    void beginRow(std::size_t cellCount);
+    void addCell(const xoVariant& value);
+    void addCell(const std::string& text);
+    void addText(TableCell& cell, TableCell::Kind kind);
+};
+
+// The text as a cell shows it: printable, with line feeds between lines.
+std::string cellText(std::string_view text);
+
+}  // namespace xo::variant
+
+#endif

@@ -1,0 +1,357 @@
+#include "variant/tableLayout.h"
+
+#include <algorithm>
+
+#include "text/displayWidth.h"
+#include "text/numberText.h"
+#include "text/wrapping.h"
+#include "xoSystem/xoStringUtils.h"
+
+namespace xo::variant {
+namespace {
+
+using Builder = AsciiTableBuilder;
+using text::Piece;
+
+// A horizontal line, and what stands in it at the columns' borders. Nothing is drawn where it has no fill.
+struct Rule {
+    std::string_view left, fill, cross, right;
+};
+
+struct Look {
+    Rule top, middle, bottom;
+    std::string_view left, between, right;  // of a line of cells, with the blanks
+    std::string_view mark;                  // where a cell is cut
+    std::size_t frameWidth;                 // of left and right
+    std::size_t gapWidth;                   // of what is between two columns
+};
+
+constexpr Rule kNoRule = {};
+constexpr Rule kAsciiRule = {"+", "-", "+", "+"};
+constexpr Look kAscii = {kAsciiRule, kAsciiRule, kAsciiRule, "| ", " | ", " |", "...", 4, 3};
+constexpr Look kBox = {{"┌", "─", "┬", "┐"}, {"├", "─", "┼", "┤"}, {"└", "─", "┴", "┘"}, "│ ", " │ ", " │", "…", 4, 3};
+constexpr Look kMarkdown = {kNoRule, kNoRule, kNoRule, "| ", " | ", " |", {}, 4, 3};
+constexpr Look kPlain = {kNoRule, kNoRule, kNoRule, {}, "  ", {}, "...", 0, 2};
+
+const Look& lookOf(Builder::Style style) {
+    switch (style) {
+        case Builder::StyleBox: return kBox;
+        case Builder::StyleMarkdown: return kMarkdown;
+        case Builder::StylePlain: return kPlain;
+        default: return kAscii;
+    }
+}
+
+bool cuts(const Builder::Column& column) {
+    return column.overflow == Builder::OverflowCutEnd || column.overflow == Builder::OverflowCutMiddle;
+}
+
+void repeat(std::string& out, std::string_view text, std::size_t times) {
+    if (text.size() == 1) {
+        out.append(times, text[0]);
+        return;
+    }
+    for (; times != 0; --times) out += text;
+}
+
+// Markdown's own characters are escaped, and its cells have no lines.
+bool isSpecialInMarkdown(std::string_view text) { return text.find_first_of("|\\*`<\n") != std::string_view::npos; }
+
+std::string markdownText(std::string_view text) {
+    std::string out;
+    for (const char c : text) {
+        if (c == '\n') {
+            out += "<br>";
+            continue;
+        }
+        if (isSpecialInMarkdown({&c, 1})) out += '\\';
+        out += c;
+    }
+    return out;
+}
+
+class Layout {
+public:
+    explicit Layout(const TableContent& content)
+        : mContent(content), mLook(lookOf(content.style)), mIsMarkdown(content.style == Builder::StyleMarkdown) {
+        addTitles();
+        measure();
+        limitWidths();
+    }
+
+    std::string build() {
+        reserve();
+        drawRule(mLook.top);
+        if (mHasTitles || mIsMarkdown) drawTitles();
+        auto rule = mContent.rules.begin();
+        for (std::size_t row = 0; row != mContent.rows.size(); ++row) {
+            bool isSeparated = mContent.hasRowLines && row != 0;
+            if (rule != mContent.rules.end() && *rule == row) {
+                ++rule;
+                isSeparated = true;
+            }
+            if (isSeparated && (row != 0 || (mHasTitles && mContent.style == Builder::StylePlain))) drawSeparator();
+            drawRow(row);
+        }
+        drawRule(mLook.bottom);
+        return std::move(mOut);
+    }
+
+    bool hasTitles() const { return mHasTitles; }
+
+private:
+    // A column as it is laid out.
+    struct Place {
+        const Builder::Column* column = nullptr;
+        std::string title;
+        std::size_t width = 1;
+        Builder::Align align = Builder::AlignLeft;
+        bool isNumeric = false;
+        bool hasText = false;       // a cell that is neither empty nor a number
+        std::string scratch;        // of the cell at hand, where it is not shown as it is stored
+        std::vector<Piece> pieces;  // its lines
+    };
+
+    void addTitles() {
+        mPlaces.resize(mContent.columns.size());
+        for (std::size_t i = 0; i != mPlaces.size(); ++i) {
+            Place& place = mPlaces[i];
+            place.column = &mContent.columns[i];
+            place.title = cellText(place.column->title);
+            std::replace(place.title.begin(), place.title.end(), '\n', ' ');
+            if (mIsMarkdown) place.title = markdownText(place.title);
+            mHasTitles = mHasTitles || !place.title.empty();
+            place.width = (std::max)(place.width, text::displayWidth(place.title));
+        }
+    }
+
+    // The cell as it is shown where it need not be broken; its lines are separated by line feeds.
+    Piece shown(const TableCell& cell, Place& place) const {
+        if (cell.kind == TableCell::Empty) return {{}, 0};
+        if (cell.kind == TableCell::Real) return shownReal(cell.real, place);
+        const std::string_view text = mContent.textOf(cell);
+        if (mIsMarkdown && isSpecialInMarkdown(text)) {
+            place.scratch = markdownText(text);
+        } else if (cell.hasBreaks && cuts(*place.column)) {
+            place.scratch = text;
+            std::replace(place.scratch.begin(), place.scratch.end(), '\n', ' ');
+        } else {
+            return {text, cell.width};
+        }
+        return {place.scratch, text::displayWidth(place.scratch)};
+    }
+
+    static Piece shownReal(double value, Place& place) {
+        const int decimals = place.column->decimals;
+        if (decimals < 0) {
+            place.scratch.resize(text::kRealRoom);
+            const char* const end = text::printReal(place.scratch.data(), value);
+            place.scratch.resize(static_cast<std::size_t>(end - place.scratch.data()));
+        } else {
+            const auto places = static_cast<unsigned char>((std::min)(decimals, 255));
+            place.scratch = xoStringUtils::roundNumber(value, places, '.', /*keepZeros=*/true);
+        }
+        return {place.scratch, place.scratch.size()};
+    }
+
+    void measure() {
+        for (std::size_t row = 0; row != mContent.rows.size(); ++row) {
+            const TableCell* cell = mContent.cells.data() + mContent.rows[row];
+            const TableCell* const end = mContent.cells.data() + mContent.rowEnd(row);
+            for (Place* place = mPlaces.data(); cell != end; ++cell, ++place) {
+                place->isNumeric =
+                    place->isNumeric || cell->kind == TableCell::Integer || cell->kind == TableCell::Real;
+                place->hasText = place->hasText || cell->kind == TableCell::Text;
+                place->width = (std::max)(place->width, shown(*cell, *place).width);
+            }
+        }
+        for (Place& place : mPlaces) {
+            place.isNumeric = place.isNumeric && !place.hasText;
+            switch (place.column->align) {
+                case Builder::AlignLeft:
+                case Builder::AlignRight:
+                case Builder::AlignCenter: place.align = place.column->align; break;
+                default: place.align = place.isNumeric ? Builder::AlignRight : Builder::AlignLeft; break;
+            }
+        }
+    }
+
+    std::size_t frameWidth() const { return mLook.frameWidth + mLook.gapWidth * (mPlaces.size() - 1); }
+
+    void limitWidths() {
+        if (mIsMarkdown) return;
+        for (Place& place : mPlaces)
+            if (place.column->maxWidth != 0) place.width = (std::min)(place.width, std::size_t{place.column->maxWidth});
+        if (mContent.maxWidth == 0) return;
+
+        constexpr std::size_t kLeastBesideNumbers = 3;
+        const std::size_t room = mContent.maxWidth > frameWidth() ? mContent.maxWidth - frameWidth() : 0;
+        limitWidths(room, kLeastBesideNumbers, [](const Place& place) { return !place.isNumeric; });
+        limitWidths(room, 1, [](const Place&) { return true; });
+    }
+
+    // Brings the widest of the chosen columns to one common width, the greatest from least up with which all columns
+    // together take no more than the room, or least.
+    template <class Choice>
+    void limitWidths(std::size_t room, std::size_t least, Choice isChosen) {
+        std::vector<std::size_t> widths;
+        std::size_t others = 0;
+        for (const Place& place : mPlaces) {
+            if (isChosen(place)) {
+                widths.push_back(place.width);
+            } else {
+                others += place.width;
+            }
+        }
+        std::sort(widths.begin(), widths.end());
+        std::size_t narrow = others;  // the columns that keep their widths, and all others
+        for (std::size_t i = 0; i != widths.size(); ++i) {
+            const std::size_t wide = widths.size() - i;
+            if (narrow + widths[i] * wide > room) {
+                const std::size_t common = (std::max)(least, room > narrow ? (room - narrow) / wide : 0);
+                for (Place& place : mPlaces)
+                    if (isChosen(place)) place.width = (std::min)(place.width, common);
+                return;
+            }
+            narrow += widths[i];
+        }
+    }
+
+    void reserve() {
+        std::size_t line = frameWidth() + 1;
+        for (const Place& place : mPlaces) line += place.width;
+        mOut.reserve(line * (mContent.rows.size() + 5));
+    }
+
+    void drawRule(const Rule& rule) {
+        if (rule.fill.empty()) return;
+        std::string_view border = rule.left;
+        for (const Place& place : mPlaces) {
+            mOut += border;
+            repeat(mOut, rule.fill, place.width + 2);
+            border = rule.cross;
+        }
+        mOut += rule.right;
+        mOut += '\n';
+    }
+
+    void drawSeparator() {
+        if (mContent.style == Builder::StylePlain) {
+            mOut += '\n';
+        } else {
+            drawRule(mLook.middle);
+        }
+    }
+
+    void drawTitles() {
+        std::size_t lines = 1;
+        for (Place& place : mPlaces) {
+            place.pieces.clear();
+            breakText({place.title, text::displayWidth(place.title)}, place);
+            lines = (std::max)(lines, place.pieces.size());
+        }
+        drawLines(lines);
+        if (mIsMarkdown) {
+            drawAlignments();
+        } else if (!mContent.rows.empty()) {
+            drawRule(mLook.middle);
+        }
+    }
+
+    // The line below the titles that makes a table of Markdown what it is.
+    void drawAlignments() {
+        for (const Place& place : mPlaces) {
+            mOut += '|';
+            mOut += place.align == Builder::AlignCenter ? ':' : '-';
+            mOut.append(place.width, '-');
+            mOut += place.align == Builder::AlignLeft ? '-' : ':';
+        }
+        mOut += "|\n";
+    }
+
+    void drawRow(std::size_t row) {
+        const TableCell* cell = mContent.cells.data() + mContent.rows[row];
+        const TableCell* const end = mContent.cells.data() + mContent.rowEnd(row);
+        std::size_t lines = 1;
+        for (Place& place : mPlaces) {
+            place.pieces.clear();
+            if (cell == end) continue;
+            const Piece whole = shown(*cell, place);
+            if (whole.width <= place.width && !cell->hasBreaks) {
+                place.pieces.push_back(whole);
+            } else {
+                breakText(whole, place);
+            }
+            lines = (std::max)(lines, place.pieces.size());
+            ++cell;
+        }
+        drawLines(lines);
+    }
+
+    // The pieces of a text as the column wants it where it is too wide or has several lines.
+    void breakText(const Piece& whole, Place& place) const {
+        if (mIsMarkdown) {
+            place.pieces.push_back(whole);
+        } else if (cuts(*place.column)) {
+            if (whole.width <= place.width) {
+                place.pieces.push_back(whole);
+                return;
+            }
+            std::string cut(whole.text);
+            text::cutToWidth(cut, place.width, mLook.mark, place.column->overflow == Builder::OverflowCutMiddle);
+            if (cut.empty()) cut = "?";  // not even the first character is narrow enough
+            place.scratch = std::move(cut);
+            place.pieces.push_back({place.scratch, text::displayWidth(place.scratch)});
+        } else {
+            std::string_view rest = whole.text;
+            for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
+                text::wrap(rest.substr(0, end), place.width, place.pieces);
+                rest.remove_prefix(end + 1);
+            }
+            text::wrap(rest, place.width, place.pieces);
+        }
+    }
+
+    void drawLines(std::size_t count) {
+        for (std::size_t line = 0; line != count; ++line) {
+            const std::size_t begin = mOut.size();
+            std::string_view border = mLook.left;
+            for (const Place& place : mPlaces) {
+                mOut += border;
+                drawPiece(line < place.pieces.size() ? place.pieces[line] : Piece{{}, 0}, place);
+                border = mLook.between;
+            }
+            mOut += mLook.right;
+            if (mLook.right.empty()) mOut.resize((std::max)(mOut.find_last_not_of(' ') + 1, begin));
+            mOut += '\n';
+        }
+    }
+
+    void drawPiece(const Piece& piece, const Place& place) {
+        const std::size_t blanks = place.width - piece.width;
+        const std::size_t before = place.align == Builder::AlignRight    ? blanks
+                                   : place.align == Builder::AlignCenter ? blanks / 2
+                                                                         : 0;
+        mOut.append(before, ' ');
+        mOut += piece.text;
+        mOut.append(blanks - before, ' ');
+    }
+
+    const TableContent& mContent;
+    const Look& mLook;
+    const bool mIsMarkdown;
+    bool mHasTitles = false;
+    std::vector<Place> mPlaces;
+    std::string mOut;
+};
+
+}  // namespace
+
+std::string layOut(const TableContent& content) {
+    if (content.columns.empty()) return {};
+    Layout layout(content);
+    if (content.rows.empty() && !layout.hasTitles()) return {};
+    return layout.build();
+}
+
+}  // namespace xo::variant
