@@ -1,4 +1,4 @@
-// Delimited text out: xoCsvStream writes cells to any byte device, xoCsvFileWriter to a row of files.
+// Writing delimited text: xoCsvStream writes cells to any byte device, xoCsvFileWriter to a sequence of files.
 //
 //     xo::xoCsvFileWriter writer(folder, "parcels", 100000);
 //     bool ok = true;
@@ -8,25 +8,26 @@
 //         ok = ok && stream.isOk();
 //     }
 //
-// A cell that holds the separator or the quote character is put in quotes, the quotes in it doubled; nothing else makes
-// it quoted. The end of a line is written when the next row's first cell is, so the last row has none.
+// A cell that holds the separator or the quote character is written between two quote characters, and those in it are
+// doubled. Nothing else makes it quoted. The line end is written before the first cell of the next row, so that there
+// is none after the last row.
 //
 // xoCsvFileReader, with the same separator and quote character, reads back what was written, except:
 //
-// - Line feeds in a cell that nothing else puts in quotes end the row, carriage returns in it vanish. Replace them
-//   first, or keep a separator in such cells.
-// - A last row that ends with an empty cell loses it, and with it the whole row where that has no other. Let the last
-//   cell of a row never be empty, or write a last row that the reader of the file leaves out. Rows without any cell are
+// - A line feed in a cell that is not quoted for another reason ends the row, and a carriage return is dropped. Replace
+//   them, or have a separator in such cells.
+// - A last row that ends with an empty cell loses that cell, and a last row of one empty cell is lost. Let the last
+//   cell of a row never be empty, or write a last row that the reader of the file ignores. Rows without any cell are
 //   not written at all.
-// - The byte-order mark becomes part of the first cell. Take the first three bytes off it, or write none.
-// - The text must be UTF-8, which the reader insists on, and a cell of a file's first row at most 65535 bytes long.
-// - The separator and the quote character must be two different characters of ASCII, neither of them a line feed or a
+// - The byte-order mark becomes part of the first cell. Remove its first three bytes, or write no mark.
+// - The text must be UTF-8, and a cell of the first row of a file at most 65535 bytes long.
+// - The separator and the quote character must be two different ASCII characters, neither of them a line feed or a
 //   carriage return, and the end of line "\n" or "\r\n".
-// - A char is written as its number, a real with three digits. A reader that guesses types takes the text "010" for a
-//   number; without the guess every cell is the text that was written.
+// - A char is written as its number, a real with three significant digits. A reader that guesses types reads the text
+//   "010" as a number; without the guess every cell is the text that was written.
 //
-// Nothing here throws, but what a program's own device throws comes out. A failure clears the stream's ok flag, and
-// then nothing more is written. Objects belong to one thread at a time.
+// Nothing throws, except the program's own device and copying without memory. An error clears the stream's ok flag, and
+// then nothing more is written. Objects are used by one thread at a time.
 #ifndef XOSYSTEM_XOCSVSTREAM_H
 #define XOSYSTEM_XOCSVSTREAM_H
 
@@ -45,18 +46,19 @@ class xoIoDevice;
 // Copies write to the same device, each with its own row and column.
 class XOSYSTEM_API xoCsvStream {
 public:
-    // Ends the row when it is streamed, also when the stream is no longer ok. Nothing is written.
+    // Streamed, it ends the row, also when the stream is not ok. Nothing is written.
     struct EndOfRow {};
 
-    // The device is not owned. Without one, the first cell or end of a row clears the ok flag.
+    // The device is not owned. With null, the first cell or end of a row clears the ok flag.
     explicit xoCsvStream(xoIoDevice* device, char separator = ',', char quote = '"',
                          const std::string& endOfLine = "\n");
 
-    // Goes on with another device, or none, as a new stream would.
+    // Continues with another device, or none, as a new stream does: the first row and column, and ok.
     void setDevice(xoIoDevice* device);
 
-    // Each writes one cell: a separator or end of line, where one is due, and then the text, in writes of their own. An
-    // empty text is a cell, a null pointer is none. Texts are not converted, their bytes are written as they are.
+    // Write one cell: a separator or line end, if one is due, and then the text, with a call of writeBytes for each. An
+    // empty text is a cell, a null pointer is none. The bytes of a text are written without conversion. A cell that has
+    // to be quoted and does not fit into memory is an error.
     xoCsvStream& operator<<(bool value);  // "true" or "false"
     xoCsvStream& operator<<(char value);  // its number, from -128 on
     xoCsvStream& operator<<(unsigned char value);
@@ -76,11 +78,12 @@ public:
     xoCsvStream& operator<<(const T* pointer) = delete;  // it would be written as a bool
     xoCsvStream& operator<<(EndOfRow);
 
-    // Where the next cell stands. They count the cells that failed too, but not those streamed after a failure.
+    // The row and the column of the next cell. Cells that failed count, cells after an error do not. Both indexes stay
+    // at 4294967295 when they have reached it.
     unsigned int getNextCellRowIndex() const { return mRowIndex; }
     unsigned int getNextCellColIndex() const { return mColumnIndex; }
 
-    // Whether all went well since the last setDevice; setError ends that.
+    // False after the first error since setDevice. setError() makes it false.
     bool isOk() const { return mOk; }
     void setError() { mOk = false; }
 
@@ -103,29 +106,31 @@ private:
     bool mOk = true;
 };
 
-// Writes to "<name>.csv" in the folder, which must exist, then to "<name> (1).csv", "<name> (2).csv" and so on, each of
-// at most that many rows. Existing files are replaced. The files are buffered: what is written shows when a file is
-// closed, which the next one and the destructor do.
+// Writes to "<name>.csv" in the folder, then to "<name> (1).csv", "<name> (2).csv" and so on, each of at most a given
+// number of rows. Existing files are replaced. A file is buffered: what was written is in it when it is closed, which
+// the next file and the destructor do. The buffer has 64 KiB.
 class XOSYSTEM_API xoCsvFileWriter {
 public:
-    // UTF-8 folder and name. A limit of 0 counts as 1. The byte-order mark is EF BB BF.
+    // The folder must exist; an empty one is the root of the current drive, "." the working folder. The name has no
+    // extension, and may begin with a folder below. Both are UTF-8, and each broken sequence becomes U+FFFD. A limit of
+    // 0 counts as 1. The byte-order mark is EF BB BF.
     xoCsvFileWriter(const std::string& folder, const std::string& baseName, unsigned int maxRowsPerFile,
                     char separator = ',', char quote = '"', const std::string& endOfLine = "\n",
                     bool writeByteOrderMark = false);
     ~xoCsvFileWriter();
 
-    // A copy has the settings and goes on with the name that comes next, but no open file. Assigning closes the file of
-    // the writer assigned to.
+    // A copy has the settings and the number of the next file, but no open file. So a writer and its copy replace each
+    // other's files: use one of them. Assigning closes the file of the writer assigned to.
     xoCsvFileWriter(const xoCsvFileWriter& other);
     xoCsvFileWriter& operator=(const xoCsvFileWriter& other);
 
-    // The stream to write the next cell to, the same object each time. Fetch it anew for each cell, or at least for
-    // each row: only here the next file begins, when the one before has its rows, with a stream that is ok again. That
-    // file is made even if no cell follows, so ask the stream that was written to whether it is ok, not a new call.
+    // The stream for the next cell, the same object each time. Call it for each cell, or at least for each row: it
+    // begins the next file when the present one has its rows, with a stream that is ok again. It creates that file even
+    // if no cell follows, so check the stream that was written to, and not the result of a new call.
     //
-    // A file that cannot be made writes a CRITICAL line to the log, and the first byte written to its stream clears the
-    // ok flag; the next call tries the next name. Where a file cannot be written to its end, the ok flag falls, or when
-    // that shows only as it is closed, a CRITICAL line tells.
+    // A file that cannot be created (the existing one is read-only, say) writes a CRITICAL line to the log, and the
+    // first byte written to its stream clears the ok flag; the next call tries the next name. When a file cannot be
+    // written to its end, the ok flag is cleared, or, if that shows only at closing, a CRITICAL line is logged.
     xoCsvStream& getStream();
 
 private:

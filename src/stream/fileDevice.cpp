@@ -1,13 +1,24 @@
 #include "stream/fileDevice.h"
 
 #include "files/fileWriting.h"
+#include "platform/wideText.h"
 #include "stream/shortCopy.h"
 
 namespace xo::stream {
+namespace {
+
+// Other programs may write to the file, as they may while a standard stream has it open.
+platform::FileHandle openShared(const std::string& path) {
+    return platform::FileHandle(::CreateFileW(
+        platform::toApiPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+        /*lpSecurityAttributes=*/nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+}
+
+}  // namespace
 
 bool FileDevice::open(const std::string& path) {
     if (!mBuffer) mBuffer.reset(new char[kRoom]);  // not filled with zeros first
-    mFile = files::openForWriting(path);
+    mFile = openShared(path);
     mWaiting = 0;
     mFailed = false;
     return isOpen();

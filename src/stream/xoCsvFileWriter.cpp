@@ -1,3 +1,4 @@
+#include <new>
 #include <string_view>
 
 #include "stream/fileDevice.h"
@@ -9,6 +10,14 @@ namespace xo {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// The destructor calls it too, so that it must not throw: without memory the line is lost.
+void report(const char* message, const std::string& path) noexcept {
+    try {
+        xoLogObject(xoLogCritical) << message << path;
+    } catch (const std::bad_alloc&) {
+    }
+}
 
 struct Settings {
     std::string folder;
@@ -54,6 +63,7 @@ xoCsvFileWriter::xoCsvFileWriter(const xoCsvFileWriter& other)
 }
 
 xoCsvFileWriter& xoCsvFileWriter::operator=(const xoCsvFileWriter& other) {
+    if (this == &other) return *this;
     finalizeCurrentFile();
     mPrivate->settings = other.mPrivate->settings;
     mPrivate->nextFile = other.mPrivate->nextFile;
@@ -74,11 +84,15 @@ xoCsvStream& xoCsvFileWriter::getStream() {
 
 void xoCsvFileWriter::openNextFile() {
     Private& self = *mPrivate;
-    self.path = self.nextPath();
-    const bool isOpen = self.device.open(self.path);
+    bool isOpen = false;
+    try {
+        self.path = self.nextPath();
+        isOpen = self.device.open(self.path);
+    } catch (const std::bad_alloc&) {
+    }
     self.stream.setDevice(&self.device);
     if (!isOpen) {
-        xoLogObject(xoLogCritical) << "Fail to open csv file " << self.path;
+        report("Fail to open csv file ", self.path);
     } else if (self.settings.writeByteOrderMark) {
         self.device << std::string(kByteOrderMark);
     }
@@ -87,7 +101,7 @@ void xoCsvFileWriter::openNextFile() {
 void xoCsvFileWriter::finalizeCurrentFile() {
     Private& self = *mPrivate;
     self.stream.setDevice(nullptr);
-    if (!self.device.close()) xoLogObject(xoLogCritical) << "Fail to write csv file " << self.path;
+    if (!self.device.close()) report("Fail to write csv file ", self.path);
 }
 
 }  // namespace xo

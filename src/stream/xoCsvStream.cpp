@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <exception>
 #include <limits>
 
 #include "text/blocks.h"
@@ -116,7 +117,11 @@ void xoCsvStream::writeCell(const char* data, std::size_t size) {
         write(data, size);
         return;
     }
-    escape(data, size);
+    try {
+        escape(data, size);
+    } catch (const std::exception&) {  // no memory for it
+        mOk = false;
+    }
     write(&mQuote, 1);
     write(mEscaped.data(), mEscaped.size());
     write(&mQuote, 1);
