@@ -9,14 +9,14 @@
 //     }
 //     if (!reader.getLastError().empty()) report(reader.getLastError());
 //
-// Cells end at the column delimiter, rows at a line feed; the last row needs none. Carriage returns are dropped. A
-// string delimiter, anywhere in a cell, begins a part in which column delimiters and line ends are text; the next one
-// ends that part, and two together are one as text. Whatever follows the part belongs to the same cell. An empty line
-// is a row of one empty cell. At the end of the file, an empty cell behind the last delimiter is not kept. A byte-order
-// mark is text of the first cell.
+// A cell ends at the column delimiter, a row at a line feed or at the end of the file. Carriage returns are dropped. A
+// string delimiter, anywhere in a cell, begins a quoted part, in which column delimiters and line ends are text. The
+// next string delimiter ends the part, and two together are one as text. What follows the part belongs to the same
+// cell. An empty line is a row of one empty cell. At the end of the file, an empty cell after the last column delimiter
+// is not kept. A byte-order mark is text of the first cell.
 //
-// A reader belongs to one thread at a time. Nothing throws: a failure is a false result, a text in getLastError(), and
-// the rows before it in the table.
+// A reader is used by one thread at a time. Errors are a false result and a text in getLastError(); the table keeps the
+// rows before the error. Nothing throws, except copying a reader without the memory for its table.
 #ifndef XOSYSTEM_XOCSVFILEREADER_H
 #define XOSYSTEM_XOCSVFILEREADER_H
 
@@ -35,56 +35,67 @@ public:
     // Rows of cells; a row is as long as it was in the file.
     using Table = std::vector<std::vector<xoVariant>>;
 
-    // With type guess each cell is what xoVariant::BuildFromString makes of it, the empty one 0; otherwise a STRING.
-    // The delimiters are the comma and the double quote at first.
+    // With the guess of types each cell is what xoVariant::BuildFromString makes of it, so that an empty one is the
+    // INTEGER 0; otherwise it is a STRING. The delimiters are the comma and the double quote at first.
     explicit xoCsvFileReader(bool enableTypeGuess);
     ~xoCsvFileReader();
 
-    // The copy has the settings, the table and what is known about it, but no file: it can read once a file name is
-    // set, be it the same one.
+    // A copy has the settings, the file name and the table. It opens the file for itself when it first parses, and
+    // starts at the beginning of the file then, also with parseNext.
     xoCsvFileReader(const xoCsvFileReader& other);
     xoCsvFileReader& operator=(const xoCsvFileReader& other);
 
-    // Opens the file, which others may go on writing and deleting, until another name is set or the reader goes. The
-    // name that is set already does nothing, not even try again to open. Where opening fails, the last error is "Failed
-    // to open the file", now and after each attempt to parse. The table stays as it is.
+    // Opens the file. Other programs may write to it and delete it while it is open, which it is until another name is
+    // set or the reader is destroyed. The path is UTF-8; each broken sequence in it becomes U+FFFD. An empty name
+    // closes the file. The name that is set already, which is empty at first, has no effect and does not try again to
+    // open.
+    //
+    // When the file cannot be opened, the last error becomes "Failed to open the file", now and at each attempt to
+    // parse. Otherwise the last error is kept until the next parse, as the table is.
     void setFileName(const std::string& path);
 
-    // Take effect when the next parse starts. A byte from 0x80 up is no character and delimits nothing. A character
-    // with two meanings has the first of these: string delimiter, column delimiter, line end.
+    // The delimiters take effect when the next parse starts. A byte of 0x80 or above is no character and delimits
+    // nothing. A character with two meanings has the first of these: string delimiter, column delimiter, line end.
     void setColumnDelimiter(char delimiter);
     void setStringDelimiter(char delimiter);
+
+    // Takes effect at the next call that parses, also in the midst of a file.
     void setEnableTypeGuess(bool enable);
 
     // Parses the file from its start to its end into an empty table.
     //
-    // The last error becomes "Invalid UTF-8" or "Invalid code point" (surrogates and what is above U+10FFFF) where the
+    // The last error becomes "Invalid UTF-8" or "Invalid code point" (surrogates and numbers above U+10FFFF) where the
     // text is not UTF-8, "Header cell size during parsing exceed max size of 65535 characters" (it means bytes) for
-    // such a cell in the first row of the file, and "Failed to read the file" where the file ends before the size that
-    // it had at the start. What is appended to the file meanwhile is not read.
+    // such a cell in the first row of the file, "Failed to read the file" where the file ends before the size that it
+    // had at the start, or for a pipe, and the exception's text, "std::bad_alloc", without memory. What is appended to
+    // the file meanwhile is not read.
     bool parseCsvFile();
 
-    // The same in batches: parseFirst starts anew with up to rowCount rows, parseNext appends up to rowCount rows, and
-    // starts where nobody has. finished tells, whatever is returned, whether the end of the file is reached and every
-    // row was in the table; further calls then return true and append nothing. After a failure parseNext goes on
-    // failing.
+    // Parse in batches: parseFirst starts at the beginning of the file and reads up to rowCount rows into an empty
+    // table; parseNext appends up to rowCount rows. Without a start, and after another file name, parseNext starts by
+    // itself. A rowCount of 0 reads no row.
     //
-    // With clearTable the memory in use stays that of the largest batch: rows take the place of the ones cleared.
+    // finished is set by every call: true when the end of the file has been reached and every row was in the table.
+    // Further calls of parseNext then return true and append nothing. After an error they fail the same way.
+    //
+    // With clearTable the table is emptied first. The memory of its rows is used again, so that no more is needed than
+    // for the largest batch.
     bool parseFirst(bool& finished, std::uint64_t rowCount);
     bool parseNext(bool& finished, bool clearTable, std::uint64_t rowCount);
 
-    // References into the table last until the next call that parses.
+    // References into the table are valid until the next call that parses.
     const Table& getTable() const;
-    // The cells in the longest row since the parse started, cleared ones included.
+    // The number of cells in the longest row since the parse started, rows that were cleared included.
     unsigned int getMaxColumnCount() const;
-    // Empty when there is none. Starting a parse clears it, and so does another file name.
+    // Empty when there is none. The start of a parse clears it.
     const std::string& getLastError() const;
 
 protected:
-    // Empties the table and goes to the start of the file. False without an open file.
+    // Empties the table and goes to the beginning of the file. False when the file is not open.
     bool startParsing();
-    // Reads the next block of the file, unless four bytes or more are still to be parsed; parseNext calls it.
-    // moreInput becomes false when the whole file has been read. False without an open file or after a failure.
+    // Reads the next block of the file, unless four bytes or more are still to be parsed; parseNext calls it. moreInput
+    // is false when the whole file has been read before. False, with moreInput false, when no parse has started and
+    // after an error.
     bool getData(bool& moreInput);
 
 private:

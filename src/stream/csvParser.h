@@ -40,6 +40,9 @@ public:
     // Begins anew, with an empty table and a source of that many bytes.
     void start(const CsvDialect& dialect, std::uint64_t size, Read read);
 
+    // From the next row on.
+    void setGuessTypes(bool guessTypes) { mDialect.guessTypes = guessTypes; }
+
     // Appends up to that many rows. A failure leaves those before it, and every later call fails the same way.
     bool parse(std::uint64_t rowCount, bool& finished);
 

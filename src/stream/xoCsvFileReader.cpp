@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <utility>
 
 #include "platform/handle.h"
 #include "platform/wideText.h"
@@ -22,33 +23,58 @@ platform::FileHandle openForReading(const std::string& path) {
 }  // namespace
 
 struct xoCsvFileReader::Private {
+    std::string fileName;        // empty until one is set
+    bool isOpenPending = false;  // in a copy, until it first parses
     platform::FileHandle file;
-    std::string fileName;  // empty until one is set, and in a copy
     stream::CsvDialect dialect;
-    stream::CsvParser parser;  // reads from file once a parse was started
+    stream::CsvParser parser;  // reads from file while isStarted
     bool isStarted = false;
     unsigned maxColumnCount = 0;
     std::string lastError;
 
-    void copyFrom(const Private& other) {
-        dialect = other.dialect;
-        parser.setTable(other.parser.table());
-        maxColumnCount = other.maxColumnCount;
-        lastError = other.lastError;
-    }
-
+    void copyFrom(const Private& other);
+    void setFileName(const std::string& path);
     bool start();
+    bool openAndStart();
     template <class Step>
-    bool guarded(Step&& step);
+    bool parse(Step&& step);
+    template <class Step>
+    bool attempt(Step&& step);
     bool fail(const char* error);
     std::size_t read(char* out, std::size_t room) const;
 };
+
+void xoCsvFileReader::Private::copyFrom(const Private& other) {
+    fileName = other.fileName;
+    isOpenPending = !fileName.empty();
+    dialect = other.dialect;
+    parser.setTable(other.parser.table());
+    maxColumnCount = other.maxColumnCount;
+    lastError = other.lastError;
+}
+
+void xoCsvFileReader::Private::setFileName(const std::string& path) {
+    isStarted = isOpenPending = false;
+    file.reset();
+    fileName.clear();
+    attempt([&] {
+        platform::FileHandle opened = openForReading(path);
+        fileName = path;
+        file = std::move(opened);
+        return file || fail(kOpenFailed);
+    });
+}
 
 bool xoCsvFileReader::Private::start() {
     lastError.clear();
     parser.releaseTable();
     maxColumnCount = 0;
-    isStarted = false;
+    isStarted = attempt([this] { return openAndStart(); });
+    return isStarted;
+}
+
+bool xoCsvFileReader::Private::openAndStart() {
+    if (std::exchange(isOpenPending, false)) file = openForReading(fileName);
     if (!file) return fail(kOpenFailed);
     LARGE_INTEGER size{};
     const bool isAtStart = ::GetFileSizeEx(file.get(), &size) &&
@@ -56,7 +82,6 @@ bool xoCsvFileReader::Private::start() {
     if (!isAtStart) return fail("Failed to read the file");  // a pipe or a device
     parser.start(dialect, static_cast<std::uint64_t>(size.QuadPart),
                  [this](char* out, std::size_t room) { return read(out, room); });
-    isStarted = true;
     return true;
 }
 
@@ -67,19 +92,25 @@ std::size_t xoCsvFileReader::Private::read(char* out, std::size_t room) const {
     return ::ReadFile(file.get(), out, wanted, &got, /*lpOverlapped=*/nullptr) ? got : 0;
 }
 
-// Does a step of parsing; what stops it becomes the last error.
+// Runs a step of the parser. After an exception the parser has failed too, so that later calls fail the same way.
 template <class Step>
-bool xoCsvFileReader::Private::guarded(Step&& step) {
-    bool done = false;
-    try {
-        done = step();
-    } catch (const std::exception& error) {
-        parser.fail(error.what());
-    } catch (...) {
-        parser.fail("Unknown error");
-    }
+bool xoCsvFileReader::Private::parse(Step&& step) {
+    const bool isDone = attempt([&] { return step() || fail(parser.error().c_str()); });
+    if (!isDone && parser.error().empty()) parser.fail(lastError);
     maxColumnCount = parser.maxColumnCount();
-    return done || fail(parser.error().c_str());
+    return isDone;
+}
+
+// Runs a step. The exception that ends it becomes the last error.
+template <class Step>
+bool xoCsvFileReader::Private::attempt(Step&& step) {
+    try {
+        return step();
+    } catch (const std::exception& error) {
+        return fail(error.what());
+    } catch (...) {
+        return fail("Unknown error");
+    }
 }
 
 bool xoCsvFileReader::Private::fail(const char* error) {
@@ -105,11 +136,7 @@ xoCsvFileReader& xoCsvFileReader::operator=(const xoCsvFileReader& other) {
 }
 
 void xoCsvFileReader::setFileName(const std::string& path) {
-    if (path == mPrivate->fileName) return;
-    mPrivate->fileName = path;
-    mPrivate->isStarted = false;
-    mPrivate->file = openForReading(path);
-    mPrivate->lastError = mPrivate->file ? "" : kOpenFailed;
+    if (path != mPrivate->fileName) mPrivate->setFileName(path);
 }
 
 void xoCsvFileReader::setColumnDelimiter(char delimiter) { mPrivate->dialect.columnDelimiter = delimiter; }
@@ -133,7 +160,8 @@ bool xoCsvFileReader::parseNext(bool& finished, bool clearTable, std::uint64_t r
     Private& self = *mPrivate;
     if (!self.isStarted && !self.start()) return false;
     if (clearTable) self.parser.clearTable();
-    return self.guarded([&] { return self.parser.parse(rowCount, finished); });
+    self.parser.setGuessTypes(self.dialect.guessTypes);
+    return self.parse([&] { return self.parser.parse(rowCount, finished); });
 }
 
 const xoCsvFileReader::Table& xoCsvFileReader::getTable() const { return mPrivate->parser.table(); }
@@ -147,7 +175,9 @@ bool xoCsvFileReader::startParsing() { return mPrivate->start(); }
 bool xoCsvFileReader::getData(bool& moreInput) {
     moreInput = false;
     Private& self = *mPrivate;
-    return self.isStarted && self.guarded([&] { return self.parser.refill(moreInput); });
+    const bool isDone = self.isStarted && self.parse([&] { return self.parser.refill(moreInput); });
+    if (!isDone) moreInput = false;
+    return isDone;
 }
 
 }  // namespace xo

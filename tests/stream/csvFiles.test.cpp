@@ -1,3 +1,4 @@
+#include <memory>
 #include <random>
 
 #include "log/logFixture.h"
@@ -21,11 +22,11 @@ TEST(CsvStream, WritesEachTypeAndEndsLinesLate) {
     MemoryDevice device;
     xoCsvStream stream(&device, ';', '\'', "\r\n");
     stream << "a" << std::string("b;c") << "it's"
-           << "" << static_cast<const char*>(nullptr) << "a\nb" << kRowEnd << kRowEnd;
-    EXPECT_EQ(device.bytes, "a;'b;c';'it''s';;a\nb");
+           << "" << static_cast<const char*>(nullptr) << "a\nb" << &"';cd"[2] << kRowEnd << kRowEnd;
+    EXPECT_EQ(device.bytes, "a;'b;c';'it''s';;a\nb;cd");
     stream << 'A' << static_cast<unsigned char>(200) << static_cast<short>(-5) << static_cast<unsigned short>(5) << -7
            << 7u << INT64_MIN << UINT64_MAX << 8ul << true << 1.0f / 3 << -1234.5 << kRowEnd << "z";
-    EXPECT_EQ(device.bytes.substr(20),
+    EXPECT_EQ(device.bytes.substr(23),
               "\r\n65;200;-5;5;-7;7;-9223372036854775808;18446744073709551615;8;true;0.333;-1.23e+03\r\nz");
     EXPECT_TRUE(stream.isOk() && stream.getNextCellRowIndex() == 3 && stream.getNextCellColIndex() == 1);
     xoCsvStream dotted(&(device = MemoryDevice()), '.', '1');  // numbers too may need quotes
@@ -83,6 +84,7 @@ TEST_F(CsvFiles, WhatIsWrittenReadsBack) {
             for (unsigned count = dice() % 4; count != 0; --count)
                 cell.editString() += pieces[dice() % std::size(pieces)];
     }
+    rows.front() = {std::string(65535, 'h'), "fills the buffer"};
     rows.back().emplace_back(std::string(100000, 'l'));  // longer than any buffer, and the last cell is not empty
     for (const char* const lineEnd : {"\n", "\r\n"}) {
         {
@@ -108,9 +110,13 @@ TEST_F(CsvFiles, TheWriterGoesOnInTheNextFile) {
             writer.getStream() << row << kRowEnd;
         }
     };
+    const std::ofstream other(mFolder.widePath() / L"log.csv");  // writes to the same file
     {
         xoCsvFileWriter writer(mFolder.path() + "/", "log", 2, ',', '"', "\n", /*writeByteOrderMark=*/true);
         writeRows(writer, 5);
+        auto& self = writer;
+        writer = self;  // closes no file
+        writer.getStream() << kRowEnd;
         xoCsvFileWriter copy(writer);
         xoCsvFileWriter assigned(mFolder.path(), "one", 0);
         writeRows(copy, 1);
@@ -139,8 +145,10 @@ TEST_F(CsvFiles, TheWriterTellsWhatItCouldNotWrite) {
     {
         const ImportHook full("xoSystem.dll", "WriteFile", &failToWrite);
         ASSERT_TRUE(full.isInstalled());
-        for (int row = 0; row != 8; ++row) writer.getStream() << std::string(10000, 'x') << kRowEnd;
-        EXPECT_FALSE((writer.getStream() << 1 << kRowEnd).isOk());
+        int written = 0;
+        while ((writer.getStream() << std::string(9999, 'x') << kRowEnd).isOk()) ++written;
+        EXPECT_EQ(written, 6) << "what does not fit into the buffer";
+        writer.getStream() << kRowEnd << kRowEnd;
         xoCsvFileWriter(mFolder.path(), "small", 1).getStream() << 1;
     }
     EXPECT_TRUE((writer.getStream() << 1).isOk()) << "the next file";
@@ -159,20 +167,87 @@ TEST_F(CsvFiles, TheReaderGuessesAsVariantsDo) {
     }
     mFolder.write("types.csv", text + "\n1\n1;2;");
     expected.push_back(xoVariant::BuildFromString(""));
+    const std::ofstream writing(mFolder.widePath() / L"types.csv", std::ios::app);
     xoCsvFileReader reader(true);
     reader.setColumnDelimiter(';');
     reader.setFileName(mFolder.path("types.csv"));
-    ASSERT_TRUE(reader.parseCsvFile());
-    EXPECT_EQ(reader.getTable(), (xoCsvFileReader::Table{expected, {1}, {1, 2}}));
-    EXPECT_EQ(reader.getMaxColumnCount(), 17u);
+    for (const int time : {1, 2}) {
+        ASSERT_TRUE(reader.parseCsvFile()) << time;
+        EXPECT_EQ(reader.getTable(), (xoCsvFileReader::Table{expected, {1}, {1, 2}}));
+        EXPECT_EQ(reader.getMaxColumnCount(), 17u);
+    }
+    xoCsvFileReader copy(reader), assigned(false);
+    assigned = copy;
+    for (xoCsvFileReader* const each : {&copy, &assigned}) {
+        EXPECT_EQ(each->getTable(), reader.getTable());
+        bool finished = false;
+        ASSERT_TRUE(each->parseFirst(finished, 1)) << each->getLastError();
+        EXPECT_EQ(each->getTable(), xoCsvFileReader::Table{expected});
+        each->setEnableTypeGuess(false);
+        each->setColumnDelimiter(',');
+        ASSERT_TRUE(each->parseNext(finished, true, 9));
+        EXPECT_EQ(each->getTable(), (xoCsvFileReader::Table{{"1"}, {"1", "2"}})) << "only the guess takes effect now";
+    }
+}
 
-    xoCsvFileReader copy(reader);
-    EXPECT_EQ(copy.getTable(), reader.getTable());
-    EXPECT_FALSE(copy.parseCsvFile());
-    copy.setEnableTypeGuess(false);
-    copy.setFileName(mFolder.path("types.csv"));
-    ASSERT_TRUE(copy.parseCsvFile());
-    EXPECT_EQ(copy.getTable()[0][2], xoVariant("010"));
+TEST_F(CsvFiles, TheReaderGoesOnWithAnotherFile) {
+    mFolder.write("a.csv", "1,2\n3");
+    mFolder.write("b.csv", "4");
+    xoCsvFileReader reader(true);
+    bool finished = true;
+    EXPECT_TRUE(!reader.parseNext(finished, false, 1) && !finished) << "no name yet";
+    reader.setFileName(mFolder.path("a.csv"));
+    EXPECT_EQ(reader.getLastError(), "Failed to open the file") << "until the next parse";
+    EXPECT_TRUE(reader.parseFirst(finished, 1) && reader.getLastError().empty());
+    EXPECT_TRUE(std::filesystem::remove(mFolder.widePath() / L"a.csv")) << "while it is open";
+    reader.setFileName(mFolder.path("b.csv"));
+    EXPECT_TRUE(reader.parseNext(finished, false, 1));
+    EXPECT_EQ(reader.getTable(), (xoCsvFileReader::Table{{4}}));
+    reader.setFileName("");
+    EXPECT_TRUE(reader.getLastError() == "Failed to open the file" && reader.getTable().size() == 1);
+    EXPECT_FALSE(reader.parseCsvFile());
+    EXPECT_EQ(reader.getTable().size() + reader.getMaxColumnCount(), 0U);
+}
+
+// Lets the C++ runtime allocate no blocks above a size while the object lives.
+struct ScarceMemory {
+    explicit ScarceMemory(std::size_t limit) : hook("libstdc++-6.dll", "malloc", &allocate) { msLimit = limit; }
+    static void* allocate(std::size_t size) { return size > msLimit ? nullptr : ImportHook::behind(&allocate)(size); }
+    const ImportHook hook;
+    static inline std::size_t msLimit = 0;
+};
+
+TEST_F(CsvFiles, LackOfMemoryIsAFailure) {
+    mFolder.write("a.csv", "1,2\n3");
+    const std::string path = mFolder.path("a.csv"), quotes(2000, '"');
+    xoCsvFileReader reader(true), unnamed(true);
+    reader.setFileName(path);
+    xoCsvFileWriter writer(mFolder.path(), "b", 1);
+    auto lost = std::make_unique<xoCsvFileWriter>(mFolder.path(), "c", 1);
+    MemoryDevice device;
+    xoCsvStream stream(&device);
+    lost->getStream() << 1;
+    bool passed = true, finished = true;
+    {
+        const ScarceMemory little(1000);
+        ASSERT_TRUE(little.hook.isInstalled());
+        passed = reader.parseFirst(finished, 1);
+        stream << "a" << quotes << "b";
+        writer.getStream() << 1;
+    }
+    EXPECT_TRUE(!passed && !finished);
+    EXPECT_EQ(reader.getLastError(), "std::bad_alloc");
+    EXPECT_TRUE(reader.parseFirst(finished, 1)) << "memory again";
+    EXPECT_TRUE(!stream.isOk() && device.bytes == "a,");
+    EXPECT_THAT(takeLines(), ElementsAre("3()Fail to open csv file " + mFolder.path() + "/b.csv"));
+    EXPECT_TRUE((writer.getStream() << 1).isOk());
+    {
+        const ImportHook full("xoSystem.dll", "WriteFile", &failToWrite);
+        const ScarceMemory none(0);
+        unnamed.setFileName(path);
+        lost.reset();
+    }
+    EXPECT_EQ(unnamed.getLastError(), "std::bad_alloc");
 }
 
 int WINAPI readNothing(HANDLE, void*, DWORD, DWORD* got, OVERLAPPED*) { return *got = 0, 1; }
