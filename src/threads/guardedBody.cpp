@@ -1,5 +1,7 @@
 #include "threads/guardedBody.h"
 
+#include <exception>
+
 #include "platform/windows.h"
 #include "xoSystem/xoException.h"
 
@@ -13,6 +15,15 @@ struct impl::MutexAccess {
 
 namespace threads {
 namespace {
+
+// GCC's runtime sets up its thread-local storage at the first use, under a spin lock. Process exit kills the other
+// threads first; if one of them held that lock, the destruction of std::cout, which uses the storage too, would spin
+// for ever. So the first use comes before any thread of the library. The volatile variable keeps the call, whose
+// function is declared free of side effects.
+const bool isThreadStorageSetUp = [] {
+    [[maybe_unused]] volatile const int count = std::uncaught_exceptions();
+    return true;
+}();
 
 // The critical section alone knows who owns the lock and how often.
 bool isOwner(const CRITICAL_SECTION& section) {
