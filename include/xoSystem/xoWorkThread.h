@@ -11,26 +11,27 @@
 //     ...
 //     printer.stop();  // when all is printed; see below
 //
-// Jobs stay the property of whoever queues them, and live until they were executed or discarded. Any thread may queue
-// jobs. executeJob must not call lock() or beginWake() of its own thread: endWake() waits for the job under way while
-// it holds the same lock.
+// Jobs stay the property of the caller and must exist until they have been executed or discarded. Any thread may queue
+// jobs, except executeJob() of the same object: it must not call lock() or beginWake(), because endWake() waits for the
+// job in progress while it holds the same lock.
 //
-// A job that throws or faults is reported by the guard and ends the thread; the jobs behind it stay queued, nobody
-// waits for ever, and after waitThread(INT_MAX) the thread may be started again to go on with them.
+// A job that throws or faults is reported by the guard and ends the thread. The jobs behind it stay queued, no other
+// thread is left waiting, and after waitThread(INT_MAX) the thread may be started again to execute them.
 //
-// The owner stops the thread before it destroys the object; the destructor waits for the thread to end but does not ask
-// it to. The thread looks for the request to stop only after it has slept or while jobs are queued. So stop it while it
-// sleeps; a stop() that comes while the last job runs, or just after, goes on waiting until some other thread calls
-// beginWake() and endWake(). Where nobody else would, let the class keep the thread from falling asleep between the
-// two:
+// The owner stops the thread before it destroys the object; the destructor waits for the thread but does not stop it.
+// The thread looks for the request to stop after it has slept, and between jobs while others are queued. A stop() that
+// comes during the last job, or just after it, therefore waits until another thread calls beginWake() and endWake(). A
+// class without such a thread keeps its own thread awake until the request has come:
 //
 //     void stop() override {
 //         beginWake();
 //         addJob(&mUntilStop);  // executeJob returns from this job when mustStop() is true:
 //         addJob(&mUntilStop);  //     while (!mustStop()) msleep(1);
-//         endWake();            // and the second one keeps the queue filled
+//         endWake();            // and the second one keeps the queue from being empty
 //         xoWorkThread::stop();
 //     }
+//
+// Other threads may queue jobs meanwhile.
 #ifndef XOSYSTEM_XOWORKTHREAD_H
 #define XOSYSTEM_XOWORKTHREAD_H
 
@@ -60,9 +61,13 @@ class XOSYSTEM_API xoWorkThread : public xoThread {
 public:
     // Does not start the thread; startThread() does.
     xoWorkThread();
+
+    // Waits for the thread. Queued jobs are forgotten, without onDelete().
     ~xoWorkThread() override;
 
-    // Hold the queue still. beginWake() is lock() for a caller that will end with endWake().
+    // Lock and unlock the queue. beginWake() is lock() for a caller that will end with endWake(). As with xoMutex, a
+    // thread may lock more than once and then unlocks as often; to unlock, with unlock() or endWake(), what the thread
+    // has not locked is undefined.
     void lock() XO_ACQUIRE(mQueueMutex) { mQueueMutex.lock(); }
     void unlock() XO_RELEASE(mQueueMutex) { mQueueMutex.unlock(); }
     void beginWake() XO_ACQUIRE(mQueueMutex) { mQueueMutex.lock(); }
@@ -70,29 +75,33 @@ public:
     // Waits until no job is executing, unlocks the queue and wakes the thread.
     void endWake() XO_RELEASE(mQueueMutex);
 
-    // Queues a job. The caller holds the queue locked. Between lock() and unlock() the thread is not woken for it.
+    // Queues a job. The caller holds the queue locked. Between lock() and unlock() the thread is not woken for it. Null
+    // is queued too: executeJob() gets it, clearJobs() passes it over. Throws std::bad_alloc when memory runs out and
+    // std::length_error ("list too long") at the queue's largest size; the queue is unchanged then.
     void addJob(xoJob* job) XO_REQUIRES(mQueueMutex);
 
-    // Discards all queued jobs: calls onDelete() of each, in their order. The job under way is not among them. The
-    // caller holds the queue locked.
+    // Discards all queued jobs: calls onDelete() of each, in their order. The job in progress is not among them, and
+    // jobs that onDelete() queues stay queued. The caller holds the queue locked.
     void clearJobs() XO_REQUIRES(mQueueMutex);
 
-    // Asks the thread to stop and waits, without limit, until it has; see above for when it looks. Jobs that it did not
-    // come to stay queued. Once stopped, the object does not work again: a thread started later ends at once.
+    // Asks the thread to stop and waits, without limit, until it has; see above for when it looks. Jobs that were not
+    // begun stay queued. The request is never taken back: a thread started later ends at once. Not for executeJob():
+    // a thread cannot wait for its own end, so that stop() then throws std::system_error.
     virtual void stop();
+
+    // Does one job, on the thread. Only the thread calls it.
+    virtual void executeJob(xoJob* job) = 0;
 
 protected:
     // Takes jobs until it is asked to stop. Not to be overridden.
     void run() override;
 
-    // Does one job, on the thread.
-    virtual void executeJob(xoJob* job) = 0;
-
     // Whether stop() was called.
     bool mustStop() const { return mStop.load(std::memory_order_relaxed); }
 
-    // True, from executeJob, makes the thread sleep once the job is done, though others are queued, until the next
-    // endWake().
+    // setIdle(true), called by executeJob(), has the thread sleep after the job although others are queued. The next
+    // endWake() wakes it, and one that was already waiting for this job takes the request back. Any other wake-up, such
+    // as a spurious one, lets the thread execute one job and sleep again.
     void setIdle(bool idle) { mIdle.store(idle, std::memory_order_relaxed); }
 
 private:

@@ -31,7 +31,8 @@ void xoWorkThread::addJob(xoJob* job) {
 }
 
 void xoWorkThread::clearJobs() {
-    while (!mQueue.empty()) {
+    // As many as there are now: onDelete() may queue its job again.
+    for (std::size_t left = mQueue.size(); left != 0 && !mQueue.empty(); --left) {
         xoJob* const job = mQueue.front();
         mQueue.pop_front();
         if (job) job->onDelete();
@@ -39,9 +40,10 @@ void xoWorkThread::clearJobs() {
 }
 
 void xoWorkThread::stop() {
+    // Before the lock is taken: another thread may hold it in endWake() and wait for a job that only this request ends.
+    mStop = true;
     {
         const xoMutexLocker locker(mQueueMutex);
-        mStop = true;
         mCondition.wakeAll();
     }
     waitThread(INT_MAX);

@@ -23,6 +23,7 @@ public:
     ~Worker() override { stop(); }
     void stop() override {
         submit({&mUntilStop, &mUntilStop});
+        if (beforeRequest) beforeRequest();
         xoWorkThread::stop();
     }
     void stopAtOnce() { xoWorkThread::stop(); }
@@ -33,12 +34,14 @@ public:
     }
     using xoWorkThread::setIdle;
 
+    Event lastJobBegan;
+    std::function<void()> beforeRequest;
+
 private:
     void executeJob(xo::xoJob* job) override {
-        if (job == &mUntilStop)
-            while (!mustStop()) msleep(1);
-        else
-            static_cast<Job*>(job)->body();
+        if (job != &mUntilStop) return static_cast<Job*>(job)->body();
+        lastJobBegan.set();
+        while (!mustStop()) msleep(1);
     }
 
     xo::xoJob mUntilStop;
@@ -87,12 +90,19 @@ TEST_F(WorkThread, ExecutesEachJobOnceInOrder) {
 TEST_F(WorkThread, DiscardsWhatIsQueuedButNotTheJobUnderWay) {
     beginLongJob();
     worker.lock();
-    worker.addJob(noting(1));
+    Job* const again = noting(1);
+    again->discard = [&, again]() XO_NO_THREAD_SAFETY_ANALYSIS {
+        mDiscarded.push_back(1);
+        if (mDiscarded.size() == 1) worker.addJob(again);
+    };
+    worker.addJob(again);
     worker.addJob(noting(2));
+    worker.clearJobs();
+    EXPECT_THAT(mDiscarded, ElementsAre(1, 2)) << "what is queued meanwhile stays";
     worker.clearJobs();
     worker.clearJobs();
     worker.unlock();
-    EXPECT_THAT(mDiscarded, ElementsAre(1, 2));
+    EXPECT_THAT(mDiscarded, ElementsAre(1, 2, 1));
     FunctionThread producer([&] { worker.submit({}); });
     producer.startThread("producer");
     EXPECT_FALSE(producer.waitThread(30)) << "a wake ends between jobs only";
@@ -115,6 +125,22 @@ TEST_F(WorkThread, SeesAStopDuringTheLastJobAtTheNextWake) {
     }));
     worker.startThread("again");
     EXPECT_TRUE(worker.waitThread(20000)) << "a stopped one must not work again";
+}
+
+TEST_F(WorkThread, StopsThoughAnotherThreadQueuesJobsMeanwhile) {
+    worker.startThread("worker");
+    FunctionThread producer([&] {
+        EXPECT_TRUE(worker.lastJobBegan.wait());
+        worker.beginWake();
+        mGoOn.set();
+        worker.endWake();  // waits, with the queue locked, for a job that lasts until the request to stop
+    });
+    producer.startThread("producer");
+    worker.beforeRequest = [&] { EXPECT_TRUE(mGoOn.wait()); };
+    FunctionThread owner([&] { worker.stop(); });
+    owner.startThread("owner");
+    EXPECT_TRUE(owner.waitThread(20000));
+    EXPECT_TRUE(producer.waitThread(20000));
 }
 
 TEST_F(WorkThread, SleepsWithJobsQueuedWhenToldTo) {
