@@ -11,16 +11,18 @@
 //     };
 //     xo::concurrent::GetConcurrentPool().solve({&first, &second, &third});
 //
-// A task runs with the pool's lock held: what it does to shared data needs no further lock, but nobody else in the pool
-// moves meanwhile. So it keeps the lock for moments only. To compute at length it unlocks the mutex that it is handed
-// and locks it again; to wait for another task it waits on the condition that it is handed (wakeAll() is then the way
-// to tell: all tasks share that condition). It returns with the lock held exactly once, as it was called.
+// A task is called with the pool's mutex locked, so that what it does to shared data needs no further lock, but no
+// other task of the pool runs meanwhile. A task that computes for longer unlocks the mutex that it is given and locks
+// it again, as above. To wait for another task it waits on the condition that it is given, and a task wakes the waiting
+// ones with wakeAll(), because all tasks share that condition. A task returns with the mutex locked exactly once, as it
+// was called; to return without it is undefined.
 //
-// A task must not call solve() of its own pool: it would wait for itself. Nor may tasks wait for more other tasks than
-// there are workers to run them.
+// Tasks may wait for others of their list as long as there are enough workers for all that wait and one more; lists of
+// other callers change nothing about that. A task must not call solve() of its own pool: it would wait for itself. A
+// task that waits for one that has thrown waits for ever, unless its wait has a time-out.
 //
-// A task that throws or faults is reported by the guard and ends its worker's thread; the lock is released, the other
-// workers go on with the remaining tasks, and the next need for the worker starts it again.
+// A task that throws or faults is reported by the guard and ends its worker's thread; the mutex is unlocked, the other
+// workers go on with the remaining tasks, and the thread is started again when it is needed.
 //
 // Several threads may call solve() at once. A pool is destroyed when none of them is inside, and under the rules by
 // which threads are joined (see xoThread.h). One that is never destroyed costs nothing at the end of the process.
@@ -31,7 +33,6 @@
 #include <cstddef>
 #include <list>
 #include <memory>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -73,7 +74,9 @@ public:
         std::list<std::unique_ptr<SolverBase>> mSubTasks;
     };
 
-    // Starts the workers; 0 counts as 1. Throws what xoThread::startThread throws when there cannot be so many.
+    // Starts the workers; 0 counts as 1. Throws what xoThread::startThread throws, std::bad_alloc or std::length_error
+    // when there cannot be so many threads; none is left then. There is no use in more workers than processors, unless
+    // tasks wait.
     XOSYSTEM_API explicit ConcurrentPool(unsigned int workerCount);
 
     // Waits for the workers to end.
@@ -85,22 +88,26 @@ public:
     XOSYSTEM_API unsigned int getWorkerCount() const;
 
     // Has the workers solve the tasks, begun in their order, and waits until all are done. The tasks stay the caller's;
-    // null is skipped. Of several callers the one whose tasks are all begun gives way to the next. False when a task
-    // threw or faulted, or when tasks were left because the last worker was lost to one and Windows makes no new
-    // thread.
+    // null is skipped. Among several callers, free workers go to the one that called first and has tasks not begun.
+    // False when a task threw or faulted, or when tasks were left because the last worker was lost to one and neither
+    // Windows nor memory allows a new thread.
     bool solve(const std::vector<SolverBase*>& tasks);
 
 private:
     class Batch;
     class Worker;
 
+    void enter(Batch& batch) XO_REQUIRES(mMutex);
+    void leave(Batch& batch) XO_REQUIRES(mMutex);
     bool offer(Batch& batch) XO_REQUIRES(mMutex);
+    bool isNextToBegin(const Batch& batch) const XO_REQUIRES(mMutex);
     bool isTaken(const Batch& batch) const XO_REQUIRES(mMutex);
-    void withdraw(Batch& batch) XO_REQUIRES(mMutex);
+    void withdraw(const Batch& batch) XO_REQUIRES(mMutex);
+    bool hasSeveralCallers() const XO_REQUIRES(mMutex);
     void tellOtherCallers() XO_REQUIRES(mMutex);
     void wakeWorker() XO_REQUIRES(mMutex);
     void assign(Worker& worker, Batch& batch) XO_REQUIRES(mMutex);
-    static bool revive(Worker& worker);
+    static bool revive(Worker& worker) noexcept;
 
     void start();
     void stop();
@@ -112,7 +119,7 @@ private:
     xoWaitCondition mDoneCondition;  // woken when no task is handed out any more, and when a caller should look again
     unsigned int mBusyCount XO_GUARDED_BY(mMutex) = 0;  // workers that have a task
     unsigned int mWorkerCount;
-    unsigned int mCallerCount XO_GUARDED_BY(mMutex) = 0;  // threads inside solve
+    Batch* mOldest XO_GUARDED_BY(mMutex) = nullptr;  // of the threads inside solve, linked in the order of their calls
 };
 
 // A thread of the pool. Its fields are guarded by the pool's mutex.
@@ -143,9 +150,9 @@ public:
     Batch(ConcurrentPool& pool, const std::vector<SolverBase*>& tasks) : mPool(pool), mTasks(tasks) {}
 
     void solve(xoMutex*, xoWaitCondition* solverCondition) override XO_REQUIRES(mPool.mMutex) {
-        if (mTasks.size() - mNext > 1) mPool.wakeWorker();
+        if (mTasks.size() - mBegun > 1) mPool.wakeWorker();
         while (hasTasks()) {
-            SolverBase* const task = mTasks[mNext++];
+            SolverBase* const task = mTasks[mBegun++];
             if (!hasTasks()) mPool.withdraw(*this);
             if (task) task->solve(&mPool.mMutex, solverCondition);
             ++mDone;
@@ -153,29 +160,47 @@ public:
         mPool.tellOtherCallers();
     }
 
-    bool hasTasks() const { return mNext < mTasks.size(); }
+    bool hasTasks() const { return mBegun < mTasks.size(); }  // not begun yet
     bool isDone() const { return mDone == mTasks.size(); }
 
 private:
+    friend class ConcurrentPool;
+
     ConcurrentPool& mPool;
     const std::vector<SolverBase*>& mTasks;
-    std::size_t mNext = 0;  // both under the pool's mutex
+    std::size_t mBegun = 0;  // this and all below under the pool's mutex
     std::size_t mDone = 0;
+    Batch* mYounger = nullptr;
 };
 
 inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks) {
     if (tasks.empty()) return true;
     Batch batch(*this, tasks);
     const xoMutexLocker locker(mMutex);
-    ++mCallerCount;
+    enter(batch);
     while (batch.hasTasks() ? offer(batch) : isTaken(batch)) mDoneCondition.wait(&mMutex);
-    --mCallerCount;
+    leave(batch);
     return batch.isDone();
 }
 
-// Gives the batch to every worker without a task and wakes one, who wakes the next when there is more to do: short
-// lists are done before a second worker is up. False when there is no worker left to wait for.
+inline void ConcurrentPool::enter(Batch& batch) {
+    Batch** link = &mOldest;
+    while (*link) link = &(*link)->mYounger;
+    *link = &batch;
+}
+
+inline void ConcurrentPool::leave(Batch& batch) {
+    withdraw(batch);
+    Batch** link = &mOldest;
+    while (*link != &batch) link = &(*link)->mYounger;
+    *link = batch.mYounger;
+    if (mOldest) mDoneCondition.wakeAll();  // tasks left without a worker may have kept the others waiting
+}
+
+// Gives the batch, when it is its turn, to every worker without a task and wakes one, who wakes the next when there is
+// more to do: short lists are done before a second worker is up. False when there is no worker left to wait for.
 inline bool ConcurrentPool::offer(Batch& batch) {
+    if (!isNextToBegin(batch)) return true;
     bool anyAlive = false;
     bool anyAsleep = false;
     for (const auto& owned : mWorkers) {
@@ -190,19 +215,28 @@ inline bool ConcurrentPool::offer(Batch& batch) {
     return anyAlive;
 }
 
+// Strictly in the order of the calls. All tasks of the older batches are begun then, and need no further worker to end;
+// so tasks that wait for others of their list wait as if the list had the pool to itself. Workers divided among several
+// lists could each wait for a task that none is left to begin.
+inline bool ConcurrentPool::isNextToBegin(const Batch& batch) const {
+    const Batch* next = mOldest;
+    while (!next->hasTasks()) next = next->mYounger;
+    return next == &batch;
+}
+
 inline void ConcurrentPool::assign(Worker& worker, Batch& batch) {
     worker.isOfLockedPool();
     worker.mTask = &batch;
     ++mBusyCount;
 }
 
-// Starts a worker whose thread was ended by a task.
-inline bool ConcurrentPool::revive(Worker& worker) {
+// Starts a worker whose thread was ended by a task. False when there is no thread, or no memory, for it.
+inline bool ConcurrentPool::revive(Worker& worker) noexcept {
     worker.isOfLockedPool();
     try {
         worker.waitThread(INT_MAX);  // not for long: it has left the pool's lock for good
         worker.startThread(nullptr);
-    } catch (const std::system_error&) {
+    } catch (...) {
         return false;
     }
     worker.mKeepRunning = true;
@@ -219,7 +253,7 @@ inline bool ConcurrentPool::isTaken(const Batch& batch) const {
 }
 
 // Takes a batch whose tasks are all begun back from the workers that have not woken for it yet.
-inline void ConcurrentPool::withdraw(Batch& batch) {
+inline void ConcurrentPool::withdraw(const Batch& batch) {
     for (const auto& owned : mWorkers) {
         Worker& worker = *owned;
         worker.isOfLockedPool();
@@ -230,14 +264,16 @@ inline void ConcurrentPool::withdraw(Batch& batch) {
     tellOtherCallers();
 }
 
+inline bool ConcurrentPool::hasSeveralCallers() const { return mOldest && mOldest->mYounger; }
+
 // A worker is free, or will be when it leaves the lock.
 inline void ConcurrentPool::tellOtherCallers() {
-    if (mCallerCount > 1) mDoneCondition.wakeAll();
+    if (hasSeveralCallers()) mDoneCondition.wakeAll();
 }
 
 // With one caller every sleeper has its batch, so any of them will do.
 inline void ConcurrentPool::wakeWorker() {
-    if (mCallerCount > 1)
+    if (hasSeveralCallers())
         mWorkCondition.wakeAll();
     else
         mWorkCondition.wakeOne();

@@ -1,6 +1,7 @@
 #include "xoSystem/xoConcurrentPool.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "threads/guardedBody.h"
 
@@ -68,13 +69,12 @@ void ConcurrentPool::Worker::serve(void* argument) {
     pool.mMutex.unlock();
 }
 
-// The task has ended this thread: the callers must learn that their task is gone, and the next one of this worker.
+// The thread has ended in its task, or short of memory before it had one. The callers must learn that the task is gone.
 void ConcurrentPool::Worker::loseTask() {
     const xoMutexLocker locker(mPool.mMutex);
     mKeepRunning = false;
     mIsSolving = false;
-    mTask = nullptr;
-    --mPool.mBusyCount;
+    if (std::exchange(mTask, nullptr)) --mPool.mBusyCount;
     mPool.mDoneCondition.wakeAll();
 }
 

@@ -12,6 +12,7 @@ using xo::xoMutex;
 using xo::xoWaitCondition;
 using xo::tests::Event;
 using xo::tests::FunctionThread;
+using xo::tests::ImportHook;
 
 class Pool : public xo::tests::ThreadsTest {};
 
@@ -83,25 +84,40 @@ TEST_F(Pool, ServesSeveralCallers) {
     EXPECT_EQ(solvedOutside, 900);
 }
 
-TEST_F(Pool, GivesFreeWorkersToTheNextCaller) {
-    for (const bool bothTaken : {false, true}) {
+// Lists of two tasks that wait for each other, and one worker that is busy when they are offered.
+TEST_F(Pool, GivesFreeWorkersToTheOldestListThatHasTasksToBegin) {
+    struct Pair {
+        Task task{[this](xoMutex* mutex, xoWaitCondition* condition) XO_NO_THREAD_SAFETY_ANALYSIS {
+            begun.set();
+            if (++arrived == 2) condition->wakeAll();
+            while (arrived < 2 && !isAlone) isAlone = !condition->wait(mutex, 10000);
+        }};
+        Event begun;
+        int arrived = 0;  // this and the next under the pool's lock
+        bool isAlone = false;
+    };
+    for (int round = 0; round < 10; ++round) {
         ConcurrentPool pool(2);
-        Event longBegun;
-        Event otherDone;
-        Event endShort;
-        Task longTask(Task::unlocked([&] {
-            longBegun.set();
-            EXPECT_TRUE(otherDone.wait());
+        Event computing;
+        Event endComputation;
+        Pair pairs[5];
+        Task computation(Task::unlocked([&] {
+            computing.set();
+            EXPECT_TRUE(endComputation.wait());
         }));
-        Task shortTask(Task::unlocked([&] { EXPECT_TRUE(endShort.wait()); }));
-        Task otherTask([&] { otherDone.set(); });
-        FunctionThread first([&] { pool.solve(bothTaken ? Tasks{&shortTask, &longTask} : Tasks{&longTask}); });
-        first.startThread("first");
-        ASSERT_TRUE(longBegun.wait());
-        FunctionThread other([&] { pool.solve({&otherTask}); });
-        other.startThread("other");
-        ::Sleep(20);  // until it has found no worker: nothing tells
-        endShort.set();
+        std::list<FunctionThread> callers;
+        const auto call = [&](const Tasks& tasks) {
+            callers.emplace_back([&pool, tasks] { EXPECT_TRUE(pool.solve(tasks)); }).startThread("caller");
+        };
+        call({&computation});
+        ASSERT_TRUE(computing.wait());
+        for (Pair& pair : pairs) {
+            call({&pair.task, &pair.task});
+            if (&pair == pairs) ASSERT_TRUE(pair.begun.wait());
+        }
+        endComputation.set();
+        callers.clear();
+        for (const Pair& pair : pairs) ASSERT_FALSE(pair.isAlone);
     }
 }
 
@@ -125,20 +141,37 @@ TEST_F(Pool, GoesOnWhenTasksFail) {
     }
 }
 
+DWORD threadWithoutMemory = 0;
+void* allocateForOthers(std::size_t size) {
+    return ::GetCurrentThreadId() == threadWithoutMemory ? nullptr : ImportHook::behind(&allocateForOthers)(size);
+}
+
 TEST_F(Pool, ReturnsThoughTheLastWorkerCannotBeReplaced) {
     ConcurrentPool pool(2);
     int solved = 0;
     Task good([&] { ++solved; });
     Task bad([] { throw std::runtime_error("bad"); });
+    const Tasks lists[] = {{&bad, &bad, &good}, {&good}};
+    const auto expectNothingSolved = [&] {
+        for (const Tasks& tasks : lists) EXPECT_FALSE(pool.solve(tasks));
+        EXPECT_EQ(solved, 0);
+    };
     {
         const xo::tests::NoMoreThreads hook;
         ASSERT_TRUE(hook.isInstalled());
-        EXPECT_FALSE(pool.solve({&bad, &bad, &good}));
-        EXPECT_FALSE(pool.solve({&good}));
-        EXPECT_EQ(solved, 0);
+        expectNothingSolved();
         EXPECT_THROW(ConcurrentPool(2), std::system_error);
     }
-    EXPECT_TRUE(pool.solve({&good}));
+    EXPECT_TRUE(pool.solve(lists[1]));
+    solved = 0;
+    {
+        const ImportHook hook("libstdc++-6.dll", "malloc", &allocateForOthers);
+        ASSERT_TRUE(hook.isInstalled());
+        threadWithoutMemory = ::GetCurrentThreadId();
+        expectNothingSolved();
+        threadWithoutMemory = 0;
+    }
+    EXPECT_TRUE(pool.solve(lists[1]));
 }
 
 TEST_F(Pool, DestroysAChainOfSubTasksOfAnyLength) {
