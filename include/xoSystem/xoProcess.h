@@ -11,19 +11,23 @@
 //     if (!child.startProcess("verify", {recordFile})) return false;
 //     if (!child.waitForFinished(30000)) child.killProcess();
 //
-// A child gets a console without a window, no standard handles and none of this process's handles, inheritable ones
-// included. It receives each argument as it was given, whatever characters that holds.
+// A child gets a console without a window, no standard handles and none of this process's handles, not even inheritable
+// ones. It receives each argument unchanged, whatever characters it contains.
 //
-// Two kinds of program are run through the command interpreter, the cmd.exe of the system folder:
-// - A batch file (.bat, .cmd). The interpreter reads its arguments as program text, so those that could become a
-//   command, with " or % or a line break inside, are refused: the start fails.
-// - The interpreter itself (any cmd.exe): what follows "/c" or "/k" is a command in its own language, passed on as it
-//   stands. Who puts foreign text in there answers for it.
+// Two kinds of program are run through the command interpreter, cmd.exe in the system folder:
+// - A batch file (.bat, .cmd). The interpreter reads the arguments as program text, so an argument with " or % or a
+// line
+//   break, which could become a command, makes the start fail. So does a path that is longer than 259 UTF-16 units, or
+//   that contains the name of an environment variable of the child between two percent signs.
+// - The interpreter itself (any cmd.exe). What follows "/c" or "/k", as an argument of its own or joined to others
+//   ("/d/c", "/cdir"), is a command in the interpreter's language and is passed on unchanged. The caller is responsible
+//   for what it puts in there.
 //
-// An object belongs to one thread at a time; the static functions may be called from any thread. Nothing throws, short
-// of memory running out. A failed start gives false and writes a DEBUG line; see startProcess for what makes it fail.
+// An object belongs to one thread at a time; the static functions may be called from any thread. Nothing throws except
+// std::bad_alloc. A failed start returns false and writes a DEBUG line: "CreateProcessW return an error " and the code
+// when Windows refuses it, "Process not started, error " with code and program when this class does.
 //
-// The destructor lets go of the child, which runs on. Objects are neither copied nor moved.
+// The destructor does not end the child. Objects are neither copied nor moved.
 #ifndef XOSYSTEM_XOPROCESS_H
 #define XOSYSTEM_XOPROCESS_H
 
@@ -37,7 +41,7 @@
 
 namespace xo {
 
-// The scheduling class of a child; numbers beyond these count as Inherit.
+// The scheduling class of a child; any other number counts as Inherit.
 enum ProcessPriority : int {
     ProcessPriorityLow = 0,  // runs when the machine is idle
     ProcessPriorityNormal = 1,
@@ -53,14 +57,14 @@ inline std::string ProcessPriorityToString(int priority) {
 
 class XOSYSTEM_API xoProcess {
 public:
-    // Of the child, as it was last seen.
+    // What is known of the child.
     enum State : std::uint32_t {
         StateNone = 0,  // never started, or reset
         StateRunning = 1,
-        StateFinished = 2  // ended, or not started for a failure
+        StateFinished = 2  // ended, or failed to start
     };
 
-    static constexpr unsigned kNoLimit = 0xFFFFFFFF;  // a time-out that never comes
+    static constexpr unsigned kNoLimit = 0xFFFFFFFF;  // no time-out
 
     xoProcess();
     virtual ~xoProcess();
@@ -69,26 +73,28 @@ public:
 
     // ---- before the start ----
 
-    // Where the next child starts; empty stands for this process's working directory. Windows takes at most 258
-    // characters here. A folder that does not exist makes the start fail.
+    // The working directory of the next child; empty stands for that of this process. Windows accepts at most 258
+    // UTF-16 units. A directory that does not exist, or a path with a NUL inside, makes the start fail.
     void setWorkingDirectoryUtf8(const std::string& directory);
     const std::string& getWorkingDirectoryUtf8() const;
 
-    // The whole environment of the next child, each entry NAME=value; none at all stands for this process's
-    // environment. Of entries with one name (case does not matter) the last one counts. Most programs need SystemRoot
-    // and PATH. Entries such as "=C:=C:\folder" are kept; one without a name and "=" makes the start fail.
+    // The whole environment of the next child, each entry NAME=value; without entries it gets that of this process. Of
+    // entries with the same name (case does not matter) the last one counts. Most programs need SystemRoot and PATH.
+    // Entries such as "=C:=C:\folder", the working folder of a drive, are allowed. An entry that is not UTF-8, or has a
+    // NUL inside, no name or no "=", makes the start fail.
     void setEnvironmentUtf8(const std::vector<std::string>& environment);
     const std::vector<std::string>& getEnvironmentUtf8() const;
 
     // ---- start and end ----
 
-    // Starts the program, if no child of this object is running, and returns 10 ms later. With makeAbsolute a relative
-    // path is meant from this process's working directory, and where no such file exists ".exe" is appended. Without
-    // it, Windows gets the path as it is, its extension included. PATH is never searched.
+    // Starts the program, unless a child of this object is running, and returns 10 ms later. With makeAbsolute a
+    // relative path starts at this process's working directory, and where there is no such file ".exe" is appended.
+    // Without it, Windows gets the path as it is, extension included. PATH is never searched.
     //
-    // False when a child is running, which then is left alone, and when the start fails: the program is missing or no
-    // program; the program or an argument is not UTF-8 or has a NUL inside; the command line, with its quotes, is
-    // beyond 32766 UTF-16 units (8191 for the command interpreter); the working directory or environment is refused.
+    // False when a child is running, which is then left alone, and when the start fails: the program does not exist or
+    // is no program; the program or an argument is not UTF-8 or has a NUL inside; the command line, with its quotes, is
+    // longer than 32766 UTF-16 units (8191 for the command interpreter); the working directory or environment is
+    // refused; a batch file has a path or argument that the interpreter would change.
     bool startProcess(const std::string& program, const std::vector<std::string>& arguments = {},
                       bool makeAbsolute = true, ProcessPriority priority = ProcessPriorityInherit);
     bool startProcess(const std::string& program, const std::vector<std::string>& arguments, bool makeAbsolute,
@@ -96,75 +102,85 @@ public:
         return startProcess(program, arguments, makeAbsolute, static_cast<ProcessPriority>(priority));
     }
 
-    // Waits until the child has ended, and no longer than that. False when it still runs after the time-out; it is left
-    // running. True at once when there is no child. 0 only looks.
+    // Waits at most timeoutMs milliseconds for the child to end. False when it still runs then; it is left running.
+    // True at once when there is no child. 0 does not wait.
     bool waitForFinished(unsigned timeoutMs = kNoLimit);
 
-    // Ends the child by force, with exit code 65535. It may take a moment to be gone: waitForFinished tells.
+    // Ends the child by force, with exit code 65535. Does nothing without a child. The child may still run for a
+    // moment; waitForFinished() waits for its end. Processes that the child has started go on, such as the programs
+    // that a batch file runs.
     void killProcess();
 
-    // Asks the child to close: all its top-level windows, and its main thread if that has a message queue. What the
-    // child makes of it is its own affair; one with neither goes on.
+    // Asks the child to close: posts WM_CLOSE to its top-level windows, and to its main thread, which receives it only
+    // if it has a message queue. The child may ignore it. Does nothing without a child.
     void terminateProcess();
 
-    // Lets go of the child, which runs on, and forgets all that was set.
+    // Closes the handle of the child, which runs on, and clears all that was set.
     void clearProcess();
 
-    // Back to StateNone, with exit code 0; what was set for the next start stays. False, and nothing changes, while a
+    // Sets StateNone and exit code 0; what was set for the next start stays. Returns false and changes nothing while a
     // child is running.
     bool resetState();
 
-    // ---- what is known of the child; each looks anew whether it has ended ----
+    // ---- what is known of the child; each first checks whether it has ended ----
 
     State getState() const;  // StateFinished once it has ended
     int exitCode() const;    // 0 until it has ended
 
-    // Whether it ended with the status of an exception that nobody handled: one of error severity (0xC0000005 and its
-    // like), a breakpoint, single step, guard page or misalignment, or a C++ exception of any compiler. Not Ctrl+C, not
-    // killProcess, and not abort, which ends with an ordinary code.
+    // Whether it ended with the status of an unhandled exception: one of error severity (0xC0000005 and the like), a
+    // breakpoint, single step, guard page or misalignment, or a C++ exception of any compiler. That includes fail-fast
+    // (0xC0000409), with which abort() and an uncaught C++ exception end a program of the universal C runtime; abort()
+    // of msvcrt.dll ends it with 3, an ordinary code. Ctrl+C (0xC000013A) and killProcess() are no crashes.
     bool hasCrashed() const;
 
-    // True unless the last start succeeded: also for an object that was never started.
+    // True unless the last start succeeded; also true for an object that was never started.
     bool hasFailedToStart() const;
 
     // ---- the child at work ----
 
-    // The process identifier, or 0 without a child. It stays the child's own until its end has been noticed.
+    // The process identifier, or 0 without a child. Does not check whether the child has ended: Windows gives the
+    // number to no other process until one of the functions above has noticed the end.
     std::uint32_t getPid() const;
 
-    // Bytes of memory that the child has committed; of this process while there is no child.
+    // Bytes of memory that the child has committed; those of this process when no child is running. 0 when Windows does
+    // not tell.
     std::uint64_t getCurrentRamInUse() const;
 
-    // Limits the physical memory of the child for good. False without a child, or when Windows refuses.
+    // Limits the physical memory of the child from now on. False without a child, or when Windows refuses.
     bool setWorkingSetMaxSize(std::size_t maxBytes);
 
     // ---- without an object ----
 
-    // Runs a program to its end and returns its exit code. Failures: -1 the start failed; -2 the time-out passed, the
-    // child was ended with exit code 65535; -3 the child crashed. *error, if not null, gets "Fail to start process",
-    // "timeout", "process has crashed", or for any other code than 0 "process return an error": that text tells a
-    // child's own -1 from a failure. It is left alone when the result is 0.
+    // Runs a program to its end and returns its exit code. Failures: -1 the start failed; -2 the time-out passed and
+    // the child was ended as by killProcess(); -3 the child crashed. *error, if not null, receives "Fail to start
+    // process", "timeout", "process has crashed", or for any other code than 0 "process return an error", which
+    // distinguishes a child's own -1 from a failure. It is left unchanged when the result is 0.
+    //
+    // A child that was ended may hold its files and run for a moment longer, while its pending input or output
+    // completes: the call waits for it up to 5 s beyond the time-out. What the child has started is not ended; after a
+    // time-out of a batch file, the program that it was running goes on.
     static int ExecUtf8(const std::string& program, const std::vector<std::string>& arguments = {},
                         const std::string& workingDirectory = {}, bool makeAbsolute = true,
                         unsigned timeoutMs = kNoLimit, std::string* error = nullptr);
 
-    // Starts a program as startProcess does with makeAbsolute, and forgets it. It outlives this process. *pid, if not
-    // null, gets its identifier, or 0 on failure; the program may have ended by then and the number be another's.
+    // Starts a program as startProcess() does with makeAbsolute, and does not keep track of it. False when the start
+    // fails, for the reasons given there. *pid, if not null, receives its identifier, or 0 on failure; the program may
+    // have ended by then, and another process have its number.
     static bool StartDetachedUtf8(const std::string& program, const std::vector<std::string>& arguments = {},
                                   const std::string& workingDirectory = {});
     static bool StartDetachedUtf8(const std::string& program, const std::vector<std::string>& arguments,
                                   const std::string& workingDirectory, std::uint32_t* pid);
 
-    // Splits a command line, program first, as CommandLineToArgvW does: a leading blank gives an empty program, a quote
-    // that is never closed runs to the end. Refused, with no arguments and a CRITICAL line, is what is empty, blank,
-    // not UTF-8 or has a NUL inside.
+    // Splits a command line, program first, as CommandLineToArgvW does: a leading blank gives an empty program, and a
+    // quote that is never closed extends to the end. A line that is empty, blank, not UTF-8 or has a NUL inside gives
+    // false, no arguments and a CRITICAL line. The line may be one of the arguments that it replaces.
     static bool SplitCommandLine(const std::string& commandLine, std::vector<std::string>& arguments);
 
     // The identifier of the calling process.
     static std::uint32_t GetCurrentProcessId();
 
-    // The process that started this one, or the one with that identifier. 0 when there is no such process, or its
-    // parent has ended, though another process may have got the parent's number.
+    // The identifier of the process that started this one, or the one with the identifier pid. 0 when there is no such
+    // process, or when its parent has ended, even if another process has the parent's number now.
     static std::uint32_t GetParentProcessId();
     static std::uint32_t GetParentProcessId(std::uint32_t pid);
 

@@ -22,12 +22,9 @@ using Arguments = std::vector<std::string>;
 constexpr std::size_t kLongestLine = 32766;
 constexpr std::size_t kLongestInterpreterLine = 8191;
 
-// Whether the text reaches a child, or the splitter, unchanged.
-bool isPlainText(std::string_view text) { return text.find('\0') == std::string_view::npos && text::isUtf8(text); }
-
-// A batch file sees its arguments as they stand on the line, where quotes guard all but these: a quote ends the guard,
-// a percent sign is replaced by a variable before anything else is looked at, a line break ends the line. No way of
-// writing them is safe in every batch file.
+// A batch file sees its arguments exactly as they are on the line, where quotes protect all characters but these: a
+// quote ends the protection, a percent sign may begin a variable, which is replaced before anything else is looked at,
+// and a line break ends the line. No way of writing them is safe in every batch file.
 bool isSafeForBatch(std::string_view text) { return text.find_first_of("\"%\r\n") == std::string_view::npos; }
 
 bool equalsIgnoringCase(std::wstring_view a, std::wstring_view b) {
@@ -85,77 +82,118 @@ std::wstring systemInterpreter() {
            L"\\cmd.exe";
 }
 
-Command batchCommand(const std::string& program, const Arguments& arguments) {
-    if (!isSafeForBatch(program) || !std::all_of(arguments.begin(), arguments.end(), isSafeForBatch))
+// What the interpreter computes itself or adds to an environment that lacks it. Windows computes the last two.
+constexpr const wchar_t* kBuiltInVariables[] = {
+    L"CD",   L"CMDCMDLINE", L"CMDEXTVERSION", L"COMSPEC", L"DATE", L"ERRORLEVEL", L"HIGHESTNUMANODENUMBER",
+    L"PATH", L"PATHEXT",    L"PROMPT",        L"RANDOM",  L"TIME", L"__APPDIR__", L"__CD__",
+};
+
+// Names that begin with "=" are the interpreter's own.
+bool isVariable(const std::wstring& name, const Arguments& environment) {
+    const auto isName = [&](std::wstring_view other) { return equalsIgnoringCase(name, other); };
+    if (name.rfind(L'=', 0) == 0 || std::any_of(std::begin(kBuiltInVariables), std::end(kBuiltInVariables), isName))
+        return true;
+    if (environment.empty()) return ::GetEnvironmentVariableW(name.c_str(), /*lpBuffer=*/nullptr, /*nSize=*/0) != 0;
+    return std::any_of(environment.begin(), environment.end(), [&](const std::string& entry) {
+        return isName(platform::toWide(std::string_view(entry).substr(0, entry.find('=', 1))));
+    });
+}
+
+// On a command line, unlike inside a batch file, the interpreter keeps "%name%" when there is no variable of that name,
+// and a percent sign that no other one follows. A colon ends a name too.
+bool hasVariable(const std::wstring& path, const Arguments& environment) {
+    std::size_t begin = path.find(L'%');
+    while (begin != std::wstring::npos) {
+        const std::size_t end = path.find(L'%', ++begin);
+        if (end == std::wstring::npos) return false;
+        const std::wstring text = path.substr(begin, end - begin);
+        if (isVariable(text.substr(0, text.find(L':')), environment)) return true;
+        begin = end;
+    }
+    return false;
+}
+
+Command batchCommand(const std::wstring& path, const Arguments& arguments, const Arguments& environment) {
+    if (path.size() >= MAX_PATH) return refused(ERROR_FILENAME_EXCED_RANGE);  // the interpreter would not find it
+    if (path.find_first_of(L"\r\n") != std::wstring::npos || hasVariable(path, environment) ||
+        !std::all_of(arguments.begin(), arguments.end(), isSafeForBatch))
         return refused(ERROR_INVALID_PARAMETER);
-    std::wstring command = quotedProgram(platform::toWide(program));
+    std::wstring command = quotedProgram(path);
     for (const std::string& argument : arguments) command += L" \"" + platform::toWide(argument) + L'"';
     return interpreted(systemInterpreter(), L" /c", command);
 }
 
-bool isSwitch(const std::string& argument) { return argument.rfind('/', 0) == 0; }
+// "/r" is an older name of "/c".
+bool beginsCommand(char letter) { return std::string_view("cCkKrR").find(letter) != std::string_view::npos; }
 
-bool beginsCommand(const std::string& argument) {
-    return text::equalIgnoringCase(argument, "/c") || text::equalIgnoringCase(argument, "/k");
-}
+// Where the interpreter's command begins: behind "/c", "/k" or "/r", with only switches before. Switches need no blank
+// between them, nor does the command behind its switch: "/d/c", "/cdir".
+struct CommandPlace {
+    std::size_t argument;
+    std::size_t offset;  // 0 when there is no command
+};
 
-// Where the command begins among the arguments of the interpreter: behind "/c" or "/k", with only switches before. 0
-// when there is none.
-std::size_t findCommand(const Arguments& arguments) {
-    for (std::size_t i = 0; i < arguments.size() && isSwitch(arguments[i]); ++i) {
-        if (beginsCommand(arguments[i])) return i + 1;
+CommandPlace findCommand(const Arguments& arguments) {
+    for (std::size_t i = 0; i < arguments.size() && arguments[i].rfind('/', 0) == 0; ++i) {
+        const std::string& text = arguments[i];
+        for (std::size_t slash = 0; slash + 1 < text.size(); slash = (std::min)(text.find('/', slash + 1), text.size()))
+            if (beginsCommand(text[slash + 1])) return {i, slash + 2};
     }
-    return 0;
+    return {0, 0};
 }
 
 // Quoted switches the interpreter would take for a command.
-Command interpreterCommand(const std::wstring& interpreter, const Arguments& arguments, std::size_t commandBegin) {
-    std::wstring parts[2];
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        std::wstring& part = parts[i < commandBegin ? 0 : 1];
-        if (i != commandBegin) part += L' ';
-        part += platform::toWide(arguments[i]);
+Command interpreterCommand(const std::wstring& interpreter, const Arguments& arguments, CommandPlace place) {
+    std::wstring switches;
+    for (std::size_t i = 0; i < place.argument; ++i) switches += L' ' + platform::toWide(arguments[i]);
+    const std::string_view last = arguments[place.argument];
+    switches += L' ' + platform::toWide(last.substr(0, place.offset));
+
+    std::wstring command = platform::toWide(last.substr(place.offset));
+    for (std::size_t i = place.argument + 1; i < arguments.size(); ++i) {
+        if (!command.empty()) command += L' ';
+        command += platform::toWide(arguments[i]);
     }
-    return interpreted(interpreter, parts[0], parts[1]);
+    return interpreted(interpreter, switches, command);
 }
 
 }  // namespace
+
+bool isPlainText(std::string_view text) { return text.find('\0') == std::string_view::npos && text::isUtf8(text); }
 
 bool isBatchFile(std::wstring_view path) {
     const std::wstring_view name = path.substr(0, path.find_last_not_of(L". ") + 1);
     return endsWith(name, L".bat") || endsWith(name, L".cmd");
 }
 
-Command makeCommand(const std::string& program, const Arguments& arguments) {
+Command makeCommand(const std::string& program, const Arguments& arguments, const Arguments& environment) {
     if (!isPlainText(program) || !std::all_of(arguments.begin(), arguments.end(), isPlainText))
         return refused(ERROR_INVALID_PARAMETER);
     if (program.empty()) return refused(ERROR_FILE_NOT_FOUND);
     if (program.find('"') != std::string::npos) return refused(ERROR_INVALID_NAME);
 
     const std::wstring path = platform::toWide(program);
-    if (isBatchFile(path)) return batchCommand(program, arguments);
-    const std::size_t commandBegin = isInterpreter(path) ? findCommand(arguments) : 0;
-    if (commandBegin != 0) return interpreterCommand(path, arguments, commandBegin);
-    return plainCommand(path, arguments);
+    if (isBatchFile(path)) return batchCommand(path, arguments, environment);
+    const CommandPlace command = isInterpreter(path) ? findCommand(arguments) : CommandPlace{0, 0};
+    return command.offset != 0 ? interpreterCommand(path, arguments, command) : plainCommand(path, arguments);
 }
 
 }  // namespace process
 
 bool xoProcess::SplitCommandLine(const std::string& commandLine, std::vector<std::string>& arguments) {
-    arguments.clear();
     // An empty line would be split into the path of this very program.
     const bool isBlank = commandLine.find_first_not_of(" \t") == std::string::npos;
     int count = 0;
-    wchar_t** const words = isBlank || !process::isPlainText(commandLine)
-                                ? nullptr
-                                : ::CommandLineToArgvW(platform::toWide(commandLine).c_str(), &count);
-    const platform::LocalMemory<void> owner(static_cast<void*>(words));
-    if (!words) {
-        xoLogObject(xoLogCritical) << "Invalid command line : " << commandLine;
-        return false;
-    }
-    std::transform(words, words + count, std::back_inserter(arguments), &platform::toUtf8);
-    return true;
+    const platform::LocalMemory<wchar_t*> words(
+        isBlank || !process::isPlainText(commandLine)
+            ? nullptr
+            : ::CommandLineToArgvW(platform::toWide(commandLine).c_str(), &count));
+    if (!words) xoLogObject(xoLogCritical) << "Invalid command line : " << commandLine;
+
+    std::vector<std::string> split;  // not the output itself, which may hold the line
+    std::transform(words.get(), words.get() + count, std::back_inserter(split), &platform::toUtf8);
+    arguments = std::move(split);
+    return static_cast<bool>(words);
 }
 
 }  // namespace xo

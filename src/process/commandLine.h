@@ -4,6 +4,7 @@
 #define XO_PROCESS_COMMANDLINE_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/windows.h"
@@ -16,12 +17,17 @@ struct Command {
     DWORD error = ERROR_SUCCESS;  // why the two are empty
 };
 
+// Whether the text reaches a child, or the splitter, unchanged: it is UTF-8 and has no NUL inside.
+bool isPlainText(std::string_view text);
+
 // Whether Windows would hand this file to the command interpreter. It ignores dots and blanks at the end of a name, and
 // so does this.
 bool isBatchFile(std::wstring_view path);
 
-// A batch file must come with its absolute path: the interpreter would search for it.
-Command makeCommand(const std::string& program, const std::vector<std::string>& arguments);
+// A batch file must come with its absolute path: the interpreter would search for it. The environment is the child's;
+// empty stands for that of this process.
+Command makeCommand(const std::string& program, const std::vector<std::string>& arguments,
+                    const std::vector<std::string>& environment);
 
 }  // namespace xo::process
 

@@ -33,46 +33,59 @@ STARTUPINFOW startupInformation() {
     return startup;
 }
 
-// Returns the error. The working directory cannot have the "\\?\" prefix, which CreateProcessW refuses there.
-DWORD create(Command& command, std::wstring environment, const std::wstring& directory, DWORD priority, Child& child) {
-    STARTUPINFOW startup = startupInformation();
-    PROCESS_INFORMATION created{};
-    if (!::CreateProcessW(command.application.c_str(), command.line.data(), /*lpProcessAttributes=*/nullptr,
-                          /*lpThreadAttributes=*/nullptr, /*bInheritHandles=*/FALSE,
-                          priority | CREATE_NO_WINDOW | CREATE_UNICODE_ENVIRONMENT,
-                          environment.empty() ? nullptr : environment.data(),
-                          directory.empty() ? nullptr : directory.c_str(), &startup, &created))
-        return ::GetLastError();
-    const platform::KernelHandle mainThread(created.hThread);
-    child.process.reset(created.hProcess);
-    child.processId = created.dwProcessId;
-    child.mainThreadId = created.dwThreadId;
+// All that CreateProcessW gets, as it takes it.
+struct Prepared {
+    Command command;
+    std::wstring environment;  // empty: that of this process
+    std::wstring directory;    // empty: that of this process
+    DWORD priority = 0;
+};
+
+// ERROR_SUCCESS, or why the start is refused.
+DWORD prepare(const Launch& wanted, Prepared& prepared) {
+    if (!isPlainText(wanted.program)) return ERROR_INVALID_PARAMETER;  // before its broken parts are replaced
+    std::string program = findProgram(wanted);
+    if (const DWORD error = prepareBatchFile(program)) return error;
+    prepared.command = makeCommand(program, wanted.arguments, wanted.environment);
+    if (prepared.command.error) return prepared.command.error;
+
+    if (!wanted.environment.empty()) {
+        prepared.environment = makeEnvironmentBlock(wanted.environment);
+        if (prepared.environment.empty()) return ERROR_INVALID_PARAMETER;
+    }
+    // No "\\?\" prefix: CreateProcessW refuses it here.
+    prepared.directory = platform::toWide(wanted.workingDirectory);
+    if (prepared.directory.find(L'\0') != std::wstring::npos) return ERROR_DIRECTORY;
+    prepared.priority = priorityClass(wanted.priority);
     return ERROR_SUCCESS;
 }
 
-DWORD tryLaunch(const Launch& wanted, Child& child) {
-    std::string program = findProgram(wanted);
-    if (const DWORD error = prepareBatchFile(program)) return error;
-    Command command = makeCommand(program, wanted.arguments);
-    if (command.error) return command.error;
-
-    std::wstring environment;
-    if (!wanted.environment.empty()) {
-        environment = makeEnvironmentBlock(wanted.environment);
-        if (environment.empty()) return ERROR_INVALID_PARAMETER;
+Child create(Prepared& prepared) {
+    STARTUPINFOW startup = startupInformation();
+    PROCESS_INFORMATION created{};
+    const BOOL isCreated = ::CreateProcessW(
+        prepared.command.application.c_str(), prepared.command.line.data(), /*lpProcessAttributes=*/nullptr,
+        /*lpThreadAttributes=*/nullptr, /*bInheritHandles=*/FALSE,
+        prepared.priority | CREATE_NO_WINDOW | CREATE_UNICODE_ENVIRONMENT,
+        prepared.environment.empty() ? nullptr : prepared.environment.data(),
+        prepared.directory.empty() ? nullptr : prepared.directory.c_str(), &startup, &created);
+    if (!isCreated) {
+        const DWORD error = ::GetLastError();
+        xoLogObject(xoLogDebug) << "CreateProcessW return an error " << error;
+        return {};
     }
-    const std::wstring directory = platform::toWide(wanted.workingDirectory);
-    if (directory.find(L'\0') != std::wstring::npos) return ERROR_DIRECTORY;
-    return create(command, std::move(environment), directory, priorityClass(wanted.priority), child);
+    const platform::KernelHandle mainThread(created.hThread);
+    return {platform::KernelHandle(created.hProcess), created.dwProcessId, created.dwThreadId};
 }
 
 }  // namespace
 
 Child launch(const Launch& wanted) {
-    Child child;
-    const DWORD error = tryLaunch(wanted, child);
-    if (error) xoLogObject(xoLogDebug) << "CreateProcessW return an error " << error;
-    return child;
+    Prepared prepared;
+    const DWORD error = prepare(wanted, prepared);
+    if (error == ERROR_SUCCESS) return create(prepared);
+    xoLogObject(xoLogDebug) << "Process not started, error " << error << " : " << wanted.program;
+    return {};
 }
 
 }  // namespace xo::process

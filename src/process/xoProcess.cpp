@@ -176,6 +176,7 @@ bool xoProcess::hasFailedToStart() const {
 std::uint32_t xoProcess::getPid() const { return mPrivate->process ? ::GetProcessId(mPrivate->process.get()) : 0; }
 
 std::uint64_t xoProcess::getCurrentRamInUse() const {
+    mPrivate->poll();
     const HANDLE process = mPrivate->process ? mPrivate->process.get() : ::GetCurrentProcess();
     PROCESS_MEMORY_COUNTERS counters{};
     counters.cb = sizeof counters;
