@@ -19,6 +19,7 @@
 #include "xoSystem/xoMutex.h"
 #include "xoSystem/xoPowerStatus.h"
 #include "xoSystem/xoProcess.h"
+#include "xoSystem/xoProgress.h"
 #include "xoSystem/xoResource.h"
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoStamp.h"

@@ -7,6 +7,7 @@
 #include "fault/stackTrace.h"
 #include "frame/laneMasks.h"
 #include "frame/resourceRegistry.h"
+#include "progress/work.h"
 #include "threads/concurrentPoolInstance.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoStringUtils.h"
@@ -100,4 +101,13 @@ void warnIfCreatedEarly(const char* text) {
 bool isFullyInitialized() { return IsXoSystemThreadSafe(); }
 
 }  // namespace concurrency
+
+namespace progress {
+
+void reportForeignScope() {
+    if (xoLog* const log = xoLog::editPtr())
+        xoLogObject(xoLogCritical, nullptr, log) << "xoProgressScope made by a thread that does not own the notifier";
+}
+
+}  // namespace progress
 }  // namespace xo

@@ -1,0 +1,301 @@
+#include "progress/work.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "platform/windows.h"
+
+namespace xo::progress {
+namespace {
+
+constexpr std::uint64_t kNoLimit = (std::numeric_limits<std::uint64_t>::max)();
+
+std::int64_t tickMs() { return static_cast<std::int64_t>(::GetTickCount64()); }
+
+bool isUnit(xoProgressUnit unit) { return unit == ProgressUnitBytes || unit == ProgressUnitItems; }
+
+}  // namespace
+
+void Level::begin(const Description& description, std::uint64_t newSerial, bool calls) {
+    text.assign(description.text);
+    ends.clear();
+    if (description.weights) {
+        double sum = 0;
+        for (std::uint64_t i = 0; i < description.total; ++i)
+            ends.push_back(sum += static_cast<double>(description.weights[i]));
+        if (!(sum > 0)) ends.clear();  // equal steps
+    }
+    tasks.clear();
+    total = description.total;
+    unit = description.unit;
+    isFinished = false;
+    span = 1;
+    spanStep = 0;
+    fill = 0;
+    fillStep = 0;
+    isFillComplete = false;
+    stepBelow = 0;
+    fillBelow = 0;
+    done.store(0, std::memory_order_relaxed);
+    limit = total == 0 ? kNoLimit : total;
+    hasCalls = calls;
+    serial = newSerial;
+}
+
+std::uint64_t Level::count() const {
+    const std::uint64_t counted = done.load(std::memory_order_relaxed);
+    return total == 0 ? counted : (std::min)(counted, total);
+}
+
+std::uint64_t Level::spanAt(std::uint64_t step) const {
+    const std::uint64_t wanted = step == spanStep ? span : 1;
+    return total == 0 ? wanted : (std::min)(wanted, total - step);
+}
+
+double Level::stepsBeyond(std::uint64_t step, double spanFraction) const {
+    double steps = static_cast<double>(spanAt(step)) * spanFraction;
+    for (const TaskShare& task : tasks) steps += static_cast<double>(task.steps) * task.work->fraction();
+    return steps;
+}
+
+double Level::fraction(std::uint64_t step, double spanFraction) const {
+    if (total == 0) return 0;
+    if (ends.empty()) {
+        const double steps = static_cast<double>(step) + stepsBeyond(step, spanFraction);
+        return (std::min)(steps / static_cast<double>(total), 1.0);
+    }
+    const auto endOf = [this](std::uint64_t steps) { return steps == 0 ? 0 : ends[steps - 1]; };
+    const double begin = endOf(step);
+    return (begin + (endOf(step + spanAt(step)) - begin) * spanFraction) / ends.back();
+}
+
+bool Level::isComplete() const {
+    if (isFinished) return true;
+    if (total == 0) return false;
+    const std::uint64_t step = count();
+    const bool isCurrentStepFilled = isFillComplete && fillStep == step;
+    return step + (isCurrentStepFilled ? spanAt(step) : 0) >= total;
+}
+
+Level* Work::open(const Description& description, bool hasCalls, bool& isOutermost, bool& isForeign) {
+    const unsigned long thread = ::GetCurrentThreadId();
+    const std::lock_guard<std::mutex> locker(mMutex);
+    if ((mDepth > 0 || mIsInCall) && mOwner != thread) {
+        isForeign = !std::exchange(mHasReportedForeignScope, true);
+        return nullptr;
+    }
+    if (mIsInCall) return nullptr;
+
+    try {
+        if (mDepth == mLevels.size()) mLevels.push_back(std::make_unique<Level>());
+        mLevels[mDepth]->begin(description, mLastSerial + 1, hasCalls);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+    Level& level = *mLevels[mDepth];
+    ++mLastSerial;
+    if (isUnit(level.unit)) level.beginMs = tickMs();
+    isOutermost = mDepth == 0;
+    if (isOutermost) {
+        mOwner = thread;
+        mBeginMs = tickMs();
+        mHighestFraction = 0;
+        mRemaining.begin(mBeginMs);
+        mUnitsSerial = 0;
+    } else {
+        const Level& below = *mLevels[mDepth - 1];
+        level.stepBelow = below.count();
+        level.fillBelow = below.fillAt(level.stepBelow);
+    }
+    ++mDepth;
+    return &level;
+}
+
+bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    if (!find(serial)) return false;
+    mIsInCall = false;  // a fault has ended the call
+    for (bool isClosed = false; !isClosed;) {
+        const Level& level = *mLevels[mDepth - 1];
+        const bool isComplete = level.isComplete();
+        isClosed = level.serial == serial;
+        if (mDepth == 1) {
+            end(isComplete, isCanceled);
+            hasEnded = true;
+            break;
+        }
+        Level& below = *mLevels[mDepth - 2];
+        const double fraction = isComplete ? 1 : level.fraction(level.count(), spanFractionOf(mDepth - 1));
+        if (below.count() == level.stepBelow) {
+            below.fill = level.fillBelow + (1 - level.fillBelow) * fraction;
+            below.fillStep = level.stepBelow;
+            below.isFillComplete = isComplete;
+        }
+        --mDepth;
+    }
+    return true;
+}
+
+// The last state is what getState() returns until the next work.
+void Work::end(bool isComplete, bool isCanceled) {
+    mLast = snapshot(tickMs());
+    mLast.remainingMs = -1;
+    mLast.isIndeterminate = false;
+    mLast.phase = isComplete   ? xoProgressState::PhaseDone
+                  : isCanceled ? xoProgressState::PhaseCanceled
+                               : xoProgressState::PhaseStopped;
+    if (isComplete) mLast.fraction = 1;
+    mDepth = 0;
+}
+
+void Work::setSpan(std::uint64_t serial, std::uint64_t steps) {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    Level* const level = find(serial);
+    if (!level) return;
+    level->spanStep = level->count();
+    level->span = (std::max)(steps, std::uint64_t{1});
+}
+
+void Work::setText(std::uint64_t serial, std::string_view text) {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    Level* const level = find(serial);
+    try {
+        if (level) level->text.assign(text);
+    } catch (const std::bad_alloc&) {  // the old one stays
+    }
+}
+
+void Work::setTotal(std::uint64_t serial, std::uint64_t total) {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    Level* const level = find(serial);
+    if (!level || !level->ends.empty()) return;
+    level->total = total == 0 ? 0 : (std::max)(total, level->count());
+    level->limit = total == 0 ? kNoLimit : level->total;
+}
+
+void Work::finish(std::uint64_t serial) {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    if (Level* const level = find(serial)) level->isFinished = true;
+}
+
+void Work::reset() {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    mDepth = 0;
+    mIsInCall = false;
+    mLast = xoProgressState();
+}
+
+bool Work::addTask(std::uint64_t serial, const TaskShare& share) {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    Level* const level = find(serial);
+    try {
+        if (level) level->tasks.push_back(share);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    return level != nullptr;
+}
+
+void Work::removeTask(std::uint64_t serial, const TaskShare& share, bool counts) {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    Level* const level = find(serial);
+    if (!level) return;
+    const auto isShare = [&share](const TaskShare& task) { return task.work == share.work; };
+    const auto found = std::find_if(level->tasks.begin(), level->tasks.end(), isShare);
+    if (found == level->tasks.end()) return;
+    level->tasks.erase(found);
+    if (counts) level->done.fetch_add((std::min)(share.steps, level->limit), std::memory_order_relaxed);
+}
+
+xoProgressState Work::state() {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    try {
+        return mDepth == 0 ? mLast : snapshot(tickMs());
+    } catch (const std::bad_alloc&) {
+        return xoProgressState();
+    }
+}
+
+double Work::fraction() const {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    return mDepth == 0 ? mLast.fraction : overallFraction();
+}
+
+bool Work::wasCompleted() const {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    return mDepth == 0 && mLast.phase == xoProgressState::PhaseDone;
+}
+
+bool Work::isOpen() const {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    return mDepth > 0;
+}
+
+bool Work::beginCall() {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    return !std::exchange(mIsInCall, true);
+}
+
+void Work::endCall() {
+    const std::lock_guard<std::mutex> locker(mMutex);
+    mIsInCall = false;
+}
+
+Level* Work::find(std::uint64_t serial) {
+    for (std::size_t i = mDepth; i > 0; --i)
+        if (mLevels[i - 1]->serial == serial) return mLevels[i - 1].get();
+    return nullptr;
+}
+
+// How much of its current span a level's nested scopes have filled, those that have ended and the one that is open.
+double Work::spanFractionOf(std::size_t index) const {
+    double fraction = 0;
+    for (std::size_t i = mDepth; i > index; --i) {
+        const Level& level = *mLevels[i - 1];
+        const std::uint64_t step = level.count();
+        const bool hasOpen = i < mDepth && mLevels[i]->stepBelow == step;
+        const double begin = hasOpen ? mLevels[i]->fillBelow : level.fillAt(step);
+        const double spanFraction = hasOpen ? begin + (1 - begin) * fraction : begin;
+        if (i - 1 == index) return spanFraction;
+        fraction = level.fraction(step, spanFraction);
+    }
+    return fraction;
+}
+
+double Work::overallFraction() const {
+    const Level& outermost = *mLevels[0];
+    return outermost.fraction(outermost.count(), spanFractionOf(0));
+}
+
+xoProgressState Work::snapshot(std::int64_t nowMs) {
+    xoProgressState state;
+    state.phase = xoProgressState::PhaseRunning;
+    mHighestFraction = (std::max)(mHighestFraction, overallFraction());
+    state.fraction = (std::min)(mHighestFraction, std::nextafter(1.0, 0.0));
+    state.isIndeterminate = mLevels[mDepth - 1]->total == 0;
+    state.elapsedMs = nowMs - mBeginMs;
+    state.remainingMs = mRemaining.at(nowMs, state.fraction);
+    state.title = mLevels[0]->text;
+    for (std::size_t i = mDepth; i > 1 && state.text.empty(); --i) state.text = mLevels[i - 1]->text;
+
+    for (std::size_t i = 0; i < mDepth; ++i) {
+        const Level& level = *mLevels[i];
+        if (!isUnit(level.unit)) continue;
+        const std::uint64_t count = level.count();
+        const auto beyond = static_cast<std::uint64_t>(level.stepsBeyond(count, spanFractionOf(i)));
+        state.unit = level.unit;
+        state.total = level.total;
+        state.done = level.total == 0 ? count + beyond : count + (std::min)(beyond, level.total - count);
+        if (mUnitsSerial != level.serial) mUnits.begin(level.beginMs, 0);
+        mUnitsSerial = level.serial;
+        mUnits.add(nowMs, static_cast<double>(state.done));
+        state.unitsPerSecond = mUnits.perSecond();
+        break;
+    }
+    return state;
+}
+
+}  // namespace xo::progress

@@ -1,0 +1,185 @@
+#include "xoSystem/xoProgress.h"
+
+#include "platform/windows.h"
+#include "progress/work.h"
+
+namespace xo {
+
+// How often the owning thread is called, and the work.
+struct xoProgressNotifier::Private {
+    explicit Private(unsigned interval) : intervalMs(interval) {}
+
+    const unsigned intervalMs;
+    std::uint64_t lastCallMs = 0;  // of the owning thread
+    std::atomic<bool> isCanceled{false};
+    progress::Work work;
+};
+
+struct xoProgressProxy::Task::Private {
+    progress::Work* rootWork = nullptr;  // that of the proxy's notifier; null when the proxy counts for nothing
+    std::uint64_t serial = 0;            // of the proxy's level
+    progress::TaskShare share{};
+    bool isFinished = false;
+};
+
+namespace impl {
+
+// What the classes of this file need of each other.
+struct ProgressAccess {
+    static progress::Work& work(xoProgressNotifier& notifier) { return notifier.mPrivate->work; }
+
+    static bool hasCalls(const xoProgressNotifier& notifier) {
+        return notifier.mPrivate->intervalMs != xoProgressNotifier::kNoCalls;
+    }
+
+    // Calls the notifier. What a host's function throws must not end the work.
+    static void call(xoProgressNotifier& notifier) {
+        if (!work(notifier).beginCall()) return;
+        notifier.mPrivate->lastCallMs = ::GetTickCount64();
+        try {
+            notifier.onProgress(notifier.getState());
+        } catch (...) {
+        }
+        work(notifier).endCall();
+    }
+
+    static void callIfDue(xoProgressNotifier& notifier) {
+        const unsigned intervalMs = notifier.mPrivate->intervalMs;
+        if (intervalMs == xoProgressNotifier::kNoCalls) return;
+        if (intervalMs != 0 && ::GetTickCount64() - notifier.mPrivate->lastCallMs < intervalMs) return;
+        call(notifier);
+    }
+
+    static void open(xoProgressScope& scope, const progress::Description& description) {
+        if (!scope.mNotifier) return;
+        xoProgressNotifier& notifier = *scope.mNotifier;
+        bool isForeign = false;
+        bool isOutermost = false;
+        progress::Level* const level = work(notifier).open(description, hasCalls(notifier), isOutermost, isForeign);
+        if (isForeign) progress::reportForeignScope();
+        if (!level) return;
+        scope.mCounter = level;
+        scope.mSerial = level->serial;
+        if (!level->hasCalls) return;
+        if (isOutermost)
+            call(notifier);
+        else
+            callIfDue(notifier);
+    }
+
+    static std::uint64_t serial(const xoProgressProxy& proxy) { return proxy.mScope.mSerial; }
+    static xoProgressNotifier* notifier(const xoProgressProxy& proxy) { return proxy.mScope.mNotifier; }
+    static bool isOpen(const xoProgressProxy& proxy) { return proxy.mScope.mCounter != nullptr; }
+};
+
+}  // namespace impl
+
+using impl::ProgressAccess;
+
+xoProgressNotifier::xoProgressNotifier(unsigned intervalMs) : xoProgressNotifier(intervalMs, nullptr) {}
+
+xoProgressNotifier::xoProgressNotifier(unsigned intervalMs, xoProgressNotifier* root)
+    : mPrivate(std::make_unique<Private>(intervalMs)), mCanceled(root ? root->mCanceled : &mPrivate->isCanceled) {}
+
+xoProgressNotifier::~xoProgressNotifier() = default;
+
+xoProgressState xoProgressNotifier::getState() const { return mPrivate->work.state(); }
+
+void xoProgressNotifier::update() {
+    if (mPrivate->work.isOpen()) ProgressAccess::callIfDue(*this);
+}
+
+void xoProgressNotifier::reset() {
+    mPrivate->work.reset();
+    mPrivate->isCanceled = false;
+}
+
+xoProgressScope::xoProgressScope(xoProgressNotifier* notifier, std::uint64_t total, std::string_view text,
+                                 xoProgressUnit unit)
+    : mNotifier(notifier) {
+    ProgressAccess::open(*this, {total, text, unit});
+}
+
+xoProgressScope::xoProgressScope(xoProgressNotifier* notifier, std::initializer_list<std::uint64_t> weights,
+                                 std::string_view text)
+    : mNotifier(notifier) {
+    ProgressAccess::open(*this, {weights.size(), text, ProgressUnitNone, weights.begin()});
+}
+
+xoProgressScope::xoProgressScope(xoProgressNotifier* notifier, const std::vector<std::uint64_t>& weights,
+                                 std::string_view text)
+    : mNotifier(notifier) {
+    ProgressAccess::open(*this, {weights.size(), text, ProgressUnitNone, weights.data()});
+}
+
+xoProgressScope::~xoProgressScope() {
+    if (!mCounter) return;
+    const bool hasCalls = mCounter->hasCalls;
+    bool hasEnded = false;
+    const bool isClosed = ProgressAccess::work(*mNotifier).close(mSerial, mNotifier->isCanceled(), hasEnded);
+    if (!hasCalls || !isClosed) return;
+    if (hasEnded)
+        ProgressAccess::call(*mNotifier);
+    else
+        ProgressAccess::callIfDue(*mNotifier);
+}
+
+void xoProgressScope::callIfDue() { ProgressAccess::callIfDue(*mNotifier); }
+
+void xoProgressScope::setStepSpan(std::uint64_t steps) {
+    if (mCounter) ProgressAccess::work(*mNotifier).setSpan(mSerial, steps);
+}
+
+void xoProgressScope::setText(std::string_view text) {
+    if (!mCounter) return;
+    ProgressAccess::work(*mNotifier).setText(mSerial, text);
+    if (mCounter->hasCalls) callIfDue();
+}
+
+void xoProgressScope::setTotal(std::uint64_t total) {
+    if (!mCounter) return;
+    ProgressAccess::work(*mNotifier).setTotal(mSerial, total);
+    if (mCounter->hasCalls) callIfDue();
+}
+
+void xoProgressScope::finish() {
+    if (mCounter) ProgressAccess::work(*mNotifier).finish(mSerial);
+}
+
+xoProgressProxy::xoProgressProxy(xoProgressNotifier* notifier, std::uint64_t total, std::string_view text,
+                                 xoProgressUnit unit)
+    : mScope(notifier, total, text, unit) {}
+
+xoProgressProxy::~xoProgressProxy() = default;
+
+bool xoProgressProxy::advance(std::uint64_t steps) {
+    // No step writes more than the total, so that a sum beyond it does not wrap around.
+    if (impl::ProgressCounter* const counter = mScope.mCounter)
+        counter->done.fetch_add(steps < counter->limit ? steps : counter->limit, std::memory_order_relaxed);
+    return !isCanceled();
+}
+
+void xoProgressProxy::setText(std::string_view text) {
+    if (mScope.mCounter) ProgressAccess::work(*mScope.mNotifier).setText(mScope.mSerial, text);
+}
+
+void xoProgressProxy::finish() { mScope.finish(); }
+
+xoProgressProxy::Task::Task(xoProgressProxy& proxy, std::uint64_t steps)
+    : xoProgressNotifier(kNoCalls, ProgressAccess::notifier(proxy)), mTask(std::make_unique<Private>()) {
+    if (!ProgressAccess::isOpen(proxy)) return;
+    mTask->share = {&ProgressAccess::work(*this), steps};
+    mTask->serial = ProgressAccess::serial(proxy);
+    progress::Work& rootWork = ProgressAccess::work(*ProgressAccess::notifier(proxy));
+    if (rootWork.addTask(mTask->serial, mTask->share)) mTask->rootWork = &rootWork;
+}
+
+xoProgressProxy::Task::~Task() {
+    if (!mTask->rootWork) return;
+    const bool counts = mTask->isFinished || ProgressAccess::work(*this).wasCompleted();
+    mTask->rootWork->removeTask(mTask->serial, mTask->share, counts);
+}
+
+void xoProgressProxy::Task::finish() { mTask->isFinished = true; }
+
+}  // namespace xo
