@@ -4,8 +4,6 @@
 #include <cstring>
 #include <new>
 
-#include "platform/wideText.h"
-
 namespace xo::files {
 namespace {
 
@@ -27,15 +25,26 @@ FileBytes::Bytes allocate(std::size_t size) {
     return {static_cast<char*>(pages), &releasePages};
 }
 
+// There is no such file, or no such drive, computer or share that could have it.
 bool isAbsent(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
+    switch (error) {
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+        case ERROR_INVALID_NAME:
+        case ERROR_BAD_PATHNAME:
+        case ERROR_INVALID_DRIVE:
+        case ERROR_NOT_READY:
+        case ERROR_BAD_NETPATH:
+        case ERROR_BAD_NET_NAME: return true;
+        default: return false;
+    }
 }
 
 }  // namespace
 
-FileBytes::State FileBytes::read(const std::string& path) {
+FileBytes::State FileBytes::read(const std::wstring& path) {
     const platform::FileHandle file(::CreateFileW(
-        platform::toApiPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+        path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
         /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
     if (!file) return isAbsent(::GetLastError()) ? Missing : Unreadable;
     return fill(file);

@@ -15,8 +15,9 @@ public:
     enum State { Complete, Missing, Unreadable };
     using Bytes = std::unique_ptr<char, void (*)(char*)>;
 
-    // Reads the file to its end, whoever else writes to it. A file too large for the memory is Unreadable.
-    State read(const std::string& path);
+    // Reads the file to its end, whoever else writes to it. The path is one for a W call (toApiPath, toExtendedPath).
+    // Missing where no file can be reached by it; a file too large for the memory is Unreadable.
+    State read(const std::wstring& path);
     std::string_view view() const { return {mBytes.get(), mSize}; }
 
 private:

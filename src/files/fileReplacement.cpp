@@ -10,31 +10,24 @@
 namespace xo::files {
 namespace {
 
-constexpr ULONGLONG kPatienceMs = 125;
 constexpr DWORD kMostNames = 16;
 
-// A new file would not be what the old one is.
+// A new file would not have these properties of the old one.
 constexpr DWORD kOnlyInPlace = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_COMPRESSED;
 
-// Tries again and again while another has the file, as readers, scanners and indexers do for moments.
-template <class Attempt>
-auto patiently(DWORD busyError, Attempt attempt) {
-    const ULONGLONG start = ::GetTickCount64();
-    for (;; ::Sleep(1)) {
-        auto result = attempt();
-        if (result || ::GetLastError() != busyError || ::GetTickCount64() - start > kPatienceMs) return result;
-    }
-}
-
-bool willBeDeleted(const platform::FileHandle& file, bool willBe) {
+DWORD setDeleteOnClose(const platform::FileHandle& file, bool isDeleted) {
     FILE_DISPOSITION_INFO info{};
-    info.DeleteFile = willBe;
-    return ::SetFileInformationByHandle(file.get(), FileDispositionInfo, &info, sizeof info) != 0;
+    info.DeleteFile = isDeleted;
+    return errorOf(::SetFileInformationByHandle(file.get(), FileDispositionInfo, &info, sizeof info));
 }
 
-// A new file of a name that no other thread of this machine takes; what one of them may have left behind stays. Written
-// through, lest a power failure leave a file that has the name already and the bytes not yet. Shared, because for a
-// moment it is open under its last name.
+// A name is taken when a file has it, or when a file that had it is deleted but still open somewhere ("delete
+// pending"), which Windows reports as denied access.
+bool mayBeTaken(DWORD error) { return error == ERROR_FILE_EXISTS || error == ERROR_ACCESS_DENIED; }
+
+// A new file under a name that no other thread of this machine chooses; a file that one of them may have left behind
+// stays. Written through, lest after a power failure the file has its name but not yet its bytes. Shared for reading,
+// because it is still open for a moment when it has got its final name.
 platform::FileHandle createBeside(const std::wstring& path) {
     if (path.empty()) return {};
     for (DWORD i = 0; i < kMostNames; ++i) {
@@ -42,26 +35,40 @@ platform::FileHandle createBeside(const std::wstring& path) {
         platform::FileHandle file(::CreateFileW(name.c_str(), GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
                                                 FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr,
                                                 CREATE_NEW, FILE_FLAG_WRITE_THROUGH, /*hTemplateFile=*/nullptr));
-        if (!file && ::GetLastError() == ERROR_FILE_EXISTS) continue;
-        if (!file || willBeDeleted(file, true)) return file;
+        if (!file) {
+            if (mayBeTaken(::GetLastError())) continue;
+            return {};
+        }
+        if (setDeleteOnClose(file, true) == ERROR_SUCCESS) return file;
         file.reset();
         ::DeleteFileW(name.c_str());
-        break;
+        return {};
     }
     return {};
 }
 
-platform::FileHandle openExisting(const std::wstring& path) {
-    return platform::FileHandle(::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
-                                              FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr,
-                                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+// Without shared writing: a program that is writing the file would go on in the old one.
+DWORD openExisting(const std::wstring& path, platform::FileHandle& file) {
+    file.reset(::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                             /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                             /*hTemplateFile=*/nullptr));
+    return errorOf(file.get() != INVALID_HANDLE_VALUE);
 }
 
-// The path of what a link leads to. Empty for a link where Windows cannot tell.
-std::wstring withoutLinks(const std::wstring& path, const platform::FileHandle& file) {
-    const std::wstring real = platform::readWide([&](wchar_t* buffer, DWORD size) {
-        return ::GetFinalPathNameByHandleW(file.get(), buffer, size, FILE_NAME_OPENED | VOLUME_NAME_DOS);
+std::wstring finalPath(const platform::FileHandle& file, DWORD nameKind) {
+    return platform::readWide([&](wchar_t* buffer, DWORD size) {
+        return ::GetFinalPathNameByHandleW(file.get(), buffer, size, nameKind | VOLUME_NAME_DOS);
     });
+}
+
+// The path of the file itself, behind links. Empty for a link whose target Windows cannot name.
+//
+// The normalized name has the long names of all folders and of the file: a file that is renamed to its short name
+// ("SETTIN~1.INI") loses its long one. It cannot always be had on a network drive, the opened one can. See
+// https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-getfinalpathnamebyhandlew
+std::wstring withoutLinks(const std::wstring& path, const platform::FileHandle& file) {
+    std::wstring real = finalPath(file, FILE_NAME_NORMALIZED);
+    if (real.empty()) real = finalPath(file, FILE_NAME_OPENED);
     const bool isKnown = !real.empty() || (::GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     return isKnown ? real : path;
 }
@@ -74,24 +81,26 @@ bool isFree(const std::wstring& path) {
 class AccessList {
 public:
     bool read(const platform::FileHandle& file) {
-        return ::GetKernelObjectSecurity(file.get(), DACL_SECURITY_INFORMATION, mDescriptor, sizeof mDescriptor,
-                                         &mSize) != 0;
+        return ::GetKernelObjectSecurity(file.get(), DACL_SECURITY_INFORMATION, mDescriptor.bytes,
+                                         sizeof mDescriptor.bytes, &mSize) != 0;
     }
 
     bool operator==(const AccessList& other) const {
-        return mSize == other.mSize && std::memcmp(mDescriptor, other.mDescriptor, mSize) == 0;
+        return mSize == other.mSize && std::memcmp(mDescriptor.bytes, other.mDescriptor.bytes, mSize) == 0;
     }
 
-    // Entries that the file has inherited go on counting as such.
+    // Entries that the old file has inherited from its folder remain inherited ones.
     bool write(const platform::FileHandle& file) {
         constexpr SECURITY_DESCRIPTOR_CONTROL kInherits = SE_DACL_AUTO_INHERIT_REQ;
-        auto* const head = reinterpret_cast<SECURITY_DESCRIPTOR*>(mDescriptor);
-        if ((head->Control & SE_DACL_AUTO_INHERITED) != 0) head->Control |= kInherits;
-        return ::SetKernelObjectSecurity(file.get(), DACL_SECURITY_INFORMATION, mDescriptor) != 0;
+        if ((mDescriptor.head.Control & SE_DACL_AUTO_INHERITED) != 0) mDescriptor.head.Control |= kInherits;
+        return ::SetKernelObjectSecurity(file.get(), DACL_SECURITY_INFORMATION, mDescriptor.bytes) != 0;
     }
 
 private:
-    alignas(SECURITY_DESCRIPTOR) BYTE mDescriptor[8192];
+    union {
+        SECURITY_DESCRIPTOR head;
+        BYTE bytes[8192];
+    } mDescriptor;
     DWORD mSize = 0;
 };
 
@@ -101,19 +110,19 @@ bool copyAccess(const platform::FileHandle& from, const platform::FileHandle& to
     return wanted == inherited || wanted.write(to);
 }
 
-// Makes the new file what the old one is.
-bool copyNature(const platform::FileHandle& from, const platform::FileHandle& to) {
+// Gives the new file the old one's attributes, time of creation and access list. False where it cannot be like it.
+bool copyProperties(const platform::FileHandle& from, const platform::FileHandle& to) {
     BY_HANDLE_FILE_INFORMATION old;
     if (!::GetFileInformationByHandle(from.get(), &old)) return false;
     if (old.nNumberOfLinks > 1 || (old.dwFileAttributes & kOnlyInPlace) != 0) return false;
-    FILE_BASIC_INFO info{};  // what is 0 stays
+    FILE_BASIC_INFO info{};  // a member that is 0 changes nothing
     info.CreationTime.LowPart = old.ftCreationTime.dwLowDateTime;
     info.CreationTime.HighPart = static_cast<LONG>(old.ftCreationTime.dwHighDateTime);
     info.FileAttributes = old.dwFileAttributes | FILE_ATTRIBUTE_ARCHIVE;
     return ::SetFileInformationByHandle(to.get(), FileBasicInfo, &info, sizeof info) && copyAccess(from, to);
 }
 
-// FILE_RENAME_INFO, as both its kinds are laid out.
+// FILE_RENAME_INFO, as both kinds of the call lay it out.
 struct RenameInfo {
     DWORD flags;
     HANDLE root;
@@ -121,57 +130,104 @@ struct RenameInfo {
     wchar_t name[1];
 };
 
-// Gives the file the name, and whatever has the name none. With the newer kind of call readers that share the deletion
-// are no obstacle; older systems and other file systems have only the older one.
-bool moveOver(const platform::FileHandle& file, const std::wstring& path) {
+// Renames the file, and deletes the file that has the name. The newer kind of the call (FileRenameInfoEx with POSIX
+// semantics, Windows 10 1607) succeeds while others have that file open with shared deletion; older systems and other
+// file systems have only the older kind.
+DWORD moveOver(const platform::FileHandle& file, const std::wstring& path) {
     constexpr auto kRenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
-    constexpr DWORD kReplace = 1, kWithItsReaders = 2;
+    constexpr DWORD kReplace = 1, kPosixSemantics = 2;
     const std::size_t nameBytes = path.size() * sizeof(wchar_t);
-    std::vector<std::byte> room(sizeof(RenameInfo) + nameBytes);
-    auto* const info = reinterpret_cast<RenameInfo*>(room.data());
-    const auto size = static_cast<DWORD>(room.size());
+    std::vector<std::byte> buffer(sizeof(RenameInfo) + nameBytes);
+    auto* const info = reinterpret_cast<RenameInfo*>(buffer.data());
+    const auto size = static_cast<DWORD>(buffer.size());
     info->nameBytes = static_cast<DWORD>(nameBytes);
     std::memcpy(info->name, path.data(), nameBytes);
-    info->flags = kReplace | kWithItsReaders;
-    if (::SetFileInformationByHandle(file.get(), kRenameInfoEx, info, size)) return true;
+    info->flags = kReplace | kPosixSemantics;
+    if (::SetFileInformationByHandle(file.get(), kRenameInfoEx, info, size)) return ERROR_SUCCESS;
     info->flags = kReplace;
-    return ::SetFileInformationByHandle(file.get(), FileRenameInfo, info, size) != 0;
+    return errorOf(::SetFileInformationByHandle(file.get(), FileRenameInfo, info, size));
+}
+
+DWORD setSize(const platform::FileHandle& file, LARGE_INTEGER size) {
+    FILE_END_OF_FILE_INFO info{size};
+    return errorOf(::SetFileInformationByHandle(file.get(), FileEndOfFileInfo, &info, sizeof info));
+}
+
+// Writes over the file's bytes. It is made longer first, where that takes disk space, so that a full disk leaves the
+// old bytes alone; and shorter last.
+DWORD overwrite(const platform::FileHandle& file, std::string_view bytes) {
+    LARGE_INTEGER oldSize{}, newSize{};
+    newSize.QuadPart = static_cast<LONGLONG>(bytes.size());
+    const bool isSized = ::GetFileSizeEx(file.get(), &oldSize) != 0;  // devices such as NUL have no size
+    if (!isSized) return writeAll(file, bytes);
+    DWORD error = ERROR_SUCCESS;
+    if (oldSize.QuadPart < newSize.QuadPart) error = setSize(file, newSize);
+    if (error == ERROR_SUCCESS) error = writeAll(file, bytes);
+    if (error != ERROR_SUCCESS) {
+        setSize(file, oldSize);
+        return error;
+    }
+    return oldSize.QuadPart > newSize.QuadPart ? setSize(file, newSize) : ERROR_SUCCESS;
 }
 
 }  // namespace
 
-bool FileReplacement::begin(const std::string& path) {
-    mPath = path;
-    mNew = prepare();
-    if (!mNew) mInPlace = openForWriting(mPath);
-    return mNew || mInPlace;
+// Repeats the attempt while others have the file, as readers, virus scanners and indexers do for moments.
+template <class Attempt>
+DWORD FileReplacement::whileBusy(DWORD busyError, Attempt attempt) {
+    const ULONGLONG end = ::GetTickCount64() + mPatienceMs;
+    for (;; ::Sleep(1)) {
+        const DWORD error = attempt();
+        const ULONGLONG now = ::GetTickCount64();
+        if (error == busyError && now < end) continue;
+        mPatienceMs = now < end ? end - now : 0;
+        return error;
+    }
 }
 
-// The new file, or none.
-platform::FileHandle FileReplacement::prepare() {
-    mFullPath = platform::toExtendedPath(platform::toWide(mPath));  // the working folder may change meanwhile
-    const auto old = patiently(ERROR_SHARING_VIOLATION, [&] { return openExisting(mFullPath); });
-    if (!old) return isFree(mFullPath) ? createBeside(mFullPath) : platform::FileHandle();
-    mFullPath = withoutLinks(mFullPath, old);
-    platform::FileHandle file = createBeside(mFullPath);
-    if (file && !copyNature(old, file)) file.reset();
+DWORD FileReplacement::begin() {
+    mNew = createReplacement();
+    return mNew ? ERROR_SUCCESS : openInPlace();
+}
+
+// No handle where the file is to be overwritten in place.
+platform::FileHandle FileReplacement::createReplacement() {
+    platform::FileHandle old;
+    if (whileBusy(ERROR_SHARING_VIOLATION, [&] { return openExisting(mPath, old); }) != ERROR_SUCCESS) {
+        mTarget = mPath;
+        return isFree(mPath) ? createBeside(mPath) : platform::FileHandle();
+    }
+    mTarget = withoutLinks(mPath, old);
+    platform::FileHandle file = createBeside(mTarget);
+    if (file && !copyProperties(old, file)) file.reset();
     return file;
 }
 
-bool FileReplacement::commit(std::string_view bytes) {
-    if (mNew) {
-        if (!writeAll(mNew, bytes)) return false;
-        if (takePlace()) return true;
-        mInPlace = openForWriting(mPath);
-    }
-    return mInPlace && writeAll(mInPlace, bytes);
+// Not CREATE_ALWAYS, which refuses hidden and system files, and destroys the old bytes before there are new ones.
+// Shares all, so that only a program that itself shares no writing is in the way.
+DWORD FileReplacement::openInPlace() {
+    mInPlace.reset(::CreateFileW(mPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                 /*lpSecurityAttributes=*/nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                                 /*hTemplateFile=*/nullptr));
+    return errorOf(mInPlace.get() != INVALID_HANDLE_VALUE);
 }
 
-bool FileReplacement::takePlace() const {
-    if (!willBeDeleted(mNew, false)) return false;
-    if (patiently(ERROR_ACCESS_DENIED, [&] { return moveOver(mNew, mFullPath); })) return true;
-    willBeDeleted(mNew, true);
-    return false;
+DWORD FileReplacement::commit(std::string_view bytes) {
+    if (mNew) {
+        if (const DWORD error = writeAll(mNew, bytes)) return error;
+        const bool isDone = takePlace() == ERROR_SUCCESS;
+        mNew.reset();  // at once: it keeps out readers that do not share writing, or disk space that is needed below
+        if (isDone) return ERROR_SUCCESS;
+        if (const DWORD error = openInPlace()) return error;
+    }
+    return overwrite(mInPlace, bytes);
+}
+
+DWORD FileReplacement::takePlace() {
+    if (const DWORD error = setDeleteOnClose(mNew, false)) return error;
+    const DWORD error = whileBusy(ERROR_ACCESS_DENIED, [&] { return moveOver(mNew, mTarget); });
+    if (error != ERROR_SUCCESS) setDeleteOnClose(mNew, true);
+    return error;
 }
 
 }  // namespace xo::files

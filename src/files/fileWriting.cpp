@@ -12,16 +12,23 @@ platform::FileHandle openForWriting(const std::string& path) {
                                               CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
 }
 
-bool writeAll(const platform::FileHandle& file, std::string_view bytes) {
+DWORD errorOf(BOOL isDone) {
+    if (isDone) return ERROR_SUCCESS;
+    const DWORD error = ::GetLastError();
+    return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
+}
+
+DWORD writeAll(const platform::FileHandle& file, std::string_view bytes) {
     constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes a 32-bit size
     while (!bytes.empty()) {
         const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMaxTransfer));
         DWORD written = 0;
-        if (!::WriteFile(file.get(), bytes.data(), size, &written, /*lpOverlapped=*/nullptr) || written == 0)
-            return false;
+        const DWORD error = errorOf(::WriteFile(file.get(), bytes.data(), size, &written, /*lpOverlapped=*/nullptr));
+        if (error != ERROR_SUCCESS) return error;
+        if (written == 0) return ERROR_WRITE_FAULT;
         bytes.remove_prefix(written);
     }
-    return true;
+    return ERROR_SUCCESS;
 }
 
 }  // namespace xo::files

@@ -3,6 +3,7 @@
 
 #include "files/fileBytes.h"
 #include "ini/iniFormat.h"
+#include "platform/wideText.h"
 #include "text/ascii.h"
 #include "text/blocks.h"
 #include "text/numberText.h"
@@ -162,7 +163,7 @@ void readIni(std::string_view text, Map& map) { IniReader(map).read(text); }
 
 bool LoadIniFile(const std::string& path, xoVariant::xoVariantMapImpl& map) {
     files::FileBytes file;
-    if (file.read(path) != files::FileBytes::Complete) return false;
+    if (file.read(platform::toApiPath(path)) != files::FileBytes::Complete) return false;
     ini::readIni(file.view(), map);
     return true;
 }

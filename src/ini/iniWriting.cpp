@@ -4,10 +4,12 @@
 #include "files/fileBytes.h"
 #include "files/fileReplacement.h"
 #include "ini/iniFormat.h"
+#include "platform/wideText.h"
 #include "variant/pathKeys.h"
 #include "variant/textForm.h"
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoLog.h"
+#include "xoSystem/xoSystemError.h"
 
 namespace xo {
 namespace ini {
@@ -105,34 +107,63 @@ void overlay(Map& result, const Map& map) {
     }
 }
 
-bool save(const std::string& path, const Map& map) {
-    files::FileReplacement file;
-    if (!file.begin(path)) return false;
-    std::string bytes;
-    const bool isComplete = appendSections(bytes, map);
-    return file.commit(bytes) && isComplete;
+bool hasTopSection(const Map& map) {
+    const auto found = map.find(kTopSection);
+    return found != map.end() && found->second.getType() == xoVariant::MAP;
 }
 
-bool saveOver(const std::string& path, const files::FileBytes& file, const Map& map) {
-    Map loaded;
-    readIni(file.view(), loaded);
-    Map result;
-    overlay(result, loaded);
-    overlay(result, map);
-    return save(path, result);
-}
+// The path is resolved once, so that all steps reach one file even when another thread changes the working folder.
+class Saving {
+public:
+    explicit Saving(const std::string& path)
+        : mPath(path), mFullPath(platform::toExtendedPath(platform::toWide(path))) {}
+
+    bool save(const Map& map) {
+        files::FileReplacement file(mFullPath);
+        if (const DWORD error = file.begin()) return failed(error);
+        std::string bytes;
+        const bool isComplete = appendSections(bytes, map);
+        if (const DWORD error = file.commit(bytes)) return failed(error);
+        return isComplete;
+    }
+
+    bool merge(const Map& map) {
+        files::FileBytes file;
+        switch (file.read(mFullPath)) {
+            case files::FileBytes::Complete: return saveOver(file.view(), map);
+            case files::FileBytes::Missing: return hasTopSection(map) ? saveOver({}, map) : save(map);
+            default: break;
+        }
+        xoLogObject(xoLogCritical, nullptr, xoLog::editPtr(), nullptr) << "Fail to load " << std::string_view(mPath);
+        return false;
+    }
+
+private:
+    bool saveOver(std::string_view text, const Map& map) {
+        Map loaded;
+        readIni(text, loaded);
+        Map result;
+        overlay(result, loaded);
+        overlay(result, map);
+        return save(result);
+    }
+
+    bool failed(DWORD error) const {
+        xoLogObject(xoLogCritical, nullptr, xoLog::editPtr(), nullptr)
+            << "Fail to save " << std::string_view(mPath) << ": " << std::string_view(SystemError(error).toString());
+        return false;
+    }
+
+    const std::string& mPath;
+    std::wstring mFullPath;
+};
 
 }  // namespace
 }  // namespace ini
 
 bool SaveIniFile(const std::string& path, const xoVariant::xoVariantMapImpl& map, bool merge) {
-    if (!merge) return ini::save(path, map);
-    files::FileBytes file;
-    const auto state = file.read(path);
-    if (state == files::FileBytes::Missing) return ini::save(path, map);
-    if (state == files::FileBytes::Complete) return ini::saveOver(path, file, map);
-    xoLogObject(xoLogCritical, nullptr, xoLog::editPtr(), nullptr) << "Fail to load " << std::string_view(path);
-    return false;
+    ini::Saving saving(path);
+    return merge ? saving.merge(map) : saving.save(map);
 }
 
 }  // namespace xo

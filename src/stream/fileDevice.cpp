@@ -45,7 +45,7 @@ std::uint64_t FileDevice::writeBytes(const char* buffer, std::uint64_t size) {
 }
 
 bool FileDevice::writeThrough(const char* buffer, std::size_t size) {
-    mFailed = !files::writeAll(mFile, {buffer, size});
+    mFailed = files::writeAll(mFile, {buffer, size}) != ERROR_SUCCESS;
     return !mFailed;
 }
 

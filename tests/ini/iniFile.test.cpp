@@ -5,6 +5,7 @@
 #include "support/importHook.h"
 #include "support/temporaryFolder.h"
 #include "variant/trees.h"
+#include "xoSystem/xoSystemError.h"
 
 namespace {
 
@@ -113,9 +114,17 @@ TEST_F(IniFile, LogsBadLinesAndGoesOn) {
 
 TEST_F(IniFile, FailsOnlyWithoutItsFile) {
     Map values = map("a", 1);
-    for (const std::string& bad : {mFolder.path("no folder/a.ini"), mFolder.path(), ""s, path() + "\0x"s}) {
+    const auto line = [](const std::string& file, unsigned long error) {
+        return "3()Fail to save " + file + ": " + xo::SystemError(error).toString();
+    };
+    const std::pair<std::string, unsigned long> rows[] = {{mFolder.path("no folder/a.ini"), ERROR_PATH_NOT_FOUND},
+                                                          {mFolder.path(), ERROR_ACCESS_DENIED},
+                                                          {"", ERROR_PATH_NOT_FOUND},
+                                                          {path() + "\0x"s, ERROR_PATH_NOT_FOUND}};
+    for (const auto& [bad, error] : rows) {
         EXPECT_FALSE(LoadIniFile(bad, values)) << bad;
         EXPECT_FALSE(SaveIniFile(bad, values)) << bad;
+        EXPECT_EQ(takeLines(), Strings{line(bad, error)});
     }
     EXPECT_FALSE(LoadIniFile(path(), values)) << "no such file";
     EXPECT_EQ(values, map("a", 1));
@@ -128,7 +137,7 @@ TEST_F(IniFile, FailsOnlyWithoutItsFile) {
         EXPECT_FALSE(SaveIniFile(path(), values));
         EXPECT_EQ(mFolder.read("a.ini"), "b=2\n");
     }
-    EXPECT_TRUE(takeLines().empty());
+    EXPECT_EQ(takeLines(), Strings{line(path(), ERROR_SHARING_VIOLATION)});
     const auto loner = hold(GENERIC_READ, 0);
     EXPECT_FALSE(SaveIniFile(path(), {}, true));
     EXPECT_EQ(takeLines(), Strings{"3()Fail to load " + path()});
@@ -188,8 +197,10 @@ TEST_F(IniFile, MergingKeepsWhatOnlyTheFileHas) {
         mFolder.write("a.ini", row.file);
         EXPECT_EQ(save(row.values, true), row.bytes);
     }
-    EXPECT_TRUE(SaveIniFile(mFolder.path("new.ini"), map("a", 1), true));
-    EXPECT_EQ(mFolder.read("new.ini"), "[General]\na=1\n");
+    EXPECT_TRUE(SaveIniFile(mFolder.path("new.ini"), map("a", 1, "e", map()), true));
+    EXPECT_EQ(mFolder.read("new.ini"), "[General]\na=1\n\n[e]\n");
+    EXPECT_TRUE(SaveIniFile(mFolder.path("top.ini"), map("General", map("a", 2, "b", 3), "a", 1), true));
+    EXPECT_EQ(mFolder.read("top.ini"), "[General]\na=1\nb=3\n");
     EXPECT_TRUE(takeLines().empty());
 }
 
@@ -219,10 +230,21 @@ TEST_F(IniFile, SavingKeepsNobodyFromReading) {
     EXPECT_EQ(readInTheMoment, map("new", 2));
 }
 
+// A rename that Windows refuses, without a wait for others.
+BOOL WINAPI refuseToRename(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* info, DWORD size) {
+    constexpr int kRenameInfoEx = 22;
+    if (kind != FileRenameInfo && kind != kRenameInfoEx)
+        return ImportHook::behind(&refuseToRename)(file, kind, info, size);
+    ::SetCurrentDirectoryW(L"C:\\");  // as another thread may do at any time
+    ::SetLastError(ERROR_NOT_SUPPORTED);
+    return FALSE;
+}
+
 TEST_F(IniFile, SavingWritesInPlaceWhereItMust) {
-    mFolder.write("a.ini", "old=1\n");
-    {
-        const auto reader = hold(GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    mFolder.write("a.ini", "old=1 and more than the new text\n");
+    for (const DWORD access :
+         {DWORD{GENERIC_READ}, DWORD{GENERIC_WRITE}}) {  // no deletion; a writer, who shares all but on Wine
+        const auto other = hold(access, FILE_SHARE_READ | FILE_SHARE_WRITE);
         EXPECT_FALSE(replaces());
     }
     {
@@ -235,20 +257,49 @@ TEST_F(IniFile, SavingWritesInPlaceWhereItMust) {
     EXPECT_TRUE(isAlone());
     const auto other = mFolder.widePath() / "other.ini";
     ASSERT_TRUE(::CreateHardLinkW(other.c_str(), (mFolder.widePath() / "a.ini").c_str(), nullptr));
+    ASSERT_TRUE(::SetFileAttributesW(other.c_str(), FILE_ATTRIBUTE_HIDDEN));
     EXPECT_FALSE(replaces());
     EXPECT_EQ(mFolder.read("other.ini"), mFolder.read("a.ini"));
 }
 
-TEST_F(IniFile, SavingKeepsTheOldFileUntilItHasANewOne) {
+TEST_F(IniFile, SavingMeansTheFileThatWasNamedAtItsBegin) {
     mFolder.write("a.ini", "old=1\n");
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(mFolder.widePath());
     {
-        const ImportHook full(
-            "xoSystem.dll", "WriteFile", +[](HANDLE, const void*, DWORD, DWORD*, OVERLAPPED*) { return FALSE; });
-        ASSERT_TRUE(full.isInstalled());
-        EXPECT_FALSE(SaveIniFile(path(), map("new", 2)));
+        const ImportHook hook("xoSystem.dll", "SetFileInformationByHandle", &refuseToRename);
+        ASSERT_TRUE(hook.isInstalled());
+        EXPECT_TRUE(SaveIniFile("a.ini", map("new", 2)));
     }
-    EXPECT_EQ(mFolder.read("a.ini"), "old=1\n");
+    std::filesystem::current_path(before);
+    EXPECT_EQ(mFolder.read("a.ini"), "[General]\nnew=2\n");
     EXPECT_TRUE(isAlone());
+}
+
+// A disk with space for one new file, and only while there is no other.
+std::filesystem::path fullFolder;
+int writesLeft = 0;
+BOOL WINAPI writeToFullDisk(HANDLE file, const void* bytes, DWORD size, DWORD* written, OVERLAPPED* overlapped) {
+    EXPECT_TRUE(writesLeft > 0 || std::filesystem::directory_iterator(fullFolder)->path().filename() == "a.ini");
+    if (writesLeft-- > 0) return ImportHook::behind(&writeToFullDisk)(file, bytes, size, written, overlapped);
+    ::SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST_F(IniFile, SavingKeepsTheOldFileUntilItHasANewOne) {
+    fullFolder = mFolder.widePath();
+    mFolder.write("a.ini", "old=1\n");
+    const ImportHook full("xoSystem.dll", "WriteFile", &writeToFullDisk);
+    const ImportHook rename("xoSystem.dll", "SetFileInformationByHandle", &refuseToRename);
+    ASSERT_TRUE(full.isInstalled() && rename.isInstalled());
+    for (const int writes : {0, 1}) {  // the new file itself; the old one in place
+        writesLeft = writes;
+        EXPECT_FALSE(SaveIniFile(path(), map("new", 2)));
+        EXPECT_EQ(mFolder.read("a.ini"), "old=1\n");
+        EXPECT_TRUE(isAlone());
+        EXPECT_EQ(takeLines(),
+                  Strings{"3()Fail to save " + path() + ": " + xo::SystemError(DWORD{ERROR_DISK_FULL}).toString()});
+    }
 }
 
 // Each of these would take minutes if a line, a key or a section cost more than itself.

@@ -13,6 +13,7 @@
 #include "platform/windows.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
+#include "xoSystem/xoSystemError.h"
 
 // ---- Files.
 
@@ -61,11 +62,16 @@ namespace xo {
 
 std::wstring platform::toApiPath(std::string_view path) { return {path.begin(), path.end()}; }
 
-bool files::FileReplacement::begin(const std::string& path) {
-    mInPlace = openForWriting(path);
-    return static_cast<bool>(mInPlace);
+std::wstring platform::toWide(std::string_view text) { return {text.begin(), text.end()}; }
+std::wstring platform::toExtendedPath(const std::wstring& path) { return path; }
+
+DWORD files::FileReplacement::begin() {
+    mInPlace = openForWriting(std::string(mPath.begin(), mPath.end()));
+    return mInPlace ? ERROR_SUCCESS : gLastError;
 }
-bool files::FileReplacement::commit(std::string_view bytes) { return writeAll(std::exchange(mInPlace, {}), bytes); }
+DWORD files::FileReplacement::commit(std::string_view bytes) { return writeAll(std::exchange(mInPlace, {}), bytes); }
+
+std::string SystemError::toString() const { return std::to_string(mCode); }
 
 // ---- The log: only its handler.
 
