@@ -63,8 +63,8 @@ public:
     // A conversion takes the text up to its first NUL. When it fails it prints one line to std::cout and gives an empty
     // text; a text for the native code page or UTF-8 that needs more than two bytes a wide character fails. Broken
     // input becomes the replacement character of the system. An empty text converts silently, except with CharSetAscii,
-    // where it fails like any other; before initialisation that set is the C runtime's current locale. A number that is
-    // no character set fails too.
+    // where it fails like any other, and so does a narrow text that begins with a NUL. Before initialisation
+    // CharSetAscii is the C runtime's current locale. A number that is no character set fails too.
     static std::wstring convertToUnicode(const std::string& text, xoCharSet from);
     static std::string convertTo8Bits(const std::wstring& text, xoCharSet to);
     // convertTo8Bits(convertToUnicode(text, from), to).
@@ -85,8 +85,10 @@ public:
     static bool IsUtf8String(const std::string& text);
     // The number of code points; 0 for a text that is not UTF-8.
     static std::size_t CountUtf8Char(const std::string& text);
-    // UTF-8 comes back unchanged; else the text is taken for native and converted as convertCharset does, with its
-    // limits; if that gives no UTF-8 either, every byte from 0x80 up becomes the replacement.
+    // UTF-8 comes back unchanged. Any other text is taken for native and converted as convertCharset does: it ends at
+    // the first NUL, bytes that the code page lacks become its default character, and a text that needs more than two
+    // bytes a character comes back empty. Only where that gives no UTF-8 is every byte from 0x80 up replaced; the
+    // replacement is put in as it is, so that one from 0x80 up gives no UTF-8 either.
     static std::string UnknownEncodingToUtf8(const std::string& text, char replacement = '?');
 
     // ---- Editing in place; each returns its argument.
@@ -142,7 +144,8 @@ public:
 
     // ---- Numbers as text, in the classic locale; all of them work before initialisation as well.
 
-    // Decimal, padded on the left with "0" to width characters. The padding precedes the sign: fromInt(-7, 3) is "0-7".
+    // Decimal, padded on the left with "0" to width characters; a width of 1 or less pads nothing. The padding precedes
+    // the sign: fromInt(-7, 3) is "0-7".
     static std::string fromInt(int value, int width = 1);
     static std::string fromUInt(unsigned value, int width = 1);
     static std::string fromInt64(std::int64_t value, int width = 1);
@@ -168,12 +171,16 @@ public:
 
     // ---- Hexadecimal and UUIDs.
 
-    // Two lower-case digits a byte; replaces what out holds.
+    // Sizes count the characters at data or text, which may lie in out; only with the size 0 may they be null. The
+    // result replaces what out holds.
+
+    // Two lower-case digits a byte.
     static void ToHex(const char* data, std::uint64_t size, std::string& out);
     // Takes digits of either case. False, and an empty out, for an odd size or any other character.
     static bool FromHex(const char* text, std::uint64_t size, std::string& out);
 
-    // The 16 bytes in their order, as 8-4-4-4-12 lower-case digits, or as 32 digits without dashes.
+    // The 16 bytes in their order, as 8-4-4-4-12 lower-case digits, or as 32 digits without dashes. Neither here nor in
+    // UUIDToBinary may uuid be null.
     static void UUIDToHex(const unsigned char* uuid, std::string& out, bool withDashes = true);
     // Takes both forms, in either case and with or without braces around. False leaves the 16 bytes at uuid alone.
     static bool UUIDToBinary(const std::string& text, unsigned char* uuid);

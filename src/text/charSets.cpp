@@ -66,10 +66,10 @@ std::string narrowAscii(const std::wstring& text) {
     // The runtime refuses a room of nothing or beyond 2 GB by its invalid-parameter handler, which may end the process.
     if (text.empty() || !fitsInt(2 * text.size())) return failed<std::string>(kAsciiFailed);
     std::string narrowed(2 * text.size(), '\0');
-    std::size_t count = 0;  // with the NUL
+    std::size_t count = 0;  // with the NUL, so 1 for a text that begins with one: that is no failure
     const errno_t error = ::_wcstombs_s_l(&count, narrowed.data(), narrowed.size(), text.c_str(), text.size(),
                                           xoStringUtils::GetCLocale());
-    if (error != 0 || count < 2) return failed<std::string>(kAsciiFailed);
+    if (error != 0 || count == 0) return failed<std::string>(kAsciiFailed);
     narrowed.resize(count - 1);
     return narrowed;
 }

@@ -6,10 +6,12 @@
 namespace xo {
 namespace {
 
-// No more pieces than this come out, and most often just as many.
+// How many pieces come out; one more where the text ends with a separator and empty pieces count.
 std::size_t countPieces(const std::string& text, char sep, bool skipEmpty) {
-    const auto separators = static_cast<std::size_t>(std::count(text.begin(), text.end(), sep));
-    return skipEmpty ? (std::min)(separators, text.size() / 2) + 1 : separators + 1;
+    if (!skipEmpty) return static_cast<std::size_t>(std::count(text.begin(), text.end(), sep)) + 1;
+    std::size_t starts = text[0] != sep ? 1 : 0;
+    for (std::size_t i = 1; i < text.size(); ++i) starts += text[i - 1] == sep && text[i] != sep ? 1 : 0;
+    return starts;
 }
 
 }  // namespace

@@ -60,7 +60,8 @@ TEST(CharSets, NarrowWithinTwoBytesACharacterOrSayWhyNot) {
           Row{L"\xE9t\xE9", kUtf8, "\xC3\xA9t\xC3\xA9", ""}, Row{L"\u4E2D", kAscii, "", kNoAscii},
           Row{L"\u0800\u4E2D", kUtf8, "", kNoUtf8}, Row{L"\u4E2D\u6587ab", kUtf8, u8"\u4E2D\u6587ab", ""},
           Row{L"\u4E2D\u6587\u5B57ab", kUtf8, "", kNoUtf8}, Row{L"\U0001F600", kUtf8, u8"\U0001F600", ""},
-          Row{L"ab\0cd"s, kUtf8, "ab", ""}, Row{L"ab\0cd"s, kAscii, "ab", ""}, Row{L"ab", 3, "", kNoUtf8}}) {
+          Row{L"ab\0cd"s, kUtf8, "ab", ""}, Row{L"ab\0cd"s, kAscii, "ab", ""}, Row{L"\0ab"s, kAscii, "", ""},
+          Row{L"ab", 3, "", kNoUtf8}}) {
         const CapturedOutput output;
         EXPECT_EQ(xoStringUtils::convertTo8Bits(wide, to), text) << testing::PrintToString(wide);
         EXPECT_EQ(output.text(), message) << testing::PrintToString(wide) << " to " << to;

@@ -33,7 +33,9 @@ TEST(Splitting, CutsAsALineReaderDoes) {
         Pieces filled = all, out = {"left over"};
         filled.erase(std::remove(filled.begin(), filled.end(), ""), filled.end());
         ASSERT_EQ(xoStringUtils::Split(text, ','), all);
-        ASSERT_EQ(xoStringUtils::Split(text, ',', true), filled);
+        const Pieces found = xoStringUtils::Split(text, ',', true);
+        ASSERT_EQ(found, filled);
+        ASSERT_EQ(found.capacity(), found.size()) << "as for separators alone";
         ASSERT_EQ(&xoStringUtils::Split(text, ',', out, true), &out);
         ASSERT_EQ(out, filled);
         ASSERT_EQ(xoStringUtils::Split(text, ',', out), all);

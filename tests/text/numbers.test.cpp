@@ -202,6 +202,8 @@ TEST(Hexadecimal, RefusesWhatIsNoDigitAndOddSizes) {
     }
     EXPECT_FALSE(xoStringUtils::FromHex("123", 3, out));
     EXPECT_TRUE(xoStringUtils::FromHex(nullptr, 0, out));
+    xoStringUtils::ToHex(nullptr, 0, out = "left over");
+    EXPECT_EQ(out, "");
 }
 
 TEST(Uuid, HasTwoFormsAndRefusesEverythingElse) {
