@@ -1,18 +1,18 @@
-// The process-wide log and the temporary that writes a line into it.
+// The process-wide log, and the temporary object that writes one line into it.
 //
 //     xoLogObject(xoLogWarning, "net") << "retry " << attempt << " of " << limit;
 //
-// A line goes to up to three places: a handler of the host, the console (standard output) and a log file that can
-// rotate into numbered backups. Handler and file get UTF-8; so does the console. A line is written when its xoLogObject
-// goes; it reads
+// A line goes to up to three sinks: a handler of the host, the console (standard output) and a log file that can rotate
+// into numbered backups, in this order. All get UTF-8. The line is written when its xoLogObject is destroyed. It reads
 //
 //     WARNING(net) : Tue Mar 03 14:05:09 2020 retry 2 of 5
 //
-// with the local time and without the parentheses when there is no qualifier. Whether a line is wanted is decided when
-// its object is made, and one that is not wanted costs little more than that test.
+// with the local time, and without the parentheses when there is no qualifier. Whether a line is wanted is decided when
+// its object is constructed; a line that is not wanted costs little more than that test.
 //
-// Nothing here throws or reports failure by a result. The log is safe for threads once initializeXoSystem(InitTypeFull)
-// or makeThreadSafe has run; before, one thread uses it.
+// Nothing here reports failure by a result. The functions of xoLog throw std::bad_alloc when memory runs out;
+// xoLogObject throws nothing: it loses the text that there was no memory for. The log may be used by several threads
+// after initializeXoSystem(InitTypeFull) or makeThreadSafe, before that by one thread only.
 #ifndef XOSYSTEM_XOLOG_H
 #define XOSYSTEM_XOLOG_H
 
@@ -28,31 +28,31 @@
 
 namespace xo {
 
-// How severe a line is. DEBUG lines are off until they are enabled. Any other number is accepted, always enabled, and
-// printed as UNKNOWN.
+// The severity of a line. DEBUG is disabled at first. Any other number is accepted, always enabled, and printed as
+// UNKNOWN.
 enum xoLogType : int { xoLogDebug = 0, xoLogInfo = 1, xoLogWarning = 2, xoLogCritical = 3 };
 
-// What installFileHandlerExUtf8 does besides naming the file; the values may be combined.
+// Flags of installFileHandlerExUtf8. They may be combined; other bits are ignored.
 enum xoLogFileFlag : int {
-    xoLogFileTruncate = 1,  // delete the existing file
-    xoLogFileRotate = 2,    // only together with xoLogFileTruncate: first move the existing file into the backups
-    xoLogFileEcho = 4       // go on writing lines to the console as well
+    xoLogFileTruncate = 1,  // delete the existing file, or empty it when it cannot be deleted
+    xoLogFileRotate = 2,    // only together with xoLogFileTruncate: move the existing file into the backups instead
+    xoLogFileEcho = 4       // write lines to the console as well
 };
 
 class XOSYSTEM_API xoLog {
 public:
-    // Gets the bare message without the prefix, UTF-8, and the pointer given at installation.
+    // Receives the message without the prefix, UTF-8, and the pointer given at installation.
     using CustomHandler = void (*)(const std::string& message, xoLogType type, const std::string& qualifier,
                                    void* user);
 
-    // Makes the log when there is none. Initialisation does this; a host that logs earlier may do it first.
+    // Creates the log if there is none, otherwise does nothing. Initialisation calls this; a host that logs earlier may
+    // call it first. With threadSafe true, the log is made as makeThreadSafe makes it.
     static void createInstance(bool threadSafe);
 
-    // Destroys the log; afterwards there is none and lines for it go to standard output. No other thread may be
-    // logging.
+    // Destroys the log, if there is one. Lines then go to standard output. No other thread may be logging.
     static void destroyInstance();
 
-    // The log. There must be one: ask editPtr when that is not sure.
+    // The log. Undefined behaviour when there is none: test editPtr first.
     static const xoLog& get() { return *msInstance; }
     static xoLog& edit() { return *msInstance; }
 
@@ -63,8 +63,8 @@ public:
     xoLog(const xoLog&) = delete;
     xoLog& operator=(const xoLog&) = delete;
 
-    // Whether lines of a type are wanted; at first all but DEBUG. Safe at any time. A type beyond the four is always
-    // wanted.
+    // Whether lines of a type are wanted; at first all but DEBUG. Any thread may call these at any time. A type beyond
+    // the four is always wanted, and disabling it does nothing.
     void setLogTypeEnabled(xoLogType type, bool enabled) {
         if (hasFlag(type)) mTypeEnabled[type].store(enabled, std::memory_order_relaxed);
     }
@@ -72,59 +72,71 @@ public:
         return !hasFlag(type) || mTypeEnabled[type].load(std::memory_order_relaxed);
     }
 
-    // Whether lines go to standard output; at first they do. A real console gets wide text, anything else UTF-8 bytes.
+    // Whether lines go to standard output, that is to std::cout; at first they do. A console window gets wide text,
+    // anything else UTF-8 bytes. A buffer that the host gives std::cout may log in turn; what it throws is ignored.
     void setEchoToConsole(bool echo);
 
-    // Switches DEBUG lines by their qualifiers: a list separated by any of blank , ; / \ |. Qualifiers are compared
-    // byte by byte. With enabled false they join a blacklist, with true they leave it. The next test of a qualifier
-    // writes the whole blacklist, in byte order, as one DEBUG line. Null does nothing. Call it before threads log.
+    // Enables or disables DEBUG lines by their qualifiers, a list separated by any of blank , ; / \ |. Qualifiers are
+    // compared byte by byte. Disabled ones are added to a blacklist, enabled ones are removed from it. The next test of
+    // a qualifier writes the whole blacklist, in byte order, as one DEBUG line. Null does nothing. Call it before
+    // several threads log: the blacklist is read without a lock.
     void setDebugSubTypeEnabled(const char* qualifiers, bool enabled);
 
-    // Whether DEBUG lines of this qualifier are wanted, as far as the blacklist goes. Null always is.
+    // Whether the qualifier is not on the blacklist. True for null.
     bool isDebugSubTypeEnabled(const char* qualifier) { return qualifier == nullptr || isQualifierWanted(qualifier); }
 
-    // From now on each line is written under a lock, and a log file under a mutex that all processes share.
+    // Makes the log usable by several threads: each line is written under a lock, and the log file, also one that is
+    // installed already, under a mutex that processes share. Call it while one thread uses the log. A second call does
+    // nothing.
     void makeThreadSafe();
 
-    // Appends to the file from now on, without limit of size.
+    // Installs a file that is appended to, without a limit of size.
     void installFileHandlerUtf8(const std::string& path) { installFileHandlerExUtf8(path, 0, -1, 0); }
 
-    // Writes lines to the file instead of the one before, and to the console only if flags has xoLogFileEcho. A file
-    // that is made here starts with the UTF-8 byte-order mark; an existing one is appended to. The path is made
-    // absolute here, so that a later change of the working folder does not move the log.
+    // Replaces the log file and sets the echo to the console to the flag xoLogFileEcho. A file that is created here
+    // starts with the UTF-8 byte-order mark; an existing one is appended to. The path is made absolute here, so that
+    // the log does not move with the working folder. An empty path removes the file. When the file does not exist and
+    // cannot be created (a folder is missing, the path names a folder or holds a NUL), no file is installed and a
+    // CRITICAL line says so. Bytes of the path that are not UTF-8 become U+FFFD.
     //
-    // When a line finds the file larger than maxSizeBytes (below 1: no limit), the file becomes "<path>_0.back", the
-    // one of that name "<path>_1.back" and so on up to backupCount of them (0 to 128; 0 keeps none), and a new file is
-    // begun, without the mark. So a file may exceed the limit by one line. A file that cannot be moved aside, because
-    // somebody holds it, grows on.
-    // Processes share a file by naming it with the same text; each must be thread-safe.
+    // When a line finds the file larger than maxSizeBytes (below 1: no limit), the file is renamed to "<path>_0.back",
+    // a file of that name to "<path>_1.back" and so on, up to the first number that is free or to backupCount files;
+    // the oldest one is then deleted. A new file is begun, without the mark. So a file may exceed the limit by one
+    // line. A backupCount above 128 counts as 128; with 0 or less the file is emptied and nothing is kept. When one of
+    // these files cannot be moved, because a program has opened it without FILE_SHARE_DELETE, none is touched, the file
+    // grows, and the rotation is tried again when it has grown by maxSizeBytes.
     //
-    // When the file cannot be made, no file is installed and a CRITICAL line says so. An empty path only removes the
-    // file. The file is opened and closed for each line; a line that cannot be written is lost to the file alone.
+    // Processes may share a file if all of them name it by the same text and their logs are safe for threads. The file
+    // is opened and closed for each line. A line that cannot be written is lost to the file without a message.
     void installFileHandlerExUtf8(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount);
 
-    // Ends the file, and the echo to the console too, until setEchoToConsole or a flag turns that on again.
+    // Removes the file, if there is one, and turns the echo to the console off, until setEchoToConsole or a flag turns
+    // it on again.
     void removeFileHandler();
 
-    // The path as it was installed; empty when there is no file.
+    // The path as it was given at installation; empty when there is no file.
     std::string getCurrentLogFileNameUtf8() const;
 
-    // Calls the handler for each line, under the log's lock; null ends it. A handler that logs is called for that line
-    // too. What it throws is dropped; a processor fault in it goes to the guard around and leaves the log usable.
+    // Calls the handler for each line, under the log's lock; null removes it. A handler that logs is called for that
+    // line too. What it throws is ignored.
     void installCustomHandler(CustomHandler handler, void* user);
 
-    // Writes one line to each place, wanted or not.
+    // Writes one line to each sink, whether its type is enabled or not. The time in the line is that of the call. A
+    // processor fault during the call, in a sink of the host for example, goes to the guard around it; the log's locks
+    // are released and its file is closed.
     void Write(const std::string& message, xoLogType type, const std::string& qualifier);
 
-    // The local time as in a line: "Tue Mar 03 14:05:09 2020", English whatever the user's language is.
+    // The local time as in a line: "Tue Mar 03 14:05:09 2020", in English whatever the user's language is. A clock
+    // outside the years 1970 to 3000 shows the nearest of them.
     static std::string GetTime();
 
-    // Writes a line to standard output, without a lock and whether there is a log or not.
+    // Writes a line to standard output, without a lock, whether there is a log or not.
     static void WriteToStd(const std::string& message, xoLogType type, const std::string& qualifier);
 
-    // Reports the message, without qualifier, as one event of the Windows event log: error for CRITICAL, warning for
-    // WARNING, information otherwise; DEBUG is dropped. Text beyond 16384 bytes of the ANSI code page is cut at a
-    // character. An empty source name stands for "xoLog". Takes no lock.
+    // Reports the message, without the qualifier, as one event of the Windows event log: an error for CRITICAL, a
+    // warning for WARNING, information otherwise; DEBUG is ignored. The text is converted to the ANSI code page and cut
+    // to 16384 bytes at a character; a NUL becomes a blank. An empty source name stands for "xoLog". A source that
+    // cannot be registered reports nothing. Takes no lock.
     static void WriteToSystemLog(const std::string& message, xoLogType type, const std::string& qualifier,
                                  const std::string& sourceName);
 
@@ -149,21 +161,22 @@ private:
     std::atomic<bool> mTypeEnabled[kTypeCount];
 };
 
-// One line in the making. An object belongs to one thread and is meant as a temporary.
+// One line while it is composed. An object belongs to one thread and is meant as a temporary.
 class XOSYSTEM_API xoLogObject {
 public:
-    // Aims the line at the log, if that wants it. With an event source name it goes to the Windows event log instead,
-    // and with neither to standard output, wanted or not. Null and "" both mean no qualifier.
+    // Composes a line for the log, if its type and qualifier are wanted. With an event source name the line goes to the
+    // Windows event log instead, and without source and log to standard output; both get every line. Null and "" mean
+    // no qualifier.
     explicit xoLogObject(xoLogType type, const char* qualifier = nullptr, xoLog* log = xoLog::editPtr(),
                          const char* eventSourceName = nullptr) {
         if (eventSourceName != nullptr || log == nullptr || log->isWanted(type, qualifier))
             begin(type, qualifier, log, eventSourceName);
     }
 
-    // Takes the line over; the source writes nothing.
+    // Takes the line from other, which then writes nothing.
     xoLogObject(xoLogObject&& other) noexcept : mLine(other.mLine) { other.mLine = nullptr; }
 
-    // Writes the line, if any text came in.
+    // Writes the line if any text was appended, even an empty one.
     ~xoLogObject() {
         if (mLine) end();
     }
@@ -171,8 +184,8 @@ public:
     xoLogObject(const xoLogObject&) = delete;
     xoLogObject& operator=(const xoLogObject&) = delete;
 
-    // Each appends to the text, if the line is wanted. Null gives "[NullPtr]". Numbers are written in the classic
-    // locale, reals with six significant digits, a bool as true or false.
+    // Append to the text if the line is wanted. A null text appends "[NullPtr]". Numbers are written in the classic
+    // locale, floating-point ones with six significant digits, a bool as true or false.
     xoLogObject& operator<<(const char* text) {
         if (mLine) append(text);
         return *this;
