@@ -174,6 +174,38 @@ TEST_F(Log, SurvivesTheHostsOutput) {
         << folder.read("app.log");
 }
 
+std::vector<std::wstring> consoleTexts;
+BOOL WINAPI getConsoleMode(HANDLE, LPDWORD) { return TRUE; }
+BOOL WINAPI writeConsole(HANDLE, const void* text, DWORD size, LPDWORD written, LPVOID) {
+    consoleTexts.emplace_back(static_cast<const wchar_t*>(text), size);
+    *written = size;
+    return TRUE;
+}
+struct CountedBuffer : std::stringbuf {
+    int sync() override { return flushed = str(), 0; }
+    std::string flushed;
+};
+
+TEST_F(Log, WritesWideTextToAConsoleWindowAlone) {
+    const xo::tests::ImportHook mode("xoSystem.dll", "GetConsoleMode", &getConsoleMode);
+    const xo::tests::ImportHook write("xoSystem.dll", "WriteConsoleW", &writeConsole);
+    ASSERT_TRUE(mode.isInstalled() && write.isInstalled());
+    constexpr std::size_t kMostPerCall = 8192;
+    constexpr std::size_t kPrefix = 32;
+    log().setEchoToConsole(true);
+    log().Write(std::string(kMostPerCall - kPrefix - 1, 'x') + "\xF0\x9F\x98\x80", xo::xoLogInfo, {});
+    ASSERT_EQ(consoleTexts.size(), 2u);
+    EXPECT_EQ(consoleTexts[0].size(), kMostPerCall - 1);
+    EXPECT_EQ(consoleTexts[1], L"\U0001F600\n") << "one character stays whole";
+
+    CountedBuffer buffer;
+    std::streambuf* const before = std::cout.rdbuf(&buffer);
+    log().Write("redirected", xo::xoLogInfo, {});
+    std::cout.rdbuf(before);
+    EXPECT_EQ(consoleTexts.size(), 2u);
+    EXPECT_NE(buffer.flushed.find("redirected\n"), std::string::npos);
+}
+
 TEST_F(Log, BlacklistsQualifiersOfDebugLinesAlone) {
     log().setLogTypeEnabled(xo::xoLogDebug, true);
     log().setDebugSubTypeEnabled("a, b;c|d\\e", false);
