@@ -13,9 +13,10 @@
 #include <tuple>
 
 #include "xoSystem/xoExport.h"
-#include "xoSystem/xoVariant.h"
 
 namespace xo {
+
+class xoVariant;  // its header is large, and one function here needs it
 
 // A plain value. Versions are compared by their three numbers alone: 1.10.0 is above 1.9.5, and what else a version
 // holds makes no difference.
@@ -70,8 +71,24 @@ namespace impl {
 XOSYSTEM_API void RegisterThirdPartyLibVersionInfo(const char* name, const char* version);
 // Does nothing for a name that is not there, or null.
 XOSYSTEM_API void UnRegisterThirdPartyLibVersionInfo(const char* name);
-// A copy for a system report: under each name a STRING.
-XOSYSTEM_API xoVariant::xoVariantMapImpl GetThirdPartyLibVersions();
+
+// Calls visit for each entry in the order of the names, under the registry's lock: visit must not register. It must not
+// be null; user is handed through.
+XOSYSTEM_API void VisitThirdPartyLibVersions(void (*visit)(const std::string& name, const std::string& version,
+                                                           void* user),
+                                             void* user);
+
+// A copy for a system report, xoVariant::xoVariantMapImpl: under each name a STRING. The caller includes xoVariant.h.
+template <class Variant = xoVariant>
+typename Variant::xoVariantMapImpl GetThirdPartyLibVersions() {
+    typename Variant::xoVariantMapImpl versions;
+    VisitThirdPartyLibVersions(
+        [](const std::string& name, const std::string& version, void* map) {
+            (*static_cast<typename Variant::xoVariantMapImpl*>(map))[name] = version;
+        },
+        &versions);
+    return versions;
+}
 
 }  // namespace impl
 }  // namespace xo

@@ -5,10 +5,10 @@
 #include "concurrency/earlyCreation.h"
 #include "fault/signalWatch.h"
 #include "fault/stackTrace.h"
-#include "frame/laneMasks.h"
 #include "frame/resourceRegistry.h"
 #include "progress/work.h"
 #include "threads/concurrentPoolInstance.h"
+#include "util/laneMasks.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoStringUtils.h"
 #include "xoSystem/xoSystemUtils.h"
@@ -25,7 +25,7 @@ std::atomic<int> levelReached{0};  // 0, InitTypeBasic or InitTypeFull
 void initializeBasic() {
     if (!IsXoSystemThreadSafe()) levelReached = InitTypeBasic;
     xoLog::createInstance(/*threadSafe=*/IsXoSystemThreadSafe());
-    frame::writeLaneMasks();
+    util::writeLaneMasks();
     xoSystemUtils::InitializeSystemUtils();
     xoStringUtils::InitializeStringUtils();
     frame::createResourceRegistry();

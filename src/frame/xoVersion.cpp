@@ -4,6 +4,7 @@
 
 #include "frame/buildVersion.h"
 #include "platform/slimLock.h"
+#include "xoSystem/xoVariant.h"
 
 namespace xo {
 
@@ -50,10 +51,17 @@ void impl::UnRegisterThirdPartyLibVersionInfo(const char* name) {
     registry = nullptr;
 }
 
-xoVariant::xoVariantMapImpl impl::GetThirdPartyLibVersions() {
+void impl::VisitThirdPartyLibVersions(void (*visit)(const std::string& name, const std::string& version, void* user),
+                                      void* user) {
     const RegistryGuard guard(registryLock);
-    return registry ? *registry : xoVariant::xoVariantMapImpl();
+    if (!registry) return;
+    for (const auto& [name, version] : *registry) visit(name, version.getString(), user);
 }
+
+// For hosts that were built when the header declared this function.
+namespace impl {
+XOSYSTEM_API xoVariant::xoVariantMapImpl GetThirdPartyLibVersions() { return GetThirdPartyLibVersions<xoVariant>(); }
+}  // namespace impl
 
 }  // namespace xo
 

@@ -4,6 +4,7 @@
 
 #include "platform/windows.h"
 #include "xoSystem/xoInit.h"
+#include "xoSystem/xoVariant.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cfloat>
 #include <cstdint>
 
-#include "frame/laneMasks.h"
+#include "util/laneMasks.h"
 
 namespace xo {
 namespace {
@@ -43,7 +43,7 @@ __m128 sSSE_0_FF_0_0 = {};
 __m128 sSSE_0_0_FF_0 = {};
 __m128 sSSE_0_0_0_FF = {};
 
-void frame::writeLaneMasks() {
+void util::writeLaneMasks() {
     sSSE_FF_FF_FF_FF = laneMask(1, 1, 1, 1);
     sSSE_0_FF_FF_FF = laneMask(0, 1, 1, 1);
     sSSE_FF_0_FF_FF = laneMask(1, 0, 1, 1);
