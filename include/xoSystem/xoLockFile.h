@@ -1,16 +1,17 @@
-// xoLockFile: marks something as in use, among threads and processes, by holding a file open.
+// xoLockFile: marks a resource as in use, among threads and processes, by holding a file open.
 //
 //     xo::xoLockFile lock;
 //     if (!lock.takeLockUtf8(folder + "/project.lock")) return busy();
 //
-// The lock is the open file, not its existence: it ends with the object and also when its process crashes, and a file
-// that was left behind blocks nobody. The file says which thread took the lock, for a person who looks.
+// The lock is the open file, not its existence: it ends with the object, and with its process even after a crash, and a
+// file that was left behind blocks nobody. The file contains the identifier of the thread that took the lock, for a
+// person who looks.
 //
-// An object belongs to one thread; any number of objects may name the same file. Nothing here throws, short of memory
-// running out, and nothing is logged.
+// An object belongs to one thread; any number of objects may name the same file. Nothing throws except std::bad_alloc,
+// and nothing is logged.
 //
-// Copies share the lock, so that it ends with the first of them that releases it or is destroyed: copy an object only
-// while it is not locked. The other copies are then not locked either, and leave the file alone.
+// Copies share one lock: whichever of them is released or destroyed first ends it for all. The others are then not
+// locked either, and do not touch the file. So copy an object only while it holds no lock.
 #ifndef XOSYSTEM_XOLOCKFILE_H
 #define XOSYSTEM_XOLOCKFILE_H
 
@@ -23,43 +24,48 @@ namespace xo {
 
 class XOSYSTEM_API xoLockFile {
 public:
-    // How others may hold the file meanwhile. Any other number counts as exclusive.
+    // How others may open the file meanwhile. Any other number counts as exclusive.
     enum LockType : int {
-        LockTypeExclusive = 0,  // nobody else may open the file
-        LockTypeShared = 1      // other shared locks may be held at the same time
+        LockTypeExclusive = 0,  // not at all
+        LockTypeShared = 1      // with shared locks
     };
 
     xoLockFile();
-    // Shares the lock of the other, as said above.
+    // Shares the lock of the other, as described above.
     xoLockFile(const xoLockFile& other);
     // A lock that this object held ends as by releaseLock(true).
     xoLockFile& operator=(const xoLockFile& other);
     // Ends the lock and deletes the file.
     ~xoLockFile();
 
-    // Opens the file, making it where it is missing, and holds it. A lock that this object holds already is ended first
-    // and its file deleted. True when the lock is held afterwards; false when somebody else holds the file, and when it
-    // cannot be opened for writing (a folder, a read-only file, a missing path). alreadyExisted, if not null, tells
-    // whether the file was there before. The path may be relative, and of any length.
+    // Opens the file, creates it if it does not exist, and holds it. Never waits. A lock that this object already holds
+    // is ended first and its file deleted, even if the path is the same.
+    //
+    // True when the lock is held afterwards. False when somebody else holds the file, and when it cannot be opened for
+    // reading and writing: the path is empty, has a NUL inside or names a folder, the file is read-only, or the folder
+    // does not exist. *alreadyExisted, if not null, receives whether the file existed before, also on failure.
+    //
+    // The path may be relative, and of any length. A path that is not UTF-8 names the file in which each broken
+    // sequence is U+FFFD, so that different broken paths may name one lock.
     bool takeLockUtf8(const std::string& path, bool* alreadyExisted = nullptr, LockType type = LockTypeExclusive);
     bool takeLockUtf8(const std::string& path, bool* alreadyExisted, int type) {
         return takeLockUtf8(path, alreadyExisted, static_cast<LockType>(type));
     }
 
-    // Ends the lock and, if asked, deletes the file. False when no lock is held.
+    // Ends the lock and, if removeFile is true, deletes the file; a file that somebody else has opened meanwhile, or
+    // shares, stays. False when no lock is held.
     bool releaseLock(bool removeFile = true);
 
     // Whether this object holds a lock.
     bool isLocked() const;
 
-    // Tries all the rules on two files in the folder, "file_ex.lock" and "file_shared.lock". True when all hold.
+    // Tries these rules on the files "file_ex.lock" and "file_shared.lock" in the folder, and deletes them. True when
+    // all hold; false when the folder does not exist.
     static bool UnitTestUtf8(const std::string& directory);
 
 private:
-    struct Handle;
-
-    std::string mPath;                // absolute; empty when no lock is held
-    std::shared_ptr<Handle> mHandle;  // null when no lock is held
+    struct Lock;
+    std::shared_ptr<Lock> mLock;  // null when no lock is held
 };
 
 }  // namespace xo

@@ -27,7 +27,7 @@ TEST_F(LockFile, PassesItsOwnTest) {
     EXPECT_FALSE(xoLockFile::UnitTestUtf8(mFolder.path("missing")));
 }
 
-TEST_F(LockFile, ExcludesOthersAndTellsWhoHoldsIt) {
+TEST_F(LockFile, ExcludesOthersAndNamesItsThread) {
     const std::string note = "Lock from thread : " + xo::xoThread::CurrentThreadId();
     mFolder.write(mName, std::string(note.size() + 3, '.'));
     EXPECT_TRUE(mLock.takeLockUtf8(mPath, &mExisted, 0));
@@ -64,10 +64,12 @@ TEST_F(LockFile, CannotBeTakenWhereAFileCannotBeOpened) {
     }
 }
 
-TEST_F(LockFile, TakesLongAndRelativePaths) {
+TEST_F(LockFile, TakesLongBrokenAndRelativePaths) {
     const std::string longFolder = mFolder.path(std::string(150, 'a') + "/" + std::string(150, 'b'));
     ASSERT_TRUE(xo::xoDirUtils::MkpathUtf8(longFolder));
     EXPECT_TRUE(mLock.takeLockUtf8(longFolder + "/x.lock"));
+
+    EXPECT_TRUE(mLock.takeLockUtf8(mFolder.path() + "/\xFF.lock") && mFolder.has("\xEF\xBF\xBD.lock")) << "not UTF-8";
 
     const auto workingFolder = std::filesystem::current_path();
     std::filesystem::current_path(mFolder.widePath());
@@ -89,7 +91,7 @@ TEST_F(LockFile, EndsWithTheFirstOfItsCopies) {
 TEST_F(LockFile, EndsWithItsProcess) {
     const xo::tests::Child holder(L"lockFileHolder", L"\"" + (mFolder.widePath() / L"held.lock").wstring() + L"\"");
     ASSERT_TRUE(holder.isStarted());
-    for (int i = 0; i < 2000 && !mFolder.has("held.lock"); ++i) ::Sleep(5);
+    for (int i = 0; i < 2000 && !mFolder.has("held.lock"); ++i) ::Sleep(5);  // the child has no other way to tell
     const std::string path = mFolder.path("held.lock");
     EXPECT_FALSE(mLock.takeLockUtf8(path));
     holder.kill();

@@ -1,18 +1,19 @@
-// What an installation can try on the folder that it is going to use: some network file systems share differently.
+// The self-test, for an installation to run in the folder that it is going to use: some network file systems have other
+// sharing rules.
 #include "xoSystem/xoLockFile.h"
 
 namespace xo {
 namespace {
 
-// Whether taking the lock has the expected result and finds the file there, or not, as expected.
+// Whether taking the lock has the expected result, and finds or misses the file as expected.
 bool takes(xoLockFile& lock, const std::string& path, xoLockFile::LockType type, bool expected, bool expectedExisting) {
     bool existed = !expectedExisting;
     return lock.takeLockUtf8(path, &existed, type) == expected && lock.isLocked() == expected &&
            existed == expectedExisting;
 }
 
-// Removes the file that an interrupted test has left.
-bool startsAfresh(xoLockFile& lock, const std::string& path) {
+// Removes a file that an interrupted test has left.
+bool clearsUp(xoLockFile& lock, const std::string& path) {
     return lock.takeLockUtf8(path) && lock.releaseLock(/*removeFile=*/true);
 }
 
@@ -20,7 +21,7 @@ bool testExclusive(const std::string& path) {
     constexpr auto kExclusive = xoLockFile::LockTypeExclusive;
     xoLockFile first;
     xoLockFile second;
-    return startsAfresh(first, path) &&                     //
+    return clearsUp(first, path) &&                         //
            takes(first, path, kExclusive, true, false) &&   //
            takes(second, path, kExclusive, false, true) &&  //
            first.releaseLock(/*removeFile=*/true) &&        //
@@ -36,7 +37,7 @@ bool testShared(const std::string& path) {
     constexpr auto kShared = xoLockFile::LockTypeShared;
     xoLockFile first;
     xoLockFile second;
-    return startsAfresh(first, path) &&                                        //
+    return clearsUp(first, path) &&                                            //
            takes(first, path, kShared, true, false) &&                         //
            takes(second, path, kShared, true, true) &&                         //
            second.releaseLock(/*removeFile=*/false) &&                         //

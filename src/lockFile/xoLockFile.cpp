@@ -1,9 +1,10 @@
 #include "xoSystem/xoLockFile.h"
 
+#include <utility>
+
 #include "platform/handle.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
-#include "xoSystem/xoThread.h"
 
 namespace xo {
 namespace {
@@ -15,7 +16,8 @@ platform::FileHandle open(const std::wstring& path, xoLockFile::LockType type, D
                                               /*hTemplateFile=*/nullptr));
 }
 
-// Overwrites the beginning of the file; whatever was there behind it stays. A failure matters to nobody.
+// Overwrites the beginning of the file, and leaves what is longer. The text is for people who look, so that the lock
+// holds without it too.
 void write(HANDLE file, const std::string& text) {
     OVERLAPPED atStart{};
     DWORD written = 0;
@@ -24,9 +26,10 @@ void write(HANDLE file, const std::string& text) {
 
 }  // namespace
 
-// Shared by copies, so that none of them closes a handle that has come to mean another object by then.
-struct xoLockFile::Handle {
-    platform::FileHandle file;
+// Copies share it, so that only one of them closes the handle, whose value may belong to another object afterwards.
+struct xoLockFile::Lock {
+    std::string path;           // absolute: the working directory may be another one at the release
+    platform::FileHandle file;  // none once one of the copies has released the lock
 };
 
 xoLockFile::xoLockFile() = default;
@@ -34,10 +37,9 @@ xoLockFile::xoLockFile() = default;
 xoLockFile::xoLockFile(const xoLockFile& other) = default;
 
 xoLockFile& xoLockFile::operator=(const xoLockFile& other) {
-    if (this == &other || mHandle == other.mHandle) return *this;
+    if (mLock == other.mLock) return *this;
     releaseLock(/*removeFile=*/true);
-    mPath = other.mPath;
-    mHandle = other.mHandle;
+    mLock = other.mLock;
     return *this;
 }
 
@@ -45,34 +47,33 @@ xoLockFile::~xoLockFile() { releaseLock(/*removeFile=*/true); }
 
 bool xoLockFile::takeLockUtf8(const std::string& path, bool* alreadyExisted, LockType type) {
     if (alreadyExisted) *alreadyExisted = false;
-    const std::string content = "Lock from thread : " + xoThread::CurrentThreadId();
+    const std::string content = "Lock from thread : " + std::to_string(::GetCurrentThreadId());
     releaseLock(/*removeFile=*/true);
 
     const std::wstring apiPath = platform::toApiPath(path);
     platform::FileHandle file = open(apiPath, type, CREATE_NEW);
     if (!file) {
-        if (alreadyExisted) *alreadyExisted = ::GetLastError() == ERROR_FILE_EXISTS;
+        const DWORD error = ::GetLastError();
+        if (alreadyExisted) *alreadyExisted = error == ERROR_FILE_EXISTS;
         file = open(apiPath, type, OPEN_EXISTING);
     }
     if (!file) return false;
 
     write(file.get(), content);
-    mPath = xoDirUtils::GetAbsolutePathUtf8(path);  // the working directory may be another one at the release
-    mHandle = std::make_shared<Handle>(Handle{std::move(file)});
+    mLock = std::make_shared<Lock>(Lock{xoDirUtils::GetAbsolutePathUtf8(path), std::move(file)});
     return true;
 }
 
 bool xoLockFile::releaseLock(bool removeFile) {
     const bool wasLocked = isLocked();
     if (wasLocked) {
-        mHandle->file.reset();
-        if (removeFile) xoDirUtils::RemoveFileUtf8(mPath);
+        mLock->file.reset();
+        if (removeFile) xoDirUtils::RemoveFileUtf8(mLock->path);
     }
-    mHandle.reset();
-    mPath.clear();
+    mLock.reset();
     return wasLocked;
 }
 
-bool xoLockFile::isLocked() const { return mHandle && mHandle->file; }
+bool xoLockFile::isLocked() const { return mLock && mLock->file; }
 
 }  // namespace xo
