@@ -246,6 +246,7 @@ public:
 
 private:
     friend struct variant::LentText;
+    struct Tree;
 
     union Payload {
         std::int64_t integer;  // INTEGER and DATETIME
@@ -267,8 +268,6 @@ private:
     template <class Number>
     void buildNumbers(const Number* values, std::size_t count);
     void copyPayload(const xoVariant& other);
-    void copyContainer(const xoVariant& other);
-    void copyOneLevel(const xoVariant& other);
     void destroyPayload() noexcept;
 
     Payload& as(Type type) {
@@ -307,7 +306,7 @@ public:
 
     // As for variants, what is assigned may lie inside the one assigned to.
     xoVariantListImpl() noexcept = default;
-    xoVariantListImpl(const xoVariantListImpl&) = default;
+    xoVariantListImpl(const xoVariantListImpl& other);
     xoVariantListImpl(xoVariantListImpl&&) noexcept = default;
     xoVariantListImpl& operator=(const xoVariantListImpl& other) { return *this = xoVariantListImpl(other); }
     xoVariantListImpl& operator=(xoVariantListImpl&& other) noexcept {
@@ -352,6 +351,8 @@ public:
     bool operator<(const xoVariantListImpl& other) const;
 
 private:
+    friend struct xoVariant::Tree;
+
     Container mElements;
 };
 
@@ -422,7 +423,7 @@ public:
 
     // As for variants, what is assigned may lie inside the one assigned to.
     xoVariantMapImpl() noexcept = default;
-    xoVariantMapImpl(const xoVariantMapImpl&) = default;
+    xoVariantMapImpl(const xoVariantMapImpl& other);
     xoVariantMapImpl(xoVariantMapImpl&&) noexcept = default;
     xoVariantMapImpl& operator=(const xoVariantMapImpl& other) { return *this = xoVariantMapImpl(other); }
     xoVariantMapImpl& operator=(xoVariantMapImpl&& other) noexcept {
@@ -513,6 +514,7 @@ public:
     bool operator<(const xoVariantMapImpl& other) const;
 
 private:
+    friend struct xoVariant::Tree;
     struct Merge;
 
     Container mEntries;

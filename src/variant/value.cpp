@@ -6,72 +6,6 @@
 namespace xo {
 namespace {
 
-// How many containers inside each other are copied or destroyed by plain recursion. What lies deeper waits in a queue
-// for the outermost one, so that the stack stays small whatever the tree is.
-constexpr int kMaxDepth = 32;
-
-// A container that a variant holds: it can stand in the queue of those to be destroyed without any memory being needed.
-struct Held {
-    Held() = default;
-    Held(const Held&) = delete;
-    Held& operator=(const Held&) = delete;
-    virtual ~Held() = default;
-
-    Held* mNextDying = nullptr;
-};
-
-template <class Container>
-struct HeldContainer final : Held, Container {
-    HeldContainer() = default;
-    explicit HeldContainer(const Container& other) : Container(other) {}
-    explicit HeldContainer(Container&& other) noexcept : Container(std::move(other)) {}
-};
-using HeldList = HeldContainer<xoVariant::xoVariantListImpl>;
-using HeldMap = HeldContainer<xoVariant::xoVariantMapImpl>;
-
-struct Destruction {
-    int depth;
-    Held* waiting;
-};
-thread_local Destruction tDestruction = {0, nullptr};
-
-void destroyContainer(Held* container) noexcept {
-    Destruction& state = tDestruction;
-    if (state.depth == kMaxDepth) {
-        container->mNextDying = std::exchange(state.waiting, container);
-        return;
-    }
-    ++state.depth;
-    delete container;
-    if (state.depth == 1) {
-        while (state.waiting != nullptr) {
-            Held* const next = state.waiting;
-            state.waiting = next->mNextDying;  // NOLINT(clang-analyzer-cplusplus.NewDelete): no one waits twice
-            delete next;
-        }
-    }
-    --state.depth;
-}
-
-// The copy that the thread is making: its depth, and the containers too deep in it, each as (target, source). Both stay
-// where they are until the copy is complete.
-struct Copying {
-    int depth = 1;
-    std::vector<std::pair<xoVariant*, const xoVariant*>> waiting;
-};
-thread_local Copying* tCopying = nullptr;
-
-class CopyingScope {
-public:
-    explicit CopyingScope(Copying* copying) noexcept : mOuter(std::exchange(tCopying, copying)) {}
-    ~CopyingScope() { tCopying = mOuter; }
-    CopyingScope(const CopyingScope&) = delete;
-    CopyingScope& operator=(const CopyingScope&) = delete;
-
-private:
-    Copying* mOuter;
-};
-
 constexpr std::size_t numbersIn(xoVariant::Type type) {
     switch (type) {
         case xoVariant::VEC2D: return 2;
@@ -89,14 +23,154 @@ xoVariant::Type typeOfNumbers(std::size_t count) {
     return xoVariant::UNKNOWN;
 }
 
-// A host's class decides here, and may copy variants of its own: those are copies for themselves.
-xoVariant::UserDataInterface* cloneUserData(const xoVariant::UserDataInterface* object) {
-    if (object == nullptr) return nullptr;
-    const CopyingScope apart(nullptr);
-    return object->clone();
-}
-
 }  // namespace
+
+// Copying and destroying lists and maps with all that they hold, on a small stack whatever their depth.
+//
+// Plain recursion through the containers' own copy constructors and destructors is the fastest way. It goes on until
+// the stack pointer is in the last bytes of a block of addresses; from there the rest of the tree is done step by step,
+// with the memory of the heap. The address of a local variable is all that decides: no count is kept that a processor
+// fault, caught by a frame further out, could leave behind in a thread, and user data that copy or destroy variants of
+// their own are independent of the tree around them.
+struct xoVariant::Tree {
+    // Recursion takes at most a block of the stack. No level takes more than the stepwise part of it, so none skips it.
+    static constexpr std::uintptr_t kBlock = 32 * 1024;
+    static constexpr std::uintptr_t kStepwise = 4 * 1024;
+
+    static bool mayRecurse() noexcept {
+        const char here = 0;
+        return reinterpret_cast<std::uintptr_t>(&here) % kBlock >= kStepwise;
+    }
+
+    // A container that a variant holds. Linked to the one around it, it waits without any memory being needed.
+    struct Held {
+        Held() = default;
+        Held(const Held&) = delete;
+        Held& operator=(const Held&) = delete;
+        virtual ~Held() = default;
+        // The elements in the order in which the container's own destructor takes them.
+        virtual void beginTaking() noexcept = 0;
+        virtual bool takeNext(xoVariant& element) noexcept = 0;
+
+        Held* mOuter = nullptr;
+    };
+
+    struct HeldList final : Held, xoVariantListImpl {
+        HeldList() = default;
+        explicit HeldList(const xoVariantListImpl& other) : xoVariantListImpl(other) {}
+        explicit HeldList(xoVariantListImpl&& other) noexcept : xoVariantListImpl(std::move(other)) {}
+
+        void beginTaking() noexcept override { std::reverse(begin(), end()); }
+        bool takeNext(xoVariant& element) noexcept override {
+            if (empty()) return false;
+            element = std::move(back());
+            mElements.pop_back();
+            return true;
+        }
+    };
+
+    struct HeldMap final : Held, xoVariantMapImpl {
+        HeldMap() = default;
+        explicit HeldMap(const xoVariantMapImpl& other) : xoVariantMapImpl(other) {}
+        explicit HeldMap(xoVariantMapImpl&& other) noexcept : xoVariantMapImpl(std::move(other)) {}
+
+        void beginTaking() noexcept override {}
+        bool takeNext(xoVariant& element) noexcept override {
+            if (empty()) return false;
+            const auto last = std::prev(end());
+            element = std::move(last->second);
+            erase(last);
+            return true;
+        }
+    };
+
+    static bool isContainer(const xoVariant& value) noexcept { return value.mType == MAP || value.mType == LIST; }
+    static bool holdsContainer(const xoVariantListImpl::value_type& element) noexcept { return isContainer(element); }
+    static bool holdsContainer(const xoVariantMapImpl::value_type& entry) noexcept { return isContainer(entry.second); }
+    template <class Container>
+    static bool hasContainers(const Container& container) noexcept {
+        return std::any_of(container.begin(), container.end(), [](const auto& each) { return holdsContainer(each); });
+    }
+
+    // The container of a MAP or LIST, which is the caller's from here on.
+    static Held* release(xoVariant& value) noexcept {
+        if (std::exchange(value.mType, UNKNOWN) == MAP) return static_cast<HeldMap*>(value.mPayload.map);
+        return static_cast<HeldList*>(value.mPayload.list);
+    }
+
+    static void destroy(xoVariant& value) noexcept {
+        const bool canDelete = mayRecurse() || !(value.mType == MAP ? hasContainers(*value.mPayload.map)
+                                                                    : hasContainers(*value.mPayload.list));
+        Held* const container = release(value);
+        if (canDelete) {
+            delete container;
+        } else {
+            destroyStepwise(container);
+        }
+    }
+
+    static void destroyStepwise(Held* container) noexcept {
+        container->beginTaking();
+        while (container != nullptr) {
+            xoVariant element;
+            if (!container->takeNext(element)) {
+                delete std::exchange(container, container->mOuter);
+            } else if (isContainer(element)) {
+                Held* const inner = release(element);
+                inner->mOuter = std::exchange(container, inner);
+                inner->beginTaking();
+            }
+        }
+    }
+
+    using Elements = xoVariantListImpl::Container;
+    using Entries = xoVariantMapImpl::Container;
+    // Containers that are still to be copied, as (target, source). Both stay where they are until the copy is complete.
+    using Waiting = std::vector<std::pair<xoVariant*, const xoVariant*>>;
+
+    static Elements copyOf(const Elements& source) { return mayRecurse() ? source : copyStepwise(source); }
+    static Entries copyOf(const Entries& source) { return mayRecurse() ? source : copyStepwise(source); }
+
+    template <class Container>
+    static Container copyStepwise(const Container& source) {
+        Container copy;
+        Waiting waiting;
+        copyOneLevel(copy, source, waiting);
+        while (!waiting.empty()) {
+            const auto [target, inner] = waiting.back();
+            waiting.pop_back();
+            if (inner->mType == MAP) {
+                copyOneLevel(target->editMap().mEntries, inner->getMap().mEntries, waiting);
+            } else {
+                copyOneLevel(target->editList().mElements, inner->getList().mElements, waiting);
+            }
+        }
+        return copy;
+    }
+
+    static void copyOneLevel(Elements& target, const Elements& source, Waiting& waiting) {
+        target.reserve(source.size());
+        for (const xoVariant& element : source) copyOrPutOff(target.emplace_back(), element, waiting);
+    }
+
+    static void copyOneLevel(Entries& target, const Entries& source, Waiting& waiting) {
+        for (const auto& [key, value] : source)
+            copyOrPutOff(target.emplace_hint(target.end(), key, xoVariant())->second, value, waiting);
+    }
+
+    static void copyOrPutOff(xoVariant& target, const xoVariant& source, Waiting& waiting) {
+        if (isContainer(source)) {
+            waiting.emplace_back(&target, &source);
+        } else {
+            target = source;
+        }
+    }
+};
+
+xoVariant::xoVariantListImpl::xoVariantListImpl(const xoVariantListImpl& other)
+    : mElements(Tree::copyOf(other.mElements)) {}
+
+xoVariant::xoVariantMapImpl::xoVariantMapImpl(const xoVariantMapImpl& other) : mEntries(Tree::copyOf(other.mEntries)) {}
 
 xoVariant::UserDataInterface::~UserDataInterface() = default;
 
@@ -113,8 +187,8 @@ xoVariant::xoVariant(Type type) : xoVariant() {
         case MAT3D:
         case MAT4D: mPayload.numbers = new double[numbersIn(type)](); break;
         case STRINGLIST: mPayload.strings = new std::vector<std::string>; break;
-        case MAP: mPayload.map = new HeldMap; break;
-        case LIST: mPayload.list = new HeldList; break;
+        case MAP: mPayload.map = new Tree::HeldMap(); break;
+        case LIST: mPayload.list = new Tree::HeldList(); break;
         case USERDATA: mPayload.userData = nullptr; break;
         default: return;
     }
@@ -131,9 +205,9 @@ xoVariant::xoVariant(std::vector<std::string> strings) : mType(STRINGLIST) {
     mPayload.strings = new std::vector<std::string>(std::move(strings));
 }
 
-xoVariant::xoVariant(xoVariantListImpl list) : mType(LIST) { mPayload.list = new HeldList(std::move(list)); }
+xoVariant::xoVariant(xoVariantListImpl list) : mType(LIST) { mPayload.list = new Tree::HeldList(std::move(list)); }
 
-xoVariant::xoVariant(xoVariantMapImpl map) : mType(MAP) { mPayload.map = new HeldMap(std::move(map)); }
+xoVariant::xoVariant(xoVariantMapImpl map) : mType(MAP) { mPayload.map = new Tree::HeldMap(std::move(map)); }
 
 template <class Number>
 void xoVariant::buildNumbers(const Number* values, std::size_t count) {
@@ -148,48 +222,17 @@ xoVariant::xoVariant(const double* values, std::size_t count) : xoVariant() { bu
 
 xoVariant::xoVariant(const float* values, std::size_t count) : xoVariant() { buildNumbers(values, count); }
 
-// Copies one container, of which the containers inside come to copyPayload again.
-void xoVariant::copyOneLevel(const xoVariant& other) {
-    if (other.mType == MAP) {
-        mPayload.map = new HeldMap(*other.mPayload.map);
-    } else {
-        mPayload.list = new HeldList(*other.mPayload.list);
-    }
-    mType = other.mType;
-}
-
-void xoVariant::copyContainer(const xoVariant& other) {
-    if (Copying* const copying = tCopying) {
-        if (copying->depth == kMaxDepth) {
-            copying->waiting.emplace_back(this, &other);
-            return;
-        }
-        ++copying->depth;
-        copyOneLevel(other);
-        --copying->depth;
-        return;
-    }
-    Copying copying;
-    const CopyingScope scope(&copying);
-    xoVariant copy;
-    copy.copyOneLevel(other);
-    while (!copying.waiting.empty()) {
-        const auto [target, source] = copying.waiting.back();
-        copying.waiting.pop_back();
-        target->copyOneLevel(*source);
-    }
-    swap(copy);
-}
-
 // Fills this variant, whose own payload is nobody's.
 void xoVariant::copyPayload(const xoVariant& other) {
     mType = UNKNOWN;
     switch (other.mType) {
         case STRING: mPayload.text = new std::string(*other.mPayload.text); break;
         case STRINGLIST: mPayload.strings = new std::vector<std::string>(*other.mPayload.strings); break;
-        case MAP:
-        case LIST: copyContainer(other); return;
-        case USERDATA: mPayload.userData = cloneUserData(other.mPayload.userData); break;
+        case MAP: mPayload.map = new Tree::HeldMap(*other.mPayload.map); break;
+        case LIST: mPayload.list = new Tree::HeldList(*other.mPayload.list); break;
+        case USERDATA:
+            mPayload.userData = other.mPayload.userData != nullptr ? other.mPayload.userData->clone() : nullptr;
+            break;
         default: buildNumbers(other.mPayload.numbers, numbersIn(other.mType)); return;
     }
     mType = other.mType;
@@ -199,8 +242,8 @@ void xoVariant::destroyPayload() noexcept {
     switch (mType) {
         case STRING: delete mPayload.text; break;
         case STRINGLIST: delete mPayload.strings; break;
-        case MAP: destroyContainer(static_cast<HeldMap*>(mPayload.map)); break;
-        case LIST: destroyContainer(static_cast<HeldList*>(mPayload.list)); break;
+        case MAP:
+        case LIST: Tree::destroy(*this); break;
         case USERDATA: delete mPayload.userData; break;
         default: delete[] mPayload.numbers; break;
     }
