@@ -500,8 +500,9 @@ public:
 
     // Erases each entry whose whole path (keys joined by "/") matches the ECMAScript expression, with all below it, and
     // returns how many entries matched. The maps in a list share the list's path; the elements of a list are never
-    // erased. A bad expression throws std::regex_error before anything is erased, and so does one of thousands of
-    // characters. Each path is matched from its start: below a chain of maps, an expression that must read whole paths
+    // erased. Throws std::regex_error for a bad expression, for one of more than 32768 bytes and for one that is too
+    // large for the runtime's own limit once its repetitions are written out; whenever it throws, nothing has been
+    // erased. Each path is matched from its start: below a chain of maps, an expression that must read whole paths
     // costs the square of their length.
     std::uint64_t erasePathRegEx(const std::string& pattern, bool caseInsensitive = false);
 
@@ -524,8 +525,9 @@ private:
 // the prefix stands before every key.
 class XOSYSTEM_API xoVariantUtils {
 public:
-    // Throws std::regex_error with error_stack at a path that is too long for the runtime's recursive matcher; the
-    // entries before it in key order have been dealt with.
+    // Throws std::regex_error with error_stack where a path is too long for the runtime's matcher, which may need some
+    // hundred bytes of stack for each character (tens of thousands of characters are matched in any case). Whenever it
+    // throws, nothing has been erased.
     static std::uint64_t ErasePathRegExImplRecurse(xoVariant::xoVariantMapImpl& map, const std::regex& expression,
                                                    const std::string& prefix);
     static std::uint64_t ErasePathRegExImplRecurse(xoVariant::xoVariantListImpl& list, const std::regex& expression,

@@ -1,5 +1,17 @@
-#include <algorithm>
+// Microsoft's matcher counts its recursion and gives up at a depth of 600; it is called on a stack that has room for
+// more, and watches that by itself. The header <regex> reads this macro, so it stands before all others.
+#if defined(_MSC_VER)
+#    define _REGEX_MAX_STACK_COUNT 0
+#endif
 
+#include <cstdint>
+#include <exception>
+#include <iterator>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "platform/ownStack.h"
 #include "variant/pathWalk.h"
 #include "xoSystem/xoVariant.h"
 
@@ -9,26 +21,54 @@ namespace {
 using Map = xoVariant::xoVariantMapImpl;
 using List = xoVariant::xoVariantListImpl;
 
-// libstdc++ matches by recursion, some hundred bytes of stack for each character of a path, unless an expression is
-// compiled for its other matcher. That one cannot do back-references, of which an expression without sub-matches has
-// none. It also compiles by recursion: some hundred bytes for each character, several times that for a group.
-// Microsoft's library watches its stack itself.
+// Both libraries compile an expression by recursion, and match by recursion: libstdc++ for each state of the
+// expression, of which it allows 100,000, and unless the expression was compiled for its other matcher, for each
+// character of the path too. (That matcher cannot do back-references, which an expression without sub-matches does not
+// have.) All of this happens on a stack of a known size. libstdc++ was seen to take up to 512 bytes for a character of
+// a pattern and 160 for a state, without optimisation.
 #if defined(__GLIBCXX__)
 constexpr auto kWithoutRecursion = std::regex_constants::__polynomial;
-constexpr std::size_t kMaxRecursivePath = 512;
-constexpr std::size_t kMaxPattern = 4096;
 #else
 constexpr auto kWithoutRecursion = std::regex_constants::syntax_option_type();
-constexpr std::size_t kMaxRecursivePath = static_cast<std::size_t>(-1);
-constexpr std::size_t kMaxPattern = static_cast<std::size_t>(-1);
 #endif
+constexpr std::size_t kMaxPattern = 32768;
+constexpr std::size_t kStack = std::size_t{64} * 1024 * 1024;  // address space; memory is taken as it is touched
+constexpr std::size_t kStackForStates = std::size_t{24} * 1024 * 1024;  // between two characters of a path
 
-std::regex compile(const std::string& pattern, bool caseInsensitive) {
-    const auto groups = static_cast<std::size_t>(std::count(pattern.begin(), pattern.end(), '('));
-    if (pattern.size() + 4 * groups > kMaxPattern) throw std::regex_error(std::regex_constants::error_space);
-    auto options = std::regex_constants::ECMAScript | std::regex_constants::nosubs | kWithoutRecursion;
-    if (caseInsensitive) options |= std::regex_constants::icase;
-    return std::regex(pattern, options);
+// A place in a path that looks after the stack: matchers that recurse for each character come by here.
+class WatchedPlace {
+public:
+    using iterator_category = std::bidirectional_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char*;
+    using reference = const char&;
+
+    WatchedPlace() = default;
+    WatchedPlace(const char* at, std::uintptr_t lowestStack) : mAt(at), mLowestStack(lowestStack) {}
+
+    reference operator*() const {
+        const char here = 0;
+        if (reinterpret_cast<std::uintptr_t>(&here) < mLowestStack)
+            throw std::regex_error(std::regex_constants::error_stack);
+        return *mAt;
+    }
+    WatchedPlace& operator++() { return ++mAt, *this; }
+    WatchedPlace& operator--() { return --mAt, *this; }
+    WatchedPlace operator++(int) { return std::exchange(*this, WatchedPlace(mAt + 1, mLowestStack)); }
+    WatchedPlace operator--(int) { return std::exchange(*this, WatchedPlace(mAt - 1, mLowestStack)); }
+    friend bool operator==(WatchedPlace a, WatchedPlace b) { return a.mAt == b.mAt; }
+    friend bool operator!=(WatchedPlace a, WatchedPlace b) { return a.mAt != b.mAt; }
+
+private:
+    const char* mAt = nullptr;
+    std::uintptr_t mLowestStack = 0;
+};
+
+bool matchesWhole(const std::string& path, const std::regex& expression, std::uintptr_t lowestStack) {
+    const char* const end = path.data() + path.size();
+    if ((expression.flags() & kWithoutRecursion) != 0) return std::regex_match(path.data(), end, expression);
+    return std::regex_match(WatchedPlace(path.data(), lowestStack), WatchedPlace(end, lowestStack), expression);
 }
 
 // The next entry of a map, or the next element of a list.
@@ -45,32 +85,38 @@ struct Position {
     List::iterator element;
 };
 
-class Eraser : variant::PathWalk<Position> {
-public:
-    Eraser(const std::regex& expression, const std::string& prefix)
-        : PathWalk(prefix),
-          mExpression(expression),
-          mMaxPath((expression.flags() & kWithoutRecursion) != 0 ? static_cast<std::size_t>(-1) : kMaxRecursivePath) {}
+using Matches = std::vector<std::pair<Map*, Map::iterator>>;
 
-    std::uint64_t eraseFrom(Position outermost) {
+// Finds the entries to be erased. Nothing is erased before all are known, for a match may fail.
+class Search : variant::PathWalk<Position> {
+public:
+    Search(const std::regex& expression, const std::string& prefix)
+        : PathWalk(prefix), mExpression(expression), mLowestStack(lowestStack()) {}
+
+    Matches matchesFrom(Position outermost) {
         walk(outermost, [this] { visit(); });
-        return mErased;
+        return std::move(mMatches);
     }
 
 private:
+    static std::uintptr_t lowestStack() {
+        const char here = 0;
+        return reinterpret_cast<std::uintptr_t>(&here) - platform::stackLeft() + kStackForStates;
+    }
+
     void visit() {
         if (mPosition.map == nullptr) {
             enterValue(*mPosition.element++);
             return;
         }
-        mPath += mPosition.entry->first;
-        if (matches()) {
-            mPosition.entry = mPosition.map->erase(mPosition.entry);
-            ++mErased;
+        const auto entry = mPosition.entry++;
+        mPath += entry->first;
+        if (matchesWhole(mPath, mExpression, mLowestStack)) {
+            mMatches.emplace_back(mPosition.map, entry);
             return;
         }
         mPath += '/';
-        enterValue((mPosition.entry++)->second);
+        enterValue(entry->second);
     }
 
     void enterValue(xoVariant& value) {
@@ -81,30 +127,70 @@ private:
         }
     }
 
-    bool matches() const {
-        if (mPath.size() > mMaxPath) throw std::regex_error(std::regex_constants::error_stack);
-        return std::regex_match(mPath, mExpression);
-    }
-
     const std::regex& mExpression;
-    std::size_t mMaxPath;
-    std::uint64_t mErased = 0;
+    std::uintptr_t mLowestStack;
+    Matches mMatches;
 };
+
+template <class Function>
+void callOnLargeStack(Function function) {
+    const auto call = [](void* called) { (*static_cast<Function*>(called))(); };
+    if (!platform::callOnOwnStack(kStack, call, &function)) throw std::bad_alloc();
+}
+
+std::uint64_t eraseAll(const Matches& matches) {
+    for (const auto& [map, entry] : matches) map->erase(entry);
+    return matches.size();
+}
+
+template <class Container>
+std::uint64_t eraseMatches(Container& container, const std::regex& expression, const std::string& prefix) {
+    Matches matches;
+    callOnLargeStack([&] { matches = Search(expression, prefix).matchesFrom(container); });
+    return eraseAll(matches);
+}
+
+std::regex compile(const std::string& pattern, bool caseInsensitive) {
+    auto options = std::regex_constants::ECMAScript | std::regex_constants::nosubs | kWithoutRecursion;
+    if (caseInsensitive) options |= std::regex_constants::icase;
+    return std::regex(pattern, options);
+}
+
+// Whether the stack of the caller is enough in any case. Without counted repetitions an expression has no more than a
+// few states for each character.
+bool isSmall(const std::string& pattern) {
+    constexpr bool matchesByRecursion = kWithoutRecursion == std::regex_constants::syntax_option_type();
+    constexpr std::size_t kAtLeast = 32 * 1024;
+    constexpr std::size_t kForCharacter = 2 * 1024;
+    return !matchesByRecursion && pattern.find('{') == std::string::npos &&
+           platform::stackLeft() >= kAtLeast + pattern.size() * kForCharacter;
+}
 
 }  // namespace
 
 std::uint64_t Map::erasePathRegEx(const std::string& pattern, bool caseInsensitive) {
-    return xoVariantUtils::ErasePathRegExImplRecurse(*this, compile(pattern, caseInsensitive), {});
+    if (pattern.size() > kMaxPattern) throw std::regex_error(std::regex_constants::error_space);
+    Matches matches;
+    const auto search = [&] {
+        const std::regex expression = compile(pattern, caseInsensitive);
+        matches = Search(expression, {}).matchesFrom(*this);
+    };
+    if (isSmall(pattern)) {
+        search();
+    } else {
+        callOnLargeStack(search);
+    }
+    return eraseAll(matches);
 }
 
 std::uint64_t xoVariantUtils::ErasePathRegExImplRecurse(Map& map, const std::regex& expression,
                                                         const std::string& prefix) {
-    return Eraser(expression, prefix).eraseFrom(map);
+    return eraseMatches(map, expression, prefix);
 }
 
 std::uint64_t xoVariantUtils::ErasePathRegExImplRecurse(List& list, const std::regex& expression,
                                                         const std::string& prefix) {
-    return Eraser(expression, prefix).eraseFrom(list);
+    return eraseMatches(list, expression, prefix);
 }
 
 }  // namespace xo

@@ -9,6 +9,7 @@
 
 #include "files/fileReplacement.h"
 #include "files/fileWriting.h"
+#include "platform/ownStack.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
 #include "xoSystem/xoInit.h"
@@ -61,6 +62,13 @@ void SetLastError(DWORD error) { gLastError = error; }
 namespace xo {
 
 std::wstring platform::toApiPath(std::string_view path) { return {path.begin(), path.end()}; }
+
+// The fuzzer's expressions are short: they fit any stack.
+bool platform::callOnOwnStack(std::size_t, void (*function)(void*), void* argument) {
+    function(argument);
+    return true;
+}
+std::size_t platform::stackLeft() { return std::size_t{64} * 1024 * 1024; }
 
 std::wstring platform::toWide(std::string_view text) { return {text.begin(), text.end()}; }
 std::wstring platform::toExtendedPath(const std::wstring& path) { return path; }

@@ -1,0 +1,107 @@
+#include "platform/ownStack.h"
+
+#include <cstdint>
+#include <exception>
+
+#include "platform/handle.h"
+
+#undef __try  // libstdc++ defines it as a macro; below it is the keyword of structured exception handling
+
+namespace xo::platform {
+namespace {
+
+constexpr std::size_t kCommit = std::size_t{64} * 1024;
+
+struct FiberPolicy {
+    using Type = void*;
+    static Type none() noexcept { return nullptr; }
+    static void close(Type fiber) noexcept { ::DeleteFiber(fiber); }
+};
+using Fiber = Owned<FiberPolicy>;
+
+// The fiber that the thread is: its own, or one that it becomes for as long as the object lives.
+class HomeFiber {
+public:
+    HomeFiber()
+        : mIsConverted(!::IsThreadAFiber()),
+          mFiber(mIsConverted ? ::ConvertThreadToFiberEx(nullptr, FIBER_FLAG_FLOAT_SWITCH) : ::GetCurrentFiber()) {}
+    ~HomeFiber() {
+        if (mIsConverted && mFiber) ::ConvertFiberToThread();
+    }
+    HomeFiber(const HomeFiber&) = delete;
+    HomeFiber& operator=(const HomeFiber&) = delete;
+
+    void* get() const { return mFiber; }
+
+private:
+    bool mIsConverted;
+    void* mFiber;
+};
+
+struct Call {
+    Call(void (*called)(void*), void* with) : function(called), argument(with) {}
+
+    void (*function)(void*);
+    void* argument;
+    void* home = nullptr;
+    std::exception_ptr exception;
+    EXCEPTION_RECORD fault{};  // its code is 0 where there was none
+};
+
+// A separate function, because C++ try and __try cannot share one, and not inlined, because a fault in the very
+// function of a __try would pass by it.
+__declspec(noinline) void callCatching(Call& call) {
+    try {
+        call.function(call.argument);
+    } catch (...) {
+        call.exception = std::current_exception();
+    }
+}
+
+long keepFault(const EXCEPTION_POINTERS& fault, Call& call) {
+    call.fault = *fault.ExceptionRecord;
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+// Nothing may leave a fiber's outermost function: there is no caller below it, and the process would end.
+void WINAPI runFiber(void* argument) {
+    Call& call = *static_cast<Call*>(argument);
+    __try {
+        callCatching(call);
+    } __except (keepFault(*GetExceptionInformation(), call)) {
+    }
+    ::SwitchToFiber(call.home);
+}
+
+bool callOnFiber(std::size_t size, Call& call) {
+    const HomeFiber home;
+    if (!home.get()) return false;
+    call.home = home.get();
+    const Fiber fiber(::CreateFiberEx(kCommit, size, FIBER_FLAG_FLOAT_SWITCH, &runFiber, &call));
+    if (!fiber) return false;
+    ::SwitchToFiber(fiber.get());
+    return true;
+}
+
+}  // namespace
+
+bool callOnOwnStack(std::size_t size, void (*function)(void*), void* argument) {
+    Call call(function, argument);
+    if (!callOnFiber(size, call)) return false;
+    const EXCEPTION_RECORD& fault = call.fault;
+    if (fault.ExceptionCode != 0)
+        ::RaiseException(fault.ExceptionCode, EXCEPTION_NONCONTINUABLE, fault.NumberParameters,
+                         fault.ExceptionInformation);
+    if (call.exception) std::rethrow_exception(call.exception);
+    return true;
+}
+
+std::size_t stackLeft() {
+    ULONG_PTR low = 0;
+    ULONG_PTR high = 0;
+    ::GetCurrentThreadStackLimits(&low, &high);
+    const auto here = reinterpret_cast<ULONG_PTR>(&high);
+    return here > low && here < high ? here - low : 0;
+}
+
+}  // namespace xo::platform
