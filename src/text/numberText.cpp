@@ -1,5 +1,6 @@
 #include "text/numberText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -33,20 +34,32 @@ bool startsDecimal(const char* at, const char* end) {
     return isDigit(at) || (at < end && *at == '.' && isDigit(at + 1));
 }
 
-// from_chars leaves the value alone when it is out of range; the exponent's sign, or else where the digits stand, tells
-// which end of the range was missed.
+// The exponent that begins behind the 'e', or one far beyond those of a double.
+std::int64_t readExponent(const char* at, const char* end) {
+    constexpr std::int64_t kFar = std::int64_t{1} << 62;
+    if (at != end && *at == '+') ++at;
+    std::int64_t exponent = 0;
+    if (std::from_chars(at, end, exponent).ec == std::errc::result_out_of_range) return *at == '-' ? -kFar : kFar;
+    return std::clamp(exponent, -kFar, kFar);
+}
+
+// from_chars leaves the value alone when it is out of range. The power of ten that the first digit other than 0 stands
+// for tells which end of the range was missed.
 double nearestEnd(const char* at, const char* end) {
-    bool digitsBeforePoint = false;
+    std::int64_t power = 0;
+    bool isBehindPoint = false;
+    bool isBehindZeros = false;
     for (; at != end && (*at | 0x20) != 'e'; ++at) {
         if (*at == '.') {
-            for (++at; at != end && (*at | 0x20) != 'e'; ++at) {
-            }
-            break;
+            isBehindPoint = true;
+            continue;
         }
-        digitsBeforePoint = digitsBeforePoint || *at != '0';
+        isBehindZeros = isBehindZeros || *at != '0';
+        if (isBehindZeros && !isBehindPoint) ++power;
+        if (!isBehindZeros && isBehindPoint) --power;
     }
-    const bool tiny = at != end ? at + 1 != end && at[1] == '-' : !digitsBeforePoint;
-    return tiny ? 0.0 : std::numeric_limits<double>::infinity();
+    if (at != end) power += readExponent(at + 1, end);
+    return power < 0 ? 0.0 : std::numeric_limits<double>::infinity();
 }
 
 // The powers of ten that a double holds exactly.
