@@ -47,10 +47,22 @@ bool readInteger(std::string_view text, std::int64_t& value) {
     return (value != (Limits::max)() && value != (Limits::min)()) || isEndOfRange(text, value);
 }
 
+// Whether a double is the whole number that its digits were read as.
+bool holdsExactly(double value, std::string_view digits) {
+    if (digits.size() <= std::numeric_limits<double>::digits10) return true;
+    char exact[std::numeric_limits<double>::max_exponent10 + 1];
+    const auto result = std::to_chars(exact, std::end(exact), std::fabs(value), std::chars_format::fixed, 0);
+    return digits == std::string_view(exact, static_cast<std::size_t>(result.ptr - exact));
+}
+
+// Fractions and texts with an exponent may be rounded, but not to nothing.
 bool readReal(std::string_view text, double& value) {
     if (text.empty() || !text::parseReal(text, value) || std::isinf(value)) return false;
     const std::string_view mantissa = text.substr(0, text.find_first_of("eE"));
-    return value != 0.0 || mantissa.find_first_of("123456789") == std::string_view::npos;
+    const std::size_t first = mantissa.find_first_of("123456789");
+    if (first == std::string_view::npos) return true;
+    const bool isWhole = text.find_first_of(".eE") == std::string_view::npos;
+    return isWhole ? holdsExactly(value, text.substr(first)) : value != 0.0;
 }
 
 bool losslessInteger(const xoVariant& from, xoVariant& out) {

@@ -49,6 +49,12 @@ TEST(VariantConversions, ReadTexts) {
         EXPECT_EQ(xoVariant(text).toInteger(), value.toInteger()) << text;
     for (const auto& [text, value] : map("010", 10.0, "1.5", 1.5, "0x1F", 0.0, "1,5", 0.0, "12abc", 0.0, "", 0.0))
         EXPECT_EQ(xoVariant(text).toReal(), value.toReal()) << text;
+    const std::string zeros(400, '0');
+    for (const auto& [text, value] :
+         map("0." + zeros + "1e0", 0.0, "1" + zeros + "e-5", kInfinity, "-1" + zeros, -kInfinity, "." + zeros + "1e-9",
+             0.0, "1" + zeros + "e-400", 1.0, "0." + zeros + "1e+401", 1.0, "0.001e+99999999999999999999", kInfinity,
+             "1000e-99999999999999999999", 0.0))
+        EXPECT_EQ(xoVariant(text).toReal(), value.toReal()) << text;
     EXPECT_EQ(xoVariant("a\0 b"s).toString(), "a\0 b"s);
 
     // The narrowest type that reads all of a text.
@@ -96,7 +102,13 @@ TEST(VariantConversions, LosslessOnesSucceedAndOthersLeaveTheTargetAlone) {
     refuses(xoVariant::INTEGER, -3.5, kNaN, kTwoTo63, "", "5 ", "9223372036854775808", "-9223372036854775809",
             "0xFFFFFFFFFFFFFFFFF", Strings{"5"});
     accepts(xoVariant::REAL, {{5, 5.0}, {false, 0.0}, {twoTo53, 9007199254740992.0}, {kMin, -kTwoTo63}});
-    accepts(xoVariant::REAL, {{"1.5", 1.5}, {"0e5", 0.0}});
+    accepts(xoVariant::REAL, {{"1.5", 1.5},
+                              {"0e5", 0.0},
+                              {" -007", -7.0},
+                              {"9007199254740992", 9007199254740992.0},
+                              {"10000000000000000000000", 1e22},
+                              {"9007199254740993.0", 9007199254740992.0}});
+    refuses(xoVariant::REAL, "9007199254740993", " -9007199254740993", "100000000000000000000000", "1 ");
     refuses(xoVariant::REAL, twoTo53 + 1, kMax, "1,5", "", "1e999", "1e-999", xoVariant::DateTime(5));
     accepts(xoVariant::BOOL, {{1, true}, {0.0, false}, {"True", true}, {"FALSE", false}});
     refuses(xoVariant::BOOL, 2, kNaN, "t", "1");
