@@ -10,8 +10,9 @@
 // There is no lock: any number of threads may read one value, a writer must be alone. A thread may build, copy and
 // destroy trees of any depth; none of the operations needs more stack for a deeper one.
 //
-// Nothing here reports an error. A conversion that cannot be made gives its fixed fallback; only running out of memory
-// and a bad regular expression throw, each its standard exception.
+// Nothing here reports an error. A conversion that cannot be made gives its fixed fallback. Exceptions come from four
+// causes only: lack of memory (std::bad_alloc), a size beyond what a container can hold (std::length_error), a bad
+// regular expression (std::regex_error), and what a caller's clone or equals throws.
 #ifndef XOSYSTEM_XOVARIANT_H
 #define XOSYSTEM_XOVARIANT_H
 
@@ -81,9 +82,11 @@ public:
         UserDataInterface& operator=(const UserDataInterface&) noexcept { return *this; }
         virtual ~UserDataInterface();
 
-        // A new copy from operator new, which the caller owns.
+        // A new copy from operator new, which the caller owns. Null makes the copied variant a USERDATA without an
+        // object. What it throws leaves the copying of the variant or the tree, of which nothing remains.
         virtual UserDataInterface* clone() const = 0;
-        // Asked of the left value with the object of the right one, whatever its class.
+        // Asked of the left value with the object of the right one, whatever its class. What it throws leaves the
+        // comparison.
         virtual bool equals(const UserDataInterface& other) const = 0;
     };
 
@@ -155,7 +158,7 @@ public:
         return *this;
     }
 
-    // Exchanges type and value with another.
+    // Exchanges type and value with another, of which neither may lie inside the other.
     void swap(xoVariant& other) noexcept {
         std::swap(mType, other.mType);
         std::swap(mIsLent, other.mIsLent);
@@ -164,7 +167,9 @@ public:
     friend void swap(xoVariant& a, xoVariant& b) noexcept { a.swap(b); }
 
     // The narrowest type that reads the whole text: INTEGER ("0x1F" and "010" too, and the empty text is 0), else REAL
-    // ("3.25" or "3,25"), else STRING. Never BOOL.
+    // ("3.25" or "3,25"), else STRING. Never BOOL. White space and a sign may stand before a number, nothing behind it.
+    // A whole number beyond the range gives the nearest end of it, INTEGER 9223372036854775807 for example; a REAL
+    // beyond its range gives infinity or 0.
     static xoVariant BuildFromString(std::string_view text);
 
     // The type of what is held now.
@@ -201,7 +206,8 @@ public:
     const UserDataInterface* getUserData() const { return mType == USERDATA ? mPayload.userData : nullptr; }
     UserDataInterface* editUserData() { return mType == USERDATA ? mPayload.userData : nullptr; }
 
-    // Replaces the value by the default one of the type, even where it has that type already.
+    // Replaces the value by the default one of the type, even where it has that type already. A number that is no type
+    // makes it UNKNOWN.
     xoVariant& setType(Type type);
     void clear() noexcept {
         xoVariant old;
@@ -210,12 +216,19 @@ public:
 
     // A NaN is true; of the texts only "true", "True", "TRUE", "t" and "1" are.
     bool toBool() const { return mType == BOOL ? mPayload.boolean : convertToBool(); }
-    // A text that is not wholly an integer gives 0. A REAL beyond the range gives the nearest end of it, NaN gives 0.
+    // A text that is not wholly an integer ("1.5", "5 ", "") gives 0; white space may stand before it, "0x1F" is 31 and
+    // "010" is 8. A text or REAL beyond the range gives the nearest end of it, NaN gives 0, a BOOL 0 or 1, a DATETIME
+    // its count. Every other type gives 0.
     std::int64_t toInteger() const { return mType == INTEGER ? mPayload.integer : convertToInteger(); }
-    // A text that is not wholly a number gives 0.0, what is neither number, text nor BOOL gives NaN.
+    // A text that is not wholly a decimal number ("1,5", "5 ", "0x1F", "") gives 0.0; white space may stand before it.
+    // A text beyond the range gives infinity or 0. What is neither number, text nor BOOL gives NaN.
     double toReal() const { return mType == REAL ? mPayload.real : convertToReal(); }
-    // REAL with six significant digits, vectors as "[1,2.5,3]", string lists and lists joined by " ".
+    // INTEGER and DATETIME in decimal, REAL with six significant digits ("0.1", "1e+20", "inf", "nan"), BOOL as "true"
+    // or "false", vectors and matrices as "[1,2.5,3]", string lists and lists joined by " ", maps as
+    // "(key=value),(...)". UNKNOWN and USERDATA give an empty text.
     std::string toString() const;
+    // STRING gives its text as the only one, LIST the toString() of each element; types other than these and STRINGLIST
+    // give an empty list.
     std::vector<std::string> toStringList() const;
     // Lists come from LIST and STRINGLIST, maps from MAP alone; any other type gives an empty one.
     xoVariantListImpl toList() const;
@@ -227,13 +240,15 @@ public:
     // leaves out alone. Besides each type to itself:
     //
     //   to INTEGER     BOOL, DATETIME; REAL without a fraction and in range; STRING that is wholly an integer in range
-    //   to REAL        BOOL; INTEGER that a double holds exactly; STRING that is wholly a number, finite and not
-    //                  rounded down to 0
+    //   to REAL        BOOL; INTEGER that a double holds exactly; STRING that is wholly a number, finite, not rounded
+    //                  down to 0, and if it is digits alone, held exactly
     //   to BOOL        INTEGER and REAL 0 and 1; STRING "true", "True", "TRUE", "false", "False", "FALSE"
     //   to STRING      INTEGER, BOOL; REAL whose text reads back as the same value; STRINGLIST of one text
     //   to STRINGLIST  STRING; LIST of nothing but STRING
     //   to LIST        STRINGLIST
     //   to DATETIME    INTEGER
+    //
+    // White space may stand before a number in a STRING, but not behind it. A number that is no type gives false.
     bool convertLosslessTo(Type type, xoVariant& out) const;
 
     // Values of different types are never equal, whatever numbers they hold. A REAL NaN is unequal to itself; vectors
@@ -331,14 +346,19 @@ public:
     xoVariant& back() { return mElements.back(); }
     const xoVariant& back() const { return mElements.back(); }
 
-    // The value may lie inside this list, or be the variant that holds it.
+    // Appends a copy. The value may lie inside this list, or hold it.
     xoVariant& push_back(const xoVariant& value);
-    xoVariant& push_back(xoVariant&& value);
     xoVariantListImpl& operator<<(const xoVariant& value);
-    iterator erase(iterator position) { return mElements.erase(position); }
+    // Appends the value itself, which may lie inside this list and becomes UNKNOWN. It must not hold this list, not
+    // even deep inside: the list would then own itself, and nobody could reach it or free it.
+    xoVariant& push_back(xoVariant&& value);
+    // Returns the place behind the one erased. Erasing end() does nothing.
+    iterator erase(iterator position) { return position != end() ? mElements.erase(position) : position; }
+    // New elements are copies of fill, which may lie inside this list.
     void resize(size_type count, const xoVariant& fill = xoVariant()) { mElements.resize(count, fill); }
     void reserve(size_type count) { mElements.reserve(count); }
     void clear() noexcept { mElements.clear(); }
+    // Neither list may lie inside the other.
     void swap(xoVariantListImpl& other) noexcept { mElements.swap(other.mElements); }
     friend void swap(xoVariantListImpl& a, xoVariantListImpl& b) noexcept { a.swap(b); }
 
@@ -361,6 +381,8 @@ private:
 // A path is keys joined by a separator, ended by a NUL: "a/b" is the key b of the map under the key a. A key in it may
 // be empty, so "a/" is the empty key of the map under a, and "" the empty key of this map. Lists have no place in a
 // path. Looking up a key or a path allocates nothing.
+//
+// A null C string is no key: nothing is found under it and nothing removed, and nothing enters the map.
 class XOSYSTEM_API xoVariant::xoVariantMapImpl {
 public:
     // Unsigned bytes, a proper prefix first. Keys are short: comparing them here beats a call to do it.
@@ -441,31 +463,49 @@ public:
     size_type size() const noexcept { return mEntries.size(); }
     bool empty() const noexcept { return mEntries.empty(); }
     void clear() noexcept { mEntries.clear(); }
+    // Neither map may lie inside the other.
     void swap(xoVariantMapImpl& other) noexcept { mEntries.swap(other.mEntries); }
     friend void swap(xoVariantMapImpl& a, xoVariantMapImpl& b) noexcept { a.swap(b); }
 
     // A copy of the value, or of the default when the key is absent.
     xoVariant getValue(std::string_view key, const xoVariant& defaultValue = xoVariant()) const;
-    // An absent key is inserted with a copy of the default; operator[] inserts UNKNOWN.
+    xoVariant getValue(const char* key, const xoVariant& defaultValue = xoVariant()) const {
+        return key != nullptr ? getValue(std::string_view(key), defaultValue) : defaultValue;
+    }
+    // An absent key is inserted with a copy of the default; operator[] inserts UNKNOWN. A null key gives what
+    // editValuePath gives for a null path.
     xoVariant& editValue(std::string_view key, const xoVariant& defaultValue = xoVariant());
+    xoVariant& editValue(const char* key, const xoVariant& defaultValue = xoVariant()) {
+        return key != nullptr ? editValue(std::string_view(key), defaultValue) : editValuePath(key, defaultValue);
+    }
     xoVariant& operator[](std::string_view key);
+    xoVariant& operator[](const char* key) { return editValue(key); }
 
     // An absent key is found at end().
     iterator find(std::string_view key);
     const_iterator find(std::string_view key) const;
-    bool contains(std::string_view key) const;  // whether the map itself has the key
+    iterator find(const char* key) { return key != nullptr ? find(std::string_view(key)) : end(); }
+    const_iterator find(const char* key) const { return key != nullptr ? find(std::string_view(key)) : end(); }
+    // Whether the map itself has the key.
+    bool contains(std::string_view key) const;
+    bool contains(const char* key) const { return find(key) != end(); }
     // Leaves an existing value alone. Returns the key's place and whether it was inserted.
     std::pair<iterator, bool> insert(std::pair<std::string, xoVariant> entry);
-    iterator erase(iterator position) { return mEntries.erase(position); }
+    // Returns the place behind the one erased. Erasing end() does nothing.
+    iterator erase(iterator position) { return position != end() ? mEntries.erase(position) : position; }
+    // Whether there was such a key.
     bool remove(std::string_view key);
+    bool remove(const char* key) { return key != nullptr && remove(std::string_view(key)); }
 
-    // A null path resolves to nothing.
+    // A null path resolves to nothing. With NUL as the separator the whole path is one key.
     xoVariant getValuePath(const char* path, const xoVariant& defaultValue = xoVariant(), char separator = '/') const;
     const xoVariant* findPath(const char* path, char separator = '/') const;
     xoVariant* findPath(const char* path, char separator = '/');
     // Creates what is missing, the last key with a copy of the default; an existing value is left as it is. A value on
     // the way that is not a map is lost: an empty map takes its place. A null path gives a value of the calling thread
-    // that holds a copy of the default and lasts until its next call with a null path; no map has a part in it.
+    // that holds a copy of the default and lasts until the thread's next call with a null path or key; no map has a
+    // part in it. That value keeps the library's DLL loaded and is destroyed when the thread ends: a class of user data
+    // that is in it must then still be loaded.
     xoVariant& editValuePath(const char* path, const xoVariant& defaultValue = xoVariant(), char separator = '/');
 
     // The same; the path ends at its first NUL.
@@ -485,9 +525,21 @@ public:
     // Inserts beside what the key holds already. Without asList two maps merge key by key at every depth, and texts
     // gather in a STRINGLIST; otherwise the values gather in a LIST.
     void multiInsert(std::string_view key, const xoVariant& value, bool asList = false);
-    // The same, taking the value and leaving it UNKNOWN.
+    void multiInsert(const char* key, const xoVariant& value, bool asList = false) {
+        if (key != nullptr) multiInsert(std::string_view(key), value, asList);
+    }
+    // The same, taking the value and leaving it UNKNOWN, even where a null key loses it. The value may lie inside this
+    // map. It must not hold this map, not even deep inside: the map would then own itself, and nobody could reach it or
+    // free it.
     void multiInsertAndDestroy(std::string_view key, xoVariant& value, bool asList = false);
     void multiInsertAndDestroy(std::string_view key, xoVariant&& value, bool asList = false) {
+        multiInsertAndDestroy(key, value, asList);
+    }
+    void multiInsertAndDestroy(const char* key, xoVariant& value, bool asList = false) {
+        if (key == nullptr) return value.clear();
+        multiInsertAndDestroy(std::string_view(key), value, asList);
+    }
+    void multiInsertAndDestroy(const char* key, xoVariant&& value, bool asList = false) {
         multiInsertAndDestroy(key, value, asList);
     }
     // Multi-inserts a copy of every entry. The other map may be this one, or a part of it.

@@ -40,6 +40,7 @@ TEST(VariantMap, InsertsOnlyWhatIsAbsent) {
     EXPECT_TRUE(!again.second && again.first->second == xoVariant(1) && values.insert({"b", 2}).second);
     EXPECT_EQ(values, map("a", 1, "b", 2, "x", 5, "y", xoVariant()));
     EXPECT_EQ(values.erase(values.find("a"))->first, "b");
+    EXPECT_TRUE(values.erase(values.end()) == values.end());
     EXPECT_TRUE(values.remove("b") && !values.remove("b") && values.find("b") == values.end());
     EXPECT_EQ(values.editValue("copy", values["x"]), xoVariant(5));
     EXPECT_EQ(values.size(), 3u);
@@ -79,15 +80,23 @@ TEST(VariantPath, EditingCreatesTheWay) {
     EXPECT_EQ(tree, map("", 5, "a", map("", 4, "b", 1), "i", map("x", 3), "n", xoVariant()));
 }
 
-TEST(VariantPath, EditingANullPathTouchesNoMap) {
+TEST(VariantPath, NullPathsAndKeysTouchNoMap) {
     constexpr const char* kNull = nullptr;
-    Map tree = map("a", 1);
+    Map tree = map("", 1);
     xoVariant& scratch = tree.editValuePath(kNull, 7, '/');
     EXPECT_EQ(scratch, xoVariant(7));
     std::thread([&] { Map().editValuePath(kNull, list(1), '/'); }).join();
     EXPECT_EQ(scratch, xoVariant(7)) << "each thread has its own";
     EXPECT_EQ(tree.editValuePath(kNull, 8, '/'), xoVariant(8));
-    EXPECT_EQ(tree, map("a", 1));
+    EXPECT_TRUE(tree.editValue(kNull, 9) == xoVariant(9) && tree[kNull].isNull());
+    EXPECT_TRUE(tree.getValue(kNull, 9) == xoVariant(9) && !tree.contains(kNull) && !tree.remove(kNull));
+    EXPECT_TRUE(tree.find(kNull) == tree.end() && std::as_const(tree).find(kNull) == std::as_const(tree).end());
+    tree.multiInsert(kNull, 2);
+    tree.multiInsertAndDestroy(kNull, xoVariant(2));
+    xoVariant taken = 2;
+    tree.multiInsertAndDestroy(kNull, taken);
+    EXPECT_TRUE(taken.isNull());
+    EXPECT_EQ(tree, map("", 1));
 }
 
 TEST(VariantPath, DefaultAndPathMayBeWhatIsReplaced) {

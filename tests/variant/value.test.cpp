@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <memory>
+#include <stdexcept>
 #include <type_traits>
 
 #include "variant/trees.h"
@@ -89,6 +90,8 @@ TEST(VariantValue, TakesValuesFromInsideItself) {
     EXPECT_EQ(value, xoVariant(list(kLong, 2)));
     for (int i = 0; i < 20; ++i) value.editList().push_back(value.getList()[0]);  // across growth
     EXPECT_EQ(value.getList().back(), xoVariant(kLong));
+    EXPECT_TRUE(value.editList().erase(value.editList().end()) == value.editList().end());
+    EXPECT_THROW(value.editList().reserve(static_cast<std::size_t>(-1)), std::length_error);
     value.editList().resize(100, value.getList()[1]);
     EXPECT_EQ(value.getList().back(), xoVariant(2));
 
@@ -127,6 +130,8 @@ struct Counted : xoVariant::UserDataInterface {
     Counted(Counts& ofAll, int number) : counts(ofAll), value(number) {}
     ~Counted() override { ++counts.destroyed; }
     UserDataInterface* clone() const override {
+        if (value < 0) throw std::domain_error("cannot be copied");
+        if (value == 0) return nullptr;
         ++counts.clones;
         auto copy = std::make_unique<Counted>(*this);
         EXPECT_EQ(copy->held, held) << "must be whole by now";
@@ -165,8 +170,14 @@ TEST(VariantValue, OwnsUserData) {
         EXPECT_EQ(list(moved), list(moved));
         const xoVariant around = nest(100, true, std::make_unique<Counted>(counts, 3));
         EXPECT_EQ(xoVariant(around), around);
+        const xoVariant noClone = std::make_unique<Counted>(counts, 0);
+        EXPECT_EQ(xoVariant(noClone), none);
+        List willThrow = list(kLong, moved);
+        willThrow.push_back(std::make_unique<Counted>(counts, -1));
+        const xoVariant outer = nest(40, true, std::move(willThrow));
+        EXPECT_THROW(xoVariant{outer}, std::domain_error);
     }
-    EXPECT_EQ(counts.destroyed, counts.clones + 3);
+    EXPECT_EQ(counts.destroyed, counts.clones + 5);
 }
 
 }  // namespace
