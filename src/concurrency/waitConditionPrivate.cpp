@@ -1,5 +1,7 @@
 #include "concurrency/waitConditionPrivate.h"
 
+#include <utility>
+
 namespace xo {
 namespace {
 
@@ -15,26 +17,14 @@ bool lookUpFunction(const char* name, Function& function) {
     return function != nullptr;
 }
 
-class SectionLock {
-public:
-    explicit SectionLock(CRITICAL_SECTION& section) : mSection(section) { ::EnterCriticalSection(&mSection); }
-    ~SectionLock() { ::LeaveCriticalSection(&mSection); }
-    SectionLock(const SectionLock&) = delete;
-    SectionLock& operator=(const SectionLock&) = delete;
-
-private:
-    CRITICAL_SECTION& mSection;
-};
-
 }  // namespace
 
 bool xoWaitConditionPrivateVista::lookUp() {
-    // One "and" without a short cut: every pointer is set, to null where the function is missing.
-    return static_cast<bool>(
-        static_cast<int>(lookUpFunction("InitializeConditionVariable", initializeConditionVariable)) &
-        static_cast<int>(lookUpFunction("SleepConditionVariableCS", sleepConditionVariable)) &
-        static_cast<int>(lookUpFunction("WakeAllConditionVariable", wakeAllConditionVariable)) &
-        static_cast<int>(lookUpFunction("WakeConditionVariable", wakeConditionVariable)));
+    // All four in any case, so that each pointer is set, to null where the function is missing.
+    bool hasAll = lookUpFunction("InitializeConditionVariable", initializeConditionVariable);
+    hasAll = lookUpFunction("SleepConditionVariableCS", sleepConditionVariable) && hasAll;
+    hasAll = lookUpFunction("WakeAllConditionVariable", wakeAllConditionVariable) && hasAll;
+    return lookUpFunction("WakeConditionVariable", wakeConditionVariable) && hasAll;
 }
 
 xoWaitConditionPrivateVista::xoWaitConditionPrivateVista() { initializeConditionVariable(&mCondition); }
@@ -47,60 +37,78 @@ void xoWaitConditionPrivateVista::wakeAll() { wakeAllConditionVariable(&mConditi
 
 void xoWaitConditionPrivateVista::wakeOne() { wakeConditionVariable(&mCondition); }
 
-xoWaitConditionPrivateEvent::xoWaitConditionPrivateEvent() {
-    ::InitializeCriticalSection(&mSection);
-    mEvents[kWakeOne].reset(::CreateEventA(nullptr, /*bManualReset=*/FALSE, /*bInitialState=*/FALSE, nullptr));
-    mEvents[kWakeAll].reset(::CreateEventA(nullptr, /*bManualReset=*/TRUE, /*bInitialState=*/FALSE, nullptr));
-}
-
-xoWaitConditionPrivateEvent::~xoWaitConditionPrivateEvent() { ::DeleteCriticalSection(&mSection); }
+// One call to wait, on the stack of its thread. The list's lock guards it: wait returns only after it has taken that
+// lock once more, so nobody who wakes can still be using the record then.
+struct xoWaitConditionPrivateEvent::Waiter {
+    HANDLE event;
+    bool isReleased = false;     // by then it is out of the list, and its event has been set
+    Waiter* previous = nullptr;  // both in the list
+    Waiter* next = nullptr;
+};
 
 bool xoWaitConditionPrivateEvent::wait(CRITICAL_SECTION* callersSection, unsigned long timeoutMs) {
-    {
-        const SectionLock lock(mSection);
-        ++mWaiterCount;
+    platform::KernelHandle event = takeEvent();
+    if (!event) {
+        ::LeaveCriticalSection(callersSection);
+        ::EnterCriticalSection(callersSection);
+        return true;
     }
+    Waiter waiter{event.get()};
+    append(waiter);
     ::LeaveCriticalSection(callersSection);
-
-    const HANDLE events[kEventCount] = {mEvents[kWakeOne].get(), mEvents[kWakeAll].get()};
-    const DWORD result = ::WaitForMultipleObjects(kEventCount, events, /*bWaitAll=*/FALSE, timeoutMs);
-
-    bool resetWakeAll = result == WAIT_OBJECT_0 + kWakeOne;
-    {
-        const SectionLock lock(mSection);
-        --mWaiterCount;
-        if (result == WAIT_OBJECT_0 + kWakeAll) resetWakeAll = endsBroadcast();
-    }
-    if (resetWakeAll) ::ResetEvent(events[kWakeAll]);
+    const DWORD result = ::WaitForSingleObject(event.get(), timeoutMs);
+    const bool isReleased = finish(waiter, result, event);
     ::EnterCriticalSection(callersSection);
-    return result != WAIT_TIMEOUT;
+    return isReleased || result != WAIT_TIMEOUT;
 }
 
-bool xoWaitConditionPrivateEvent::endsBroadcast() {
-    const bool firstTime = mReleased.insert(::GetCurrentThreadId()).second;
-    if (firstTime && mWaiterCount > 0) return false;
-    mReleased.clear();
-    return true;
+platform::KernelHandle xoWaitConditionPrivateEvent::takeEvent() {
+    {
+        const platform::SlimLocker locker(mLock);
+        if (mSpareCount > 0) return std::move(mSpares[--mSpareCount]);
+    }
+    return platform::KernelHandle(
+        ::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/FALSE, /*bInitialState=*/FALSE, nullptr));
+}
+
+void xoWaitConditionPrivateEvent::append(Waiter& waiter) {
+    const platform::SlimLocker locker(mLock);
+    waiter.previous = mLast;
+    (mLast ? mLast->next : mFirst) = &waiter;
+    mLast = &waiter;
+}
+
+void xoWaitConditionPrivateEvent::remove(Waiter& waiter) {
+    (waiter.previous ? waiter.previous->next : mFirst) = waiter.next;
+    (waiter.next ? waiter.next->previous : mLast) = waiter.previous;
+}
+
+bool xoWaitConditionPrivateEvent::finish(Waiter& waiter, DWORD waitResult, platform::KernelHandle& event) {
+    const platform::SlimLocker locker(mLock);
+    if (!waiter.isReleased) {
+        remove(waiter);
+    } else if (waitResult != WAIT_OBJECT_0) {
+        // Released after the wait had ended by itself: the event is still set, and its next user must not see that.
+        ::ResetEvent(event.get());
+    }
+    if (waitResult != WAIT_FAILED && mSpareCount < kMaxSpares) mSpares[mSpareCount++] = std::move(event);
+    return waiter.isReleased;
+}
+
+void xoWaitConditionPrivateEvent::release(Waiter& waiter) {
+    remove(waiter);
+    waiter.isReleased = true;
+    ::SetEvent(waiter.event);
 }
 
 void xoWaitConditionPrivateEvent::wakeAll() {
-    bool anyWaiter = false;
-    {
-        const SectionLock lock(mSection);
-        mReleased.clear();
-        anyWaiter = mWaiterCount != 0;
-    }
-    if (anyWaiter) ::SetEvent(mEvents[kWakeAll].get());
+    const platform::SlimLocker locker(mLock);
+    while (mFirst) release(*mFirst);
 }
 
 void xoWaitConditionPrivateEvent::wakeOne() {
-    bool anyWaiter = false;
-    {
-        const SectionLock lock(mSection);
-        anyWaiter = mWaiterCount != 0;
-    }
-    ::ResetEvent(mEvents[kWakeAll].get());  // cancels a broadcast that is still under way
-    if (anyWaiter) ::SetEvent(mEvents[kWakeOne].get());
+    const platform::SlimLocker locker(mLock);
+    if (mFirst) release(*mFirst);
 }
 
 }  // namespace xo

@@ -1,10 +1,9 @@
-// The two ways in which a wait condition works: on the system's condition variables, or on two events.
+// The two ways in which a wait condition works: on the system's condition variables, or on events.
 #ifndef XO_CONCURRENCY_WAITCONDITIONPRIVATE_H
 #define XO_CONCURRENCY_WAITCONDITIONPRIVATE_H
 
-#include <set>
-
 #include "platform/handle.h"
+#include "platform/slimLock.h"
 
 namespace xo {
 
@@ -36,25 +35,35 @@ private:
     CONDITION_VARIABLE mCondition;
 };
 
-// An auto-reset event wakes one thread, a manual-reset event all of them.
+// An event for each waiting thread, so that a wake-up belongs to the thread that it was meant for. The threads stand in
+// a list, the longest waiting one first, from before they leave the caller's section. A wait for which the system has
+// no event counts as woken.
 class xoWaitConditionPrivateEvent final : public xoWaitConditionPrivate {
 public:
-    xoWaitConditionPrivateEvent();
-    ~xoWaitConditionPrivateEvent() override;
     bool wait(CRITICAL_SECTION* callersSection, unsigned long timeoutMs) override;
     void wakeAll() override;
     void wakeOne() override;
 
 private:
-    enum Event { kWakeOne, kWakeAll, kEventCount };
+    struct Waiter;
+    static constexpr int kMaxSpares = 4;
 
-    // A broadcast is over when its last waiter has seen it, or when a thread sees it for the second time.
-    bool endsBroadcast();
+    // An auto-reset event that is not set; null when the system has none left.
+    platform::KernelHandle takeEvent();
+    void append(Waiter& waiter);
+    void remove(Waiter& waiter) XO_REQUIRES(mLock);
 
-    int mWaiterCount = 0;       // threads inside wait
-    CRITICAL_SECTION mSection;  // guards mWaiterCount and mReleased; never held together with a caller's section
-    platform::KernelHandle mEvents[kEventCount];
-    std::set<DWORD> mReleased;  // threads that the current broadcast has woken already
+    // Takes the waiter out of the list, lets it go on.
+    void release(Waiter& waiter) XO_REQUIRES(mLock);
+
+    // Ends a wait that had this result, and keeps the event if there is room. Whether the waiter was released.
+    bool finish(Waiter& waiter, DWORD waitResult, platform::KernelHandle& event);
+
+    platform::SlimLock mLock;  // taken last, under a caller's section or without one, and held for no wait
+    Waiter* mFirst XO_GUARDED_BY(mLock) = nullptr;
+    Waiter* mLast XO_GUARDED_BY(mLock) = nullptr;
+    platform::KernelHandle mSpares[kMaxSpares] XO_GUARDED_BY(mLock);  // events that are not set, for the next waits
+    int mSpareCount XO_GUARDED_BY(mLock) = 0;
 };
 
 }  // namespace xo

@@ -34,6 +34,18 @@ private:
     SRWLOCK mLock = SRWLOCK_INIT;
 };
 
+// Holds a SlimLock for a scope.
+class XO_SCOPED_CAPABILITY SlimLocker {
+public:
+    explicit SlimLocker(SlimLock& lock) XO_ACQUIRE(lock) : mLock(lock) { mLock.lock(); }
+    ~SlimLocker() XO_RELEASE() { mLock.unlock(); }
+    SlimLocker(const SlimLocker&) = delete;
+    SlimLocker& operator=(const SlimLocker&) = delete;
+
+private:
+    SlimLock& mLock;
+};
+
 }  // namespace xo::platform
 
 #endif

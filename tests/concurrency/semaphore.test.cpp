@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/windows.h"
+#include "waitGate.h"
 
 namespace {
 
@@ -20,22 +20,25 @@ TEST(Semaphore, CountsWithoutWaitingWhileThereIsEnough) {
     EXPECT_EQ(semaphore.getNoResources(), 5u);
 }
 
-TEST(Semaphore, LetsWaitersThroughWhenEachHasEnough) {
+// Nothing initialises the library here, so a semaphore waits on events.
+TEST(Semaphore, LetsEachWaiterThroughThatHasEnough) {
+    const xo::tests::WaitGate gate("xoSystem.dll");
+    ASSERT_TRUE(gate.isInstalled());
     xo::xoSemaphore semaphore(0);
-    std::atomic<unsigned> taken{0};
-    std::vector<std::thread> threads;
-    for (const unsigned amount : {2u, 3u})
-        threads.emplace_back([&semaphore, &taken, amount] {
-            semaphore.acquire(amount);
-            taken += amount;
-        });
-    ::Sleep(20);  // so that they most likely wait already
+    std::thread greedy([&] { semaphore.acquire(2); });
+    gate.awaitArrival();
+    std::thread modest([&] {
+        xo::tests::WaitGate::holdThisThread();
+        semaphore.acquire(1);
+    });
+    gate.awaitArrival();
     semaphore.release(1);
-    ::Sleep(20);
-    EXPECT_EQ(taken, 0u) << "woken, but not for enough";
-    semaphore.release(4);
-    for (std::thread& thread : threads) thread.join();  // would hang if only one were woken
-    EXPECT_EQ(semaphore.getNoResources(), 0u);
+    gate.awaitArrival();  // woken, but not for enough, the greedy one waits again: it must take nothing from the other
+    gate.openFor(1);
+    modest.join();
+    semaphore.release(3);
+    greedy.join();
+    EXPECT_EQ(semaphore.getNoResources(), 1u);
 }
 
 TEST(Semaphore, LosesNothingAmongManyThreads) {

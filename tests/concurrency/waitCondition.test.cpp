@@ -6,23 +6,21 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "concurrency/waitConditionPrivate.h"
-#include "support/importHook.h"
+#include "waitGate.h"
 
 namespace {
 
-// Every promise holds for both implementations; the parameter names one.
-class EachWaitCondition : public testing::TestWithParam<std::string> {
+// A wait condition, the section that its waiters leave, and threads that wait.
+class Waiters {
 protected:
-    EachWaitCondition() {
-        EXPECT_TRUE(xo::xoWaitConditionPrivateVista::lookUp());
+    explicit Waiters(std::unique_ptr<xo::xoWaitConditionPrivate> condition) : mCondition(std::move(condition)) {
         ::InitializeCriticalSection(&mSection);
-        if (GetParam() == "Native") mCondition = std::make_unique<xo::xoWaitConditionPrivateVista>();
-        if (GetParam() == "Event") mCondition = std::make_unique<xo::xoWaitConditionPrivateEvent>();
     }
-    ~EachWaitCondition() override {
+    ~Waiters() {
         for (std::thread& thread : mThreads) thread.join();
         ::DeleteCriticalSection(&mSection);
     }
@@ -30,10 +28,20 @@ protected:
     void enter() { ::EnterCriticalSection(&mSection); }
     void leave() { ::LeaveCriticalSection(&mSection); }
 
-    // Returns once so many threads are inside wait: each holds the section from its count to its wait.
-    void startWaiters(int count) {
+    bool waitHere(unsigned long timeoutMs) {
+        enter();
+        const bool woken = mCondition->wait(&mSection, timeoutMs);
+        std::thread([this] { EXPECT_FALSE(::TryEnterCriticalSection(&mSection)) << "held again"; }).join();
+        leave();
+        return woken;
+    }
+
+    // Returns once so many more threads are inside wait: each holds the section from its count to its wait.
+    void startWaiters(int count, bool areHeldBack = false) {
+        mArrived = mWoken = 0;
         for (int i = 0; i < count; ++i) {
-            mThreads.emplace_back([this] {
+            mThreads.emplace_back([this, areHeldBack] {
+                if (areHeldBack) xo::tests::WaitGate::holdThisThread();
                 enter();
                 ++mArrived;
                 if (mCondition->wait(&mSection, 20000)) ++mWoken;
@@ -60,53 +68,41 @@ protected:
     std::vector<std::thread> mThreads;
 };
 
+std::unique_ptr<xo::xoWaitConditionPrivate> makeCondition(const std::string& name) {
+    if (name == "Event") return std::make_unique<xo::xoWaitConditionPrivateEvent>();
+    EXPECT_TRUE(xo::xoWaitConditionPrivateVista::lookUp());
+    return std::make_unique<xo::xoWaitConditionPrivateVista>();
+}
+
+// Every promise holds for both implementations; the parameter names one.
+class EachWaitCondition : public testing::TestWithParam<std::string>, protected Waiters {
+protected:
+    EachWaitCondition() : Waiters(makeCondition(GetParam())) {}
+};
+
 TEST_P(EachWaitCondition, TimesOutHoldingTheLockAgain) {
     mCondition->wakeOne();  // nobody waits: neither must be remembered
     mCondition->wakeAll();
     for (const int timeoutMs : {0, 20}) {
-        enter();
         // The system's tick count will not do: it stands still while Wine's server does not get to run.
         const auto start = std::chrono::steady_clock::now();
-        EXPECT_FALSE(mCondition->wait(&mSection, static_cast<unsigned long>(timeoutMs)));
+        EXPECT_FALSE(waitHere(static_cast<unsigned long>(timeoutMs)));
         const std::chrono::duration<double, std::milli> elapsedMs = std::chrono::steady_clock::now() - start;
         EXPECT_GE(elapsedMs.count() + 16, timeoutMs) << "more than a tick too early";
-        std::thread([this] { EXPECT_FALSE(::TryEnterCriticalSection(&mSection)) << "held again"; }).join();
-        leave();
     }
 }
 
-TEST_P(EachWaitCondition, WakesAllWaitersAndEndsTheBroadcast) {
-    for (int round = 0; round < 3; ++round) {
-        startWaiters(3);
+TEST_P(EachWaitCondition, WakesAllWaitersAndRemembersNothing) {
+    for (const int count : {3, 10, 1}) {  // with events made, too many to keep, and kept
+        startWaiters(count);
         mCondition->wakeAll();
-        awaitCount(mWoken, 3);
-        enter();
-        EXPECT_FALSE(mCondition->wait(&mSection, 0)) << "the broadcast was not reset by its last waiter";
-        mArrived = mWoken = 0;
-        leave();
-    }
-}
-
-HANDLE gate;  // before which the event implementation's waiters stand until they may begin to wait
-DWORD WINAPI waitBehindGate(DWORD count, const HANDLE* handles, BOOL all, DWORD timeoutMs) {
-    ::WaitForSingleObject(gate, INFINITE);
-    return xo::tests::ImportHook::behind(&waitBehindGate)(count, handles, all, timeoutMs);
-}
-
-TEST_P(EachWaitCondition, WakesAllThatAreOnTheirWayToWait) {
-    const xo::platform::KernelHandle semaphore(::CreateSemaphoreW(nullptr, 0, 2, nullptr));
-    gate = semaphore.get();
-    const xo::tests::ImportHook hook(nullptr, "WaitForMultipleObjects", &waitBehindGate);
-    ASSERT_TRUE(hook.isInstalled());
-    startWaiters(2);
-    mCondition->wakeAll();
-    for (int woken = 1; woken <= 2; ++woken) {
-        ::ReleaseSemaphore(gate, 1, nullptr);
-        awaitCount(mWoken, woken);
+        awaitCount(mWoken, count);
+        EXPECT_FALSE(waitHere(0));
     }
 }
 
 TEST_P(EachWaitCondition, WakesOneWaiterAtATime) {
+    EXPECT_FALSE(waitHere(0));  // who has given up does not take a wake-up from the others
     startWaiters(3);
     for (int woken = 1; woken <= 3; ++woken) {
         mCondition->wakeOne();
@@ -122,39 +118,83 @@ TEST_P(EachWaitCondition, WakesOneWaiterAtATime) {
 INSTANTIATE_TEST_SUITE_P(Both, EachWaitCondition, testing::Values("Native", "Event"),
                          [](const auto& info) { return info.param; });
 
-HANDLE WINAPI refuseEvent(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR) { return nullptr; }
+class WaitConditionOnEvents : public testing::Test, protected Waiters {
+protected:
+    WaitConditionOnEvents() : Waiters(makeCondition("Event")) {}
+};
 
-TEST(WaitConditionOnEvents, ReadsAFailedWaitAsAWakeUp) {
-    // When the system has run out of events, a wait fails: it must return all the same, with the lock held.
-    CRITICAL_SECTION section;
-    ::InitializeCriticalSection(&section);
-    const xo::tests::ImportHook hook(nullptr, "CreateEventA", &refuseEvent);
+TEST_F(WaitConditionOnEvents, WakesThoseWhoAreOnTheirWayToWait) {
+    struct Row {
+        std::string wakes;  // "1": one waiter, "*": all
+        int woken;          // of the two
+    };
+    for (const Row& row : {Row{"1", 1}, Row{"11", 2}, Row{"*", 2}, Row{"1*", 2}, Row{"*1", 2}}) {
+        const xo::tests::WaitGate gate(nullptr);
+        ASSERT_TRUE(gate.isInstalled());
+        startWaiters(2, /*areHeldBack=*/true);
+        for (const char wake : row.wakes) wake == '1' ? mCondition->wakeOne() : mCondition->wakeAll();
+        EXPECT_FALSE(waitHere(0)) << row.wakes << ": a newcomer took a wake-up of those before it";
+        gate.openFor(2);
+        awaitCount(mWoken, row.woken);
+        mCondition->wakeAll();
+        awaitCount(mWoken, 2);
+    }
+}
+
+xo::xoWaitConditionPrivate* wokenLate = nullptr;
+DWORD WINAPI wakeAfterTimeOut(HANDLE event, DWORD timeoutMs) {
+    const DWORD result = xo::tests::ImportHook::behind(&wakeAfterTimeOut)(event, timeoutMs);
+    if (wokenLate) std::exchange(wokenLate, nullptr)->wakeOne();
+    return result;
+}
+
+TEST_F(WaitConditionOnEvents, TakesAWakeUpThatComesWithTheTimeOut) {
+    const xo::tests::ImportHook hook(nullptr, "WaitForSingleObject", &wakeAfterTimeOut);
     ASSERT_TRUE(hook.isInstalled());
-    xo::xoWaitConditionPrivateEvent condition;
-    ::EnterCriticalSection(&section);
-    EXPECT_TRUE(condition.wait(&section, 1000));
-    ::LeaveCriticalSection(&section);
-    ::DeleteCriticalSection(&section);
+    wokenLate = mCondition.get();
+    EXPECT_TRUE(waitHere(0)) << "the wake-up was lost";
+    EXPECT_FALSE(waitHere(0)) << "the wake-up counted twice";
+}
+
+HANDLE WINAPI refuseEvent(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCWSTR) { return nullptr; }
+
+LPCRITICAL_SECTION watchedSection = nullptr;
+int timesLeft = 0;
+void WINAPI countLeave(LPCRITICAL_SECTION section) {
+    if (section == watchedSection) ++timesLeft;
+    xo::tests::ImportHook::behind (&countLeave)(section);
+}
+
+TEST_F(WaitConditionOnEvents, WakesAtOnceWhenTheSystemRefusesAnEvent) {
+    const xo::tests::ImportHook noEvents(nullptr, "CreateEventW", &refuseEvent);
+    const xo::tests::ImportHook leaves(nullptr, "LeaveCriticalSection", &countLeave);
+    ASSERT_TRUE(noEvents.isInstalled() && leaves.isInstalled());
+    watchedSection = &mSection;
+    timesLeft = 0;
+    EXPECT_TRUE(waitHere(20000));
+    EXPECT_EQ(timesLeft, 2) << "by the wait and by the test";
 }
 
 TEST(WaitCondition, HandsWorkBetweenThreads) {
-    xo::xoWaitCondition::FindBestImplementation();
-    xo::xoMutex mutex;
-    xo::xoWaitCondition condition;
-    int ball = 0;  // even: this thread's turn
-    constexpr int kRounds = 2000;
-    const auto play = [&](int side) {
-        const xo::xoMutexLocker locker(mutex);
-        for (int i = 0; i < kRounds; ++i) {
-            while (ball % 2 != side) condition.wait(&mutex);
-            ++ball;
-            condition.wakeAll();
-        }
-    };
-    std::thread other(play, 1);
-    play(0);
-    other.join();
-    EXPECT_EQ(ball, 2 * kRounds);
+    for (const bool isLate : {false, true}) {
+        if (isLate) xo::xoWaitCondition::FindBestImplementation();
+        xo::xoMutex mutex;
+        xo::xoWaitCondition condition;
+        int ball = 0;  // even: this thread's turn
+        constexpr int kRounds = 2000;
+        const auto play = [&](int side) {
+            const xo::xoMutexLocker locker(mutex);
+            for (int i = 0; i < kRounds; ++i) {
+                while (ball % 2 != side) condition.wait(&mutex);
+                ++ball;
+                condition.wakeAll();
+            }
+        };
+        std::thread other(play, 1);
+        play(0);
+        other.join();
+        EXPECT_EQ(ball, 2 * kRounds);
+    }
 }
 
 }  // namespace
