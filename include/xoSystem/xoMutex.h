@@ -49,7 +49,6 @@ public:
     bool tryLock() XO_TRY_ACQUIRE(true);
 
 private:
-    friend class xoWaitCondition;
     friend struct impl::MutexAccess;
     void* getMutexData() const;  // the critical section
 

@@ -5,8 +5,15 @@
 //     work();
 //     slots.release();
 //
-// Every operation may be called from any thread. Waiting threads are not served in order: a thread that wants much may
-// be overtaken by threads that want little. Nothing here reports an error.
+// Every operation may be called from any thread. Waiting threads are not served in order: a thread that asks for many
+// resources may be overtaken by threads that ask for few. Nothing here reports an error.
+//
+// Destroy a semaphore only when no thread is inside acquire or release any more. That acquire has returned does not
+// mean that the release which ended it has returned, too: a semaphore on the stack, which one thread waits for and
+// destroys, may go while another thread is still inside release.
+//
+// A semaphore made before initializeXoSystem(InitTypeFull) works; its mutex and its wait condition each log their
+// CRITICAL line when there is a log, and it keeps the older implementation of xoWaitCondition for life.
 #ifndef XOSYSTEM_XOSEMAPHORE_H
 #define XOSYSTEM_XOSEMAPHORE_H
 
@@ -20,7 +27,7 @@ namespace xo {
 
 class XOSYSTEM_API xoSemaphore {
 public:
-    // So many resources are free at first.
+    // The number of resources that are free at first.
     explicit xoSemaphore(unsigned int initialCount);
     ~xoSemaphore();
     xoSemaphore(const xoSemaphore&) = delete;

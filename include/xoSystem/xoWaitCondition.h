@@ -3,11 +3,13 @@
 //     xoMutexLocker locker(mutex);
 //     while (queue.empty()) condition.wait(&mutex);
 //
-// Any number of threads may use one object. A wake-up with nobody waiting is forgotten, and a thread may wake for no
-// reason: test what you wait for, in a loop, with the mutex held.
+// Any number of threads may use one object. A wake-up while no thread waits has no effect, and a wait may end without a
+// wake-up: test the awaited state in a loop, with the mutex held. Destroy the object only when no thread is inside one
+// of its functions any more.
 //
-// Made before initializeXoSystem(InitTypeFull), an object works for life on the older of two implementations and logs
-// one CRITICAL line, "WaitCondition created before full init of xoSystem", when there is a log.
+// An object made before initializeXoSystem(InitTypeFull) uses the older of two implementations, for life, and logs one
+// CRITICAL line, "WaitCondition created before full init of xoSystem", when there is a log. Both do the same; the older
+// one is slower.
 #ifndef XOSYSTEM_XOWAITCONDITION_H
 #define XOSYSTEM_XOWAITCONDITION_H
 
@@ -27,11 +29,14 @@ public:
     xoWaitCondition(const xoWaitCondition&) = delete;
     xoWaitCondition& operator=(const xoWaitCondition&) = delete;
 
-    // Releases the mutex, which the caller must hold exactly once, waits to be woken, and takes the mutex again in
-    // every case. False when timeoutMs milliseconds (0xFFFFFFFF: no limit) have passed.
+    // Releases the mutex, waits for a wake-up, and takes the mutex again in every case. False when timeoutMs
+    // milliseconds (0xFFFFFFFF: no limit) have passed, and at once, without a wait, for null and for a mutex that the
+    // calling thread does not hold. A mutex that it has locked twice is unlocked only once, so that no other thread can
+    // take it during the wait. When Windows refuses the wait it ends at once: with true in the older implementation,
+    // with false in the other.
     bool wait(xoMutex* mutex, unsigned long timeoutMs = 0xFFFFFFFF) XO_REQUIRES(mutex);
 
-    // Wakes one of the waiting threads, if there is any.
+    // Wakes one of the threads that wait now, if there are any.
     void wakeOne();
 
     // Wakes all threads that wait now.

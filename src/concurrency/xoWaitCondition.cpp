@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "concurrency/earlyCreation.h"
+#include "concurrency/mutexAccess.h"
 #include "concurrency/waitConditionPrivate.h"
 
 namespace xo {
@@ -26,7 +27,9 @@ xoWaitCondition::xoWaitCondition() : mPrivate(factory.load(std::memory_order_rel
 xoWaitCondition::~xoWaitCondition() = default;
 
 bool xoWaitCondition::wait(xoMutex* mutex, unsigned long timeoutMs) {
-    return mPrivate->wait(static_cast<CRITICAL_SECTION*>(mutex->getMutexData()), timeoutMs);
+    if (!mutex) return false;
+    CRITICAL_SECTION& section = impl::MutexAccess::sectionOf(*mutex);
+    return impl::MutexAccess::isOwnedByCaller(section) && mPrivate->wait(&section, timeoutMs);
 }
 
 void xoWaitCondition::wakeOne() { mPrivate->wakeOne(); }

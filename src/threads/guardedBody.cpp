@@ -2,18 +2,11 @@
 
 #include <exception>
 
+#include "concurrency/mutexAccess.h"
 #include "platform/windows.h"
 #include "xoSystem/xoException.h"
 
-namespace xo {
-
-struct impl::MutexAccess {
-    static CRITICAL_SECTION& sectionOf(const xoMutex& lock) {
-        return *static_cast<CRITICAL_SECTION*>(lock.getMutexData());
-    }
-};
-
-namespace threads {
+namespace xo::threads {
 namespace {
 
 // GCC's runtime sets up its thread-local storage at the first use, under a spin lock. Process exit kills the other
@@ -25,14 +18,9 @@ const bool isThreadStorageSetUp = [] {
     return true;
 }();
 
-// The critical section alone knows who owns the lock and how often.
-bool isOwner(const CRITICAL_SECTION& section) {
-    return section.OwningThread == reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(::GetCurrentThreadId()));
-}
-
 void releaseWholly(const xoMutex& lock) {
     CRITICAL_SECTION& section = impl::MutexAccess::sectionOf(lock);
-    while (isOwner(section)) ::LeaveCriticalSection(&section);
+    while (impl::MutexAccess::isOwnedByCaller(section)) ::LeaveCriticalSection(&section);
 }
 
 }  // namespace
@@ -47,5 +35,4 @@ bool runGuarded(void (*body)(void*), void* argument, std::initializer_list<xoMut
     }
 }
 
-}  // namespace threads
-}  // namespace xo
+}  // namespace xo::threads

@@ -197,4 +197,14 @@ TEST(WaitCondition, HandsWorkBetweenThreads) {
     }
 }
 
+TEST(WaitCondition, DoesNotWaitWithoutAMutexThatItsCallerHolds) {
+    xo::xoMutex mutex;
+    xo::xoWaitCondition condition;
+    const auto waitFor = [&](xo::xoMutex* m) XO_NO_THREAD_SAFETY_ANALYSIS { return condition.wait(m); };
+    EXPECT_FALSE(waitFor(nullptr));
+    EXPECT_FALSE(waitFor(&mutex)) << "held by nobody";
+    const xo::xoMutexLocker locker(mutex);
+    std::thread([&] { EXPECT_FALSE(waitFor(&mutex)) << "held by another thread"; }).join();
+}
+
 }  // namespace
