@@ -15,7 +15,9 @@
 #ifndef XOSYSTEM_XOMUTEX_H
 #define XOSYSTEM_XOMUTEX_H
 
+#include <atomic>
 #include <memory>
+#include <type_traits>
 
 #include "xoSystem/xoExport.h"
 
@@ -141,45 +143,71 @@ private:
     bool mLocked;
 };
 
-// A value that all copies of the handle share, each access under a lock that they share too. The last copy to go frees
-// value and lock. Different handles may be used by different threads; one handle is assigned to by one thread at a
-// time.
+namespace impl {
+
+// Whether values of this type fit into one lock-free atomic on x86-64.
+template <class T>
+constexpr bool isSmallValue =
+    std::is_trivially_copyable_v<T>&& std::is_copy_constructible_v<T>&& std::is_copy_assignable_v<T> &&
+    (sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);
+
+// The value of an xoThreadSafePtr, under a lock where it does not fit into an atomic.
+template <class T, bool isSmall = isSmallValue<T>>
+class SharedValue {
+public:
+    explicit SharedValue(const T& value) : mMutex(WithoutEarlyWarning()), mValue(value) {}
+    T load() {
+        const xoMutexLocker locker(mMutex);
+        return mValue;
+    }
+    T exchange(const T& value) {
+        const xoMutexLocker locker(mMutex);
+        const T before = mValue;
+        mValue = value;
+        return before;
+    }
+
+private:
+    xoMutex mMutex;
+    T mValue XO_GUARDED_BY(mMutex);
+};
+
+template <class T>
+class SharedValue<T, true> {
+public:
+    explicit SharedValue(const T& value) : mValue(value) {}
+    T load() const { return mValue.load(); }
+    T exchange(const T& value) { return mValue.exchange(value); }
+
+private:
+    std::atomic<T> mValue;
+};
+
+}  // namespace impl
+
+// A value that all copies of the handle share; the last copy to go frees it. Different handles may be used by different
+// threads; one handle is assigned to by one thread at a time. A number, a bool, a pointer or an enumerator is read and
+// written without a lock, so that a thread which is suspended or killed in the middle of that blocks nobody.
 template <class T>
 class xoThreadSafePtr {
 public:
     // Makes a new shared value, a copy of this one.
-    explicit xoThreadSafePtr(const T& value) : mShared(std::make_shared<Shared>(value)) {}
+    explicit xoThreadSafePtr(const T& value) : mShared(std::make_shared<impl::SharedValue<T>>(value)) {}
     virtual ~xoThreadSafePtr() = default;
     xoThreadSafePtr(const xoThreadSafePtr&) = default;
     xoThreadSafePtr& operator=(const xoThreadSafePtr&) = default;
 
     // Gives a copy of the value.
-    T get() const {
-        const xoMutexLocker locker(mShared->mutex);
-        return mShared->value;
-    }
+    T get() const { return mShared->load(); }
 
     // Replaces the value, for all copies of the handle.
-    void set(const T& value) {
-        const xoMutexLocker locker(mShared->mutex);
-        mShared->value = value;
-    }
+    void set(const T& value) { mShared->exchange(value); }
 
     // Sets the value and returns the one before, with no other access in between.
-    T exchange(const T& value) {
-        const xoMutexLocker locker(mShared->mutex);
-        const T before = mShared->value;
-        mShared->value = value;
-        return before;
-    }
+    T exchange(const T& value) { return mShared->exchange(value); }
 
 private:
-    struct Shared {
-        explicit Shared(const T& v) : mutex(impl::WithoutEarlyWarning()), value(v) {}
-        xoMutex mutex;
-        T value XO_GUARDED_BY(mutex);
-    };
-    std::shared_ptr<Shared> mShared;
+    std::shared_ptr<impl::SharedValue<T>> mShared;
 };
 
 }  // namespace xo

@@ -5,6 +5,7 @@
 
 #include "platform/windows.h"
 #include "support/child.h"
+#include "support/importHook.h"
 #include "xoSystem/xoMutex.h"
 
 #if defined(__clang__)  // these tests lock, and unlock, where the analysis sees a mistake
@@ -127,17 +128,34 @@ TEST(MutexSystem, PassesOnWhenItsProcessEnds) {
     mutex.unlock();
 }
 
-TEST(ThreadSafePtr, SharesOneValueAmongCopies) {
-    xo::xoThreadSafePtr<bool> flag(false);
+template <class T>
+void shareAmongCopies(const T& first, const T& second) {
+    xo::xoThreadSafePtr<T> value(first);
     {
-        xo::xoThreadSafePtr<bool> copy(flag);
-        EXPECT_FALSE(copy.exchange(true));
+        xo::xoThreadSafePtr<T> copy(value);
+        EXPECT_EQ(copy.exchange(second), first);
     }
-    EXPECT_TRUE(flag.get());
-    xo::xoThreadSafePtr<bool> other(false);
-    other = flag;
-    flag.set(false);
-    EXPECT_FALSE(other.get());
+    EXPECT_EQ(value.get(), second);
+    xo::xoThreadSafePtr<T> other(second);
+    other = value;
+    value.set(first);
+    EXPECT_EQ(other.get(), first);
+}
+
+int locksTaken = 0;
+void WINAPI countLock(LPCRITICAL_SECTION section) {
+    ++locksTaken;
+    xo::tests::ImportHook::behind (&countLock)(section);
+}
+
+TEST(ThreadSafePtr, SharesOneValueAmongCopiesWithALockOnlyWhereItMust) {
+    const xo::tests::ImportHook hook("xoSystem.dll", "EnterCriticalSection", &countLock);
+    ASSERT_TRUE(hook.isInstalled());
+    shareAmongCopies<std::string>("a", "b");
+    EXPECT_GT(locksTaken, 0);
+    locksTaken = 0;
+    shareAmongCopies(false, true);
+    EXPECT_EQ(locksTaken, 0) << "a thread that is suspended while it holds one would stop the others";
 }
 
 }  // namespace
