@@ -15,13 +15,18 @@
 //     thread.end(true);  // asks it to end and waits until it is not alive
 //
 // The contract: a body calls setAlive(false) as its last act, which frees the object for destruction. A thread that
-// still counts as alive when destroy() or a destructor runs is killed wherever it is, together with every lock that it
-// holds (that of the heap, for one): end it first. What a body throws, and a fault in it, is reported by the library's
-// guard, ends the thread alone, and clears the alive flag.
+// still counts as alive when destroy() or a destructor runs is killed wherever it is. The locks that it holds stay
+// locked, that of the heap included, and a wait condition that it waits for must not be used again: end the thread
+// first. What a body throws, and a processor fault in it, is reported by the library's guard, ends the thread alone,
+// and clears the alive flag.
 //
-// Copies share the thread: one Windows handle, closed with the last of them, one alive flag and one must-end flag, but
-// each has its own note of being suspended. Any copy that is destroyed kills a thread that is alive. mustEnd, setAlive
-// and isAlive may be called from any thread; the rest by one thread at a time.
+// A class derived from xoLegacyThread ends its thread in its own destructor, with end(true): when the destructor of
+// xoLegacyThread runs, the derived object, whose run() the thread executes, is gone already.
+//
+// Copies share one alive flag, one must-end flag, and the thread that the source held when it was copied, whose Windows
+// handle is closed with the last of them. Each has its own note that it has suspended the thread. Any copy that is
+// destroyed kills the thread if it is alive, but a copy from before that thread was created leaves it alone. mustEnd,
+// setAlive and isAlive may be called from any thread; the rest by one thread at a time.
 #ifndef XOSYSTEM_XOLEGACYTHREAD_H
 #define XOSYSTEM_XOLEGACYTHREAD_H
 
@@ -29,7 +34,6 @@
 #include <memory>
 
 #include "xoSystem/xoExport.h"
-#include "xoSystem/xoMutex.h"
 #include "xoSystem/xoThread.h"
 
 // How a thread begins. Any other value starts none.
@@ -42,64 +46,62 @@ namespace xo {
 
 class XOSYSTEM_API xoLegacyThread {
 public:
-    // The body is not owned and outlives the thread; null does nothing.
+    // The body is not owned and outlives the thread. With null the thread runs nothing, and still counts as alive.
     explicit xoLegacyThread(xoRunnable* body);
     // Share the thread, as said above.
     xoLegacyThread(const xoLegacyThread& other);
     xoLegacyThread& operator=(const xoLegacyThread& other);
     ~xoLegacyThread();
 
-    // Starts the thread, which runs this very object, unless it is alive already. Whether there is one now. A new
-    // thread takes the place of one that is no longer alive; a must-end request stays set.
+    // Starts a thread, which runs this very object, unless one is alive already. A new thread takes the place of one
+    // that is no longer alive; a must-end request stays set. False when the flag has another value, when Windows makes
+    // no thread, and when the thread that is alive was started by a copy and this object does not hold it. May throw
+    // std::bad_alloc.
     bool create(const xoThreadCreationFlag& flag = xoThreadCreationFlagRun);
     bool create(int flag) { return create(static_cast<xoThreadCreationFlag>(flag)); }
 
     // Runs on the new thread: calls the body.
     virtual void run();
 
-    // Kills the thread if it is alive.
+    // Kills the thread if it is alive. Called by that thread itself, it does not return.
     virtual void destroy();
 
-    // Asks the thread to end, and resumes it if suspend() had stopped it. With wait true, returns once it is not alive;
-    // that is never if the body forgets setAlive(false).
+    // Asks the thread to end, and resumes it if this object or a copy has suspended it. With wait true, returns once it
+    // is not alive; that is never if the body forgets setAlive(false), or if the thread was created suspended and
+    // nobody resumed it. The thread itself does not wait.
     void end(bool wait);
 
     // Whether the thread was asked to end. Bodies poll it.
-    bool mustEnd() const { return mMustEnd.get(); }
+    bool mustEnd() const;
 
     // Whether the thread counts as alive: true from create() on, false by the body's last act.
-    void setAlive(bool alive) { mAlive.set(alive); }
-    bool isAlive() const { return mAlive.get(); }
+    void setAlive(bool alive);
+    bool isAlive() const;
 
-    // Stop the thread wherever it is, and let it go on. Suspending does not nest.
+    // Stop the thread wherever it is, and let it go on. Suspending does not nest. A thread that suspends itself goes on
+    // when another one resumes it. Without a thread, or after its end, only what isSuspended() gives changes; a new
+    // thread begins with false.
     void suspend();
     void resume();
-    bool isSuspended() const { return (mFlags & kSuspended) != 0; }
+    bool isSuspended() const;
 
     // The identifier that Windows gave the thread; 0 before there is one.
-    unsigned int getId() const { return mId; }
+    unsigned int getId() const;
 
     // The number of objects, copies included, that exist.
     static unsigned int getNbThreads() { return mNbThreads; }
 
-    // Pause the calling thread; yield only gives way to others.
+    // Pause the calling thread; yield only gives way to others, and so does sleep for 0 and for negative times.
     static void yield();
     static void sleep(int milliseconds);
 
 private:
-    struct Handle;
-    static constexpr unsigned char kSuspended = 1;
+    struct Private;
 
     static unsigned int __stdcall execute(void* thread);
     static void runGuarded(void* thread);
-    void kill();
 
-    std::shared_ptr<Handle> mHandle;  // null before the first thread
-    xoRunnable* mBody;
-    std::atomic<unsigned int> mId{0};
-    xoThreadSafePtr<bool> mAlive;
-    std::atomic<unsigned char> mFlags{0};
-    xoThreadSafePtr<bool> mMustEnd;
+    std::unique_ptr<Private> mPrivate;
 
     static std::atomic<unsigned int> mNbThreads;
 };

@@ -2,72 +2,115 @@
 
 #include <process.h>
 
+#include <algorithm>
+
 #include "fault/signalWatch.h"
 #include "platform/handle.h"
 #include "threads/guardedBody.h"
+#include "xoSystem/xoMutex.h"
 
 namespace xo {
+namespace {
 
-struct xoLegacyThread::Handle {
-    platform::KernelHandle thread;
+// A Windows thread, shared by the object that started it and the copies made since.
+struct Thread {
+    // Takes back one call to suspend, if there is any.
+    void resume() {
+        if (suspensions == 0) return;
+        --suspensions;
+        ::ResumeThread(handle.get());
+    }
+
+    platform::KernelHandle handle;
+    unsigned int id = 0;
+    std::atomic<unsigned int> suspensions{0};  // by suspend() of any of the objects
 };
+
+}  // namespace
+
+struct xoLegacyThread::Private {
+    explicit Private(xoRunnable* runnable) : body(runnable), alive(false), mustEnd(false), current(nullptr) {}
+    Private(const Private& other)
+        : body(other.body),
+          thread(other.thread),
+          isSuspended(other.isSuspended.load()),
+          alive(other.alive),
+          mustEnd(other.mustEnd),
+          current(other.current) {}
+    Private& operator=(const Private& other) {
+        body = other.body;
+        thread = other.thread;
+        isSuspended = other.isSuspended.load();
+        alive = other.alive;
+        mustEnd = other.mustEnd;
+        current = other.current;
+        return *this;
+    }
+
+    void kill();
+
+    xoRunnable* body;
+    std::shared_ptr<Thread> thread;        // null before the first one
+    std::atomic<bool> isSuspended{false};  // by this object
+    xoThreadSafePtr<bool> alive;           // this and the rest are shared with all copies
+    xoThreadSafePtr<bool> mustEnd;
+    xoThreadSafePtr<const Thread*> current;  // the thread that "alive" speaks of; only compared
+};
+
+// A copy from before the current thread was created has nothing to do with it.
+void xoLegacyThread::Private::kill() {
+    if (current.get() != thread.get() || !alive.exchange(false) || !thread) return;
+    ::TerminateThread(thread->handle.get(), 0);
+    // TerminateThread returns before the thread has ended, and the thread may still use what its owner frees next:
+    // https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-terminatethread
+    constexpr DWORD kLongestEndMs = 1000;
+    ::WaitForSingleObject(thread->handle.get(), kLongestEndMs);
+}
 
 std::atomic<unsigned int> xoLegacyThread::mNbThreads{0};
 
-xoLegacyThread::xoLegacyThread(xoRunnable* body) : mBody(body), mAlive(false), mMustEnd(false) { ++mNbThreads; }
+xoLegacyThread::xoLegacyThread(xoRunnable* body) : mPrivate(std::make_unique<Private>(body)) { ++mNbThreads; }
 
-xoLegacyThread::xoLegacyThread(const xoLegacyThread& other)
-    : mHandle(other.mHandle),
-      mBody(other.mBody),
-      mId(other.mId.load()),
-      mAlive(other.mAlive),
-      mFlags(other.mFlags.load()),
-      mMustEnd(other.mMustEnd) {
+xoLegacyThread::xoLegacyThread(const xoLegacyThread& other) : mPrivate(std::make_unique<Private>(*other.mPrivate)) {
     ++mNbThreads;
 }
 
 xoLegacyThread& xoLegacyThread::operator=(const xoLegacyThread& other) {
-    if (this == &other) return *this;
-    mHandle = other.mHandle;
-    mBody = other.mBody;
-    mId = other.mId.load();
-    mAlive = other.mAlive;
-    mFlags = other.mFlags.load();
-    mMustEnd = other.mMustEnd;
+    *mPrivate = *other.mPrivate;
     return *this;
 }
 
 xoLegacyThread::~xoLegacyThread() {
-    kill();
+    mPrivate->kill();
     --mNbThreads;
 }
 
 bool xoLegacyThread::create(const xoThreadCreationFlag& flag) {
-    if (isAlive()) return mHandle != nullptr;
+    if (isAlive()) return mPrivate->thread != nullptr;
 
-    mHandle.reset();
-    auto handle = std::make_shared<Handle>();
-    mAlive.set(true);  // now, because a short body clears the flag before _beginthreadex returns
-    if (flag == xoThreadCreationFlagRun || flag == xoThreadCreationFlagSuspended) {
-        unsigned int id = 0;
-        handle->thread.reset(reinterpret_cast<HANDLE>(
-            ::_beginthreadex(/*security=*/nullptr, /*stack_size=*/0, &execute, this,
-                             flag == xoThreadCreationFlagSuspended ? CREATE_SUSPENDED : 0, &id)));
-        mId = id;
-    }
-    if (!handle->thread) {
-        mAlive.set(false);
-        return false;
-    }
-    mHandle = std::move(handle);
+    mPrivate->thread.reset();
+    mPrivate->current.set(nullptr);
+    if (flag != xoThreadCreationFlagRun && flag != xoThreadCreationFlagSuspended) return false;
+
+    // Suspended in any case, so that all is in place before the body begins: it may ask for its identifier or clear the
+    // alive flag at once.
+    auto thread = std::make_shared<Thread>();
+    thread->handle.reset(reinterpret_cast<HANDLE>(::_beginthreadex(
+        /*security=*/nullptr, /*stack_size=*/0, &execute, this, CREATE_SUSPENDED, &thread->id)));
+    if (!thread->handle) return false;
+    mPrivate->isSuspended = false;
+    mPrivate->alive.set(true);
+    mPrivate->current.set(thread.get());
+    mPrivate->thread = thread;
+    // The object may be gone as soon as the thread runs.
+    if (flag == xoThreadCreationFlagRun) ::ResumeThread(thread->handle.get());
     return true;
 }
 
 unsigned int __stdcall xoLegacyThread::execute(void* thread) {
     auto* const self = static_cast<xoLegacyThread*>(thread);
     fault::watchSignalsOfThread();
-    self->mId = ::GetCurrentThreadId();          // the body may ask before _beginthreadex has returned
-    xoThreadSafePtr<bool> alive = self->mAlive;  // the object may be gone once the body has cleared it
+    xoThreadSafePtr<bool> alive = self->mPrivate->alive;  // the object may be gone once the body has cleared it
     if (!threads::runGuarded(&runGuarded, self, /*locks=*/{})) alive.set(false);
     return 0;
 }
@@ -75,38 +118,47 @@ unsigned int __stdcall xoLegacyThread::execute(void* thread) {
 void xoLegacyThread::runGuarded(void* thread) { static_cast<xoLegacyThread*>(thread)->run(); }
 
 void xoLegacyThread::run() {
-    if (mBody) mBody->run();
+    if (mPrivate->body) mPrivate->body->run();
 }
 
-void xoLegacyThread::destroy() { kill(); }
-
-void xoLegacyThread::kill() {
-    if (!mAlive.exchange(false) || !mHandle) return;
-    ::TerminateThread(mHandle->thread.get(), 0);
-    // That only asks for the end; for a moment longer the thread may use what its owner is about to free.
-    constexpr DWORD kMomentMs = 1000;
-    ::WaitForSingleObject(mHandle->thread.get(), kMomentMs);
-}
+void xoLegacyThread::destroy() { mPrivate->kill(); }
 
 void xoLegacyThread::end(bool wait) {
-    if (!mMustEnd.exchange(true)) resume();
+    mPrivate->mustEnd.set(true);
+    mPrivate->isSuspended = false;
+    Thread* const thread = mPrivate->thread.get();
+    while (thread && thread->suspensions != 0) thread->resume();  // suspended, it could not see the request
+    if (thread && thread->id == ::GetCurrentThreadId()) return;
     while (wait && isAlive()) yield();
 }
 
+bool xoLegacyThread::mustEnd() const { return mPrivate->mustEnd.get(); }
+
+void xoLegacyThread::setAlive(bool alive) { mPrivate->alive.set(alive); }
+
+bool xoLegacyThread::isAlive() const { return mPrivate->alive.get(); }
+
 void xoLegacyThread::suspend() {
-    if (isSuspended()) return;
-    mFlags |= kSuspended;  // first: a thread that suspends itself gets no further
-    if (mHandle) ::SuspendThread(mHandle->thread.get());
+    if (mPrivate->isSuspended.exchange(true)) return;
+    Thread* const thread = mPrivate->thread.get();
+    if (!thread) return;
+    ++thread->suspensions;  // first: a thread that suspends itself gets no further
+    ::SuspendThread(thread->handle.get());
 }
 
+// The note first: once the thread runs it may suspend itself again.
 void xoLegacyThread::resume() {
-    if (!isSuspended()) return;
-    if (mHandle) ::ResumeThread(mHandle->thread.get());
-    mFlags &= static_cast<unsigned char>(~kSuspended);
+    if (mPrivate->isSuspended.exchange(false) && mPrivate->thread) mPrivate->thread->resume();
 }
+
+bool xoLegacyThread::isSuspended() const { return mPrivate->isSuspended; }
+
+unsigned int xoLegacyThread::getId() const { return mPrivate->thread ? mPrivate->thread->id : 0; }
 
 void xoLegacyThread::yield() { ::SleepEx(0, /*bAlertable=*/FALSE); }
 
-void xoLegacyThread::sleep(int milliseconds) { ::SleepEx(static_cast<DWORD>(milliseconds), /*bAlertable=*/FALSE); }
+void xoLegacyThread::sleep(int milliseconds) {
+    ::SleepEx(static_cast<DWORD>((std::max)(milliseconds, 0)), /*bAlertable=*/FALSE);
+}
 
 }  // namespace xo

@@ -25,6 +25,11 @@ private:
     std::function<void()> mFunction;
 };
 
+// One that may be deleted.
+struct Copy final : xoLegacyThread {
+    explicit Copy(const xoLegacyThread& other) : xoLegacyThread(other) {}
+};
+
 TEST_F(LegacyThread, RunsUntilItIsAskedToEnd) {
     std::atomic<int> steps{0};
     unsigned idInside = 0;
@@ -90,21 +95,48 @@ TEST_F(LegacyThread, IsKilledByDestroyAndByTheDestructorOfAnyCopy) {
 
 TEST_F(LegacyThread, SharesThreadAndFlagsWithItsCopies) {
     Runner runner([&] {
-        while (!runner.thread.mustEnd()) xoLegacyThread::sleep(1);
+        while (!runner.thread.mustEnd()) xoLegacyThread::sleep(-1);
     });
-    runner.thread.create();
     const unsigned before = xoLegacyThread::getNbThreads();
+    auto early = std::make_unique<Copy>(runner.thread);
+    runner.thread.create();
+    EXPECT_TRUE(early->isAlive());
+    EXPECT_FALSE(early->create()) << "it does not hold the thread that is alive";
+    early->destroy();
+    early.reset();
+    EXPECT_TRUE(runner.thread.isAlive()) << "nor may it touch it";
     xoLegacyThread copy(runner.thread);
     xoLegacyThread assigned(nullptr);
     assigned = copy;
     EXPECT_EQ(xoLegacyThread::getNbThreads(), before + 2);
     assigned.suspend();
     EXPECT_FALSE(copy.isSuspended()) << "each notes its own";
-    assigned.resume();
-    assigned.end(true);
-    EXPECT_TRUE(copy.mustEnd());
-    EXPECT_FALSE(copy.isAlive());
+    copy.end(true);  // would hang if it left the thread suspended
+    EXPECT_TRUE(assigned.mustEnd());
+    EXPECT_FALSE(assigned.isAlive());
     EXPECT_EQ(copy.getId(), runner.thread.getId());
+}
+
+TEST_F(LegacyThread, EndsWhileSuspendedHoweverOftenItWasAsked) {
+    std::atomic<bool> mayEnd{false};
+    Runner runner([&] {
+        while (!mayEnd || !runner.thread.mustEnd()) xoLegacyThread::yield();
+        runner.thread.end(true);  // does not wait for itself
+    });
+    std::unique_ptr<Copy> ofLifeBefore;
+    for (int life = 0; life < 2; ++life) {
+        mayEnd = false;
+        runner.thread.create();
+        EXPECT_FALSE(runner.thread.isSuspended()) << "that was the thread before";
+        ofLifeBefore.reset();
+        EXPECT_TRUE(runner.thread.isAlive());
+        runner.thread.end(false);
+        runner.thread.suspend();
+        mayEnd = true;
+        runner.thread.end(true);  // would hang
+        runner.thread.suspend();  // has nothing to suspend any more
+        ofLifeBefore = std::make_unique<Copy>(runner.thread);
+    }
 }
 
 TEST_F(LegacyThread, IsNoLongerAliveWhenItsBodyFails) {
