@@ -7,11 +7,11 @@
 //     }
 //
 // Every operation may be called from any thread. A thread that owns a lock may lock it again and then unlocks it as
-// often. Nothing here reports an error; only tryLock has a result. Destroying a lock that somebody holds is a fault of
-// the host.
+// often. Nothing here reports an error; only tryLock has a result. The constructors may throw std::bad_alloc.
+// Destroying a lock that a thread holds or waits for is an error that nothing detects.
 //
 // A lock made before initializeXoSystem(InitTypeFull) works, but logs one CRITICAL line, "Mutex created before full
-// init of xoSystem", when there is a log: the library's own services are not safe for threads yet.
+// init of xoSystem", when there is a log: the library's own services are not thread-safe yet.
 #ifndef XOSYSTEM_XOMUTEX_H
 #define XOSYSTEM_XOMUTEX_H
 
@@ -24,10 +24,10 @@
 namespace xo {
 
 namespace impl {
-// Chooses the constructors for the library's own locks, which may exist before the library is up and say nothing.
+// Selects the constructors for the library's own locks, which may be made before full initialisation without a warning.
 struct WithoutEarlyWarning {};
 
-// The library's own way to a lock's inside.
+// The library's own access to the critical section of a lock.
 struct MutexAccess;
 }  // namespace impl
 
@@ -35,7 +35,7 @@ struct MutexAccess;
 class XO_CAPABILITY("mutex") XOSYSTEM_API xoMutex {
 public:
     xoMutex();
-    // For the library's own locks, which say nothing.
+    // For the library's own locks: without the warning.
     explicit xoMutex(impl::WithoutEarlyWarning);
     virtual ~xoMutex();
     xoMutex(const xoMutex&) = delete;
@@ -44,10 +44,11 @@ public:
     // Waits without limit.
     void lock() XO_ACQUIRE();
 
-    // The calling thread must own the lock.
+    // The calling thread must own the lock. An unlock by any other thread damages it: threads that lock it later may
+    // wait for ever.
     void unlock() XO_RELEASE();
 
-    // Takes the lock only when that needs no wait.
+    // Takes the lock only when that needs no wait; true when the thread owns it already.
     bool tryLock() XO_TRY_ACQUIRE(true);
 
 private:
@@ -85,10 +86,15 @@ private:
 // A named mutex that all processes of the machine share, whoever is logged on.
 class XO_CAPABILITY("mutex") XOSYSTEM_API xoMutexSystem {
 public:
-    // Opens the mutex of that name or creates it. The name is UTF-8; case counts, a backslash counts as a slash, and
-    // the kernel name is "Global\" and the name. Null gives a fresh name that nobody else has. When the system refuses
-    // the mutex (its name belongs to another kind of object, or to a user who denies access), lock and unlock do
-    // nothing.
+    // Opens the mutex of that name or creates it. The name is UTF-8, each broken sequence of which counts as U+FFFD;
+    // case counts, a backslash counts as a slash, and the kernel name is "Global\" and the name. Null gives a fresh
+    // name that no other object has.
+    //
+    // When Windows refuses the mutex, lock and unlock do nothing, without any sign of it. That is so for an empty name,
+    // for a name that belongs to another kind of object, for a name too long for Windows (260 characters with the
+    // prefix are safe), and for a mutex whose creator does not let this process wait for it and release it. A mutex
+    // that this class creates has the default access list of its creator, so another account, or the same one without
+    // elevation when the creator is elevated, may be refused.
     explicit xoMutexSystem(const char* name);
     xoMutexSystem(const char* name, impl::WithoutEarlyWarning);
     ~xoMutexSystem();

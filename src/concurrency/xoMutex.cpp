@@ -17,8 +17,14 @@ platform::KernelHandle openSystemMutex(const char* name) {
     for (char& c : kernelName)
         if (c == '\\') c = '/';  // a backslash would name another kernel namespace
     kernelName.insert(0, "Global\\");
+    const std::wstring wideName = platform::toWide(kernelName);
+    platform::KernelHandle mutex(
+        ::CreateMutexW(/*lpMutexAttributes=*/nullptr, /*bInitialOwner=*/FALSE, wideName.c_str()));
+    if (mutex || ::GetLastError() != ERROR_ACCESS_DENIED) return mutex;
+    // CreateMutexW wants all access to a mutex that exists; its owner may grant this process only what a lock needs:
+    // https://learn.microsoft.com/windows/win32/api/synchapi/nf-synchapi-createmutexw
     return platform::KernelHandle(
-        ::CreateMutexW(/*lpMutexAttributes=*/nullptr, /*bInitialOwner=*/FALSE, platform::toWide(kernelName).c_str()));
+        ::OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, /*bInheritHandle=*/FALSE, wideName.c_str()));
 }
 
 }  // namespace

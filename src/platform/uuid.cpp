@@ -1,14 +1,34 @@
 #include "platform/uuid.h"
 
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+
 #include "platform/windows.h"
 // RtlGenRandom, which <ntsecapi.h> declares under this macro's name, follows <windows.h>.
 #include <ntsecapi.h>
 
 namespace xo::platform {
+namespace {
+
+// Not random, but of this process, this moment and this call alone.
+void makeUnique(unsigned char (&bytes)[16]) {
+    static std::atomic<std::uint32_t> calls{0};
+    struct Origin {
+        LARGE_INTEGER moment{};
+        std::uint32_t call = ++calls;
+        DWORD process = ::GetCurrentProcessId();
+    } origin;
+    static_assert(sizeof origin == sizeof bytes);
+    ::QueryPerformanceCounter(&origin.moment);
+    std::memcpy(bytes, &origin, sizeof bytes);
+}
+
+}  // namespace
 
 std::string createUuid() {
     unsigned char bytes[16];
-    ::RtlGenRandom(bytes, sizeof bytes);
+    if (!::RtlGenRandom(bytes, sizeof bytes)) makeUnique(bytes);
     bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4
     bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // the RFC's variant
 

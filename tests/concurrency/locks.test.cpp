@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -93,6 +94,8 @@ bool isHeld(const wchar_t* kernelName) {
     });
 }
 
+BOOLEAN WINAPI refuseRandomBytes(void*, ULONG) { return FALSE; }
+
 TEST(MutexSystem, IsGlobalUnderItsNameWithSlashesAndAloneWithout) {
     xo::xoMutexSystem mutex("xo t\xC3\xA9st\\a/b");
     mutex.lock();
@@ -100,10 +103,32 @@ TEST(MutexSystem, IsGlobalUnderItsNameWithSlashesAndAloneWithout) {
     mutex.unlock();
     EXPECT_FALSE(isHeld(L"Global\\xo t\u00E9st/a/b"));
 
-    xo::xoMutexSystem first(nullptr), second(nullptr);
-    first.lock();
-    onAnotherThread([&] { return second.lock(), second.unlock(), true; });  // would hang if they were one
-    first.unlock();
+    for (const bool isRandom : {true, false}) {
+        const auto hook =
+            isRandom ? nullptr
+                     : std::make_unique<xo::tests::ImportHook>("xoSystem.dll", "SystemFunction036", &refuseRandomBytes);
+        ASSERT_TRUE(!hook || hook->isInstalled());
+        xo::xoMutexSystem first(nullptr), second(nullptr);
+        first.lock();
+        onAnotherThread([&] { return second.lock(), second.unlock(), true; });  // would hang if they were one
+        first.unlock();
+    }
+}
+
+// Wine grants all access to whoever asks for it.
+HANDLE WINAPI denyAllAccess(LPSECURITY_ATTRIBUTES, BOOL, LPCWSTR) {
+    return ::SetLastError(ERROR_ACCESS_DENIED), nullptr;
+}
+
+TEST(MutexSystem, IsALockWhereItsOwnerGrantsNoMoreThanThat) {
+    const xo::platform::KernelHandle owners(::CreateMutexW(nullptr, FALSE, L"Global\\xo granted"));
+    const xo::tests::ImportHook hook("xoSystem.dll", "CreateMutexW", &denyAllAccess);
+    ASSERT_TRUE(owners && hook.isInstalled());
+    xo::xoMutexSystem mutex("xo granted");
+    mutex.lock();
+    EXPECT_TRUE(isHeld(L"Global\\xo granted"));
+    mutex.unlock();
+    EXPECT_FALSE(isHeld(L"Global\\xo granted"));
 }
 
 TEST(MutexSystem, DoesNothingWhereTheNameBelongsToAnotherObject) {
