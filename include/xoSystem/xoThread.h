@@ -10,17 +10,18 @@
 //     Loader loader;
 //     loader.startThread("loader");  // called "loader 4711" in the debugger
 //
-// A class derived from xoThread waits for its thread in its own destructor, as above: in the destructor of xoThread the
-// derived object is gone already while its thread may still be about to enter run(). (A thread that comes too late runs
-// nothing and leaves a CRITICAL line in the log.)
+// A class derived from xoThread waits for its thread in its own destructor, as above: when the destructor of xoThread
+// runs, the derived object is gone already, and its thread may be just about to enter run(). (A thread that enters so
+// late runs nothing and leaves a CRITICAL line in the log.) A thread that destroys its own object ends the process, by
+// std::terminate.
 //
-// One thread at a time starts, waits for and destroys an object; the questions (isRunning, isFinished, getThreadId) may
-// come from any thread. What run() throws, and a processor fault in it, is reported by the guard and ends that thread
-// alone. startThread and waitThread fail with std::system_error where they say so.
+// One thread at a time starts, waits for and destroys an object; isRunning, isFinished and getThreadId may be called
+// from any thread. What run() throws, and a processor fault in it, is reported by the guard and ends that thread alone.
+// startThread and waitThread fail with std::system_error where they say so.
 //
 // Join threads before the library's DLL is unloaded, and never in DllMain or in the destructor of a static object of a
 // DLL: a thread cannot end while another one is loading or unloading DLLs, so the join would wait for ever. A process
-// may exit while threads run: Windows ends them first. No thread destroys its own object.
+// may exit while threads run: Windows ends them first.
 //
 // A thread object made before initializeXoSystem(InitTypeFull) works, but logs one CRITICAL line, "Thread create before
 // full init of xoSystem", when there is a log.
@@ -64,16 +65,18 @@ public:
     xoThread(const xoThread&) = delete;
     xoThread& operator=(const xoThread&) = delete;
 
-    // Starts the thread. Its name is the text given, or for null the name of the object's class, then a space and the
-    // thread's identifier; it is complete before run() begins. Does nothing while a thread is held, be it one that has
-    // ended but was not waited for. Throws std::system_error with std::errc::resource_unavailable_try_again when
-    // Windows makes no thread.
+    // Starts the thread. Its name is the text given (UTF-8), or for null the name of the object's class, then a space
+    // and the thread's identifier; it is complete before run() begins. A text that is not UTF-8 is kept as it is, and
+    // Windows gets U+FFFD for each broken sequence. Does nothing while a thread is held, even one that has ended but
+    // was not waited for. Throws std::system_error with std::errc::resource_unavailable_try_again when Windows makes no
+    // thread.
     void startThread(const char* name = nullptr);
 
     // Waits at most timeoutMs milliseconds for run() to return, or without limit for INT_MAX, and lets go of the
-    // thread; startThread may then start another. False when there is none, and when it still runs after that time:
-    // nothing has changed then. A negative time is no time. A wait without limit by the thread itself throws
-    // std::system_error with std::errc::resource_deadlock_would_occur.
+    // thread; startThread may then start another. False when no thread is held, and when it still runs after that time:
+    // nothing has changed then. A negative time does not wait. Throws std::system_error, and keeps the thread, with
+    // std::errc::resource_deadlock_would_occur when the thread waits for itself without limit, and with
+    // std::errc::no_such_process when Windows refuses the wait.
     bool waitThread(int timeoutMs);
 
     // Whether run() has yet to return. True from startThread on.
@@ -123,8 +126,8 @@ private:
 //
 // Callbacks run while the list is locked: once removeCallback has returned, the callback neither runs nor will run. So
 // a callback must not wait for another thread that adds or removes one. It may itself remove any callback, and add
-// some, which take part from the next period on. What a callback throws, or a fault in it, ends the thread: no callback
-// is called again.
+// some, which the pass under way reaches too (so a callback must not add one each time). What a callback throws, or a
+// fault in it, ends the thread: no callback is called again.
 class XOSYSTEM_API xoThreadPeriodicalUpdater : public xoThread {
 public:
     // 0 counts as 1 second; the longest period is 4294967 seconds. Throws what startThread throws.
@@ -152,9 +155,8 @@ private:
     xoWaitCondition mCondition;
     const unsigned int mPeriodMs;
     bool mStop XO_GUARDED_BY(mMutex) = false;
-    bool mRoundDue XO_GUARDED_BY(mMutex) = false;     // an addition that no round has seen yet
-    std::size_t mNext XO_GUARDED_BY(mMutex) = 0;      // during a round: the index of the callback to call next
-    std::size_t mRoundEnd XO_GUARDED_BY(mMutex) = 0;  // during a round: the index behind the last one to call
+    bool mRoundDue XO_GUARDED_BY(mMutex) = false;  // an addition that no round has seen yet
+    std::size_t mNext XO_GUARDED_BY(mMutex) = 0;   // during a round: the index of the callback to call next
 };
 
 }  // namespace xo

@@ -41,10 +41,13 @@ void raiseNameException(void* name) {
 
 using SetThreadDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
 
-// Windows has it since version 10.
+// Windows 10 has it; version 1607 in KernelBase.dll alone:
+// https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-setthreaddescription
 SetThreadDescription lookUpSetThreadDescription() {
-    const FARPROC found = ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "SetThreadDescription");
-    return reinterpret_cast<SetThreadDescription>(reinterpret_cast<void (*)()>(found));
+    for (const wchar_t* const module : {L"kernel32.dll", L"KernelBase.dll"})
+        if (const FARPROC found = ::GetProcAddress(::GetModuleHandleW(module), "SetThreadDescription"))
+            return reinterpret_cast<SetThreadDescription>(reinterpret_cast<void (*)()>(found));
+    return nullptr;
 }
 
 }  // namespace

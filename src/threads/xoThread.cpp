@@ -46,7 +46,10 @@ void xoThread::Private::join() {
 }
 
 bool xoThread::Private::hasEndedWithin(int timeoutMs) const {
-    return timeoutMs >= 0 && ::WaitForSingleObject(thread.get(), static_cast<DWORD>(timeoutMs)) == WAIT_OBJECT_0;
+    if (timeoutMs < 0) return false;
+    const DWORD result = ::WaitForSingleObject(thread.get(), static_cast<DWORD>(timeoutMs));
+    if (result == WAIT_FAILED) throw std::system_error(std::make_error_code(std::errc::no_such_process));
+    return result == WAIT_OBJECT_0;
 }
 
 unsigned __stdcall xoThread::Private::enter(void* object) {

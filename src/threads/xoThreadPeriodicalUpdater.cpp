@@ -45,7 +45,6 @@ void xoThreadPeriodicalUpdater::removeCallback(void (*function)(void*), void* da
     if (callback == mCallbacks.end()) return;
     const auto index = static_cast<std::size_t>(callback - mCallbacks.begin());
     if (index < mNext) --mNext;
-    if (index < mRoundEnd) --mRoundEnd;
     mCallbacks.erase(callback);
 }
 
@@ -63,8 +62,8 @@ void xoThreadPeriodicalUpdater::serve(void* updater) {
 }
 
 void xoThreadPeriodicalUpdater::callAll() {
-    mRoundEnd = mCallbacks.size();
-    for (mNext = 0; mNext < mRoundEnd;) {
+    for (mNext = 0; mNext < mCallbacks.size();) {  // a callback may change the list
+
         const Callback callback = mCallbacks[mNext++];
         if (callback.first) callback.first(callback.second);
     }

@@ -106,9 +106,11 @@ TEST_F(Thread, ThrowsTheStandardErrors) {
     };
     std::error_code selfWait;
     FunctionThread* self = nullptr;
+    Event goOn;
     FunctionThread thread([&] {
         EXPECT_FALSE(self->waitThread(10));
         selfWait = errorOf([&] { self->waitThread(INT_MAX); });
+        goOn.wait();
     });
     self = &thread;
     {
@@ -118,14 +120,14 @@ TEST_F(Thread, ThrowsTheStandardErrors) {
         EXPECT_TRUE(thread.isFinished());
     }
     thread.startThread();
-    ASSERT_TRUE(becomesTrue([&] { return !thread.isRunning(); }));
-    EXPECT_EQ(selfWait, std::errc::resource_deadlock_would_occur);
-    {
+    for (const int timeoutMs : {INT_MAX, 10}) {
         const ImportHook hook("xoSystem.dll", "WaitForSingleObject", &failToWait);
         ASSERT_TRUE(hook.isInstalled());
-        EXPECT_EQ(errorOf([&] { thread.waitThread(INT_MAX); }), std::errc::no_such_process);
+        EXPECT_EQ(errorOf([&] { thread.waitThread(timeoutMs); }), std::errc::no_such_process) << timeoutMs;
     }
+    goOn.set();
     EXPECT_TRUE(thread.waitThread(INT_MAX));
+    EXPECT_EQ(selfWait, std::errc::resource_deadlock_would_occur);
 }
 
 // The thread is held back until the destructor of xoThread waits for it.
@@ -215,6 +217,22 @@ TEST_F(Updater, LetsACallbackRemoveAnyInItsRound) {
         }
         EXPECT_THAT(mCalls, testing::EndsWith(calls)) << "the last round is that of the end";
     }
+}
+
+TEST_F(Updater, ReachesInItsRoundWhatACallbackAdds) {
+    struct Adder : Call {
+        Call* added;
+        xo::xoThreadPeriodicalUpdater updater{3600};
+
+        static void run(void* call) {
+            auto& self = *static_cast<Adder*>(static_cast<Call*>(call));
+            self.updater.removeCallback(&run, call);
+            self.updater.addCallback(&record, self.added);
+        }
+    };
+    Adder adder{{this, ""}, &mLast};
+    adder.updater.addCallback(&Adder::run, static_cast<Call*>(&adder));
+    EXPECT_TRUE(mLastCalled.wait()) << "long before the period is over";
 }
 
 TEST_F(Updater, CallsEverySecondWhenAskedForNoPeriod) {
