@@ -51,6 +51,23 @@ XOSYSTEM_API bool LoadIniFile(const std::string& path, xoVariant::xoVariantMapIm
 // as another type.
 XOSYSTEM_API bool SaveIniFile(const std::string& path, const xoVariant::xoVariantMapImpl& map, bool merge = false);
 
+// Lays the map's values over those of the file and leaves all else in the file as it is, byte for byte: comments, blank
+// lines, order, spacing, line ends, the UTF-8 mark, the spelling of numbers, invalid and doubled lines. A key that the
+// file has changes on its line (of several lines with one key on the first, which is the one that counts), and only
+// where its value differs. A new key goes to the end of its section, a new section to the end of the file, both with
+// the line end of the file's first line. A map under the key "General" counts as the top level. A value that takes the
+// place of a map removes that map's lines; a value that is in the way of a deeper key keeps its line, which then counts
+// no more.
+//
+// LoadIniFile then gives the old map with the map's values in it, as far as SaveIniFile's values come back. A missing
+// file is made, a file that has all the values already is not touched, and any other is replaced as by SaveIniFile.
+//
+// False, with nothing changed, when a value cannot be written or a key would not come back as that key (it is empty,
+// has
+// "=" or a line end in it or white space at an end, or begins as a comment or a section does), and when the file cannot
+// be read or written.
+XOSYSTEM_API bool UpdateIniFile(const std::string& path, const xoVariant::xoVariantMapImpl& map);
+
 }  // namespace xo
 
 #endif

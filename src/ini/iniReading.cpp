@@ -1,28 +1,15 @@
 #include <cstdint>
 #include <string>
 
-#include "files/fileBytes.h"
 #include "ini/iniFormat.h"
-#include "platform/wideText.h"
+#include "ini/iniLine.h"
 #include "text/ascii.h"
-#include "text/blocks.h"
 #include "text/numberText.h"
 #include "variant/pathKeys.h"
-#include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoLog.h"
 
-namespace xo {
-namespace ini {
+namespace xo::ini {
 namespace {
-
-constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-
-bool isEnclosed(std::string_view text, char first, char last) {
-    return text.size() >= 2 && text.front() == first && text.back() == last;
-}
-
-// The text without its first and last character.
-std::string_view inner(std::string_view text) { return text.substr(1, text.size() - 2); }
 
 // Makes one character of each backslash and code in the text, from left to right.
 void replaceEscape(std::string& text, char code, char meaning) {
@@ -58,49 +45,6 @@ xoVariant typedValue(std::string_view text) {
     return text;
 }
 
-xoVariant readValue(std::string_view text, bool hasEscapes) {
-    if (isEnclosed(text, '"', '"')) text = inner(text);
-    return hasEscapes ? typedValue(unescape(text)) : typedValue(text);
-}
-
-// The first line of a text, and what one look at its bytes tells.
-struct Line {
-    explicit Line(std::string_view from) {
-        bool isComplete = false;
-        while (!isComplete && from.size() - end >= kBlock) isComplete = scanBlock(from.data() + end);
-        for (; end != from.size() && from[end] != '\n'; ++end) {
-            if (from[end] == '=' && equals == std::string_view::npos) equals = end;
-            if (from[end] == '\\') hasBackslash = true;
-        }
-        whole = from.substr(0, end);
-        trimmed = text::trimmed(whole);
-    }
-
-    // Only where there is an equals sign.
-    std::string_view key() const { return text::trimmed(whole.substr(0, equals)); }
-    std::string_view value() const { return text::trimmed(whole.substr(equals + 1)); }
-
-    std::size_t end = 0;
-    std::size_t equals = std::string_view::npos;
-    bool hasBackslash = false;
-    std::string_view whole, trimmed;
-
-private:
-    static constexpr std::size_t kBlock = text::kBlock;
-
-    // Moves end over the block, or to the line end in it; returns whether there is one.
-    bool scanBlock(const char* at) {
-        const __m128i block = text::loadBlock(at);
-        const unsigned newlines = text::maskOf(block, '\n');
-        const unsigned inLine = (newlines & (0u - newlines)) - 1;  // the bits below the lowest one, or all
-        const unsigned signs = text::maskOf(block, '=') & inLine;
-        if (signs != 0 && equals == std::string_view::npos) equals = end + text::lowestBit(signs);
-        if ((text::maskOf(block, '\\') & inLine) != 0) hasBackslash = true;
-        end += newlines != 0 ? text::lowestBit(newlines) : kBlock;
-        return newlines != 0;
-    }
-};
-
 class IniReader {
 public:
     explicit IniReader(Map& map) : mTop(map), mSection(&map) {}
@@ -117,13 +61,15 @@ public:
 
 private:
     void readLine(const Line& line, std::int64_t number) {
-        const std::string_view text = line.trimmed;
-        if (isEnclosed(text, '[', ']')) return enterSection(inner(text));
-        if (text.empty() || text.front() == ';') return;
-        if (line.equals == std::string_view::npos) return report("Invalid line (", number, text);
+        switch (line.kind()) {
+            case Line::Skipped: return;
+            case Line::Section: return enterSection(line.sectionName());
+            case Line::Invalid: return report("Invalid line (", number, line.trimmed);
+            case Line::Key: break;
+        }
         const std::string_view key = line.key();
-        if (key.empty()) return report("Invalid key at line (", number, text);
-        if (!insert(key, line)) report("Duplicated key at line (", number, text);
+        if (key.empty()) return report("Invalid key at line (", number, line.trimmed);
+        if (!insert(key, line)) report("Duplicated key at line (", number, line.trimmed);
     }
 
     void enterSection(std::string_view name) {
@@ -157,15 +103,11 @@ private:
 
 }  // namespace
 
-void readIni(std::string_view text, Map& map) { IniReader(map).read(text); }
-
-}  // namespace ini
-
-bool LoadIniFile(const std::string& path, xoVariant::xoVariantMapImpl& map) {
-    files::FileBytes file;
-    if (file.read(platform::toApiPath(path)) != files::FileBytes::Complete) return false;
-    ini::readIni(file.view(), map);
-    return true;
+xoVariant readValue(std::string_view text, bool hasEscapes) {
+    if (isEnclosed(text, '"', '"')) text = inner(text);
+    return hasEscapes ? typedValue(unescape(text)) : typedValue(text);
 }
 
-}  // namespace xo
+void readIni(std::string_view text, Map& map) { IniReader(map).read(text); }
+
+}  // namespace xo::ini

@@ -13,6 +13,7 @@ using namespace std::string_literals;
 using namespace xo::tests;
 using xo::LoadIniFile;
 using xo::SaveIniFile;
+using xo::UpdateIniFile;
 using xo::xoVariant;
 
 using Rows = std::vector<std::pair<std::string, Map>>;  // the bytes of a file, and its values
@@ -202,6 +203,79 @@ TEST_F(IniFile, MergingKeepsWhatOnlyTheFileHas) {
     EXPECT_TRUE(SaveIniFile(mFolder.path("top.ini"), map("General", map("a", 2, "b", 3), "a", 1), true));
     EXPECT_EQ(mFolder.read("top.ini"), "[General]\na=1\nb=3\n");
     EXPECT_TRUE(takeLines().empty());
+}
+
+TEST_F(IniFile, UpdatingChangesTheLinesOfItsKeysAlone) {
+    const std::string mark = "\xEF\xBB\xBF";
+    const struct {
+        std::string file;
+        Map values;
+        std::string bytes;
+    } rows[] = {
+        {"; note\r\n\r\n [s] \r\n  k =  1\t\r\nbad\r\nk=2\r\n", map("s", map("k", 5)),
+         "; note\r\n\r\n [s] \r\n  k =  5\t\r\nbad\r\nk=2\r\n"},
+        {"k=\nl = \r\nm", map("k", "x", "l", "\"y\""), "k=x\nl = \"\\\"y\\\"\"\r\nm"},
+        {mark + "a=1\nb=0x1F\nc=010\nd=3.14159265\nr= 2\nt=\"12\"\n",
+         map("a", 2, "b", 31, "c", 9, "d", 3.14159265, "r", 2.0, "t", 12),
+         mark + "a=2\nb=0x1F\nc=9\nd=3.14159265\nr= 2\nt=\"12\"\n"},
+        // New keys stand behind the last line of their section, before the comments and blank lines there.
+        {"a=1\n\n; of s\n[s]\nb=2\n; x=1\n\n[t]\nc=3", map("a2", 1, "s", map("b2", 2), "t", map("c2", 3)),
+         "a=1\na2=1\n\n; of s\n[s]\nb=2\nb2=2\n; x=1\n\n[t]\nc=3\nc2=3\n"},
+        {"[s]\r\nb=2\r\n[General]\r\n[s]\r\nc=3\r\n[t]",
+         map("General", map("a", 1), "s", map("d", 4), "t", map("e", 5)),
+         "[s]\r\nb=2\r\n[General]\r\na=1\r\n[s]\r\nc=3\r\nd=4\r\n[t]\r\ne=5\r\n"},
+        {"; only\n[s]\nb=2", map("a", 1, "u", map("c", map("d", 3))),
+         "; only\n[s]\nb=2\n\n[General]\na=1\n\n[u]\nc/d=3\n"},
+        {"", map("a", 1, "s", map("b", 2)), "[General]\na=1\n\n[s]\nb=2\n"},
+        {mark, map("s", map("b", 2)), mark + "[s]\nb=2\n"},
+        // A key may be part of a section's name, or a path.
+        {"s/t/a=1\n[s/t]\nb=2\n[s]\nt/c=3\n", map("s", map("t", map("a", 4, "b", 5, "c", 6, "d", 7), "u", 8)),
+         "s/t/a=4\n[s/t]\nb=5\nd=7\n[s]\nt/c=6\nu=8\n"},
+        {"[]\na=1\n", map("", map("a", 2, "b", map("", 3))), "[]\na=2\nb/=3\n"},
+        // A value takes the place of a map, and a map that of a value.
+        {"[s]\na/b=1\nx=1\na=2\n[s/a]\nc=3", map("s", map("a", 4)), "[s]\nx=1\na=4\n[s/a]\n"},
+        {"a=1\nb/c=1", map("a", map("b", 2), "b", 3), "a=1\nb=3\n\n[a]\nb=2\n"},
+        {"k\0=\0\n"s, map("k\0"s, "a\0"s), "k\0=a\0\n"s},
+        {"[x=1\n[General/y]\nz=1\n", map("[x", 2, "General", map("General", map("y", 5))),
+         "[x=2\ny=5\n[General/y]\nz=1\n"},
+    };
+    for (const auto& row : rows) {
+        mFolder.write("a.ini", row.file);
+        EXPECT_TRUE(UpdateIniFile(path(), row.values));
+        EXPECT_EQ(mFolder.read("a.ini"), row.bytes);
+        EXPECT_TRUE(takeLines().empty());
+        const DWORD index = nature().index;
+        EXPECT_TRUE(UpdateIniFile(path(), row.values));
+        EXPECT_EQ(nature().index, index) << "all is there already: not touched";
+    }
+}
+
+TEST_F(IniFile, UpdatingFailsWithoutAChange) {
+    EXPECT_TRUE(UpdateIniFile(path(), {}));
+    EXPECT_EQ(mFolder.read("a.ini"), "");
+    const Map rows[] = {map("a", 2, "l", list(1)),
+                        map("s", map("t", xoVariant())),
+                        map("", 1),
+                        map("a=b", 1),
+                        map("a\nb", 1),
+                        map(";c", 1),
+                        map("k ", 1),
+                        map("s\nt", map("k", 1)),
+                        map("s", map("", 1)),
+                        map("[x", "y]"),
+                        map("[z", "y]")};
+    for (const Map& values : rows) {
+        mFolder.write("a.ini", "a=1\n[z=0");
+        EXPECT_FALSE(UpdateIniFile(path(), values));
+        EXPECT_EQ(mFolder.read("a.ini"), "a=1\n[z=0");
+        EXPECT_EQ(takeLines().size(), 1u);
+    }
+    EXPECT_FALSE(UpdateIniFile(path(), rows[0]));
+    EXPECT_EQ(takeLines(), Strings{"3()saveVariantToIni unsupported variant type (11) for key l"});
+    EXPECT_FALSE(UpdateIniFile(path(), rows[7]));
+    EXPECT_EQ(takeLines(), Strings{"3()Key s\nt/k cannot be written to an Ini file"});
+    EXPECT_FALSE(UpdateIniFile(mFolder.path(), map("a", 1)));
+    EXPECT_EQ(takeLines(), Strings{"3()Fail to load " + mFolder.path()});
 }
 
 TEST_F(IniFile, SavingTakesThePlaceOfTheOldFileAllAtOnce) {

@@ -1,0 +1,216 @@
+#include <map>
+#include <utility>
+
+#include "ini/iniFormat.h"
+#include "ini/iniLine.h"
+#include "xoSystem/xoLog.h"
+
+namespace xo::ini {
+namespace {
+
+struct GivenValue {
+    xoVariant value;
+    std::string text;      // as it is written
+    bool isThere = false;  // whether a line of the file has the key
+};
+
+// Where bytes of the old text are replaced: from first to second. Pairs compare so that an insertion comes before the
+// removal of the line that follows it.
+using Place = std::pair<std::size_t, std::size_t>;
+
+// The separator in front of a place in a path, or npos.
+std::size_t separatorBefore(std::string_view path, std::size_t place) {
+    return place == 0 ? std::string_view::npos : path.rfind(kIniSeparator, place - 1);
+}
+
+// The end of the file's first line, by which new lines end.
+std::string_view lineEndOf(std::string_view text) {
+    const std::size_t feed = text.find('\n');
+    return feed != std::string_view::npos && feed != 0 && text[feed - 1] == '\r' ? "\r\n" : "\n";
+}
+
+// Whether the line is read as one with this key. Not when the key has an equals sign or a line feed in it, white space
+// around it, or a first character that makes the line a comment or a section.
+bool isKeyLine(std::string_view text, std::string_view key) {
+    const Line line(text);
+    return line.end == text.size() && line.kind() == Line::Key && line.key() == key && !key.empty();
+}
+
+// The order of lines decides between lines of one key alone: the first counts, and no line counts that has a value
+// where another line has a map. So a line is changed where it is, a new one may stand anywhere, and a value that takes
+// the place of a map removes the lines of what is in that.
+class Updating {
+public:
+    explicit Updating(std::string_view text)
+        : mText(text),
+          mStart(text.substr(0, kUtf8Mark.size()) == kUtf8Mark ? kUtf8Mark.size() : 0),
+          mLineEnd(lineEndOf(text)) {}
+
+    bool give(const Map& map) {
+        Map values, leaves;
+        overlay(values, map);
+        values.toFlattenMap(leaves, kIniSeparator);
+        for (const auto& [path, value] : leaves) {
+            GivenValue& given = mGiven[path];
+            given.value = value;
+            if (!appendValue(given.text, path, value)) return false;
+        }
+        return true;
+    }
+
+    bool update(std::string& updated) {
+        if (!changeLines() || !addLines()) return false;
+        updated = edited();
+        addSections(updated);
+        return true;
+    }
+
+private:
+    bool changeLines() {
+        std::string prefix;  // of the section: the beginning of its keys' paths
+        for (std::size_t begin = mStart; begin < mText.size();) {
+            const std::string_view rest = mText.substr(begin);
+            const Line line(rest);
+            const std::size_t next = begin + line.next(rest);
+            const Line::Kind kind = line.kind();
+            if (kind == Line::Section) prefix = prefixOf(line.sectionName());
+            if (kind != Line::Skipped) mSectionEnds[prefix] = next;
+            if (kind == Line::Key && !line.key().empty()) {
+                if (!visit(line, begin, next, prefix + std::string(line.key()))) return false;
+            }
+            begin = next;
+        }
+        return true;
+    }
+
+    static std::string prefixOf(std::string_view section) {
+        return section == kTopSection ? std::string() : std::string(section) + kIniSeparator;
+    }
+
+    bool visit(const Line& line, std::size_t begin, std::size_t next, const std::string& path) {
+        const auto found = mGiven.find(path);
+        if (found == mGiven.end()) {
+            if (isBelowGiven(path)) mEdits.insert({{begin, next}, {}});
+            return true;
+        }
+        if (found->second.isThere) return true;
+        found->second.isThere = true;
+        return change(line, begin, found->first, found->second);
+    }
+
+    bool isBelowGiven(std::string_view path) const {
+        std::size_t end = path.size();
+        while ((end = separatorBefore(path, end)) != std::string_view::npos)
+            if (mGiven.find(path.substr(0, end)) != mGiven.end()) return true;
+        return false;
+    }
+
+    // Changes the bytes of the value alone, and none where the line has the value already, in whatever spelling.
+    bool change(const Line& line, std::size_t begin, const std::string& path, const GivenValue& given) {
+        const std::string_view old = line.value();
+        const xoVariant value = readValue(old, line.hasBackslash);
+        if (value == given.value || value == readValue(given.text, true)) return true;
+
+        std::size_t at = line.equals + 1;
+        if (old.empty()) {
+            while (at != line.end && (line.whole[at] == ' ' || line.whole[at] == '\t')) ++at;
+        } else {
+            at = static_cast<std::size_t>(old.data() - line.whole.data());
+        }
+        std::string changed(line.whole);
+        changed.replace(at, old.size(), given.text);
+        if (!isKeyLine(changed, line.key())) return refuse(path);
+        mEdits.insert({{begin + at, begin + at + old.size()}, given.text});
+        return true;
+    }
+
+    bool addLines() {
+        for (const auto& [path, given] : mGiven) {
+            if (!given.isThere && !add(path, given)) return false;
+        }
+        return true;
+    }
+
+    bool add(const std::string& path, const GivenValue& given) {
+        const auto end = sectionEndFor(path);
+        const std::size_t keyBegin = end != mSectionEnds.end() ? end->first.size() : path.find(kIniSeparator) + 1;
+        const std::string key = path.substr(keyBegin);  // npos + 1 is 0: a key of the top level
+        std::string line = key + '=' + given.text;
+        if (!isKeyLine(line, key)) return refuse(path);
+        line += mLineEnd;
+        if (end != mSectionEnds.end()) {
+            mEdits.insert({{end->second, end->second}, std::move(line)});
+            return true;
+        }
+        const std::string header =
+            headerOf(keyBegin == 0 ? kTopSection : std::string_view(path).substr(0, keyBegin - 1));
+        const Line headerLine(header);
+        if (headerLine.end != header.size()) return refuse(path);
+        (keyBegin == 0 ? mNewTop : mNewSections[header]) += line;
+        return true;
+    }
+
+    static std::string headerOf(std::string_view name) { return std::string("[").append(name) += ']'; }
+
+    // The end of the section of the file with the most keys of the path in its name.
+    std::map<std::string, std::size_t, std::less<>>::const_iterator sectionEndFor(std::string_view path) const {
+        std::size_t end = separatorBefore(path, path.size());
+        if (end == std::string_view::npos) return mSectionEnds.find("");
+        for (; end != std::string_view::npos; end = separatorBefore(path, end)) {
+            const auto found = mSectionEnds.find(path.substr(0, end + 1));
+            if (found != mSectionEnds.end()) return found;
+        }
+        return mSectionEnds.end();
+    }
+
+    std::string edited() const {
+        std::string out;
+        std::size_t at = 0;
+        for (const auto& [place, text] : mEdits) {
+            out.append(mText, at, place.first - at);
+            if (place.first == mText.size()) endLine(out);
+            out += text;
+            at = place.second;
+        }
+        return out.append(mText, at);
+    }
+
+    void addSections(std::string& out) const {
+        if (!mNewTop.empty()) addSection(out, headerOf(kTopSection), mNewTop);
+        for (const auto& [header, lines] : mNewSections) addSection(out, header, lines);
+    }
+
+    void addSection(std::string& out, const std::string& header, const std::string& lines) const {
+        endLine(out);
+        if (out.size() > mStart) out += mLineEnd;
+        out.append(header).append(mLineEnd).append(lines);
+    }
+
+    void endLine(std::string& out) const {
+        if (out.size() > mStart && out.back() != '\n') out += mLineEnd;
+    }
+
+    static bool refuse(const std::string& path) {
+        xoLogObject(xoLogCritical, nullptr, xoLog::editPtr(), nullptr)
+            << "Key " << std::string_view(path) << " cannot be written to an Ini file";
+        return false;
+    }
+
+    std::string_view mText;
+    std::size_t mStart;  // behind the UTF-8 mark
+    std::string_view mLineEnd;
+    std::map<std::string, GivenValue, std::less<>> mGiven;         // by their paths
+    std::map<std::string, std::size_t, std::less<>> mSectionEnds;  // by prefix: behind the last line of the last one
+    std::multimap<Place, std::string> mEdits;
+    std::string mNewTop;                              // the lines of a new top section
+    std::map<std::string, std::string> mNewSections;  // the lines of others, by header
+};
+
+}  // namespace
+
+bool updateIni(std::string_view text, const Map& map, std::string& updated) {
+    Updating updating(text);
+    return updating.give(map) && updating.update(updated);
+}
+
+}  // namespace xo::ini
