@@ -4,9 +4,9 @@
 //     ...
 //     xo::terminateXoSystem();
 //
-// Calls nest: each initialisation is matched by one termination, and only the outermost termination takes the library
-// down. A host calls both from one thread, initialises before it starts threads and terminates after it has stopped
-// them.
+// Calls nest: each initialisation is matched by one termination, and only the outermost termination shuts the library
+// down. A host calls both from one thread, initialises before it starts other threads and terminates after they have
+// ended. Neither function takes a lock.
 #ifndef XOSYSTEM_XOINIT_H
 #define XOSYSTEM_XOINIT_H
 
@@ -16,15 +16,15 @@
 
 namespace xo {
 
-// How far the library is brought up.
+// The two levels of initialisation.
 enum InitType : int {
-    InitTypeBasic = 1,  // for one thread: the log, text and system utilities
-    InitTypeFull = 2    // that, and all that is safe for threads or has threads
+    InitTypeBasic = 1,  // for one thread: the log, text and system utilities, resources
+    InitTypeFull = 2    // the same for several threads, the pool and the signal handlers
 };
 
-// Brings the library up to the level of the type, or counts one more user of it. Any other type does nothing. With
-// queryMainDisk true, the first full initialisation asks for the main disk, which takes a while, so that later
-// questions are answered at once; a call that only counts ignores it.
+// Initialises the library up to that level, or only counts the call when it has been reached. Any other type does
+// nothing. With queryMainDisk true, the first full initialisation asks for the main disk, which takes a while, so that
+// later questions are answered at once; a call that only counts ignores it.
 //
 // Running out of memory throws std::bad_alloc and leaves in place what was made. When no thread can be started for the
 // pool, std::system_error is thrown: the library is then safe for threads, but has neither pool nor signal handlers.
@@ -33,17 +33,16 @@ inline void initializeXoSystem(int type, bool queryMainDisk = false) {
     initializeXoSystem(static_cast<InitType>(type), queryMainDisk);
 }
 
-// Ends one use; the outermost one takes everything down and destroys the log. There is no floor: a termination too many
-// is remembered, and the next initialisation then sets nothing up. A full initialisation after a basic one is undone
-// with the outermost termination alone.
+// Matches one initialisation. The outermost call shuts both levels down and destroys the log. An unmatched call counts:
+// the next initialisation then only brings the count back to zero and sets up nothing of the basic level.
 XOSYSTEM_API void terminateXoSystem();
 
-// True from the first full initialisation to the outermost termination. Any thread may ask.
+// True from the first full initialisation to the outermost termination. Any thread may call it.
 XOSYSTEM_API bool IsXoSystemThreadSafe();
 
 namespace impl {
 
-// A named count of nested initialisations. Not safe for threads.
+// A named count of nested initialisations. Used by one thread.
 class XOSYSTEM_API LibInitCounter {
 public:
     // Copies the name; null becomes "n/a".
@@ -61,7 +60,7 @@ public:
 
 private:
     int mCounter = 0;
-    int mInitialisedOnce = 0;  // 1 since the first increment, for good
+    int mInitialisedOnce = 0;  // 1 after the first increment; never reset
     std::string mName;
 };
 

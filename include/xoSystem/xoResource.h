@@ -1,4 +1,4 @@
-// Resources: data that is compiled into modules, found by name.
+// Resources: data that is compiled into modules and found by name.
 //
 //     std::string shader;
 //     if (!xo::rc::GetResource("shaders/blur.hlsl", shader)) return false;
@@ -6,8 +6,8 @@
 // A module registers its tables, typically while it loads, and unregisters them before it unloads: the registry keeps
 // pointers into the module's memory and never copies the data. Names are compared byte by byte.
 //
-// Safe for threads after full initialisation; before, one thread uses it. The outermost termination forgets all
-// entries. What goes wrong is one CRITICAL line in the log.
+// Any thread may call these functions after full initialisation, before that one thread only. The outermost termination
+// removes all entries. Each failure writes one CRITICAL line to the log.
 #ifndef XOSYSTEM_XORESOURCE_H
 #define XOSYSTEM_XORESOURCE_H
 
@@ -18,23 +18,25 @@
 
 namespace xo::rc {
 
-// Points data at the resource's bytes, which its module owns. False, with null and 0, when there is none of that name;
-// a null name is one that there is not.
+// Sets data to the bytes of the resource, which its module owns. False, with null and 0, when no resource has that
+// name, or the name is null.
 XOSYSTEM_API bool GetResource(const char* name, const char*& data, std::size_t& size);
 
-// Replaces what out holds by a copy of the bytes, NULs included; leaves it empty when there is none of that name.
+// Sets out to a copy of the bytes, NULs included. False, with an empty text, when no resource has that name, or the
+// name is null.
 XOSYSTEM_API bool GetResource(const char* name, std::string& out);
 
 namespace impl {
 
-// Registers count resources: names[i] is the sizes[i] bytes at blob + offsets[i]. A name that is taken keeps its first
-// data; the conflict is logged, as is a null name, which is left out. With a null blob or table nothing is registered.
+// Registers count resources: names[i] stands for the sizes[i] bytes at blob + offsets[i]. A name that is registered
+// already keeps its data, and the conflict is logged; so is a null name, which is skipped. With a null blob or table
+// nothing is registered.
 XOSYSTEM_API void RegisterResources(std::size_t count, const char* blob, const char* const* names,
                                     const std::size_t* sizes, const std::size_t* offsets);
 
-// Forgets the names; one that is not there, or null, is logged. Takes the tables of the registration, of which it reads
-// the names alone; a null table of names does nothing. After the library has been taken down it does nothing, so that a
-// module may still unload.
+// Removes the names; one that is not registered, or null, is logged. Of the tables, which are those of the
+// registration, it reads the names alone; without them it does nothing. After the outermost termination it does
+// nothing, so that a module may still unload.
 XOSYSTEM_API void UnRegisterResources(std::size_t count, const char* blob, const char* const* names,
                                       const std::size_t* sizes, const std::size_t* offsets);
 

@@ -2,8 +2,8 @@
 //
 //     const __m128 magnitude = _mm_andnot_ps(xo::sSSESignBitMask, value);
 //
-// All but the lane masks are there before any code runs and never change. Each value stands behind its name: one number
-// when all four lanes hold it, otherwise the lanes from the lowest (x) to the highest (w).
+// All but the lane masks are initialised statically and never change. The comment behind each name is its value: one
+// number when all four lanes hold it, otherwise the lanes from the lowest (x) to the highest (w).
 #ifndef XOSYSTEM_XOVECTORCONSTANTS_H
 #define XOSYSTEM_XOVECTORCONSTANTS_H
 
@@ -13,7 +13,7 @@
 
 namespace xo {
 
-// Lane masks, written by basic initialisation and all clear before it. The name gives the lanes from the highest to the
+// Lane masks, set by basic initialisation and all zero before it. The name gives the lanes from the highest to the
 // lowest: FF has all 32 bits set, 0 has none. Hosts only read them.
 extern XOSYSTEM_API __m128 sSSE_FF_FF_FF_FF;
 extern XOSYSTEM_API __m128 sSSE_0_FF_FF_FF;

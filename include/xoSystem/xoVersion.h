@@ -1,5 +1,5 @@
-// Versions: xo::xoVersion describes and compares those of the host's own components, xoSystem::Version tells which
-// build of this library is loaded, and a registry lists the other libraries of the process for system reports.
+// Versions: xo::xoVersion describes and compares versions of the host's own components, xoSystem::Version is the
+// version of this library, and a registry lists the versions of other libraries in the process for system reports.
 //
 //     const xo::xoVersion needed(1, 9, 5);
 //     if (component.version() < needed) return tooOld(component.version().getDescription());
@@ -16,14 +16,13 @@
 
 namespace xo {
 
-class xoVariant;  // its header is large, and one function here needs it
+class xoVariant;
 
-// A plain value. Versions are compared by their three numbers alone: 1.10.0 is above 1.9.5, and what else a version
-// holds makes no difference.
+// A plain value. Versions are compared by their three numbers alone: 1.10.0 is greater than 1.9.5.
 class XOSYSTEM_API xoVersion {
 public:
     xoVersion() = default;  // 0.0.0
-    // The last two are the year and the month of the release: the version carries them, nothing reads them.
+    // Year and month of the release are stored and not used.
     xoVersion(unsigned majorVersion, unsigned minorVersion, unsigned revision, const std::string& description = {},
               unsigned year = 0, unsigned month = 0);
     virtual ~xoVersion();
@@ -32,11 +31,11 @@ public:
     xoVersion& operator=(const xoVersion&) = default;
     xoVersion& operator=(xoVersion&&) = default;
 
-    // Replaces all that the version holds.
+    // Replaces all values.
     void setVersion(unsigned majorVersion, unsigned minorVersion, unsigned revision,
                     const std::string& description = {}, unsigned year = 0, unsigned month = 0);
 
-    // The parts, as they were given.
+    // The values as they were given.
     unsigned getMajorVersion() const { return mMajor; }
     unsigned getMinorVersion() const { return mMinor; }
     unsigned getRevision() const { return mRevision; }
@@ -63,13 +62,14 @@ private:
 
 namespace impl {
 
-// The versions of other libraries in the process. A library registers itself, typically while it loads, and may take
-// itself out when it unloads; neither needs this library to be initialised. Names and texts are copied, and the entries
-// outlast terminateXoSystem: the libraries stay loaded and will not register again. Any thread may call these.
+// The versions of other libraries in the process. A library registers itself, typically while it loads, and may
+// unregister itself when it unloads; neither needs this library to be initialised. Names and texts are copied. The
+// entries are kept by terminateXoSystem: the libraries stay loaded and do not register again. Any thread may call
+// these.
 //
 // Registering a name again replaces its version. A null name is ignored, a null version is an empty text.
 XOSYSTEM_API void RegisterThirdPartyLibVersionInfo(const char* name, const char* version);
-// Does nothing for a name that is not there, or null.
+// Nothing happens for a name that is not registered, or null.
 XOSYSTEM_API void UnRegisterThirdPartyLibVersionInfo(const char* name);
 
 // Calls visit for each entry in the order of the names, under the registry's lock: visit must not register. It must not
@@ -95,8 +95,8 @@ typename Variant::xoVariantMapImpl GetThirdPartyLibVersions() {
 
 namespace xoSystem {
 
-// The version of the loaded library, which may be another than the host was built with. The texts live as long as the
-// library is loaded. The argument of the last three makes no difference and is there for older callers.
+// The version of the loaded library, which may differ from the one that the host was built with. The texts are valid as
+// long as the library is loaded. The argument of the last three functions has no effect; older callers pass it.
 class XOSYSTEM_API Version {
 public:
     Version() = delete;

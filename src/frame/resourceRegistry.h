@@ -1,16 +1,16 @@
-// The life of the resource registry, as start-up and shut-down run it.
+// Creation and destruction of the resource registry, for start-up and shut-down.
 #ifndef XO_FRAME_RESOURCEREGISTRY_H
 #define XO_FRAME_RESOURCEREGISTRY_H
 
 namespace xo::frame {
 
-// Makes the registry, empty and without a lock, unless a module has registered something before.
+// Creates the registry, empty and without a lock, unless there is one: a module may have registered resources earlier.
 void createResourceRegistry();
 
-// Gives it its lock, and makes it if need be.
+// Creates the registry if there is none, and its lock.
 void makeResourceRegistryThreadSafe();
 
-// First the lock goes, then the entries.
+// Destroys the lock, then the entries. Nothing when there is no registry.
 void destroyResourceRegistry();
 
 }  // namespace xo::frame

@@ -21,7 +21,7 @@ impl::LibInitCounter basicCounter("xoSystem basic");
 impl::LibInitCounter fullCounter("xoSystem full");
 std::atomic<int> levelReached{0};  // 0, InitTypeBasic or InitTypeFull
 
-// The full level may be up already, after a termination too many; it stays.
+// After an unmatched termination the full level may be reached before the basic one; it is kept.
 void initializeBasic() {
     if (!IsXoSystemThreadSafe()) levelReached = InitTypeBasic;
     xoLog::createInstance(/*threadSafe=*/IsXoSystemThreadSafe());
@@ -31,7 +31,7 @@ void initializeBasic() {
     frame::createResourceRegistry();
 }
 
-// The log may be missing: after a termination too many, full initialisation comes up without the basic one.
+// The log may be missing: after an unmatched termination, the full level is reached without the basic one.
 void initializeFull(bool queryMainDisk) {
     levelReached = InitTypeFull;
     frame::makeResourceRegistryThreadSafe();

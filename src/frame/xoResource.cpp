@@ -21,7 +21,7 @@ public:
     void makeThreadSafe() { mMutex.make(); }
     void unmakeThreadSafe() { mMutex.unmake(); }
 
-    // Names are copied before the lock is taken: reading a bad pointer of the caller's may fault.
+    // The callers copy the name before the lock is taken: to read a bad pointer under it could leave it locked.
 
     // False, with nothing changed, when the name is taken.
     bool insert(std::string name, View view) {

@@ -27,10 +27,10 @@ void xoVersion::setVersion(unsigned majorVersion, unsigned minorVersion, unsigne
 
 namespace {
 
-// Libraries register from their static objects, in whatever order these come and go: so the registry has neither a
-// constructor nor a destructor to be early or late for.
+// Other libraries register from the constructors and destructors of static objects, whose order is unknown. So the
+// registry has neither a constructor nor a destructor of its own that could run too late or too early.
 platform::SlimLock registryLock;                  // guards registry
-xoVariant::xoVariantMapImpl* registry = nullptr;  // null while it would be empty
+xoVariant::xoVariantMapImpl* registry = nullptr;  // null when there are no entries
 using RegistryGuard = std::lock_guard<platform::SlimLock>;
 
 }  // namespace
@@ -58,7 +58,7 @@ void impl::VisitThirdPartyLibVersions(void (*visit)(const std::string& name, con
     for (const auto& [name, version] : *registry) visit(name, version.getString(), user);
 }
 
-// For hosts that were built when the header declared this function.
+// Exported for programs that were built when the header declared this function and not a template.
 namespace impl {
 XOSYSTEM_API xoVariant::xoVariantMapImpl GetThirdPartyLibVersions() { return GetThirdPartyLibVersions<xoVariant>(); }
 }  // namespace impl

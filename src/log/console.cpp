@@ -2,6 +2,7 @@
 
 #include <io.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 #if defined(__GLIBCXX__)
@@ -15,31 +16,34 @@
 namespace xo::log {
 namespace {
 
+// Whether std::cout still has a buffer of the C++ library's own. A host that gave it another one, before or after this
+// library was loaded, wants the lines there and not on the console window.
 #if defined(__GLIBCXX__)
-// The buffer of a std::cout that nobody has redirected, in the C stream's step or not (std::ios::sync_with_stdio).
+// There are two: the first one, and the one that std::ios::sync_with_stdio(false) sets.
 bool isStandardOutput(std::streambuf* buffer) {
     if (auto* const synchronised = dynamic_cast<__gnu_cxx::stdio_sync_filebuf<char>*>(buffer))
         return synchronised->file() == stdout;
-    auto* const own = dynamic_cast<__gnu_cxx::stdio_filebuf<char>*>(buffer);
-    return own && own->file() == stdout;
+    auto* const buffered = dynamic_cast<__gnu_cxx::stdio_filebuf<char>*>(buffer);
+    return buffered && buffered->file() == stdout;
 }
 #else
-// Other libraries do not say what a buffer writes to: what std::cout had when the library was loaded counts.
+// Microsoft's buffers do not say what they write to, but sync_with_stdio does not replace them. So the buffer at the
+// time of loading is compared.
 std::streambuf* const kOriginalBuffer = std::cout.rdbuf();
 bool isStandardOutput(std::streambuf* buffer) { return buffer == kOriginalBuffer; }
 #endif
 
-// Standard output when it is a console window, otherwise null. A host that gave std::cout another buffer wants the
-// lines there, whatever standard output is.
-HANDLE realConsole() {
-    const int descriptor = ::_fileno(stdout);
+// The handle of standard output when that is a console window, otherwise null. The C runtime owns it.
+HANDLE consoleWindow() {
+    const int descriptor = ::_fileno(stdout);  // negative in a program without standard output
     if (descriptor < 0 || !isStandardOutput(std::cout.rdbuf())) return nullptr;
     const auto handle = reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor));
     DWORD mode = 0;
     return ::GetConsoleMode(handle, &mode) ? handle : nullptr;
 }
 
-// Bytes would be read in the console's own code page; wide text is shown as it is.
+// A console window shows wide text as it is, and reads bytes in a code page of its own.
+// https://learn.microsoft.com/en-us/windows/console/writeconsole
 void writeWide(HANDLE console, const std::wstring& text) {
     constexpr std::size_t kMostPerCall = 8192;  // older consoles refuse more than 64 KB
     for (std::size_t at = 0; at < text.size();) {
@@ -55,17 +59,17 @@ void writeWide(HANDLE console, const std::wstring& text) {
 
 void writeLineToConsole(std::string& line) {
     line += '\n';
-    // The buffer and not the stream: a closed standard output must not set the host's std::cout to failed.
+    // Writes to the buffer, not to the stream: a closed standard output must not set the host's std::cout to failed.
     std::streambuf* const out = std::cout.rdbuf();
     try {
-        if (const HANDLE console = realConsole()) {
-            out->pubsync();
+        if (const HANDLE console = consoleWindow()) {
+            out->pubsync();  // what the host has written comes first
             writeWide(console, platform::toWide(line));
         } else if (out) {
             out->sputn(line.data(), static_cast<std::streamsize>(line.size()));
             out->pubsync();
         }
-    } catch (...) {  // a host's buffer may throw; the line still goes to the file
+    } catch (...) {  // a buffer of the host's may throw; the line still goes to the file
     }
     line.pop_back();
 }

@@ -1,4 +1,4 @@
-// Standard output as a sink of lines.
+// Standard output as a sink of log lines.
 #ifndef XO_LOG_CONSOLE_H
 #define XO_LOG_CONSOLE_H
 
@@ -6,7 +6,8 @@
 
 namespace xo::log {
 
-// Writes the line and a line end, flushed. Takes the line to use its room.
+// Writes the line and a line end to std::cout and flushes it. The line end is appended in the line's own buffer, and
+// removed again.
 void writeLineToConsole(std::string& line);
 
 }  // namespace xo::log

@@ -2,14 +2,23 @@
 
 #include <algorithm>
 
+#include "platform/handle.h"
 #include "platform/wideText.h"
-#include "platform/windows.h"
 
 namespace xo::log {
 namespace {
 
-constexpr std::size_t kMostBytes = 16384;  // of one insertion string, safely below the system's own limit
+// https://learn.microsoft.com/en-us/windows/win32/api/winbase/nf-winbase-reporteventa limits an insertion string to
+// 31,839 characters.
+constexpr std::size_t kMaxTextBytes = 16384;
 constexpr DWORD kEventId = 1;
+
+struct EventSourcePolicy {
+    using Type = HANDLE;
+    static Type none() noexcept { return nullptr; }
+    static void close(Type source) noexcept { ::DeregisterEventSource(source); }
+};
+using EventSource = platform::Owned<EventSourcePolicy>;
 
 WORD eventType(xoLogType type) {
     switch (static_cast<int>(type)) {
@@ -23,16 +32,15 @@ WORD eventType(xoLogType type) {
 
 void reportEvent(const std::string& message, xoLogType type, const std::string& sourceName) {
     if (type == xoLogDebug) return;
-    std::string text = platform::toNative(message, kMostBytes);
+    std::string text = platform::toNative(message, kMaxTextBytes);
     std::replace(text.begin(), text.end(), '\0', ' ');  // a NUL would end the event's text
-    const std::string source = sourceName.empty() ? "xoLog" : platform::toNative(sourceName);
+    const std::string name = sourceName.empty() ? "xoLog" : platform::toNative(sourceName);
 
-    const HANDLE log = ::RegisterEventSourceA(/*lpUNCServerName=*/nullptr, source.c_str());
-    if (!log) return;
+    const EventSource source(::RegisterEventSourceA(/*lpUNCServerName=*/nullptr, name.c_str()));
+    if (!source) return;
     const char* const strings[] = {text.c_str()};
-    ::ReportEventA(log, eventType(type), /*wCategory=*/0, kEventId, /*lpUserSid=*/nullptr, /*wNumStrings=*/1,
+    ::ReportEventA(source.get(), eventType(type), /*wCategory=*/0, kEventId, /*lpUserSid=*/nullptr, /*wNumStrings=*/1,
                    /*dwDataSize=*/0, const_cast<const char**>(strings), /*lpRawData=*/nullptr);
-    ::DeregisterEventSource(log);
 }
 
 }  // namespace xo::log

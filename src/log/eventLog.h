@@ -1,4 +1,4 @@
-// The Windows event log as a sink of lines.
+// The Windows event log as a sink of log lines.
 #ifndef XO_LOG_EVENTLOG_H
 #define XO_LOG_EVENTLOG_H
 
@@ -8,7 +8,7 @@
 
 namespace xo::log {
 
-// Reports one event, or nothing for a DEBUG line and where the source cannot be registered.
+// Reports one event. Nothing for a DEBUG line, and when the source cannot be registered.
 void reportEvent(const std::string& message, xoLogType type, const std::string& sourceName);
 
 }  // namespace xo::log

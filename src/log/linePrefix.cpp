@@ -22,7 +22,7 @@ std::string_view typeName(xoLogType type) {
 }  // namespace
 
 std::int64_t currentSecond() {
-    FILETIME now;
+    FILETIME now;  // 100-nanosecond ticks since the start of 1601
     ::GetSystemTimeAsFileTime(&now);
     const std::uint64_t ticks = (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
     constexpr std::int64_t kTicksFrom1601To1970 = 116444736000000000;
@@ -33,12 +33,13 @@ std::int64_t currentSecond() {
 std::string_view LocalTimeText::of(std::int64_t second) {
     if (second == mSecond) return {mText, mLength};
 
-    // The runtime library converts no other times; a clock that is set so wrong shows the nearest.
-    constexpr std::int64_t kLastSecond = 32535215999;  // of the year 3000, UTC
+    // The C runtime converts times from 1970 to 3000, UTC.
+    // https://learn.microsoft.com/en-us/cpp/c-runtime-library/reference/localtime-s-localtime32-s-localtime64-s
+    constexpr std::int64_t kLastSecond = 32535215999;
     const __time64_t time = std::clamp(second, std::int64_t{0}, kLastSecond);
     std::tm local{};
     ::_localtime64_s(&local, &time);
-    // strftime's names would follow the host's setlocale; a log reads the same everywhere.
+    // Not strftime: its names follow the host's setlocale, and a log reads the same everywhere.
     static constexpr char kDays[7][4] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
     static constexpr char kMonths[12][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                             "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};

@@ -1,4 +1,4 @@
-// What stands before the text of a log line.
+// The prefix of a log line: type, qualifier and time.
 #ifndef XO_LOG_LINEPREFIX_H
 #define XO_LOG_LINEPREFIX_H
 
@@ -10,12 +10,13 @@
 
 namespace xo::log {
 
-// Seconds since 1970, UTC.
+// The system clock in seconds since the start of 1970, UTC.
 std::int64_t currentSecond();
 
-// The local time of a second as "Tue Mar 03 14:05:09 2020", and for the moment kept: lines come many to a second.
+// Formats local time as "Tue Mar 03 14:05:09 2020". Keeps the last text, because many lines share a second.
 class LocalTimeText {
 public:
+    // The view is valid until the next call. Seconds outside the years 1970 to 3000 give the nearest time.
     std::string_view of(std::int64_t second);
 
 private:

@@ -21,20 +21,21 @@ platform::FileHandle open(const std::wstring& path, DWORD access, DWORD disposit
                                               /*hTemplateFile=*/nullptr));
 }
 
-// Appending in one write is whole even beside a process that does not take the mutex.
+// With this right alone, each WriteFile appends atomically, also beside a process that does not take the mutex.
+// https://learn.microsoft.com/en-us/windows/win32/fileio/file-access-rights-constants
 platform::FileHandle openToAppend(const std::wstring& path, DWORD disposition) {
     return open(path, FILE_APPEND_DATA, disposition);
 }
 
-// The right to delete a file includes the right to rename it. It is refused beside a handle that does not share
-// deletion, and while it is held, no such handle can be opened. A symbolic link is moved itself, as MoveFileExW does.
+// DELETE is the right to rename. It is refused while another handle does not share deletion, and while it is held, such
+// a handle cannot be opened. Of a symbolic link the link is opened, since MoveFileExW moves the link.
 // https://learn.microsoft.com/en-us/windows/win32/fileio/creating-and-opening-files
 platform::FileHandle openToMove(const std::wstring& path) {
     return open(path, DELETE, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
 }
 
 void write(HANDLE file, std::string_view bytes) {
-    constexpr std::size_t kMostPerCall = std::size_t{1} << 30;  // the call takes 32 bits
+    constexpr std::size_t kMostPerCall = std::size_t{1} << 30;  // the size is passed in 32 bits
     while (!bytes.empty()) {
         DWORD written = 0;
         const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMostPerCall));
@@ -50,7 +51,7 @@ bool isFile(const std::wstring& path) {
 
 }  // namespace
 
-void LogFile::Access::take(xoMutexSystem* mutex) XO_NO_THREAD_SAFETY_ANALYSIS {
+void LogFile::Access::lock(xoMutexSystem* mutex) XO_NO_THREAD_SAFETY_ANALYSIS {
     if (!mutex) return;
     mutex->lock();
     mHeld = mutex;
@@ -73,8 +74,8 @@ bool LogFile::install(const std::string& path, int flags, std::int64_t maxSizeBy
     bool made = false;
     {
         Access access;
-        access.take(mMutex.get());
-        made = make(flags);
+        access.lock(mMutex.get());
+        made = prepare(flags);
     }
     if (!made) remove();
     return made;
@@ -84,10 +85,10 @@ void LogFile::share() {
     if (isInstalled() && !mMutex) mMutex = std::make_unique<xoMutexSystem>(mPath.c_str(), impl::WithoutEarlyWarning());
 }
 
-bool LogFile::make(int flags) {
+bool LogFile::prepare(int flags) {
     const bool beginsAnew = (flags & xoLogFileTruncate) != 0;
     const bool rotates = beginsAnew && (flags & xoLogFileRotate) != 0 && mBackupCount > 0;
-    if (rotates) moveAside();  // a file that cannot be moved is appended to
+    if (rotates) moveAside();  // on failure the file is appended to
     const bool isEmptied = beginsAnew && !rotates && !::DeleteFileW(mApiPath.c_str()) && truncate();
 
     if (const auto file = openToAppend(mApiPath, isEmptied ? OPEN_ALWAYS : CREATE_NEW)) {
@@ -100,7 +101,7 @@ bool LogFile::make(int flags) {
 void LogFile::writeLine(std::string& line, Access& access) {
     const std::size_t length = line.size();
     line += "\r\n";
-    access.take(mMutex.get());
+    access.lock(mMutex.get());
     access.file = openForLine();
     if (access.file) write(access.file.get(), line);
     access.release();
@@ -119,31 +120,25 @@ platform::FileHandle LogFile::openForLine() {
     return file;
 }
 
-// A failed rotation is tried again when the file has grown by the limit, not at each line.
+// A failed rotation is tried again when the file has grown by the limit, not for each line.
 bool LogFile::isTooLarge(std::int64_t sizeBytes) {
-    if (sizeBytes <= mMaxSizeBytes) mRetrySizeBytes = 0;  // another process has rotated it
+    if (sizeBytes <= mMaxSizeBytes) mRetrySizeBytes = 0;  // another process has rotated the file
     return sizeBytes > (std::max)(mMaxSizeBytes, mRetrySizeBytes);
 }
 
-// Keeps the file itself, its access list and the links to it. Not TRUNCATE_EXISTING, which hidden files refuse.
+// Empties the file in place. That needs no right to its folder, and keeps its access list and its hard links. Not by
+// TRUNCATE_EXISTING, since overwriting fails for hidden files unless their attributes are given.
 bool LogFile::truncate() const {
     const platform::FileHandle file = open(mApiPath, FILE_WRITE_DATA, OPEN_EXISTING);
     return file && ::SetEndOfFile(file.get());
 }
 
-// Moves the backups up by one, as far as the lowest free number, and the file to number 0. Touches nothing unless all
-// of them can be moved.
+// Renames the backups to the next number, up to the lowest number that is free, and the file to number 0. All of them
+// are opened first, so that either all can be renamed or none is touched.
 bool LogFile::moveAside() const {
     const platform::FileHandle file = openToMove(mApiPath);
-    if (!file) return false;
     std::vector<platform::FileHandle> backups;
-    while (static_cast<int>(backups.size()) < mBackupCount) {
-        platform::FileHandle backup = openToMove(backupPath(static_cast<int>(backups.size())));
-        const DWORD error = ::GetLastError();
-        if (!backup && error != ERROR_FILE_NOT_FOUND) return false;
-        if (!backup) break;
-        backups.push_back(std::move(backup));
-    }
+    if (!file || !openBackupsToMove(backups)) return false;
     int target = static_cast<int>(backups.size());
     if (target == mBackupCount) {
         --target;
@@ -153,6 +148,17 @@ bool LogFile::moveAside() const {
     for (; target > 0; --target)
         if (!::MoveFileExW(backupPath(target - 1).c_str(), backupPath(target).c_str(), /*dwFlags=*/0)) return false;
     return ::MoveFileExW(mApiPath.c_str(), backupPath(0).c_str(), /*dwFlags=*/0) != FALSE;
+}
+
+// Opens the backups from number 0 up to the one before the lowest free number. False when one cannot be renamed.
+bool LogFile::openBackupsToMove(std::vector<platform::FileHandle>& backups) const {
+    for (int i = 0; i < mBackupCount; ++i) {
+        platform::FileHandle backup = openToMove(backupPath(i));
+        const DWORD error = ::GetLastError();
+        if (!backup) return error == ERROR_FILE_NOT_FOUND;
+        backups.push_back(std::move(backup));
+    }
+    return true;
 }
 
 std::wstring LogFile::backupPath(int index) const { return mApiPath + L"_" + std::to_wstring(index) + L".back"; }

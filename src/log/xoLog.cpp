@@ -20,20 +20,20 @@ struct xoLog::Private {
 
     concurrency::LateMutex mutex;  // guards the sinks
     std::atomic<bool> echoToConsole{true};
-    std::atomic<bool> hasFile{false};              // whether file is installed; changed under the lock
-    std::set<std::string, std::less<>> blacklist;  // changed before threads log, hence read without the lock
+    std::atomic<bool> hasFile{false};              // whether file is installed; set under the lock
+    std::set<std::string, std::less<>> blacklist;  // read without the lock: set before several threads log
 
     CustomHandler handler XO_GUARDED_BY(mutex) = nullptr;
     void* handlerUser XO_GUARDED_BY(mutex) = nullptr;
     log::LogFile file XO_GUARDED_BY(mutex);
     log::LocalTimeText localTime XO_GUARDED_BY(mutex);
-    std::string line XO_GUARDED_BY(mutex);  // a buffer that each line reuses
+    std::string line XO_GUARDED_BY(mutex);  // the buffer that most lines are put together in
     std::string pendingNotice XO_GUARDED_BY(mutex);
     std::atomic<bool> hasPendingNotice{false};
 };
 
-// One call of Write. What it holds is released by end(), which runs after a processor fault too: a guard further out
-// catches the fault without running destructors, and other threads must not wait for the locks for ever.
+// One call of Write. What it holds is released by release, also after a processor fault: a guard further out handles
+// the fault without running destructors, and the locks must not stay locked.
 class xoLog::Private::Writing {
 public:
     Writing(Private& log, const std::string& message, xoLogType type, const std::string& qualifier)
@@ -41,13 +41,13 @@ public:
         if (wantsText()) mSecond = log::currentSecond();
     }
 
-    void run() { platform::callReleasing(&Writing::begin, &Writing::end, this); }
+    void run() { platform::callReleasing(&Writing::write, &Writing::release, this); }
 
 private:
-    static void begin(void* writing);
-    static void end(void* writing);
+    static void write(void* writing);
+    static void release(void* writing);
 
-    // Whether anybody but the handler wants the line.
+    // Whether there is a sink other than the handler. Only these need the prefix, and so the time.
     bool wantsText() const {
         return mLog.echoToConsole.load(std::memory_order_relaxed) || mLog.hasFile.load(std::memory_order_relaxed);
     }
@@ -58,9 +58,9 @@ private:
     const std::string& mMessage;
     const xoLogType mType;
     const std::string& mQualifier;
-    std::int64_t mSecond = kNoSecond;  // of the call, not of the moment when the lock was free
+    std::int64_t mSecond = kNoSecond;  // taken at the call, before waiting for the lock and for the handler
     bool mIsLocked = false;
-    std::string mLine;  // the log's buffer while the line is written: a sink that logs in turn gets another
+    std::string mLine;  // holds the log's buffer during the write: a sink that logs in turn finds another one there
     log::LogFile::Access mFileAccess;
 
     static constexpr std::int64_t kNoSecond = INT64_MIN;
@@ -68,7 +68,7 @@ private:
 
 namespace {
 
-constexpr std::size_t kLineBufferKept = 65536;
+constexpr std::size_t kMaxBufferKept = 65536;  // a larger line gives its memory back
 
 }  // namespace
 
@@ -138,6 +138,7 @@ void xoLog::writePendingNotice() {
 }
 
 void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount) {
+    log::reserveStack();
     bool installed = false;
     {
         const concurrency::LateMutexLocker locker(mPrivate->mutex);
@@ -173,18 +174,18 @@ void xoLog::Write(const std::string& message, xoLogType type, const std::string&
     Private::Writing(*mPrivate, message, type, qualifier).run();
 }
 
-void xoLog::Private::Writing::begin(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
+void xoLog::Private::Writing::write(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
     Writing& self = *static_cast<Writing*>(writing);
-    self.mIsLocked = self.mLog.mutex.isMade();  // a handler may make the log safe for threads
+    self.mIsLocked = self.mLog.mutex.isMade();  // remembered, since the handler may call makeThreadSafe
     if (self.mIsLocked) self.mLog.mutex.lock();
     if (self.mLog.handler) self.callHandler();
     if (self.wantsText()) self.writeText();
 }
 
-void xoLog::Private::Writing::end(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
+void xoLog::Private::Writing::release(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
     Writing& self = *static_cast<Writing*>(writing);
     self.mFileAccess.release();
-    if (self.mLine.capacity() > self.mLog.line.capacity() && self.mLine.capacity() <= kLineBufferKept)
+    if (self.mLine.capacity() > self.mLog.line.capacity() && self.mLine.capacity() <= kMaxBufferKept)
         self.mLog.line.swap(self.mLine);
     std::string().swap(self.mLine);
     if (self.mIsLocked) self.mLog.mutex.unlock();

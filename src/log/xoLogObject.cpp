@@ -11,19 +11,22 @@ namespace xo {
 struct xoLogObject::Line {
     class Pool;
 
+    void write() const;
+
     xoLog* log = nullptr;
     xoLogType type = xoLogInfo;
     bool hasText = false;
     bool hasEventSource = false;
-    std::atomic<bool>* placeIsFree = nullptr;  // of its place in the pool; null for a line from the heap
+    std::atomic<bool>* placeIsFree = nullptr;  // the flag of its place in the pool; null for a line from the heap
     std::string text;
     std::string qualifier;
     std::string eventSource;
 };
 
-// Lines that keep their buffers from one use to the next, so that most lines allocate nothing. Each thread has its
-// place; whoever finds it taken, by a line in the making or by another thread, gets a line from the heap. So does a
-// line that is written before the pool is made or after its end, when static objects are made and destroyed.
+// Lines that keep their buffers from one use to the next, so that most lines allocate nothing. The thread's identifier
+// selects a place. When it is taken, by an unfinished line of the thread or by another thread, the line comes from the
+// heap; so does every line before the pool is constructed and after it is destroyed, by other static objects for
+// example.
 class xoLogObject::Line::Pool {
 public:
     Pool() {
@@ -33,15 +36,15 @@ public:
         }
     }
 
-    // Frees the buffers of the places that it can still take. A line in the making keeps its place: in a static build
-    // the other threads still run.
+    // Destroys the lines that are not in use. Others keep their places: where the library is linked statically, other
+    // threads still run while static objects are destroyed.
     ~Pool() {
         for (Place& place : mPlaces)
             if (place.isFree.exchange(false, std::memory_order_acquire)) place.line.~Line();
     }
 
     Line* take() {
-        Place& place = mPlaces[::GetCurrentThreadId() / 4 % kSize];  // identifiers are multiples of 4
+        Place& place = mPlaces[::GetCurrentThreadId() / 4 % kSize];  // thread identifiers are multiples of 4
         return place.isFree.exchange(false, std::memory_order_acquire) ? &place.line : new Line();
     }
 
@@ -64,9 +67,9 @@ private:
         Place() : line() {}
         ~Place() {}
         union {
-            Line line;  // destroyed by the pool alone
+            Line line;  // in a union, so that only the pool destroys it
         };
-        std::atomic<bool> isFree;  // false in the zeroed memory before the pool is made
+        std::atomic<bool> isFree;  // false before the pool is constructed: static memory is zeroed
     };
     Place mPlaces[kSize];
 };
@@ -85,25 +88,28 @@ void xoLogObject::begin(xoLogType type, const char* qualifier, xoLog* log, const
         line->qualifier = qualifier ? qualifier : "";
         line->eventSource = eventSourceName ? eventSourceName : "";
         mLine = line;
-    } catch (...) {  // out of memory: the line is lost, the host is not
+    } catch (...) {  // out of memory: the line is dropped
         if (line) Line::Pool::msInstance.give(line);
     }
 }
 
 void xoLogObject::end() noexcept {
-    const Line& line = *mLine;
     try {
-        if (!line.hasText) {
-        } else if (line.hasEventSource) {
-            xoLog::WriteToSystemLog(line.text, line.type, line.qualifier, line.eventSource);
-        } else if (line.log) {
-            line.log->Write(line.text, line.type, line.qualifier);
-        } else {
-            xoLog::WriteToStd(line.text, line.type, line.qualifier);
-        }
+        mLine->write();
     } catch (...) {  // out of memory
     }
     Line::Pool::msInstance.give(mLine);
+}
+
+void xoLogObject::Line::write() const {
+    if (!hasText) return;
+    if (hasEventSource) {
+        xoLog::WriteToSystemLog(text, type, qualifier, eventSource);
+    } else if (log) {
+        log->Write(text, type, qualifier);
+    } else {
+        xoLog::WriteToStd(text, type, qualifier);
+    }
 }
 
 void xoLogObject::append(const char* text) { append(std::string_view(text ? text : "[NullPtr]")); }
@@ -116,7 +122,7 @@ void xoLogObject::append(std::string_view text) {
     try {
         if (size > line.capacity()) line.reserve((std::max)(kUsualLength, 2 * size));
         line += text;
-    } catch (...) {  // out of memory: the line goes without this piece
+    } catch (...) {  // out of memory: the line lacks this piece
     }
 }
 

@@ -3,7 +3,7 @@
 
 namespace xo::util {
 
-// Fills the exported lane masks. Called by start-up.
+// Sets the exported lane masks of xoVectorConstants.h. Called by basic initialisation.
 void writeLaneMasks();
 
 }  // namespace xo::util

@@ -11,11 +11,10 @@ namespace {
 constexpr float kPi = 3.14159265358979f;
 constexpr float kLargestSummableRoot = 9.2233714e18f;  // sqrt(FLT_MAX) / 2
 
-// The compilers spell a constant vector of integers differently; this is the one place that knows.
+// Microsoft's __m128i is a union whose first member is an array of char, other compilers' a vector of two long long.
 #if defined(_MSC_VER) && !defined(__clang__)
-#    define XO_BYTES(lane)                                                       \
-        static_cast<char>((lane)&0xFF), static_cast<char>(((lane) >> 8) & 0xFF), \
-            static_cast<char>(((lane) >> 16) & 0xFF), static_cast<char>(((lane) >> 24) & 0xFF)
+constexpr char byteOf(std::uint32_t lane, int index) { return static_cast<char>(lane >> (8 * index)); }
+#    define XO_BYTES(lane) byteOf(lane, 0), byteOf(lane, 1), byteOf(lane, 2), byteOf(lane, 3)
 #    define XO_INTEGERS(x, y, z, w) \
         { XO_BYTES(x), XO_BYTES(y), XO_BYTES(z), XO_BYTES(w) }
 #else

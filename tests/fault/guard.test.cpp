@@ -1,5 +1,3 @@
-#include <thread>
-
 #include "fault/faultFixture.h"
 
 // libstdc++ calls its own macro so.
@@ -133,15 +131,6 @@ TEST_F(GuardTest, EndsWhenReportsMakeReports) {
     EXPECT_EQ(outcomeOf(&writeToNull), "exception Catch an SEH exception");
     // Each of the two reports makes two more, which are lines, and those make none.
     EXPECT_EQ(handled, 2 + 2 * 2);
-}
-
-TEST_F(GuardTest, LeavesTheLogUsableAfterAFaultInItsHandler) {
-    xo::xoLog::edit().makeThreadSafe();
-    xo::xoLog::edit().installCustomHandler(
-        [](const std::string&, xo::xoLogType, const std::string&, void*) { writeToNull(); }, nullptr);
-    outcomeOf([] { xo::xoLogObject(xo::xoLogInfo) << "line"; });
-    xo::xoLog::edit().installCustomHandler(nullptr, nullptr);
-    std::thread([] { xo::xoLogObject(xo::xoLogInfo) << "would wait for ever"; }).join();
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Each of these tests runs in a process of its own: what it sees is the library's first start.
+// Each of these tests runs in a process of its own, in which the library has not been initialised yet.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ using xo::xoLog;
 
 std::vector<std::string> lines;
 
-// Collects the lines of the log that there is now, away from the console.
+// Collects the lines of the present log, and keeps them off the console.
 void collectLines() {
     xoLog::edit().setEchoToConsole(false);
     xoLog::edit().installCustomHandler([](const std::string& message, xo::xoLogType type, const std::string&,
@@ -57,7 +57,7 @@ TEST(Lifecycle, EndsWithTheOutermostTermination) {
     }
 }
 
-TEST(Lifecycle, RemembersATerminationTooMany) {
+TEST(Lifecycle, CountsAnUnmatchedTermination) {
     terminateXoSystem();
     EXPECT_FALSE(isUp());
     initializeXoSystem(xo::InitTypeBasic);
@@ -167,7 +167,7 @@ TEST(VectorConstants, HoldWhatTheirNamesSay) {
     constexpr std::uint32_t kAll = 0xFFFFFFFF;
     EXPECT_THAT(lanes(xo::sSSE_FF_FF_FF_FF), ElementsAre(0, 0, 0, 0)) << "before initialisation";
     initializeXoSystem(xo::InitTypeBasic);
-    // Each digit a lane, the first in memory first.
+    // One digit per lane, the lowest lane first.
     const std::pair<const __m128*, const char*> masks[] = {
         {&xo::sSSE_FF_FF_FF_FF, "1111"}, {&xo::sSSE_0_FF_FF_FF, "1110"}, {&xo::sSSE_FF_0_FF_FF, "1101"},
         {&xo::sSSE_FF_FF_0_FF, "1011"},  {&xo::sSSE_FF_FF_FF_0, "0111"}, {&xo::sSSE_FF_FF_0_0, "0011"},
@@ -177,7 +177,7 @@ TEST(VectorConstants, HoldWhatTheirNamesSay) {
     for (const auto& [mask, digits] : masks)
         for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(lanes(*mask)[i], digits[i] == '1' ? kAll : 0) << digits;
 
-    // Integers and mixed lanes are where compilers differ.
+    // Compilers differ in the initialisers of integers and of mixed lanes.
     EXPECT_THAT(lanes(xo::sSSEThreeI), ElementsAre(3, 3, 3, 3));
     EXPECT_THAT(lanes(xo::sSSERedI), ElementsAre(255, 0, 0, 255));
     EXPECT_THAT(lanes(xo::sSSEHalfWhiteI), ElementsAre(127, 127, 127, 255));

@@ -81,7 +81,7 @@ TEST_F(Resource, IsForgottenWhenUnregisteredAndAtTheEnd) {
                             "3()Resource is already unregistered data/\xC3\xA9"));
     registerAll();
     xo::terminateXoSystem();
-    unregisterAll();  // a module that unloads late is no conflict
+    unregisterAll();  // a module may unload after termination
     xo::initializeXoSystem(xo::InitTypeFull);
     xo::xoLog::edit().setEchoToConsole(false);
     const char* data = nullptr;
@@ -90,7 +90,7 @@ TEST_F(Resource, IsForgottenWhenUnregisteredAndAtTheEnd) {
 }
 
 TEST(EarlyResource, OutlivesTheStartOfTheLibrary) {
-    registerAll();  // as a module does that loads before the host starts the library
+    registerAll();  // a module may be loaded before the host initialises the library
     xo::initializeXoSystem(xo::InitTypeFull);
     std::string bytes;
     EXPECT_TRUE(GetResource("A", bytes));

@@ -13,7 +13,8 @@ using impl::GetThirdPartyLibVersions;
 using impl::RegisterThirdPartyLibVersionInfo;
 using impl::UnRegisterThirdPartyLibVersionInfo;
 
-const bool registeredEarly = (RegisterThirdPartyLibVersionInfo("early", "0.9"), true);  // as a library does that loads
+// As a library does while it is loaded.
+const bool registeredEarly = (RegisterThirdPartyLibVersionInfo("early", "0.9"), true);
 
 TEST(Version, IsOrderedByItsThreeNumbers) {
     const xoVersion ascending[] = {{}, {0, 0, 7}, {0, 5, 1}, {1, 9, 5}, {1, 10, 0, "new", 2021, 7}, {0x80000000, 0, 0}};
@@ -37,7 +38,7 @@ TEST(LibraryVersion, IsTheOneInTheFile) {
     EXPECT_STREQ(Version::GetDescStringMajorMinor(), "3.0");
     EXPECT_TRUE(Version::GetYear() == 2020 && Version::GetMonth() == 5);
 
-#if !defined(XOSYSTEM_STATIC)  // where it is linked into a program, that has a version of its own
+#if !defined(XOSYSTEM_STATIC)  // a program that the library is linked into has a version resource of its own
     const HMODULE library = ::GetModuleHandleW(L"xoSystem.dll");
     const HRSRC found = ::FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
     ASSERT_TRUE(found);

@@ -14,39 +14,39 @@ using testing::IsEmpty;
 using xo::xoLog;
 using xo::xoLogObject;
 
-// What the system was asked for.
+// Stands in for the event log of the system.
 struct {
     std::vector<std::string> events;  // "<source> <type> <text>"
     std::string source;
     bool refuses;
     int openSources;
-} told;
+} fakeSystem;
 
 HANDLE WINAPI registerSource(LPCSTR server, LPCSTR name) {
     EXPECT_EQ(server, nullptr);
-    told.source = name;
-    if (told.refuses) return nullptr;
-    ++told.openSources;
+    fakeSystem.source = name;
+    if (fakeSystem.refuses) return nullptr;
+    ++fakeSystem.openSources;
     return reinterpret_cast<HANDLE>(1);
 }
 
 BOOL WINAPI report(HANDLE, WORD type, WORD category, DWORD id, PSID user, WORD count, DWORD size, LPCSTR* texts,
                    LPVOID data) {
     EXPECT_TRUE(category == 0 && id == 1 && !user && count == 1 && size == 0 && !data);
-    told.events.push_back(told.source + " " + std::to_string(type) + " " + texts[0]);
+    fakeSystem.events.push_back(fakeSystem.source + " " + std::to_string(type) + " " + texts[0]);
     return TRUE;
 }
 
-BOOL WINAPI deregisterSource(HANDLE) { return --told.openSources, TRUE; }
+BOOL WINAPI deregisterSource(HANDLE) { return --fakeSystem.openSources, TRUE; }
 
 class EventLog : public xo::tests::LogTest {
 protected:
     void SetUp() override {
-        told = {};
+        fakeSystem = {};
         ASSERT_TRUE(mRegister.isInstalled() && mReport.isInstalled() && mDeregister.isInstalled());
     }
 
-    static std::vector<std::string> takeEvents() { return std::exchange(told.events, {}); }
+    static std::vector<std::string> takeEvents() { return std::exchange(fakeSystem.events, {}); }
 
 private:
     xo::tests::ImportHook mRegister{"xoSystem.dll", "RegisterEventSourceA", &registerSource};
@@ -63,11 +63,11 @@ TEST_F(EventLog, GetsEachTypeButDebugWhateverTheLogWants) {
     xoLog::WriteToSystemLog("text", static_cast<xo::xoLogType>(7), "net", "s");
     EXPECT_THAT(takeEvents(),
                 ElementsAre("my source 4 text", "my source 2 text", "my source 1 text", "xoLog 4 caf\xE9", "s 4 text"));
-    told.refuses = true;
+    fakeSystem.refuses = true;
     xoLogObject(xo::xoLogCritical, nullptr, nullptr, "s") << "text";
     EXPECT_THAT(takeEvents(), IsEmpty());
     EXPECT_THAT(takeLines(), IsEmpty());
-    EXPECT_EQ(told.openSources, 0);
+    EXPECT_EQ(fakeSystem.openSources, 0);
 }
 
 TEST_F(EventLog, TakesAtMost16384Bytes) {

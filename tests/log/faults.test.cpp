@@ -28,7 +28,7 @@ protected:
         }
     }
 
-    // What another thread of this process and another holder of the file's mutex find.
+    // Writes a line by another thread, which needs both locks. It would wait for ever for one that is still held.
     void expectUsable(const std::string& what) {
         std::thread([] { log().Write("usable", xo::xoLogInfo, {}); }).join();
         EXPECT_NE(mFolder.read("app.log").find(" usable\r\n"), std::string::npos) << what;
@@ -45,7 +45,7 @@ BOOL WINAPI writeFile(HANDLE file, LPCVOID bytes, DWORD size, LPDWORD written, L
     return xo::tests::ImportHook::behind(&writeFile)(file, bytes, size, written, overlapped);
 }
 
-// Each level logs, until the stack is exhausted: nearly always in the midst of a line.
+// Each level logs, until the stack is exhausted. A line needs more stack than a level, so that it happens in a line.
 volatile int lastDepth = -1;
 int logDeeper(int depth) {
     volatile char frame[64];

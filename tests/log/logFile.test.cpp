@@ -25,7 +25,7 @@ protected:
     std::filesystem::path wide(const std::string& name) const { return mFolder.widePath() / name; }
     static std::string backup(const std::string& number) { return "app.log_" + number + ".back"; }
 
-    // As the C runtime opens a file.
+    // Opens a file as fopen does.
     FileHandle openWithoutSharingDeletion(const std::string& name) const {
         FileHandle handle(::CreateFileW(wide(name).c_str(), GENERIC_READ | GENERIC_WRITE,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
@@ -35,7 +35,7 @@ protected:
 
     static void writeLine(const std::string& text) { log().Write(text, xo::xoLogInfo, {}); }
 
-    // The file's texts, without prefixes, as one string "first|second|".
+    // The lines of a file without their prefixes, each followed by "|".
     std::string texts(const std::string& name = "app.log") const {
         static const std::regex kPrefix("INFO : .{24} ");
         static const std::regex kEnd("\r\n");

@@ -1,4 +1,4 @@
-// A log of one's own whose lines are collected by its handler.
+// A log whose handler collects the lines.
 #ifndef XO_TESTS_LOG_LOGFIXTURE_H
 #define XO_TESTS_LOG_LOGFIXTURE_H
 

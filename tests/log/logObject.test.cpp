@@ -76,7 +76,7 @@ TEST_F(LogObject, CostsNoAllocationWhenNotWanted) {
     log().setLogTypeEnabled(xo::xoLogDebug, true);
     constexpr char kQualifier[] = "a qualifier that is too long to be kept without an allocation";
     log().setDebugSubTypeEnabled("a,qualifier,that,is", false);
-    log().isDebugSubTypeEnabled("a");  // the notice is out
+    log().isDebugSubTypeEnabled("a");  // writes the pending notice
     const std::string text(100, 'x');
 
     const xo::tests::AllocationCount allocations;
@@ -88,6 +88,24 @@ TEST_F(LogObject, CostsNoAllocationWhenNotWanted) {
     EXPECT_EQ(allocations.count(), 0);
     xoLogObject(xo::xoLogWarning, kQualifier) << text;
     EXPECT_GT(allocations.count(), 0) << "the counter does not count";
+}
+
+TEST_F(LogObject, DropsWhatThereIsNoMemoryFor) {
+    static bool isCut = false;
+    log().installCustomHandler(
+        [](const std::string& message, xo::xoLogType, const std::string&, void*) { isCut = message == "short "; },
+        nullptr);
+    constexpr char kQualifier[] = "a qualifier that is too long to be kept without an allocation";
+    static constexpr char kLong[9000] = "";
+    const xo::tests::AllocationCount allocations;
+    xo::tests::AllocationCount::refuseAll(true);
+    EXPECT_NO_THROW(xoLogObject(xo::xoLogInfo, kQualifier) << "dropped");
+    EXPECT_NO_THROW(xoLogObject(xo::xoLogInfo) << "short " << std::string_view(kLong, sizeof kLong));
+    xo::tests::AllocationCount::refuseAll(false);
+    EXPECT_TRUE(isCut);
+    const int before = allocations.count();
+    xoLogObject(xo::xoLogInfo) << "again";
+    EXPECT_EQ(allocations.count(), before) << "the place of the dropped line is free again";
 }
 
 const std::string kTime = R"([A-Z][a-z]{2} [A-Z][a-z]{2} \d\d \d\d:\d\d:\d\d \d{4} )";
@@ -122,7 +140,7 @@ void WINAPI systemTime(LPFILETIME time) {
     time->dwHighDateTime = static_cast<DWORD>(ticks >> 32);
 }
 
-TEST_F(Log, TellsTheLocalTimeOfTheCall) {
+TEST_F(Log, ShowsTheLocalTimeOfTheCall) {
     const xo::tests::ImportHook hook("xoSystem.dll", "GetSystemTimeAsFileTime", &systemTime);
     ASSERT_TRUE(hook.isInstalled());
     ::_putenv("TZ=XOT-3");
@@ -135,12 +153,12 @@ TEST_F(Log, TellsTheLocalTimeOfTheCall) {
         {1583233510, "Tue Mar 03 14:05:10 2020"},
         {1577836799, "Wed Jan 01 02:59:59 2020"},  // the clock was set back
         {0, "Thu Jan 01 03:00:00 1970"},
-        {-1, "Thu Jan 01 03:00:00 1970"},  // what the runtime library cannot convert shows the nearest
+        {-1, "Thu Jan 01 03:00:00 1970"},  // times that the C runtime does not convert
         {910692730084, "Thu Jan 01 02:59:59 3001"},
         {32535215999, "Thu Jan 01 02:59:59 3001"},
     };
     log().setEchoToConsole(true);
-    // The wait for a handler, or for the lock, does not count.
+    // The handler runs before the line is put together; its time must not be the line's.
     log().installCustomHandler(
         [](const std::string&, xo::xoLogType, const std::string&, void*) { clockSecond = 1600000000; }, nullptr);
     for (const auto& row : rows) {
@@ -153,7 +171,7 @@ TEST_F(Log, TellsTheLocalTimeOfTheCall) {
     }
 }
 
-// A host's buffer that logs what it gets, as one does that shows the output in a window; and one that throws.
+// A host's buffer may log, and may throw.
 struct LoggingBuffer : std::stringbuf {
     std::streamsize xsputn(const char*, std::streamsize) override {
         if (std::exchange(isFirst, false)) xoLogObject(xo::xoLogInfo) << "from the buffer";
@@ -229,7 +247,7 @@ TEST_F(Log, SurvivesItsHandler) {
     log().installCustomHandler(
         [](const std::string&, xo::xoLogType type, const std::string&, void*) {
             if (type == xo::xoLogInfo) xoLogObject(xo::xoLogWarning) << "from the handler";
-            log().makeThreadSafe();  // while a line is written without a lock
+            log().makeThreadSafe();  // during a Write that has not locked
             throw std::runtime_error("handler");
         },
         nullptr);

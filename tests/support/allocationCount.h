@@ -1,4 +1,4 @@
-// Counts what the C++ runtime that host and DLL share allocates while the object lives.
+// Counts what the C++ runtime that host and DLL share allocates while the object lives, and can refuse it.
 #ifndef XO_TESTS_ALLOCATIONCOUNT_H
 #define XO_TESTS_ALLOCATIONCOUNT_H
 
@@ -19,14 +19,18 @@ public:
     bool isCounting() const { return mHook.isInstalled(); }
     int count() const { return msCount; }
 
+    // From now on there is no memory, or there is again.
+    static void refuseAll(bool refuses) { msRefuses = refuses; }
+
 private:
     static void* countingMalloc(std::size_t size) {
         ++msCount;
-        return msOriginal(size);
+        return msRefuses ? nullptr : msOriginal(size);
     }
 
     static inline void* (*msOriginal)(std::size_t) = nullptr;
     static inline std::atomic<int> msCount{0};
+    static inline std::atomic<bool> msRefuses{false};
 
     ImportHook mHook;
 };
