@@ -87,7 +87,8 @@ std::string scratchFile(const char* name);
 void writeScratch(const char* name, const std::string& bytes);
 std::string readScratch(const char* name);
 
-extern const Target kIni, kVariants, kCharSets, kVersions, kNaturalOrder, kCsv, kDataStream, kCommandLine, kTables;
+extern const Target kIni, kVariants, kCharSets, kVersions, kNaturalOrder, kCsv, kDataStream, kCommandLine, kTables,
+    kAmounts;
 
 }  // namespace xo::fuzz
 

@@ -23,9 +23,10 @@ namespace {
 
 using namespace xo::fuzz;
 
-constexpr const Target* kTargets[] = {&kIni,      &kVariants,     &kVersions,   &kCsv, &kDataStream, &kTables,
+constexpr const Target* kTargets[] = {&kIni,        &kVariants,     &kVersions,   &kCsv,
+                                      &kDataStream, &kTables,       &kAmounts,
 #if defined(_WIN32)  // these call it
-                                      &kCharSets, &kNaturalOrder, &kCommandLine
+                                      &kCharSets,   &kNaturalOrder, &kCommandLine
 #endif
 };
 constexpr std::chrono::seconds kPatience{30};

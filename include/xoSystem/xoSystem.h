@@ -16,6 +16,7 @@
 #include "xoSystem/xoLegacyThread.h"
 #include "xoSystem/xoLockFile.h"
 #include "xoSystem/xoLog.h"
+#include "xoSystem/xoMathUtils.h"
 #include "xoSystem/xoMutex.h"
 #include "xoSystem/xoPowerStatus.h"
 #include "xoSystem/xoProcess.h"

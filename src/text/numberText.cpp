@@ -184,6 +184,14 @@ bool parseReal(const char* text, const char* end, double& value) {
     return stop == end;
 }
 
+bool roundShortly(double value, int count, char* digits, int& exponent) {
+    Rounded rounded{};
+    if (!roundQuickly(value, count, rounded)) return false;
+    std::to_chars(digits, digits + count, rounded.digits);
+    exponent = rounded.exponent;
+    return true;
+}
+
 char* printReal(char* out, double value, int precision, int room) {
     Rounded rounded{};
     if (roundQuickly(std::fabs(value), precision, rounded)) {

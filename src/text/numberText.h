@@ -32,6 +32,11 @@ inline bool parseReal(std::string_view text, double& value) {
 constexpr int kRealRoom = 32;
 char* printReal(char* out, double value, int precision = 6, int room = kRealRoom);
 
+// Writes that many digits, without a point, of a positive finite value rounded to them, and the power of ten that the
+// first of them stands for. False, where more than a multiplication is needed: for many digits, for values far from 1
+// and for what is close to a tie.
+bool roundShortly(double value, int count, char* digits, int& exponent);
+
 }  // namespace xo::text
 
 #endif

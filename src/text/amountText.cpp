@@ -1,0 +1,224 @@
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <iterator>
+
+#include "text/amounts.h"
+#include "text/decimal.h"
+#include "xoSystem/xoMathUtils.h"
+
+namespace xo {
+namespace {
+
+using text::Digits;
+
+constexpr int kMostDigits = 17;  // significant ones that are asked for
+
+int withinDigits(int digits) { return (std::max)(1, (std::min)(digits, kMostDigits)); }
+
+int countDigits(std::uint64_t value) {
+    int count = 0;
+    for (; value != 0; value /= 10) ++count;
+    return count;
+}
+
+// A non-negative number rounded to some decimals.
+struct Fixed {
+    std::uint64_t whole;
+    std::uint64_t fraction;  // the decimals as an integer
+    int decimals;
+};
+
+// dividend / divisor to so many digits, but with all in front of the point. The divisor is at most 2^60, so that ten
+// times a remainder is an integer of 64 bits.
+Fixed divide(std::uint64_t dividend, std::uint64_t divisor, int digits) {
+    Fixed result{dividend / divisor, 0, 0};
+    std::uint64_t rest = dividend % divisor;
+    const int wholeDigits = countDigits(result.whole);
+    result.decimals = (std::max)(0, digits - wholeDigits);
+    std::uint64_t end = 1;  // of the fractions
+    for (int i = 0; i != result.decimals; ++i) {
+        rest *= 10;
+        end *= 10;
+        result.fraction = result.fraction * 10 + rest / divisor;
+        rest %= divisor;
+    }
+    const std::uint64_t last = result.decimals != 0 ? result.fraction : result.whole;
+    if (rest > divisor - rest || (rest == divisor - rest && last % 2 != 0)) {
+        if (result.decimals == 0 || ++result.fraction == end) {
+            result.fraction = 0;
+            ++result.whole;
+        }
+        if (result.decimals != 0 && countDigits(result.whole) != wholeDigits) --result.decimals;
+    }
+    return result;
+}
+
+char* printFixed(char* out, char* end, const Fixed& number) {
+    out = std::to_chars(out, end, number.whole).ptr;
+    if (number.decimals == 0) return out;
+    *out++ = '.';
+    std::uint64_t rest = number.fraction;
+    for (int i = number.decimals; i-- != 0; rest /= 10) out[i] = static_cast<char>('0' + rest % 10);
+    return out + number.decimals;
+}
+
+char* append(char* out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
+
+// "nan", "inf" or "-inf" and the unit; false for what is finite.
+bool printNotFinite(double value, std::string_view unit, std::string& text) {
+    if (std::isfinite(value)) return false;
+    text = std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf";
+    if (!unit.empty()) text.append(" ").append(unit);
+    return true;
+}
+
+std::string withUnit(const char* begin, const char* end, std::string_view prefix, std::string_view unit) {
+    std::string text;
+    text.reserve(static_cast<std::size_t>(end - begin) + 1 + prefix.size() + unit.size());
+    text.assign(begin, end);
+    if (!prefix.empty() || !unit.empty()) text += ' ';
+    return text.append(prefix).append(unit);
+}
+
+int floorOfThird(int exponent) { return exponent >= 0 ? exponent / 3 : -((2 - exponent) / 3); }
+
+}  // namespace
+
+std::string xoMathUtils::printBytes(std::uint64_t bytes, bool isNegative, xoByteUnit unit, int digits) {
+    const std::uint64_t base = unit == ByteUnitDecimal ? 1000 : 1024;
+    char room[64];
+    char* out = room;
+    if (isNegative) *out++ = '-';
+    if (bytes < base) {
+        out = append(std::to_chars(out, std::end(room), bytes).ptr, " B");
+        return {room, out};
+    }
+    constexpr std::string_view kPrefixes = "KMGTPE";
+    std::uint64_t divisor = base;
+    std::size_t prefix = 0;
+    while (prefix + 1 != kPrefixes.size() && bytes / divisor >= base) {
+        divisor *= base;
+        ++prefix;
+    }
+    Fixed number = divide(bytes, divisor, withinDigits(digits));
+    if (number.whole >= base && prefix + 1 != kPrefixes.size()) {  // rounded up to the next prefix
+        ++prefix;
+        number = divide(bytes, divisor * base, withinDigits(digits));
+    }
+    out = printFixed(out, std::end(room), number);
+    *out++ = ' ';
+    *out++ = prefix == 0 && unit == ByteUnitDecimal ? 'k' : kPrefixes[prefix];
+    if (unit != ByteUnitDecimal && unit != ByteUnitWindows) *out++ = 'i';
+    *out++ = 'B';
+    return {room, out};
+}
+
+std::string xoMathUtils::printCount(std::uint64_t value, bool isNegative, char separator) {
+    char digits[20];
+    const char* const end = std::to_chars(digits, std::end(digits), value).ptr;
+    char room[32];
+    char* out = room;
+    if (isNegative) *out++ = '-';
+    for (const char* at = digits; at != end; ++at) {
+        if (separator != '\0' && at != digits && (end - at) % 3 == 0) *out++ = separator;
+        *out++ = *at;
+    }
+    return {room, out};
+}
+
+char* text::printWithPrefix(char* out, double value, int digits, int leastPrefix, int mostPrefix, int& prefix) {
+    // All digits in front of the point are wanted, so that what three digits are in front of may decide first.
+    Digits number;
+    text::roundToDigits(value, (std::max)(digits, 3), number);
+    const auto prefixOf = [&](int exponent) {
+        return (std::max)(leastPrefix, (std::min)(floorOfThird(exponent), mostPrefix));
+    };
+    prefix = prefixOf(number.exponent);
+    const int wholeDigits = number.exponent - 3 * prefix + 1;
+    const int wanted = (std::max)(digits, wholeDigits);
+    if (wanted != number.count) {
+        text::roundToDigits(value, wanted, number);
+        prefix = prefixOf(number.exponent);
+    }
+    number.exponent -= 3 * prefix;
+    return text::printPlain(out, number);
+}
+
+std::string xoMathUtils::SiToText(double value, std::string_view unit, int digits) {
+    std::string notFinite;
+    if (printNotFinite(value, unit, notFinite)) return notFinite;
+    char room[text::kPlainRoom];
+    char* out = room;
+    int prefix = 0;
+    if (value == 0) {
+        *out++ = '0';
+    } else {
+        if (value < 0) *out++ = '-';
+        out = text::printWithPrefix(out, std::fabs(value), withinDigits(digits), text::kLeastPrefix, text::kMostPrefix,
+                                    prefix);
+    }
+    return withUnit(room, out, text::kPrefixes[prefix - text::kLeastPrefix], unit);
+}
+
+std::string xoMathUtils::PercentToText(double fraction, int decimals) {
+    std::string text;
+    if (printNotFinite(fraction, "%", text)) return text;
+    decimals = (std::max)(0, (std::min)(decimals, kMostDigits));
+    char room[text::kPlainRoom];
+    // The point moves by two places, which is exact.
+    char* const end =
+        std::to_chars(room, std::end(room), std::fabs(fraction), std::chars_format::fixed, decimals + 2).ptr;
+    char* const point = std::find(room, end, '.');
+    std::memmove(point, point + 1, 2);
+    point[2] = '.';
+    char* begin = room;
+    while (begin != point + 1 && *begin == '0') ++begin;
+    char* const last = decimals == 0 ? point + 2 : end;
+    const bool isZero = std::all_of(begin, last, [](char c) { return c == '0' || c == '.'; });
+    if (fraction < 0 && !isZero) text = '-';
+    return text.append(begin, last).append(" %");
+}
+
+std::string xoMathUtils::SignificantToText(double value, int digits) {
+    std::string notFinite;
+    if (printNotFinite(value, {}, notFinite)) return notFinite;
+    if (value == 0) return "0";
+    Digits number;
+    text::roundToDigits(std::fabs(value), withinDigits(digits), number);
+    char room[text::kPlainRoom];
+    char* out = room;
+    if (value < 0) *out++ = '-';
+    const bool isPlain = number.exponent >= -5 && number.exponent < 15;
+    out = isPlain ? text::printPlain(out, number) : text::printScientific(out, number);
+    return {room, out};
+}
+
+namespace {
+
+template <class Real>
+std::string printShortest(Real value) {
+    std::string notFinite;
+    if (printNotFinite(static_cast<double>(value), {}, notFinite)) return notFinite;
+    char room[64];
+    char* out = room;
+    if (std::signbit(value)) *out++ = '-';
+    if (value == 0) {
+        *out++ = '0';
+        return {room, out};
+    }
+    Digits number;
+    text::shortestDigits(std::fabs(value), number);
+    const bool isPlain = number.exponent >= -4 && number.exponent < 16;
+    out = isPlain ? text::printPlain(out, number) : text::printScientific(out, number);
+    return {room, out};
+}
+
+}  // namespace
+
+std::string xoMathUtils::RealToText(double value) { return printShortest(value); }
+
+std::string xoMathUtils::RealToText(float value) { return printShortest(value); }
+
+}  // namespace xo
