@@ -4,8 +4,7 @@
 #include <exception>
 
 #include "platform/handle.h"
-
-#undef __try  // libstdc++ defines it as a macro; below it is the keyword of structured exception handling
+#include "platform/structuredCall.h"
 
 namespace xo::platform {
 namespace {
@@ -48,29 +47,25 @@ struct Call {
     EXCEPTION_RECORD fault{};  // its code is 0 where there was none
 };
 
-// A separate function, because C++ try and __try cannot share one, and not inlined, because a fault in the very
-// function of a __try would pass by it.
-__declspec(noinline) void callCatching(Call& call) {
+bool callCatching(void* argument) {
+    Call& call = *static_cast<Call*>(argument);
     try {
         call.function(call.argument);
     } catch (...) {
         call.exception = std::current_exception();
     }
+    return true;
 }
 
-long keepFault(const EXCEPTION_POINTERS& fault, Call& call) {
-    call.fault = *fault.ExceptionRecord;
+long keepFault(const EXCEPTION_POINTERS& fault, void* argument) {
+    static_cast<Call*>(argument)->fault = *fault.ExceptionRecord;
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
-// Nothing may leave a fiber's outermost function: there is no caller below it, and the process would end.
+// Nothing may leave the outermost function of a fiber: it has no caller, and the process would end.
 void WINAPI runFiber(void* argument) {
-    Call& call = *static_cast<Call*>(argument);
-    __try {
-        callCatching(call);
-    } __except (keepFault(*GetExceptionInformation(), call)) {
-    }
-    ::SwitchToFiber(call.home);
+    callFiltered(&callCatching, argument, &keepFault, argument);
+    ::SwitchToFiber(static_cast<Call*>(argument)->home);
 }
 
 bool callOnFiber(std::size_t size, Call& call) {
