@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "text/utf8Checks.h"
-#include "variant/lentText.h"
-#include "variant/numberGuess.h"
+#include "variant/borrowedText.h"
+#include "variant/readNumber.h"
 
 namespace xo::stream {
 namespace {
@@ -133,7 +133,7 @@ void CsvParser::endRow() {
 
 void CsvParser::fill(xoVariant& value, std::string_view text) {
     if (mDialect.guessTypes && variant::readNumber(text, value)) return;
-    variant::LentText::put(value, mTexts.take(text));
+    variant::BorrowedText::put(value, mTexts.take(text));
 }
 
 // What has no end of its own at the end of the input ends there.

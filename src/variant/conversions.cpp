@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "text/numberText.h"
-#include "variant/numberGuess.h"
+#include "variant/readNumber.h"
 #include "variant/textForm.h"
 #include "xoSystem/xoVariant.h"
 
@@ -26,8 +26,8 @@ std::int64_t truncate(double value) {
     return static_cast<std::int64_t>(value);
 }
 
-// The parser gives the nearest end of the range for what is out of it. Such a number has more significant digits than
-// the end itself, or as many and greater ones.
+// Whether a text that was read as an end of the range is that number. The parser also returns the end for every number
+// beyond it.
 bool isEndOfRange(std::string_view text, std::int64_t value) {
     text.remove_prefix((std::min)(text.find_first_of("0123456789"), text.size()));
     int base = 10;
