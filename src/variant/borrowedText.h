@@ -1,6 +1,6 @@
-// Variants that show a text which is not theirs.
-#ifndef XO_VARIANT_LENTTEXT_H
-#define XO_VARIANT_LENTTEXT_H
+// Variants that refer to a text which they do not own.
+#ifndef XO_VARIANT_BORROWEDTEXT_H
+#define XO_VARIANT_BORROWEDTEXT_H
 
 #include <string>
 
@@ -8,15 +8,15 @@
 
 namespace xo::variant {
 
-struct LentText {
-    // Makes the variant a STRING of a text that stays its owner's and outlives the variant, or whatever the variant is
-    // moved to: show such variants only as constant ones. Copies have a text of their own.
+struct BorrowedText {
+    // Makes the variant a STRING that refers to the text. The text must outlive the variant and every variant that it
+    // is moved to, so callers get such variants only as constants. A copy of the variant owns a copy of the text.
     static void put(xoVariant& value, std::string& text) noexcept {
-        xoVariant lent;
-        lent.mType = xoVariant::STRING;
-        lent.mIsLent = true;
-        lent.mPayload.text = &text;
-        value.swap(lent);
+        xoVariant borrowing;
+        borrowing.mType = xoVariant::STRING;
+        borrowing.mIsBorrowed = true;
+        borrowing.mPayload.text = &text;
+        value.swap(borrowing);
     }
 };
 

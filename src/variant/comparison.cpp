@@ -35,7 +35,8 @@ int orderOfNumbers(const xoVariant& a, const xoVariant& b) {
     }
 }
 
-// Both rules below look at values of one type that are no containers. Each difference that they find decides.
+// Both rules compare keys, and values of one type that are not containers; 0 means no difference. EqualityRule may
+// return any other number for a difference, OrderRule returns its sign.
 
 struct EqualityRule {
     static bool mayMatch(std::size_t a, std::size_t b) { return a == b; }
@@ -102,8 +103,8 @@ struct Inner {
     const xoVariant* b = nullptr;
 };
 
-// Goes on to the next pair of containers, which it leaves in inner, or to the end. The result is the first difference
-// on the way.
+// Compares elements up to the next pair of containers, which it stores in inner, or to the end. Returns the first
+// difference.
 template <class Rule, class Iterator>
 int compareRun(Iterator& a, Iterator lastA, Iterator& b, Iterator lastB, Inner& inner) {
     for (; a != lastA && b != lastB; ++a, ++b) {
@@ -122,8 +123,8 @@ int compareRun(Iterator& a, Iterator lastA, Iterator& b, Iterator lastB, Inner& 
     return order(b == lastB, a == lastA);
 }
 
-// The first difference of two lists or two maps, in the order of their elements; 0 where there is none. The values that
-// are containers are entered from here, without recursion.
+// Returns the first difference of two lists or two maps, in the order of their elements, or 0. Containers inside are
+// entered by this loop, without recursion.
 template <class Rule>
 int compareTrees(TreeCursor a, TreeCursor b) {
     std::vector<std::pair<TreeCursor, TreeCursor>> around;

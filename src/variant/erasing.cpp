@@ -1,5 +1,5 @@
-// Microsoft's matcher counts its recursion and gives up at a depth of 600; it is called on a stack that has room for
-// more, and watches that by itself. The header <regex> reads this macro, so it stands before all others.
+// Microsoft's matcher counts its recursion and throws error_stack at a depth of 600. 0 switches that off: this file
+// calls it on a larger stack, whose end WatchedIterator guards. The macro must be defined before <regex> is included.
 #if defined(_MSC_VER)
 #    define _REGEX_MAX_STACK_COUNT 0
 #endif
@@ -35,8 +35,9 @@ constexpr std::size_t kMaxPattern = 32768;
 constexpr std::size_t kStack = std::size_t{64} * 1024 * 1024;  // address space; memory is taken as it is touched
 constexpr std::size_t kStackForStates = std::size_t{24} * 1024 * 1024;  // between two characters of a path
 
-// A place in a path that looks after the stack: matchers that recurse for each character come by here.
-class WatchedPlace {
+// An iterator over a path that throws when the stack is nearly used up. A matcher that recurses for each character
+// reads the character at each level.
+class WatchedIterator {
 public:
     using iterator_category = std::bidirectional_iterator_tag;
     using value_type = char;
@@ -44,8 +45,8 @@ public:
     using pointer = const char*;
     using reference = const char&;
 
-    WatchedPlace() = default;
-    WatchedPlace(const char* at, std::uintptr_t lowestStack) : mAt(at), mLowestStack(lowestStack) {}
+    WatchedIterator() = default;
+    WatchedIterator(const char* at, std::uintptr_t lowestStack) : mAt(at), mLowestStack(lowestStack) {}
 
     reference operator*() const {
         const char here = 0;
@@ -53,12 +54,12 @@ public:
             throw std::regex_error(std::regex_constants::error_stack);
         return *mAt;
     }
-    WatchedPlace& operator++() { return ++mAt, *this; }
-    WatchedPlace& operator--() { return --mAt, *this; }
-    WatchedPlace operator++(int) { return std::exchange(*this, WatchedPlace(mAt + 1, mLowestStack)); }
-    WatchedPlace operator--(int) { return std::exchange(*this, WatchedPlace(mAt - 1, mLowestStack)); }
-    friend bool operator==(WatchedPlace a, WatchedPlace b) { return a.mAt == b.mAt; }
-    friend bool operator!=(WatchedPlace a, WatchedPlace b) { return a.mAt != b.mAt; }
+    WatchedIterator& operator++() { return ++mAt, *this; }
+    WatchedIterator& operator--() { return --mAt, *this; }
+    WatchedIterator operator++(int) { return std::exchange(*this, WatchedIterator(mAt + 1, mLowestStack)); }
+    WatchedIterator operator--(int) { return std::exchange(*this, WatchedIterator(mAt - 1, mLowestStack)); }
+    friend bool operator==(WatchedIterator a, WatchedIterator b) { return a.mAt == b.mAt; }
+    friend bool operator!=(WatchedIterator a, WatchedIterator b) { return a.mAt != b.mAt; }
 
 private:
     const char* mAt = nullptr;
@@ -68,7 +69,7 @@ private:
 bool matchesWhole(const std::string& path, const std::regex& expression, std::uintptr_t lowestStack) {
     const char* const end = path.data() + path.size();
     if ((expression.flags() & kWithoutRecursion) != 0) return std::regex_match(path.data(), end, expression);
-    return std::regex_match(WatchedPlace(path.data(), lowestStack), WatchedPlace(end, lowestStack), expression);
+    return std::regex_match(WatchedIterator(path.data(), lowestStack), WatchedIterator(end, lowestStack), expression);
 }
 
 // The next entry of a map, or the next element of a list.
@@ -87,7 +88,7 @@ struct Position {
 
 using Matches = std::vector<std::pair<Map*, Map::iterator>>;
 
-// Finds the entries to be erased. Nothing is erased before all are known, for a match may fail.
+// Finds the entries to be erased. Nothing is erased before all are known, because matching may throw.
 class Search : variant::PathWalk<Position> {
 public:
     Search(const std::regex& expression, const std::string& prefix)
@@ -156,8 +157,8 @@ std::regex compile(const std::string& pattern, bool caseInsensitive) {
     return std::regex(pattern, options);
 }
 
-// Whether the stack of the caller is enough in any case. Without counted repetitions an expression has no more than a
-// few states for each character.
+// Whether the stack of the caller is large enough whatever the paths are. Without counted repetitions, an expression
+// has no more than a few states for each character.
 bool isSmall(const std::string& pattern) {
     constexpr bool matchesByRecursion = kWithoutRecursion == std::regex_constants::syntax_option_type();
     constexpr std::size_t kAtLeast = 32 * 1024;

@@ -11,7 +11,8 @@ xoVariant Map::getValue(std::string_view key, const xoVariant& defaultValue) con
 }
 
 xoVariant& Map::editValue(std::string_view key, const xoVariant& defaultValue) {
-    // Keys often come in order, as from a file that was saved.
+    // Keys often arrive in ascending order, for example from a file that was saved: the end is then found by one
+    // comparison.
     const bool isBehindAll = !mEntries.empty() && KeyOrder()(std::prev(mEntries.end())->first, key);
     const auto at = isBehindAll ? mEntries.end() : mEntries.lower_bound(key);
     if (at != mEntries.end() && variant::isSameKey(at->first, key)) return at->second;

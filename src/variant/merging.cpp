@@ -7,7 +7,8 @@ namespace xo {
 using Map = xoVariant::xoVariantMapImpl;
 using List = xoVariant::xoVariantListImpl;
 
-// One multi-value insertion. Maps that meet inside wait until the level above is done, so that none is too deep.
+// One multi-value insertion. Pairs of maps to be merged wait on the heap until the level above is complete, so that no
+// tree is too deep for the stack.
 struct Map::Merge {
     bool asList;
     std::vector<std::pair<Map*, xoVariant>> waiting;  // a map, and the MAP whose entries go into it
@@ -102,7 +103,7 @@ private:
         const xoVariant& value = mPosition.value();
         if (inMap) mPath += mPosition.key();
         mPosition.advance();
-        if (!inMap) {  // a list was entered for its maps, which share its path
+        if (!inMap) {  // lists are entered for their maps only, which share the list's path
             if (value.getType() == xoVariant::MAP) enterValue(value);
         } else if (value.getType() == xoVariant::MAP) {
             mPath += mSeparator;
@@ -134,7 +135,7 @@ private:
 }  // namespace
 
 void Map::toFlattenMap(Map& out, char separator) const {
-    auto leaves = Flattening(separator).leavesOf(*this);  // all of them, before out may change what is walked on
+    auto leaves = Flattening(separator).leavesOf(*this);  // complete before out changes, which may be this map
     for (auto& [path, value] : leaves) out.multiInsertAndDestroy(path, value, false);
 }
 

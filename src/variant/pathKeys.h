@@ -1,4 +1,4 @@
-// Paths of keys, as texts in which a NUL is a character like any other.
+// Paths of keys in texts that may contain NULs, which are ordinary characters here.
 #ifndef XO_VARIANT_PATHKEYS_H
 #define XO_VARIANT_PATHKEYS_H
 
@@ -8,10 +8,10 @@
 
 namespace xo::variant {
 
-// The next key of the path, which begins at its first byte; the path then begins behind the key's separator. Returns
-// whether a separator ended the key, so that another key (perhaps empty) follows.
+// Stores the first key of the path and removes it, with the separator behind it, from the path. Returns whether there
+// was a separator: another key, which may be empty, then follows.
 inline bool takeKey(std::string_view& path, char separator, std::string_view& key) {
-    std::size_t end = 0;  // keys are short: a call to search for the separator costs more
+    std::size_t end = 0;  // keys are short, so that this takes less time than a call to memchr
     while (end != path.size() && path[end] != separator) ++end;
     key = path.substr(0, end);
     if (end == path.size()) return false;
@@ -19,7 +19,8 @@ inline bool takeKey(std::string_view& path, char separator, std::string_view& ke
     return true;
 }
 
-// The value at the path, made UNKNOWN if absent. What is on the way and no map is replaced by one.
+// Returns the value at the path, which is inserted as UNKNOWN if absent. Values on the way that are not maps are
+// replaced by empty maps. *isNew, unless null, becomes whether the value was inserted.
 xoVariant& createPath(Map& map, std::string_view path, char separator, bool* isNew = nullptr);
 
 }  // namespace xo::variant

@@ -1,4 +1,5 @@
-// A walk over a tree that knows the path of keys to where it is, and keeps the levels around it on the heap.
+// A walk over a tree that maintains the path of keys to the current position. The positions in the enclosing containers
+// are on the heap, so that no tree is too deep for the stack.
 #ifndef XO_VARIANT_PATHWALK_H
 #define XO_VARIANT_PATHWALK_H
 
@@ -10,14 +11,15 @@
 
 namespace xo::variant {
 
-// Position: a place in one container that knows whether it is atEnd().
+// Position is a position in one container and has a function atEnd().
 template <class Position>
 class PathWalk {
 protected:
     explicit PathWalk(std::string prefix = {}) : mPath(std::move(prefix)) {}
 
-    // Calls visit() for each place from the given one to the end of its container, and of those that visits enter. A
-    // visit finds mPath as it was when the container was entered, and moves mPosition on before it enters another.
+    // Calls visit() at each position from the given one to the end of its container, and in the containers that visits
+    // enter. At each call mPath is what it was when the container was entered. The visit advances mPosition, and does
+    // so before it enters another container.
     template <class Visit>
     void walk(Position from, Visit visit) {
         mPosition = from;
@@ -35,7 +37,7 @@ protected:
         }
     }
 
-    // What the visit has added to mPath stands before the keys in there.
+    // What the visit has appended to mPath is the prefix of the keys inside.
     void enter(Position inside) {
         mAround.emplace_back(mPosition, mPrefix);
         mPosition = inside;

@@ -45,8 +45,8 @@ xoVariant& Map::editValuePath(const char* path, const xoVariant& defaultValue, c
     std::string_view rest(path);
     std::string_view key;
     Map* map = this;
-    // The one value that a map takes the place of (all below it is new) lives to the end: the path's text and the
-    // default may be part of it.
+    // At most one existing value is replaced by a map, because everything below it is new. It lives until the end of
+    // the call, since the path and the default may be parts of it.
     xoVariant lost;
     const xoVariant* fill = &defaultValue;
     while (variant::takeKey(rest, separator, key)) {

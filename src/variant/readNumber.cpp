@@ -1,4 +1,4 @@
-#include "variant/numberGuess.h"
+#include "variant/readNumber.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,7 +10,7 @@
 namespace xo::variant {
 namespace {
 
-// Most texts that are no number say so in their first character.
+// Most texts that are no numbers can be recognised by their first character, without an attempt to parse them.
 bool mayStartNumber(char c) {
     return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == ',' || text::isSpace(c);
 }
@@ -18,15 +18,15 @@ bool mayStartNumber(char c) {
 bool readReal(std::string_view text, double& value) {
     if (text.find(',') == std::string_view::npos) return text::parseReal(text, value);
     constexpr std::size_t kUsualSize = 64;
-    char room[kUsualSize];
-    std::string longer;
-    char* points = room;
+    char buffer[kUsualSize];
+    std::string longBuffer;
+    char* withPoints = buffer;
     if (text.size() > kUsualSize) {
-        longer.resize(text.size());
-        points = longer.data();
+        longBuffer.resize(text.size());
+        withPoints = longBuffer.data();
     }
-    std::replace_copy(text.begin(), text.end(), points, ',', '.');
-    return text::parseReal({points, text.size()}, value);
+    std::replace_copy(text.begin(), text.end(), withPoints, ',', '.');
+    return text::parseReal({withPoints, text.size()}, value);
 }
 
 }  // namespace

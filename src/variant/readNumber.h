@@ -1,6 +1,6 @@
-// Whether a text that nobody typed is a number.
-#ifndef XO_VARIANT_NUMBERGUESS_H
-#define XO_VARIANT_NUMBERGUESS_H
+// Whether a text is a number, for values whose type the text has to tell.
+#ifndef XO_VARIANT_READNUMBER_H
+#define XO_VARIANT_READNUMBER_H
 
 #include <string_view>
 
@@ -8,8 +8,8 @@
 
 namespace xo::variant {
 
-// The part of xoVariant::BuildFromString that allocates nothing: makes the variant INTEGER or REAL where that reads the
-// whole text, and otherwise leaves it alone and returns false.
+// Makes the variant INTEGER or REAL if the whole text can be read as one, by the rules of xoVariant::BuildFromString.
+// Otherwise returns false and leaves the variant unchanged.
 bool readNumber(std::string_view text, xoVariant& number);
 
 }  // namespace xo::variant

@@ -1,6 +1,7 @@
 #include "variant/textForm.h"
 
 #include <charconv>
+#include <vector>
 
 #include "text/numberText.h"
 
@@ -52,6 +53,67 @@ void appendLeaf(std::string& out, const xoVariant& value) {
     }
 }
 
+// Writes a tree element by element. The containers around the current one wait on the heap.
+class TreeWriter {
+public:
+    TreeWriter(std::string& out, TreeCursor tree, std::string_view outermostSeparator)
+        : mOut(out), mTree(tree), mOutermostSeparator(outermostSeparator) {}
+
+    void write() {
+        do {
+            while (!mTree.atEnd()) writeElement();
+        } while (leave());
+    }
+
+private:
+    void writeElement() {
+        if (!mIsFirst) mOut += separator();
+        if (mTree.isOnMap()) {
+            mOut += '(';
+            mOut += mTree.key();
+            mOut += '=';
+        }
+        if (isContainer(mTree.value())) {
+            enter();
+        } else {
+            appendLeaf(mOut, mTree.value());
+            endElement();
+        }
+    }
+
+    std::string_view separator() const {
+        if (mTree.isOnMap()) return ",";
+        return mAround.empty() ? mOutermostSeparator : " ";
+    }
+
+    void enter() {
+        mAround.push_back(mTree);
+        mTree = TreeCursor::into(mTree.value());
+        mIsFirst = true;
+    }
+
+    // Goes on behind the container that has been written; false when that was the outermost one.
+    bool leave() {
+        if (mAround.empty()) return false;
+        mTree = mAround.back();
+        mAround.pop_back();
+        endElement();
+        return true;
+    }
+
+    void endElement() {
+        if (mTree.isOnMap()) mOut += ')';
+        mTree.advance();
+        mIsFirst = false;
+    }
+
+    std::string& mOut;
+    TreeCursor mTree;
+    std::string_view mOutermostSeparator;
+    bool mIsFirst = true;             // of its container
+    std::vector<TreeCursor> mAround;  // each on the container that was entered from it
+};
+
 }  // namespace
 
 void appendText(std::string& out, const xoVariant& value) {
@@ -63,32 +125,7 @@ void appendText(std::string& out, const xoVariant& value) {
 }
 
 void appendTree(std::string& out, TreeCursor tree, std::string_view listSeparator) {
-    std::vector<TreeCursor> around;  // each on the value that is being written
-    bool first = true;               // in the container that the cursor is on
-    for (;;) {
-        if (tree.atEnd()) {
-            if (around.empty()) return;
-            tree = around.back();
-            around.pop_back();
-        } else {
-            if (!first) out += tree.isOnMap() ? "," : around.empty() ? listSeparator : " ";
-            if (tree.isOnMap()) {
-                out += '(';
-                out += tree.key();
-                out += '=';
-            }
-            if (isContainer(tree.value())) {
-                around.push_back(tree);
-                tree = TreeCursor::into(tree.value());
-                first = true;
-                continue;
-            }
-            appendLeaf(out, tree.value());
-        }
-        if (tree.isOnMap()) out += ')';
-        tree.advance();
-        first = false;
-    }
+    TreeWriter(out, tree, listSeparator).write();
 }
 
 }  // namespace xo::variant

@@ -1,4 +1,4 @@
-// The texts of variants, appended to what is there.
+// The text forms of variants, appended to an existing string.
 #ifndef XO_VARIANT_TEXTFORM_H
 #define XO_VARIANT_TEXTFORM_H
 
@@ -11,7 +11,7 @@ namespace xo::variant {
 
 void appendText(std::string& out, const xoVariant& value);
 
-// The containers inside a list or map use " " between the elements of a list.
+// The separator is for the elements of the outermost list; lists inside use " ".
 void appendTree(std::string& out, TreeCursor tree, std::string_view listSeparator = " ");
 
 }  // namespace xo::variant

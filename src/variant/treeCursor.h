@@ -1,5 +1,5 @@
-// A place in a list or a map, read from front to back. Walks over trees keep the cursors of the containers around the
-// current one on the heap, so that no tree is too deep for the stack.
+// A position in a list or a map, for algorithms that visit a tree from front to back. They store the positions in the
+// enclosing containers on the heap instead of recursing, so that no tree is too deep for the stack.
 #ifndef XO_VARIANT_TREECURSOR_H
 #define XO_VARIANT_TREECURSOR_H
 
@@ -27,7 +27,8 @@ bool isSameWord(const char* a, const char* b) {
     return left == right;
 }
 
-// Keys are short: comparing them in place, in words of which the last two may overlap, beats a call to do it.
+// Keys are short, so that comparing them inline, in words of which the last two may overlap, takes less time than a
+// call to memcmp.
 inline bool isSameKey(std::string_view a, std::string_view b) {
     const std::size_t size = a.size();
     if (size != b.size()) return false;
@@ -66,7 +67,7 @@ public:
         }
     }
 
-    // The containers' own iterators, for loops over one kind.
+    // The iterators of the container, for loops that know whether it is a map or a list.
     Map::const_iterator& entry() { return mEntry; }
     Map::const_iterator lastEntry() const { return mLastEntry; }
     List::const_iterator& element() { return mElement; }

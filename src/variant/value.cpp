@@ -27,28 +27,30 @@ xoVariant::Type typeOfNumbers(std::size_t count) {
 
 // Copying and destroying lists and maps with all that they hold, on a small stack whatever their depth.
 //
-// Plain recursion through the containers' own copy constructors and destructors is the fastest way. It goes on until
-// the stack pointer is in the last bytes of a block of addresses; from there the rest of the tree is done step by step,
-// with the memory of the heap. The address of a local variable is all that decides: no count is kept that a processor
-// fault, caught by a frame further out, could leave behind in a thread, and user data that copy or destroy variants of
-// their own are independent of the tree around them.
+// Recursion through the copy constructors and destructors of the containers is the fastest way. It continues until the
+// stack pointer enters the lowest part of a block of addresses; from there the rest of the tree is processed in a loop.
+// The address of a local variable alone decides. A counter of the depth would have to be thread-local, and a processor
+// fault that a frame further out handles would leave it behind; user data that copy or destroy variants of their own
+// would share it with the tree around them.
 struct xoVariant::Tree {
-    // Recursion takes at most a block of the stack. No level takes more than the stepwise part of it, so none skips it.
+    // One level of recursion takes less stack than the part of a block in which the loop takes over, so that no level
+    // skips that part. The largest consumer is std::map, which copies and destroys its nodes by recursion.
     static constexpr std::uintptr_t kBlock = 32 * 1024;
-    static constexpr std::uintptr_t kStepwise = 4 * 1024;
+    static constexpr std::uintptr_t kLoopPart = 4 * 1024;
 
     static bool mayRecurse() noexcept {
         const char here = 0;
-        return reinterpret_cast<std::uintptr_t>(&here) % kBlock >= kStepwise;
+        return reinterpret_cast<std::uintptr_t>(&here) % kBlock >= kLoopPart;
     }
 
-    // A container that a variant holds. Linked to the one around it, it waits without any memory being needed.
+    // A container that a variant holds. Destroying must not allocate, so containers are linked to their outer ones.
     struct Held {
         Held() = default;
         Held(const Held&) = delete;
         Held& operator=(const Held&) = delete;
         virtual ~Held() = default;
-        // The elements in the order in which the container's own destructor takes them.
+        // takeNext moves the next element out, in the order in which the container's own destructor destroys them, or
+        // returns false at the end.
         virtual void beginTaking() noexcept = 0;
         virtual bool takeNext(xoVariant& element) noexcept = 0;
 
@@ -92,7 +94,7 @@ struct xoVariant::Tree {
         return std::any_of(container.begin(), container.end(), [](const auto& each) { return holdsContainer(each); });
     }
 
-    // The container of a MAP or LIST, which is the caller's from here on.
+    // Passes the container of a MAP or LIST to the caller.
     static Held* release(xoVariant& value) noexcept {
         if (std::exchange(value.mType, UNKNOWN) == MAP) return static_cast<HeldMap*>(value.mPayload.map);
         return static_cast<HeldList*>(value.mPayload.list);
@@ -105,11 +107,11 @@ struct xoVariant::Tree {
         if (canDelete) {
             delete container;
         } else {
-            destroyStepwise(container);
+            destroyInLoop(container);
         }
     }
 
-    static void destroyStepwise(Held* container) noexcept {
+    static void destroyInLoop(Held* container) noexcept {
         container->beginTaking();
         while (container != nullptr) {
             xoVariant element;
@@ -125,14 +127,15 @@ struct xoVariant::Tree {
 
     using Elements = xoVariantListImpl::Container;
     using Entries = xoVariantMapImpl::Container;
-    // Containers that are still to be copied, as (target, source). Both stay where they are until the copy is complete.
+    // Containers that are still to be copied, as (target, source). Both keep their addresses until the copy is
+    // complete.
     using Waiting = std::vector<std::pair<xoVariant*, const xoVariant*>>;
 
-    static Elements copyOf(const Elements& source) { return mayRecurse() ? source : copyStepwise(source); }
-    static Entries copyOf(const Entries& source) { return mayRecurse() ? source : copyStepwise(source); }
+    static Elements copyOf(const Elements& source) { return mayRecurse() ? source : copyInLoop(source); }
+    static Entries copyOf(const Entries& source) { return mayRecurse() ? source : copyInLoop(source); }
 
     template <class Container>
-    static Container copyStepwise(const Container& source) {
+    static Container copyInLoop(const Container& source) {
         Container copy;
         Waiting waiting;
         copyOneLevel(copy, source, waiting);
@@ -222,7 +225,7 @@ xoVariant::xoVariant(const double* values, std::size_t count) : xoVariant() { bu
 
 xoVariant::xoVariant(const float* values, std::size_t count) : xoVariant() { buildNumbers(values, count); }
 
-// Fills this variant, whose own payload is nobody's.
+// Replaces the payload, which is still the other variant's.
 void xoVariant::copyPayload(const xoVariant& other) {
     mType = UNKNOWN;
     switch (other.mType) {
