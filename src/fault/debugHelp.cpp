@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <optional>
 
 #include "fault/guardedCall.h"
 #include "fault/loadedModule.h"
@@ -55,26 +56,35 @@ BOOL WINAPI readMemory(HANDLE, DWORD64 address, void* buffer, DWORD size, DWORD*
 }  // namespace
 
 std::string_view DebugHelp::open() {
-    if (!mLibrary) {
-        mLibrary.reset(::LoadLibraryExW(L"DbgHelp.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32));
-        if (!mLibrary) return "\n\tFail to load DbgHelp.dll";
-        if (!resolveAll()) {
-            mLibrary.reset();
-            return "\n\tFail to load symbols from DbgHelp.dll";
-        }
-    }
-    if (mGetOptions) mHostOptions = mGetOptions();
-    addOptions(kOptions);
-    if (!mProcess) initialise();
-    forgetUnloadedModules();
+    mLibrary.reset(::LoadLibraryExW(L"DbgHelp.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32));
+    if (!mLibrary) return "\n\tFail to load DbgHelp.dll";
+    if (!resolveAll()) return "\n\tFail to load symbols from DbgHelp.dll";
+    if (mGetOptions) mHostOptions = call(mGetOptions);
+    setOptions(kOptions);
+    initialise();
     return {};
+}
+
+bool DebugHelp::close() {
+    const bool hasFaulted = mIsInside;
+    const auto letGoOf = [](void* help) { static_cast<DebugHelp*>(help)->letGo(); };
+    if (!hasFaulted && callQuietly(letGoOf, this)) return true;
+    const auto restoreOptions = [](void* help) { static_cast<DebugHelp*>(help)->setOptions(0); };
+    callQuietly(restoreOptions, this);
+    [[maybe_unused]] const HMODULE staysLoaded = mLibrary.release();
+    return false;
+}
+
+void DebugHelp::letGo() {
+    if (mProcess) setOptions(0);
+    if (mProcess && mCleanup) call(mCleanup, mProcess);
+    mLibrary.reset();
 }
 
 bool DebugHelp::resolveAll() {
     resolve(mGetOptions, "SymGetOptions");
     resolve(mSetOptions, "SymSetOptions");
     resolve(mLoadModule, "SymLoadModuleExW");
-    resolve(mUnloadModule, "SymUnloadModule64");
     resolve(mCleanup, "SymCleanup");
     return resolve(mStackWalk, "StackWalk64") && resolve(mGetLine, "SymGetLineFromAddr64") &&
            resolve(mGetSymbol, "SymGetSymFromAddr64") && resolve(mInitialize, "SymInitialize") &&
@@ -83,18 +93,13 @@ bool DebugHelp::resolveAll() {
 
 void DebugHelp::initialise() {
     mProcess = this;  // any token does where modules come one by one, as a walk meets them, and memory is read here
-    mInitialize(mProcess, symbolSearchPath().c_str(), /*fInvadeProcess=*/FALSE);
+    const std::string path = symbolSearchPath();
+    call(mInitialize, mProcess, path.c_str(), /*fInvadeProcess=*/FALSE);
 }
 
-// Options belong to the whole process: the host gets its own back after each trace.
-void DebugHelp::addOptions(DWORD options) {
-    if (mSetOptions) mSetOptions(mHostOptions | options);
-}
-
-void DebugHelp::endTrace() { addOptions(0); }
-
-DebugHelp::~DebugHelp() {
-    if (mProcess && mCleanup) mCleanup(mProcess);
+// Options belong to the whole process: ours are set beside the host's, and in the end the host has its own again.
+void DebugHelp::setOptions(DWORD options) {
+    if (mSetOptions) call(mSetOptions, mHostOptions | options);
 }
 
 bool DebugHelp::read(std::uint64_t address, void* buffer, std::uint32_t size) {
@@ -104,49 +109,32 @@ bool DebugHelp::read(std::uint64_t address, void* buffer, std::uint32_t size) {
 
 bool DebugHelp::walk(STACKFRAME64& frame, CONTEXT& context) {
     walking = this;
-    return mStackWalk(IMAGE_FILE_MACHINE_AMD64, mProcess, ::GetCurrentThread(), &frame, &context, &readMemory,
-                      &functionTableAt, &moduleBaseAt, /*TranslateAddress=*/nullptr) != FALSE;
+    return call(mStackWalk, DWORD{IMAGE_FILE_MACHINE_AMD64}, mProcess, ::GetCurrentThread(), &frame,
+                static_cast<void*>(&context), &readMemory, &functionTableAt, &moduleBaseAt,
+                /*TranslateAddress=*/PTRANSLATE_ADDRESS_ROUTINE64{}) != FALSE;
 }
 
 void* WINAPI DebugHelp::functionTableAt(HANDLE process, DWORD64 address) {
     walking->loadModuleAt(address);
-    return walking->mFunctionTable(process, address);
+    return walking->call(walking->mFunctionTable, process, address);
 }
 
 DWORD64 WINAPI DebugHelp::moduleBaseAt(HANDLE process, DWORD64 address) {
     walking->loadModuleAt(address);
-    return walking->mModuleBase(process, address);
+    return walking->call(walking->mModuleBase, process, address);
 }
 
 void DebugHelp::loadModuleAt(std::uint64_t address) {
     if (!mLoadModule) return;
-    const HMODULE module = moduleAt(address);
-    const auto base = reinterpret_cast<std::uint64_t>(module);
-    const auto isIt = [base](const Module& known) { return known.base == base; };
-    if (!module || std::any_of(mModules.begin(), mModules.end(), isIt)) return;
-
-    const IMAGE_NT_HEADERS& headers = moduleHeaders(module);
-    mModules.push_back({base, headers.FileHeader.TimeDateStamp, headers.OptionalHeader.SizeOfImage});
-    const std::wstring file = moduleFile(module);
-    addOptions(hasOnlyExports(module, file) ? kOptionsForExports : kOptions);
-    mLoadModule(mProcess, /*hFile=*/nullptr, file.c_str(), /*ModuleName=*/nullptr, base,
-                headers.OptionalHeader.SizeOfImage, /*Data=*/nullptr, /*Flags=*/0);
-    addOptions(kOptions);
-}
-
-// A module may have gone since the last trace, and another one come to its place.
-void DebugHelp::forgetUnloadedModules() {
-    const auto isGone = [this](const Module& known) {
-        const HMODULE module = moduleAt(known.base);
-        if (reinterpret_cast<std::uint64_t>(module) == known.base) {
-            const IMAGE_NT_HEADERS& headers = moduleHeaders(module);
-            if (headers.FileHeader.TimeDateStamp == known.timeStamp && headers.OptionalHeader.SizeOfImage == known.size)
-                return false;
-        }
-        if (mUnloadModule) mUnloadModule(mProcess, known.base);
-        return true;
-    };
-    mModules.erase(std::remove_if(mModules.begin(), mModules.end(), isGone), mModules.end());
+    const HMODULE handle = moduleAt(address);
+    if (!handle || std::find(mModules.begin(), mModules.end(), handle) != mModules.end()) return;
+    const std::optional<LoadedModule> module = describeModule(handle);
+    if (!module) return;
+    mModules.push_back(handle);
+    setOptions(module->hasOnlyExports ? kOptionsForExports : kOptions);
+    call(mLoadModule, mProcess, /*hFile=*/HANDLE{}, module->file.c_str(), /*ModuleName=*/PCWSTR{},
+         reinterpret_cast<DWORD64>(handle), module->size, /*Data=*/PMODLOAD_DATA{}, /*Flags=*/DWORD{0});
+    setOptions(kOptions);
 }
 
 DebugHelp::Symbol DebugHelp::symbolAt(std::uint64_t address) {
@@ -167,7 +155,7 @@ DebugHelp::Symbol DebugHelp::findSymbol(std::uint64_t address) {
     symbol.SizeOfStruct = sizeof symbol;
     symbol.MaxNameLength = kLongestName;
     DWORD64 offset = 0;
-    if (!mGetSymbol(mProcess, address, &offset, &symbol)) return {{}, address, /*isUnconfident=*/false};
+    if (!call(mGetSymbol, mProcess, address, &offset, &symbol)) return {{}, 0, /*isUnconfident=*/false};
     return {toUtf8(symbol.Name), symbol.Address, symbol.Flags != 0};
 }
 
@@ -175,7 +163,7 @@ DebugHelp::Line DebugHelp::lineAt(std::uint64_t address) {
     IMAGEHLP_LINE64 line{};
     line.SizeOfStruct = sizeof line;
     DWORD offset = 0;
-    if (!mGetLine(mProcess, address, &offset, &line) || !line.FileName) return {{}, 0};
+    if (!call(mGetLine, mProcess, address, &offset, &line) || !line.FileName) return {{}, 0};
     return {toUtf8(line.FileName), line.LineNumber};
 }
 

@@ -1,10 +1,11 @@
-// DbgHelp, loaded when it is first wanted, with the modules that have been on a faulting stack so far.
+// DbgHelp for one stack trace, with the modules that are on the stack.
 #ifndef XO_FAULT_DEBUGHELP_H
 #define XO_FAULT_DEBUGHELP_H
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/handle.h"
@@ -13,18 +14,23 @@
 
 namespace xo::fault {
 
-// Reading program databases takes most of a report's time, so they stay as long as the object. The owner lets one
-// thread in at a time.
+// Loaded by open and let go by close, with the program databases that it has read: a module that is unloaded between
+// two reports can be linked anew, and what comes to its address later is looked at afresh. One thread is let in at a
+// time.
+//
+// Each call may end in a fault, of DbgHelp itself. The caller survives it by callQuietly and then calls close.
 class DebugHelp {
 public:
     DebugHelp() = default;
-    ~DebugHelp();
     DebugHelp(const DebugHelp&) = delete;
     DebugHelp& operator=(const DebugHelp&) = delete;
 
-    // Makes it ready for one trace, and undoes that. What open returns is empty or says what is missing.
+    // Makes it ready for a trace. The result is empty or says what is missing.
     std::string_view open();
-    void endTrace();
+
+    // Lets all go; no fault comes out of it. False when DbgHelp has faulted: it then stays loaded, in no known state,
+    // and is not to be opened again.
+    bool close();
 
     // Copies memory of this process; false where there is none to read.
     static bool read(std::uint64_t address, void* buffer, std::uint32_t size);
@@ -33,8 +39,8 @@ public:
     bool walk(STACKFRAME64& frame, CONTEXT& context);
 
     struct Symbol {
-        std::string name;  // empty when there is none at the address
-        std::uint64_t address;
+        std::string name;       // empty when there is none at the address
+        std::uint64_t address;  // where it begins, if there is one
         bool isUnconfident;
     };
     Symbol symbolAt(std::uint64_t address);
@@ -46,11 +52,6 @@ public:
     Line lineAt(std::uint64_t address);
 
 private:
-    struct Module {
-        std::uint64_t base;
-        std::uint32_t timeStamp;
-        std::uint32_t size;
-    };
     struct LibraryPolicy {
         using Type = HMODULE;
         static Type none() noexcept { return nullptr; }
@@ -59,8 +60,8 @@ private:
 
     bool resolveAll();
     void initialise();
-    void addOptions(DWORD options);
-    void forgetUnloadedModules();
+    void setOptions(DWORD options);
+    void letGo();
     void loadModuleAt(std::uint64_t address);
     Symbol findSymbol(std::uint64_t address);
     static void* WINAPI functionTableAt(HANDLE process, DWORD64 address);
@@ -72,7 +73,16 @@ private:
         return function != nullptr;
     }
 
-    // Each null unless the library is loaded; the last five may be missing from it.
+    // Calls a function of DbgHelp. A fault leaves the mark set that somebody is inside.
+    template <class Function, class... Arguments>
+    auto call(Function* function, Arguments... arguments) {
+        const bool wasInside = std::exchange(mIsInside, true);
+        const auto result = function(arguments...);
+        mIsInside = wasInside;
+        return result;
+    }
+
+    // Each null unless the library is loaded; the last four may be missing from it.
     decltype(::StackWalk64)* mStackWalk = nullptr;
     decltype(::SymGetLineFromAddr64)* mGetLine = nullptr;
     decltype(::SymGetSymFromAddr64)* mGetSymbol = nullptr;
@@ -82,13 +92,13 @@ private:
     decltype(::SymGetOptions)* mGetOptions = nullptr;
     decltype(::SymSetOptions)* mSetOptions = nullptr;
     decltype(::SymLoadModuleExW)* mLoadModule = nullptr;
-    decltype(::SymUnloadModule64)* mUnloadModule = nullptr;
     decltype(::SymCleanup)* mCleanup = nullptr;
 
     platform::Owned<LibraryPolicy> mLibrary;
-    HANDLE mProcess = nullptr;     // keeps our symbols apart from the host's; null until DbgHelp is initialised
-    DWORD mHostOptions = 0;        // as found by open, put back by endTrace
-    std::vector<Module> mModules;  // loaded into DbgHelp
+    HANDLE mProcess = nullptr;      // keeps our symbols apart from the host's; null until DbgHelp is initialised
+    DWORD mHostOptions = 0;         // as found by open, put back by close
+    std::vector<HMODULE> mModules;  // loaded into DbgHelp
+    bool mIsInside = false;         // whether a call is under way in DbgHelp
 };
 
 }  // namespace xo::fault

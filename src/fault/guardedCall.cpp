@@ -3,14 +3,13 @@
 #include <malloc.h>
 #include <xmmintrin.h>
 
+#include <algorithm>
+
 #include "fault/faultFilter.h"
 #include "fault/overflowRescue.h"
 
 namespace xo::fault {
 namespace {
-
-// For the filter of a stack overflow, where the system asks filters then.
-constexpr ULONG kReservedStack = 64 * 1024;
 
 // Read back, so that the compiler does not take the result of a call for granted. One for each of the two functions, so
 // that no linker folds them into one.
@@ -38,11 +37,17 @@ bool runQuiet(void* argument) {
 
 const OverflowRescue rescue(&runReported, &runQuiet);
 
+// Where Windows asks the filters of an overflowed stack, they run on what is reserved for that. A small stack gives a
+// small part of itself.
+// https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-setthreadstackguarantee
 void reserveStackOnce() {
     thread_local bool isReserved = false;
     if (isReserved) return;
     isReserved = true;
-    ULONG size = kReservedStack;
+    constexpr ULONG_PTR kMostReserved = 64 * 1024, kPart = 16;
+    ULONG_PTR low = 0, high = 0;
+    ::GetCurrentThreadStackLimits(&low, &high);
+    auto size = static_cast<ULONG>((std::min)(kMostReserved, (high - low) / kPart));
     ::SetThreadStackGuarantee(&size);  // refused for a tiny stack, which then has to do without
 }
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
+#include "fault/guardedCall.h"
 #include "platform/modulePath.h"
 #include "platform/wideText.h"
 
@@ -34,19 +36,31 @@ bool isOfRuntime(HMODULE module) {
     return module == ::GetModuleHandleW(L"libstdc++-6.dll") || module == ::GetModuleHandleW(L"libgcc_s_seh-1.dll");
 }
 
-// lld writes such a record as a mere build identifier. Wine's DbgHelp takes every file on the search path for the
-// nameless database, and frees memory that is not its own.
-bool hasNamelessDatabase(HMODULE module) {
+struct Image {
+    HMODULE module;
+    DWORD size;
+    bool hasNamelessDatabase;
+};
+
+// A debug record without a name is what lld writes as a mere build identifier. Wine's DbgHelp takes every file on the
+// search path for the nameless database, and frees memory that is not its own.
+bool isNamelessDatabase(HMODULE module, const IMAGE_DEBUG_DIRECTORY& entry) {
     constexpr DWORD kSignature = 0x53445352;  // "RSDS"
-    const IMAGE_DATA_DIRECTORY& directory =
-        moduleHeaders(module).OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_DEBUG];
-    const auto* const entries = at<IMAGE_DEBUG_DIRECTORY>(module, directory.VirtualAddress);
-    return std::any_of(entries, entries + directory.Size / sizeof *entries,
-                       [module](const IMAGE_DEBUG_DIRECTORY& entry) {
-                           if (entry.Type != IMAGE_DEBUG_TYPE_CODEVIEW || entry.AddressOfRawData == 0) return false;
-                           const auto& record = *at<DatabaseRecord>(module, entry.AddressOfRawData);
-                           return record.signature == kSignature && record.name[0] == '\0';
-                       });
+    if (entry.Type != IMAGE_DEBUG_TYPE_CODEVIEW || entry.AddressOfRawData == 0) return false;
+    const auto& record = *at<DatabaseRecord>(module, entry.AddressOfRawData);
+    return record.signature == kSignature && record.name[0] == '\0';
+}
+
+void readImage(void* argument) {
+    Image& image = *static_cast<Image*>(argument);
+    const auto* const dos = at<IMAGE_DOS_HEADER>(image.module, 0);
+    const auto& header = at<IMAGE_NT_HEADERS>(image.module, static_cast<DWORD>(dos->e_lfanew))->OptionalHeader;
+    const IMAGE_DATA_DIRECTORY& directory = header.DataDirectory[IMAGE_DIRECTORY_ENTRY_DEBUG];
+    const auto* const entries = at<IMAGE_DEBUG_DIRECTORY>(image.module, directory.VirtualAddress);
+    image.size = header.SizeOfImage;
+    image.hasNamelessDatabase =
+        std::any_of(entries, entries + directory.Size / sizeof *entries,
+                    [&image](const IMAGE_DEBUG_DIRECTORY& entry) { return isNamelessDatabase(image.module, entry); });
 }
 
 }  // namespace
@@ -60,13 +74,12 @@ HMODULE moduleAt(std::uint64_t address) {
 
 std::wstring moduleFile(HMODULE module) { return module ? platform::modulePath(module) : std::wstring(); }
 
-const IMAGE_NT_HEADERS& moduleHeaders(HMODULE module) {
-    const auto* const dos = at<IMAGE_DOS_HEADER>(module, 0);
-    return *at<IMAGE_NT_HEADERS>(module, static_cast<DWORD>(dos->e_lfanew));
-}
-
-bool hasOnlyExports(HMODULE module, const std::wstring& file) {
-    return isInSystemFolder(file) || isOfRuntime(module) || hasNamelessDatabase(module);
+std::optional<LoadedModule> describeModule(HMODULE module) {
+    Image image{module, 0, false};
+    if (!callQuietly(&readImage, &image)) return {};
+    std::wstring file = moduleFile(module);
+    const bool hasOnlyExports = isInSystemFolder(file) || isOfRuntime(module) || image.hasNamelessDatabase;
+    return LoadedModule{std::move(file), image.size, hasOnlyExports};
 }
 
 }  // namespace xo::fault

@@ -3,6 +3,7 @@
 #define XO_FAULT_LOADEDMODULE_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/windows.h"
@@ -15,11 +16,14 @@ HMODULE moduleAt(std::uint64_t address);
 // Its full path; empty for null.
 std::wstring moduleFile(HMODULE module);
 
-const IMAGE_NT_HEADERS& moduleHeaders(HMODULE module);
+struct LoadedModule {
+    std::wstring file;
+    DWORD size;           // in memory
+    bool hasOnlyExports;  // whether its exported names are all that should be read of it
+};
 
-// Whether the module's own names are all that should be read of it: that of a module of the system, or of one whose
-// debug information is of no use.
-bool hasOnlyExports(HMODULE module, const std::wstring& file);
+// None for a module that another thread has freed meanwhile.
+std::optional<LoadedModule> describeModule(HMODULE module);
 
 }  // namespace xo::fault
 

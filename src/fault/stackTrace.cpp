@@ -22,25 +22,7 @@ constexpr DWORD kPatienceMs = 10000;  // for the traces of other threads
 
 platform::SlimLock lock;
 
-bool isProcessEnding() {
-    using Ask = BOOLEAN(WINAPI*)();
-    const HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
-    if (!ntdll) return false;
-    const auto ask =
-        reinterpret_cast<Ask>(reinterpret_cast<void (*)()>(::GetProcAddress(ntdll, "RtlDllShutdownInProgress")));
-    return ask != nullptr && ask();
-}
-
-DebugHelp* help XO_GUARDED_BY(lock) = nullptr;
 bool isBroken XO_GUARDED_BY(lock) = false;  // a fault inside DbgHelp has left it in no known state, for good
-
-// At the end of a process its other threads are gone, with whatever locks they held, and the system takes all back.
-struct Unloading {
-    ~Unloading() {
-        if (!isProcessEnding()) releaseDebugHelp();
-    }
-};
-const Unloading unloading;
 
 // Names that Microsoft's compiler decorated come back plain from DbgHelp.
 std::string readableName(std::string name) {
@@ -53,17 +35,19 @@ std::string readableName(std::string name) {
     return name;
 }
 
-void appendFrame(std::string& text, DebugHelp& source, std::uint64_t address) {
-    const DebugHelp::Symbol symbol = source.symbolAt(address);
+// A return address stands behind its call, which may be on the line or in the function before.
+void appendFrame(std::string& text, DebugHelp& source, std::uint64_t address, bool isReturnAddress) {
+    const std::uint64_t inside = address - (isReturnAddress ? 1 : 0);
+    const DebugHelp::Symbol symbol = source.symbolAt(inside);
     text += "\n\t# ";
     if (symbol.isUnconfident) text += "(unconfident) ";
     text += readableName(symbol.name);
     text += " @0x";
-    appendHex(text, symbol.address);
+    appendHex(text, symbol.name.empty() ? address : symbol.address);
     text += " in ";
-    const DebugHelp::Line line = source.lineAt(address);
+    const DebugHelp::Line line = source.lineAt(inside);
     if (line.file.empty()) {
-        text += platform::toUtf8(moduleFile(moduleAt(address)));
+        text += platform::toUtf8(moduleFile(moduleAt(inside)));
         return;
     }
     text += line.file;
@@ -95,59 +79,51 @@ struct Trace {
     std::string& text;
     CONTEXT context;  // a walk changes it
     int mostFrames;
+    DebugHelp help;
 };
 
-void appendFrames(Trace& trace, DebugHelp& source) {
+void appendFrames(Trace& trace) {
     bool isReturnAddress = false;
     if (isNowhere(trace.context)) {
-        appendFrame(trace.text, source, trace.context.Rip);
+        appendFrame(trace.text, trace.help, trace.context.Rip, /*isReturnAddress=*/false);
         returnFromNowhere(trace.context);
         isReturnAddress = true;
     }
     STACKFRAME64 frame = firstFrame(trace.context);
-    for (int i = 0; i < trace.mostFrames && source.walk(frame, trace.context); ++i) {
-        // A return address stands behind its call, maybe on the next line or in the next function.
-        appendFrame(trace.text, source, frame.AddrPC.Offset - (isReturnAddress ? 1 : 0));
+    for (int i = 0; i < trace.mostFrames && trace.help.walk(frame, trace.context); ++i) {
+        appendFrame(trace.text, trace.help, frame.AddrPC.Offset, isReturnAddress);
         isReturnAddress = true;
     }
 }
 
-void walkStack(Trace& trace) XO_REQUIRES(lock) {
-    if (!help) help = new DebugHelp();
-    const std::string_view failure = help->open();
-    trace.text += failure;
-    if (!failure.empty()) return;
-    appendFrames(trace, *help);
-    help->endTrace();
-}
-
-void tryWalkStack(void* trace) XO_REQUIRES(lock) {
+void walkStack(void* argument) {
+    Trace& trace = *static_cast<Trace*>(argument);
     try {
-        walkStack(*static_cast<Trace*>(trace));
+        const std::string_view failure = trace.help.open();
+        trace.text += failure;
+        if (failure.empty()) appendFrames(trace);
     } catch (...) {  // out of memory: what there is of the trace stays
     }
+}
+
+// False when a fault has ended the walk.
+bool tryWalkStack(Trace& trace) XO_REQUIRES(lock) {
+    if (isBroken) return false;
+    const bool isWhole = callQuietly(&walkStack, &trace);
+    isBroken = !trace.help.close();
+    return isWhole;
 }
 
 }  // namespace
 
 void appendStackTrace(std::string& text, const CONTEXT& context, int mostFrames) {
-    const std::size_t length = text.size();
-    Trace trace{text, context, mostFrames};
+    Trace trace{text, context, mostFrames, {}};
     bool isWhole = false;
     if (lock.tryLock(kPatienceMs)) {
-        isWhole = !isBroken && callQuietly(&tryWalkStack, &trace);
-        isBroken = !isWhole;
+        isWhole = tryWalkStack(trace);
         lock.unlock();
     }
-    if (isWhole) return;
-    text.resize(length);
-    text += "\n\tFail to walk the stack";
-}
-
-void releaseDebugHelp() {
-    if (!lock.tryLock()) return;  // a thread is at it
-    if (!isBroken) delete std::exchange(help, nullptr);
-    lock.unlock();
+    if (!isWhole) text += "\n\tFail to walk the stack";
 }
 
 }  // namespace xo::fault

@@ -4,7 +4,6 @@
 
 #include "concurrency/earlyCreation.h"
 #include "fault/signalWatch.h"
-#include "fault/stackTrace.h"
 #include "frame/resourceRegistry.h"
 #include "progress/work.h"
 #include "threads/concurrentPoolInstance.h"
@@ -58,7 +57,6 @@ void terminateXoSystem() {
         threads::destroyConcurrentPool();
         fault::removeSignalWatch();
     }
-    fault::releaseDebugHelp();
     frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
     xoSystemUtils::TerminateSystemUtils();

@@ -46,6 +46,7 @@ struct WithFault : std::exception {
 };
 
 TEST_F(GuardTest, ReportsWhatWasThrownAndThrowsAPlainException) {
+    leaveOutTraces();
     const struct {
         void (*thrower)();
         const char* report;
@@ -70,6 +71,7 @@ TEST_F(GuardTest, ReportsWhatWasThrownAndThrowsAPlainException) {
 }
 
 TEST_F(GuardTest, ReportsAFaultAndThrowsAPlainException) {
+    leaveOutTraces();
     EXPECT_EQ(outcomeOf(&writeToNull), "exception Catch an SEH exception");
     EXPECT_THAT(takeFirstLines(), ElementsAre(faultLine(kViolation), kFaultReport));
     EXPECT_EQ(outcomeOf(static_cast<void (*)()>(nullptr)), "exception Catch an SEH exception");
@@ -88,6 +90,7 @@ bool handlesItsOwnFault() {
 }
 
 TEST_F(GuardTest, KeepsSilentAboutWhatAnInnerFrameHandles) {
+    leaveOutTraces();
     static bool handled = false;
     EXPECT_EQ(outcomeOf([] {
                   handled = handlesItsOwnFault();
@@ -102,6 +105,7 @@ TEST_F(GuardTest, KeepsSilentAboutWhatAnInnerFrameHandles) {
 }
 
 TEST_F(GuardTest, ReportsToTheEventLogWhateverTheLogWants) {
+    leaveOutTraces();
     xo::xoLog::edit().setLogTypeEnabled(xo::xoLogCritical, false);
     outcomeOf(&writeToNull);
     EXPECT_THAT(takeReports(), IsEmpty());
@@ -123,6 +127,7 @@ TEST_F(GuardTest, TellsAFaultInsideAReportInALine) {
 }
 
 TEST_F(GuardTest, EndsWhenReportsMakeReports) {
+    leaveOutTraces();
     static int handled = 0;
     mAlso = [](const std::string&) {
         ++handled;
