@@ -35,13 +35,10 @@
 #ifndef XOSYSTEM_XOWORKTHREAD_H
 #define XOSYSTEM_XOWORKTHREAD_H
 
-#include <atomic>
-#include <deque>
+#include <memory>
 
 #include "xoSystem/xoExport.h"
-#include "xoSystem/xoMutex.h"
 #include "xoSystem/xoThread.h"
-#include "xoSystem/xoWaitCondition.h"
 
 namespace xo {
 
@@ -57,7 +54,8 @@ public:
     virtual void onDelete();
 };
 
-class XOSYSTEM_API xoWorkThread : public xoThread {
+// For clang's thread-safety analysis the object is the lock of its queue.
+class XO_CAPABILITY("queue") XOSYSTEM_API xoWorkThread : public xoThread {
 public:
     // Does not start the thread; startThread() does.
     xoWorkThread();
@@ -68,21 +66,21 @@ public:
     // Lock and unlock the queue. beginWake() is lock() for a caller that will end with endWake(). As with xoMutex, a
     // thread may lock more than once and then unlocks as often; to unlock, with unlock() or endWake(), what the thread
     // has not locked is undefined.
-    void lock() XO_ACQUIRE(mQueueMutex) { mQueueMutex.lock(); }
-    void unlock() XO_RELEASE(mQueueMutex) { mQueueMutex.unlock(); }
-    void beginWake() XO_ACQUIRE(mQueueMutex) { mQueueMutex.lock(); }
+    void lock() XO_ACQUIRE();
+    void unlock() XO_RELEASE();
+    void beginWake() XO_ACQUIRE();
 
     // Waits until no job is executing, unlocks the queue and wakes the thread.
-    void endWake() XO_RELEASE(mQueueMutex);
+    void endWake() XO_RELEASE();
 
     // Queues a job. The caller holds the queue locked. Between lock() and unlock() the thread is not woken for it. Null
     // is queued too: executeJob() gets it, clearJobs() passes it over. Throws std::bad_alloc when memory runs out and
     // std::length_error ("list too long") at the queue's largest size; the queue is unchanged then.
-    void addJob(xoJob* job) XO_REQUIRES(mQueueMutex);
+    void addJob(xoJob* job) XO_REQUIRES(this);
 
     // Discards all queued jobs: calls onDelete() of each, in their order. The job in progress is not among them, and
     // jobs that onDelete() queues stay queued. The caller holds the queue locked.
-    void clearJobs() XO_REQUIRES(mQueueMutex);
+    void clearJobs() XO_REQUIRES(this);
 
     // Asks the thread to stop and waits, without limit, until it has; see above for when it looks. Jobs that were not
     // begun stay queued. The request is never taken back: a thread started later ends at once. Not for executeJob():
@@ -97,24 +95,19 @@ protected:
     void run() override;
 
     // Whether stop() was called.
-    bool mustStop() const { return mStop.load(std::memory_order_relaxed); }
+    bool mustStop() const;
 
     // setIdle(true), called by executeJob(), has the thread sleep after the job although others are queued. The next
     // endWake() wakes it, and one that was already waiting for this job takes the request back. Any other wake-up, such
     // as a spurious one, lets the thread execute one job and sleep again.
-    void setIdle(bool idle) { mIdle.store(idle, std::memory_order_relaxed); }
+    void setIdle(bool idle);
 
 private:
-    static void serve(void* thread);
-    void executeNext() XO_EXCLUDES(mJobMutex) XO_RELEASE(mQueueMutex);
+    struct Private;
 
-    xoWaitCondition mCondition;
-    xoMutex mQueueMutex;  // never waited for by a thread that holds mJobMutex
-    xoMutex mJobMutex;    // held while a job executes
-    std::atomic<bool> mStop{false};
-    std::atomic<bool> mIdle{true};
-    std::deque<xoJob*> mQueue XO_GUARDED_BY(mQueueMutex);
-    bool mAsleep XO_GUARDED_BY(mQueueMutex) = false;  // there is somebody to wake
+    static void serve(void* thread);
+
+    std::unique_ptr<Private> mPrivate;
 };
 
 }  // namespace xo

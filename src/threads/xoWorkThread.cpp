@@ -1,9 +1,13 @@
 #include "xoSystem/xoWorkThread.h"
 
+#include <atomic>
 #include <climits>
+#include <deque>
 #include <stdexcept>
 
 #include "threads/guardedBody.h"
+#include "xoSystem/xoMutex.h"
+#include "xoSystem/xoWaitCondition.h"
 
 namespace xo {
 
@@ -11,74 +15,100 @@ xoJob::~xoJob() = default;
 
 void xoJob::onDelete() {}
 
-xoWorkThread::xoWorkThread() = default;
+struct xoWorkThread::Private {
+    // Tells the analysis that the caller has locked the queue.
+    void isQueueLocked() const XO_THREAD_ATTRIBUTE(assert_capability(queueMutex)) {}
 
-// Here rather than in the base class: the thread uses the locks of this one.
+    xoWaitCondition condition;  // the thread sleeps here
+    xoMutex queueMutex;         // never waited for by a thread that holds jobMutex
+    xoMutex jobMutex;           // held while a job executes
+    std::atomic<bool> mustStop{false};
+    std::atomic<bool> isIdle{true};
+    std::deque<xoJob*> queue XO_GUARDED_BY(queueMutex);
+    bool isAsleep XO_GUARDED_BY(queueMutex) = false;  // there is a thread to wake
+};
+
+xoWorkThread::xoWorkThread() : mPrivate(std::make_unique<Private>()) {}
+
+// Here as well as in the base class, because the thread uses the record.
 xoWorkThread::~xoWorkThread() { waitThread(INT_MAX); }
 
-void xoWorkThread::endWake() {
-    mJobMutex.lock();
-    mJobMutex.unlock();
+void xoWorkThread::lock() XO_NO_THREAD_SAFETY_ANALYSIS { mPrivate->queueMutex.lock(); }
+
+void xoWorkThread::unlock() XO_NO_THREAD_SAFETY_ANALYSIS { mPrivate->queueMutex.unlock(); }
+
+void xoWorkThread::beginWake() XO_NO_THREAD_SAFETY_ANALYSIS { mPrivate->queueMutex.lock(); }
+
+void xoWorkThread::endWake() XO_NO_THREAD_SAFETY_ANALYSIS {
+    mPrivate->jobMutex.lock();
+    mPrivate->jobMutex.unlock();
     setIdle(false);
-    const bool wake = mAsleep;
-    mQueueMutex.unlock();
-    if (wake) mCondition.wakeAll();
+    const bool wake = mPrivate->isAsleep;
+    mPrivate->queueMutex.unlock();
+    if (wake) mPrivate->condition.wakeAll();
 }
 
 void xoWorkThread::addJob(xoJob* job) {
-    if (mQueue.size() == mQueue.max_size()) throw std::length_error("list too long");
-    mQueue.push_back(job);
+    mPrivate->isQueueLocked();
+    if (mPrivate->queue.size() == mPrivate->queue.max_size()) throw std::length_error("list too long");
+    mPrivate->queue.push_back(job);
 }
 
 void xoWorkThread::clearJobs() {
+    mPrivate->isQueueLocked();
+    std::deque<xoJob*>& queue = mPrivate->queue;
     // As many as there are now: onDelete() may queue its job again.
-    for (std::size_t left = mQueue.size(); left != 0 && !mQueue.empty(); --left) {
-        xoJob* const job = mQueue.front();
-        mQueue.pop_front();
+    for (std::size_t left = queue.size(); left != 0 && !queue.empty(); --left) {
+        xoJob* const job = queue.front();
+        queue.pop_front();
         if (job) job->onDelete();
     }
 }
 
 void xoWorkThread::stop() {
     // Before the lock is taken: another thread may hold it in endWake() and wait for a job that only this request ends.
-    mStop = true;
+    mPrivate->mustStop = true;
     {
-        const xoMutexLocker locker(mQueueMutex);
-        mCondition.wakeAll();
+        const xoMutexLocker locker(mPrivate->queueMutex);
+        mPrivate->condition.wakeAll();
     }
     waitThread(INT_MAX);
 }
 
-void xoWorkThread::run() { threads::runGuarded(&serve, this, {&mJobMutex, &mQueueMutex}); }
+bool xoWorkThread::mustStop() const { return mPrivate->mustStop.load(std::memory_order_relaxed); }
+
+void xoWorkThread::setIdle(bool idle) { mPrivate->isIdle.store(idle, std::memory_order_relaxed); }
+
+void xoWorkThread::run() { threads::runGuarded(&serve, this, {&mPrivate->jobMutex, &mPrivate->queueMutex}); }
 
 void xoWorkThread::serve(void* thread) {
     auto& self = *static_cast<xoWorkThread*>(thread);
+    Private& state = *self.mPrivate;
     if (self.mustStop()) return;
     for (;;) {
-        self.mQueueMutex.lock();
-        if (self.mQueue.empty() || self.mIdle.load(std::memory_order_relaxed)) {
+        // Without lockers, here and below: a fault runs no destructor, and runGuarded releases what is held then.
+        state.queueMutex.lock();
+        if (state.queue.empty() || state.isIdle.load(std::memory_order_relaxed)) {
             self.setIdle(true);
-            self.mAsleep = true;
-            self.mCondition.wait(&self.mQueueMutex);
-            self.mAsleep = false;
+            state.isAsleep = true;
+            state.condition.wait(&state.queueMutex);
+            state.isAsleep = false;
         }
-        // Looked at only here: a stop that finds the queue empty and a job under way is seen after the next wake-up.
+        // Looked at only here: a stop that finds the queue empty and a job in progress is seen after the next wake-up.
         if (self.mustStop()) break;
-        self.executeNext();
+        if (state.queue.empty()) {
+            state.queueMutex.unlock();
+            continue;
+        }
+        xoJob* const job = state.queue.front();
+        state.queue.pop_front();
+        state.queueMutex.unlock();
+
+        state.jobMutex.lock();
+        self.executeJob(job);
+        state.jobMutex.unlock();
     }
-    self.mQueueMutex.unlock();
-}
-
-void xoWorkThread::executeNext() {
-    if (mQueue.empty()) return mQueueMutex.unlock();
-    xoJob* const job = mQueue.front();
-    mQueue.pop_front();
-    mQueueMutex.unlock();
-
-    // By hand: when the job fails, runGuarded releases the lock, whether destructors have run or not.
-    mJobMutex.lock();
-    executeJob(job);
-    mJobMutex.unlock();
+    state.queueMutex.unlock();
 }
 
 }  // namespace xo
