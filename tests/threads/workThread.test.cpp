@@ -9,6 +9,7 @@ namespace {
 using testing::ElementsAre;
 using xo::tests::Event;
 using xo::tests::FunctionThread;
+using xo::tests::ImportHook;
 
 struct Job final : xo::xoJob {
     Job(std::function<void()> b, std::function<void()> d) : body(std::move(b)), discard(std::move(d)) {}
@@ -17,7 +18,7 @@ struct Job final : xo::xoJob {
     std::function<void()> discard;
 };
 
-// Stops as the header advises where nobody else would wake the thread.
+// Stops as the header recommends for a class that no other thread wakes.
 class Worker final : public xo::xoWorkThread {
 public:
     ~Worker() override { stop(); }
@@ -105,18 +106,27 @@ TEST_F(WorkThread, DiscardsWhatIsQueuedButNotTheJobUnderWay) {
     EXPECT_THAT(mDiscarded, ElementsAre(1, 2, 1));
     FunctionThread producer([&] { worker.submit({}); });
     producer.startThread("producer");
-    EXPECT_FALSE(producer.waitThread(30)) << "a wake ends between jobs only";
+    EXPECT_FALSE(producer.waitThread(30)) << "endWake() returns between jobs only";
     mGoOn.set();
     EXPECT_TRUE(producer.waitThread(20000));
     worker.stop();
     EXPECT_THAT(mDone, ElementsAre(0));
 }
 
+Event* joining = nullptr;
+DWORD WINAPI signalJoin(HANDLE handle, DWORD timeoutMs) {
+    if (timeoutMs == INFINITE) joining->set();
+    return ImportHook::behind(&signalJoin)(handle, timeoutMs);
+}
+
 TEST_F(WorkThread, SeesAStopDuringTheLastJobAtTheNextWake) {
     beginLongJob();
+    Event joined;
+    joining = &joined;
+    const ImportHook hook("xoSystem.dll", "WaitForSingleObject", &signalJoin);
     FunctionThread owner([&] { worker.stopAtOnce(); });
     owner.startThread("owner");
-    ::Sleep(20);  // until the request is there: nothing tells, and a later one is seen at once
+    ASSERT_TRUE(joined.wait());  // the request has been made and its wake-up is over
     mGoOn.set();
     EXPECT_FALSE(owner.waitThread(50));
     EXPECT_TRUE(xo::tests::becomesTrue([&] {
