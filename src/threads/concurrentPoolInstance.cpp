@@ -17,7 +17,7 @@ void createConcurrentPool(unsigned workerCount) {
     while (!instance) {
         try {
             instance = new ConcurrentPool(workerCount);
-        } catch (const std::system_error&) {  // so many threads cannot be started
+        } catch (const std::exception&) {  // no threads, or no memory, for so many
             if (workerCount <= 1) throw;
             workerCount /= 2;
         }

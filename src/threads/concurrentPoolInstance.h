@@ -4,8 +4,8 @@
 
 namespace xo::threads {
 
-// Makes the pool that concurrent::GetConcurrentPool refers to, unless there is one. With fewer workers when not so many
-// can be started; std::system_error when not even one can.
+// Creates the pool that concurrent::GetConcurrentPool() returns, unless there is one. With fewer workers when not so
+// many can be started; throws what the pool throws when not even one can.
 void createConcurrentPool(unsigned workerCount);
 
 // Ends its workers and destroys it, if there is one. A process that never calls this leaves the pool alone on purpose:
