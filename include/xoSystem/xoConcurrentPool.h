@@ -1,4 +1,4 @@
-// ConcurrentPool: a fixed set of worker threads that solve lists of tasks.
+// ConcurrentPool: a fixed number of worker threads that solve lists of tasks.
 //
 //     class Square final : public xo::ConcurrentPool::SolverBase {
 //         void solve(xo::xoMutex* poolMutex, xo::xoWaitCondition*) override {
@@ -52,7 +52,7 @@ public:
         SolverBase(const SolverBase&) = delete;
         SolverBase& operator=(const SolverBase&) = delete;
 
-        // Destroys the sub-tasks, and theirs, one after the other: a chain may be of any length.
+        // Destroys the sub-tasks, and theirs, one after the other and without recursion: a chain may be of any length.
         virtual ~SolverBase() {
             while (!mSubTasks.empty()) {
                 const std::unique_ptr<SolverBase> task = std::move(mSubTasks.front());
@@ -61,11 +61,11 @@ public:
             }
         }
 
-        // Does the work, on a worker. poolMutex is held.
+        // Does the work, on a worker thread, with poolMutex locked.
         virtual void solve(xoMutex* poolMutex, xoWaitCondition* solverCondition) XO_REQUIRES(poolMutex) = 0;
 
-        // Takes a sub-task over. It is not solved by itself: whoever splits a task hands the parts to solve(). Null is
-        // ignored.
+        // Takes ownership of a sub-task. It is solved only when its caller passes it to ConcurrentPool::solve(). Null
+        // is ignored.
         void addSubTask(std::unique_ptr<SolverBase> task) {
             if (task) mSubTasks.push_back(std::move(task));
         }
@@ -84,19 +84,23 @@ public:
     ConcurrentPool(const ConcurrentPool&) = delete;
     ConcurrentPool& operator=(const ConcurrentPool&) = delete;
 
-    // As constructed, workers that a task has ended included.
+    // The number of workers, including those that a task has ended.
     XOSYSTEM_API unsigned int getWorkerCount() const;
 
-    // Has the workers solve the tasks, begun in their order, and waits until all are done. The tasks stay the caller's;
-    // null is skipped. Among several callers, free workers go to the one that called first and has tasks not begun.
-    // False when a task threw or faulted, or when tasks were left because the last worker was lost to one and neither
-    // Windows nor memory allows a new thread.
+    // Has the workers solve the tasks, begun in their order, and waits until all are done. The tasks stay the property
+    // of the caller; null is skipped. Among several callers, free workers go to the one that called first and has tasks
+    // not begun.
+    //
+    // False when a task threw or faulted, and when tasks were not begun because a task has ended the last worker and
+    // Windows, or memory, allows no new thread.
     bool solve(const std::vector<SolverBase*>& tasks);
 
 private:
     class Batch;
     class Worker;
 
+    // Tasks are handed out by code that the caller compiles, so the members below belong to the interface between the
+    // caller and the DLL.
     void enter(Batch& batch) XO_REQUIRES(mMutex);
     void leave(Batch& batch) XO_REQUIRES(mMutex);
     bool offer(Batch& batch) XO_REQUIRES(mMutex);
@@ -104,7 +108,7 @@ private:
     bool isTaken(const Batch& batch) const XO_REQUIRES(mMutex);
     void withdraw(const Batch& batch) XO_REQUIRES(mMutex);
     bool hasSeveralCallers() const XO_REQUIRES(mMutex);
-    void tellOtherCallers() XO_REQUIRES(mMutex);
+    void wakeOtherCallers() XO_REQUIRES(mMutex);
     void wakeWorker() XO_REQUIRES(mMutex);
     void assign(Worker& worker, Batch& batch) XO_REQUIRES(mMutex);
     static bool revive(Worker& worker) noexcept;
@@ -116,10 +120,10 @@ private:
     xoMutex mMutex;                                 // guards all below and every field of the workers
     xoWaitCondition mSolverCondition;               // for the tasks' own use
     xoWaitCondition mWorkCondition;                 // workers without a task sleep here
-    xoWaitCondition mDoneCondition;  // woken when no task is handed out any more, and when a caller should look again
+    xoWaitCondition mDoneCondition;  // woken when no worker has a task, and when a caller should look again
     unsigned int mBusyCount XO_GUARDED_BY(mMutex) = 0;  // workers that have a task
     unsigned int mWorkerCount;
-    Batch* mOldest XO_GUARDED_BY(mMutex) = nullptr;  // of the threads inside solve, linked in the order of their calls
+    Batch* mOldest XO_GUARDED_BY(mMutex) = nullptr;  // one for each thread inside solve(), oldest first
 };
 
 // A thread of the pool. Its fields are guarded by the pool's mutex.
@@ -157,7 +161,7 @@ public:
             if (task) task->solve(&mPool.mMutex, solverCondition);
             ++mDone;
         }
-        mPool.tellOtherCallers();
+        mPool.wakeOtherCallers();
     }
 
     bool hasTasks() const { return mBegun < mTasks.size(); }  // not begun yet
@@ -197,8 +201,8 @@ inline void ConcurrentPool::leave(Batch& batch) {
     if (mOldest) mDoneCondition.wakeAll();  // tasks left without a worker may have kept the others waiting
 }
 
-// Gives the batch, when it is its turn, to every worker without a task and wakes one, who wakes the next when there is
-// more to do: short lists are done before a second worker is up. False when there is no worker left to wait for.
+// Gives the batch, when it is its turn, to every worker without a task and wakes one of them, which wakes the next when
+// there is more to do: short lists are done before a second worker is awake. False when no worker is left.
 inline bool ConcurrentPool::offer(Batch& batch) {
     if (!isNextToBegin(batch)) return true;
     bool anyAlive = false;
@@ -230,7 +234,7 @@ inline void ConcurrentPool::assign(Worker& worker, Batch& batch) {
     ++mBusyCount;
 }
 
-// Starts a worker whose thread was ended by a task. False when there is no thread, or no memory, for it.
+// Starts a worker again whose thread was ended by a task. False when there is no thread, or no memory, for it.
 inline bool ConcurrentPool::revive(Worker& worker) noexcept {
     worker.isOfLockedPool();
     try {
@@ -252,7 +256,7 @@ inline bool ConcurrentPool::isTaken(const Batch& batch) const {
     return false;
 }
 
-// Takes a batch whose tasks are all begun back from the workers that have not woken for it yet.
+// Takes the batch, whose tasks are all begun, away from the workers that have not woken for it yet.
 inline void ConcurrentPool::withdraw(const Batch& batch) {
     for (const auto& owned : mWorkers) {
         Worker& worker = *owned;
@@ -261,17 +265,17 @@ inline void ConcurrentPool::withdraw(const Batch& batch) {
         worker.mTask = nullptr;
         --mBusyCount;
     }
-    tellOtherCallers();
+    wakeOtherCallers();
 }
 
 inline bool ConcurrentPool::hasSeveralCallers() const { return mOldest && mOldest->mYounger; }
 
 // A worker is free, or will be when it leaves the lock.
-inline void ConcurrentPool::tellOtherCallers() {
+inline void ConcurrentPool::wakeOtherCallers() {
     if (hasSeveralCallers()) mDoneCondition.wakeAll();
 }
 
-// With one caller every sleeper has its batch, so any of them will do.
+// With one caller every sleeping worker has its batch, so that any of them will do.
 inline void ConcurrentPool::wakeWorker() {
     if (hasSeveralCallers())
         mWorkCondition.wakeAll();

@@ -9,7 +9,7 @@ BOOL CALLBACK closeIfOwned(HWND window, LPARAM processId) {
     DWORD owner = 0;
     ::GetWindowThreadProcessId(window, &owner);
     if (owner == static_cast<DWORD>(processId)) ::PostMessageW(window, WM_CLOSE, 0, 0);
-    return TRUE;  // the process may own more of them
+    return TRUE;  // continues: the process may own more windows
 }
 
 }  // namespace
@@ -17,7 +17,8 @@ BOOL CALLBACK closeIfOwned(HWND window, LPARAM processId) {
 void requestClose(DWORD processId, DWORD mainThreadId) {
     ::EnumWindows(&closeIfOwned, static_cast<LPARAM>(processId));
 
-    // A process may outlive its main thread, whose number then may be another's; an open handle keeps it from changing.
+    // A process may outlive its main thread, whose identifier may then belong to a thread of another process. While the
+    // handle is open, the identifier is not given away again.
     const platform::KernelHandle mainThread(
         ::OpenThread(THREAD_QUERY_LIMITED_INFORMATION, /*bInheritHandle=*/FALSE, mainThreadId));
     if (mainThread && ::GetProcessIdOfThread(mainThread.get()) == processId)

@@ -1,4 +1,4 @@
-// The polite way to end another process.
+// Asks another process to close.
 #ifndef XO_PROCESS_CLOSEREQUEST_H
 #define XO_PROCESS_CLOSEREQUEST_H
 
@@ -7,7 +7,7 @@
 namespace xo::process {
 
 // Posts WM_CLOSE to each top-level window of the process, and to its main thread. The caller holds a handle of the
-// process, so that the identifier means no other.
+// process, so that Windows gives its identifier to no other process.
 void requestClose(DWORD processId, DWORD mainThreadId);
 
 }  // namespace xo::process

@@ -5,7 +5,6 @@
 
 #include "platform/handle.h"
 #include "platform/wideText.h"
-#include "text/ascii.h"
 #include "text/utf8Checks.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoProcess.h"
@@ -18,7 +17,9 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-// Without the NUL behind it.
+// In UTF-16 units, without the terminating NUL.
+// https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-createprocessw
+// https://learn.microsoft.com/troubleshoot/windows-client/shell-experience/command-line-string-limitation
 constexpr std::size_t kLongestLine = 32766;
 constexpr std::size_t kLongestInterpreterLine = 8191;
 
@@ -40,11 +41,12 @@ bool isInterpreter(const std::wstring& path) {
     return equalsIgnoringCase(path.substr(path.find_last_of(LR"(\/)") + 1), L"cmd.exe");
 }
 
-// No escape exists in the first word of a line; a path holds no quotes.
+// The first word of a line has no escape for a quote, and needs none: a path contains no quotes.
 std::wstring quotedProgram(const std::wstring& path) { return L'"' + path + L'"'; }
 
-// Backslashes are themselves, except in front of a quote: there each is written twice, and one more makes the quote an
-// ordinary character. The closing quote counts too.
+// A backslash is an ordinary character, except in front of a quote, the closing one included. There each backslash is
+// doubled, and one more makes the quote an ordinary character.
+// https://learn.microsoft.com/cpp/c-language/parsing-c-command-line-arguments
 void appendQuoted(std::wstring& line, std::wstring_view argument) {
     line += L" \"";
     std::size_t backslashes = 0;
@@ -60,29 +62,31 @@ void appendQuoted(std::wstring& line, std::wstring_view argument) {
 Command refused(DWORD error) { return {{}, {}, error}; }
 
 Command checked(std::wstring application, std::wstring line, std::size_t longest) {
-    if (line.size() > longest) return refused(ERROR_FILENAME_EXCED_RANGE);  // as CreateProcessW calls it
+    if (line.size() > longest) return refused(ERROR_FILENAME_EXCED_RANGE);  // the code of CreateProcessW
     return {std::move(application), std::move(line)};
 }
 
 Command plainCommand(const std::wstring& path, const Arguments& arguments) {
     std::wstring line = quotedProgram(path);
     for (const std::string& argument : arguments) appendQuoted(line, platform::toWide(argument));
-    return checked(platform::toApiPath(path), std::move(line), kLongestLine);  // Wine takes no program beyond 260
+    return checked(platform::toApiPath(path), std::move(line),
+                   kLongestLine);  // Wine starts no program with a longer path
 }
 
-// The interpreter takes off the first and the last quote behind /c and reads the rest as it stands.
+// The interpreter removes the first and the last quote behind "/c" and reads the rest unchanged.
+// https://learn.microsoft.com/windows-server/administration/windows-commands/cmd
 Command interpreted(const std::wstring& interpreter, const std::wstring& switches, const std::wstring& command) {
     return checked(platform::toApiPath(interpreter), quotedProgram(interpreter) + switches + L" \"" + command + L"\"",
                    kLongestInterpreterLine);
 }
 
-// From the system folder, not from COMSPEC: the environment does not choose what runs here.
+// From the system folder, not from COMSPEC, so that the environment does not decide which program runs.
 std::wstring systemInterpreter() {
     return platform::readWide([](wchar_t* buffer, DWORD size) { return ::GetSystemDirectoryW(buffer, size); }) +
            L"\\cmd.exe";
 }
 
-// What the interpreter computes itself or adds to an environment that lacks it. Windows computes the last two.
+// Variables that the interpreter computes, or adds to an environment without them. Windows computes the last two.
 constexpr const wchar_t* kBuiltInVariables[] = {
     L"CD",   L"CMDCMDLINE", L"CMDEXTVERSION", L"COMSPEC", L"DATE", L"ERRORLEVEL", L"HIGHESTNUMANODENUMBER",
     L"PATH", L"PATHEXT",    L"PROMPT",        L"RANDOM",  L"TIME", L"__APPDIR__", L"__CD__",
@@ -142,7 +146,7 @@ CommandPlace findCommand(const Arguments& arguments) {
     return {0, 0};
 }
 
-// Quoted switches the interpreter would take for a command.
+// Nothing is quoted: the interpreter would take a quoted switch for a command.
 Command interpreterCommand(const std::wstring& interpreter, const Arguments& arguments, CommandPlace place) {
     std::wstring switches;
     for (std::size_t i = 0; i < place.argument; ++i) switches += L' ' + platform::toWide(arguments[i]);
@@ -181,7 +185,7 @@ Command makeCommand(const std::string& program, const Arguments& arguments, cons
 }  // namespace process
 
 bool xoProcess::SplitCommandLine(const std::string& commandLine, std::vector<std::string>& arguments) {
-    // An empty line would be split into the path of this very program.
+    // CommandLineToArgvW returns the path of this program for an empty line.
     const bool isBlank = commandLine.find_first_not_of(" \t") == std::string::npos;
     int count = 0;
     const platform::LocalMemory<wchar_t*> words(

@@ -1,5 +1,5 @@
-// Command lines: quoted so that the program's own splitter gives back each argument, or fit for the command
-// interpreter.
+// Command lines: quoted so that the program's own splitter returns each argument unchanged, or in the form that the
+// command interpreter needs.
 #ifndef XO_PROCESS_COMMANDLINE_H
 #define XO_PROCESS_COMMANDLINE_H
 
@@ -20,12 +20,12 @@ struct Command {
 // Whether the text reaches a child, or the splitter, unchanged: it is UTF-8 and has no NUL inside.
 bool isPlainText(std::string_view text);
 
-// Whether Windows would hand this file to the command interpreter. It ignores dots and blanks at the end of a name, and
-// so does this.
+// Whether Windows runs this file through the command interpreter. Dots and blanks at the end of a name are ignored, as
+// Windows ignores them.
 bool isBatchFile(std::wstring_view path);
 
-// A batch file must come with its absolute path: the interpreter would search for it. The environment is the child's;
-// empty stands for that of this process.
+// The path of a batch file must be absolute, because the interpreter searches for a relative one. The environment is
+// that of the child; empty stands for that of this process.
 Command makeCommand(const std::string& program, const std::vector<std::string>& arguments,
                     const std::vector<std::string>& environment);
 

@@ -9,7 +9,8 @@
 namespace xo::process {
 namespace {
 
-// By UTF-16 unit and without a locale, as Windows looks names up.
+// By UTF-16 unit, without regard to case or locale, the order that Windows requires of an environment block.
+// https://learn.microsoft.com/windows/win32/procthread/changing-environment-variables
 struct LessName {
     bool operator()(const std::wstring& a, const std::wstring& b) const {
         return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),

@@ -1,4 +1,4 @@
-// A child's environment in the form in which Windows takes it.
+// A child's environment in the form that CreateProcessW takes.
 #ifndef XO_PROCESS_ENVIRONMENTBLOCK_H
 #define XO_PROCESS_ENVIRONMENTBLOCK_H
 
@@ -7,10 +7,12 @@
 
 namespace xo::process {
 
-// The UTF-8 entries, each NAME=value, sorted by name without regard to case, each with a NUL behind it and another one
-// behind the last. Of entries with one name the last stays. Empty when some entry is not UTF-8, has a NUL inside or no
-// "=" behind its first character, where the name of a drive's working folder ("=C:") has its own: the child would not
-// get what was meant, so the caller must hear of it.
+// The UTF-8 entries, each NAME=value, sorted by name without regard to case, each with a terminating NUL, and one more
+// NUL at the end. Of entries with the same name the last one stays.
+//
+// Empty when an entry is not UTF-8, has a NUL inside or has no "=" behind its first character: the child would get
+// something else than the caller wanted. At the first character, "=" begins the name of a drive's working folder
+// ("=C:").
 std::wstring makeEnvironmentBlock(const std::vector<std::string>& entries);
 
 }  // namespace xo::process

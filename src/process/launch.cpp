@@ -17,7 +17,7 @@ std::string findProgram(const Launch& wanted) {
     return isFile(path) ? path : xoDirUtils::GetAbsolutePathUtf8(wanted.program + ".exe");
 }
 
-// The interpreter starts whether its batch file exists or not, and searches for a relative one.
+// The interpreter starts even if its batch file does not exist, and searches for a relative one.
 DWORD prepareBatchFile(std::string& program) {
     if (!isBatchFile(platform::toWide(program))) return ERROR_SUCCESS;
     if (!isFile(program)) return ERROR_FILE_NOT_FOUND;
@@ -29,7 +29,7 @@ STARTUPINFOW startupInformation() {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwX = startup.dwY = startup.dwXSize = startup.dwYSize = static_cast<DWORD>(CW_USEDEFAULT);
-    startup.dwFlags = STARTF_USESTDHANDLES;  // all three stay null
+    startup.dwFlags = STARTF_USESTDHANDLES;  // the three handles are null
     return startup;
 }
 
@@ -43,7 +43,7 @@ struct Prepared {
 
 // ERROR_SUCCESS, or why the start is refused.
 DWORD prepare(const Launch& wanted, Prepared& prepared) {
-    if (!isPlainText(wanted.program)) return ERROR_INVALID_PARAMETER;  // before its broken parts are replaced
+    if (!isPlainText(wanted.program)) return ERROR_INVALID_PARAMETER;  // before toWide replaces broken sequences
     std::string program = findProgram(wanted);
     if (const DWORD error = prepareBatchFile(program)) return error;
     prepared.command = makeCommand(program, wanted.arguments, wanted.environment);

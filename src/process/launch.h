@@ -21,7 +21,7 @@ struct Launch {
 };
 
 struct Child {
-    platform::KernelHandle process;  // none when the start failed; the rest is 0 then
+    platform::KernelHandle process;  // none when the start failed; the identifiers are 0 then
     DWORD processId = 0;
     DWORD mainThreadId = 0;
 };
@@ -29,7 +29,7 @@ struct Child {
 // A failure is logged.
 Child launch(const Launch& wanted);
 
-// What CreateProcessW calls the priority.
+// The priority as a flag of CreateProcessW.
 DWORD priorityClass(ProcessPriority priority);
 
 }  // namespace xo::process

@@ -1,4 +1,4 @@
-// Who runs here, and who started it.
+// The identifiers of this process and of the parents of processes.
 #include "platform/handle.h"
 #include "xoSystem/xoProcess.h"
 
@@ -7,10 +7,11 @@
 namespace xo {
 namespace {
 
-// A snapshot fails with -1, as a file does.
+// Creating a snapshot fails with INVALID_HANDLE_VALUE, as opening a file does.
 using SnapshotHandle = platform::FileHandle;
 
-// The identifier that the system has on record, which says nothing about who has it now. 0 when there is none.
+// The identifier on record, which may belong to another process by now. 0 when there is none.
+// https://learn.microsoft.com/windows/win32/api/tlhelp32/ns-tlhelp32-processentry32w
 DWORD recordedParent(DWORD processId) {
     const SnapshotHandle snapshot(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     if (!snapshot) return 0;
@@ -36,8 +37,9 @@ bool readStart(const platform::KernelHandle& process, FILETIME& start) {
     return process && ::GetProcessTimes(process.get(), &start, &exit, &kernel, &user);
 }
 
-// The number of a process that has ended is given to another one, and that one is younger than the child. A process
-// that may not be asked, a service for one, is believed.
+// When the parent has ended, its identifier may belong to another process, which is younger than the child. The clock
+// is coarse, so a parent may have the start time of its child. A process that may not be opened, such as a service, or
+// that tells no time, counts as the parent.
 bool mayBeParent(DWORD parentId, DWORD childId) {
     const platform::KernelHandle parent = openProcess(parentId);
     if (!parent) return ::GetLastError() == ERROR_ACCESS_DENIED;

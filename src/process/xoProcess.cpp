@@ -11,22 +11,24 @@
 namespace xo {
 namespace {
 
-// A child takes a moment to make its message queue and windows. A terminateProcess right behind the start would find
-// nothing to close without this pause.
+// A child needs a moment to create its message queue and windows. Without this pause, a terminateProcess() directly
+// after the start would find nothing to close.
 constexpr DWORD kSettlingMs = 10;
 
-constexpr DWORD kLongestWaitMs = 100;  // between two looks at the clock
-constexpr DWORD kKilledWaitMs = 5000;  // for a killed child, whose pending input and output may hold it up
+constexpr DWORD kLongestWaitMs = 100;  // before the clock is read again
+constexpr DWORD kKilledWaitMs = 5000;  // a killed child ends only when its pending input and output has completed
 constexpr UINT kKilledExitCode = 65535;
 constexpr SIZE_T kSmallestWorkingSet = 1024;  // bytes
 
-// Statuses that look like ordinary codes, or the other way round.
+// Two statuses that the test below would classify wrongly.
 constexpr DWORD kControlCExit = 0xC000013A;      // an ordinary end of console programs
-constexpr DWORD kItaniumException = 0x20474343;  // C++ without MSVC
+constexpr DWORD kItaniumException = 0x20474343;  // a C++ exception of GCC's runtime
 
-// An exception's code has its two top bits set for an error, and never bit 28: that tells it from a small negative exit
-// code. The statuses of lesser severity share their form with every HRESULT, so only those that the processor raises
-// count.
+// The status of an error has its two top bits set, and bit 28 clear, which distinguishes it from a small negative exit
+// code. Fail-fast (0xC0000409) is one of them. Statuses of lesser severity have the form of an HRESULT, a common exit
+// code, so that only those that the processor raises count.
+// https://learn.microsoft.com/openspecs/windows_protocols/ms-erref/87fba13e-bf06-450e-83b1-9241dc81e781
+// https://learn.microsoft.com/cpp/c-runtime-library/reference/abort
 bool isExceptionStatus(DWORD code) {
     switch (code) {
         case kControlCExit: return false;
@@ -47,7 +49,7 @@ struct xoProcess::Private {
     std::string workingDirectory;
     std::string program;
     State state = StateNone;
-    platform::KernelHandle process;  // while running. None is null: -1 would stand for this very process
+    platform::KernelHandle process;  // while running; none is null, because -1 is the pseudo handle of this process
     DWORD processId = 0;             // valid while process is held
     DWORD mainThreadId = 0;          // valid while process is held
     int exitCode = 0;                // valid once the child has ended
@@ -60,16 +62,17 @@ struct xoProcess::Private {
         return state == StateRunning;
     }
     void reset(State newState);
-    void letGo();
+    void closeHandle();
 };
 
-// GetExitCodeProcess says 259 for a child that is running, but a child may also end with it, and the code is there a
-// little before the child is gone. So the handle is asked first.
+// GetExitCodeProcess returns 259 for a running child, but a child may end with that code too, and the code is set a
+// little before the child has ended. So the handle decides.
+// https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-getexitcodeprocess
 void xoProcess::Private::poll() {
     if (state != StateRunning || !process || ::WaitForSingleObject(process.get(), 0) != WAIT_OBJECT_0) return;
     DWORD code = 0;
     if (!::GetExitCodeProcess(process.get(), &code)) return;
-    letGo();
+    closeHandle();
     exitCode = static_cast<int>(code);
     hasCrashed = isExceptionStatus(code);
     state = StateFinished;
@@ -82,7 +85,7 @@ void xoProcess::Private::reset(State newState) {
     hasStarted = false;
 }
 
-void xoProcess::Private::letGo() {
+void xoProcess::Private::closeHandle() {
     process.reset();
     processId = 0;
     mainThreadId = 0;

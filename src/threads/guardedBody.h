@@ -1,4 +1,4 @@
-// Guarded bodies that hold locks of their own.
+// Runs thread bodies that hold locks under the guard.
 #ifndef XO_THREADS_GUARDEDBODY_H
 #define XO_THREADS_GUARDEDBODY_H
 

@@ -1,4 +1,4 @@
-// Does what its first argument says, and writes what it has to tell into the file "told" of its working directory.
+// Does what its first argument says, and writes its result to the file "result" of its working directory.
 #include <filesystem>
 #include <fstream>
 
@@ -7,8 +7,8 @@
 
 namespace {
 
-void tell(const std::wstring& text) {
-    std::ofstream("told", std::ios::binary) << std::filesystem::path(text).u8string();
+void writeResult(const std::wstring& text) {
+    std::ofstream("result", std::ios::binary) << std::filesystem::path(text).u8string();
 }
 
 // Ends with 7 once both its windows have been closed, or without any, with 8 once the thread itself was asked to close.
@@ -18,7 +18,7 @@ int serve(bool hasWindows, const std::wstring& task) {
     ::PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);  // makes the queue
     for (HWND& window : windows)
         if (hasWindows) window = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
-    tell(task);
+    writeResult(task);
     while (::GetMessageW(&message, nullptr, 0, 0) > 0) {
         if (message.message != WM_CLOSE) continue;
         if (message.hwnd) ::DestroyWindow(message.hwnd);
@@ -37,7 +37,7 @@ int wmain(int count, wchar_t** arguments) {
     if (task == L"window" || task == L"queue") return serve(task == L"window", task);
     if (task == L"parent") return static_cast<int>(xo::xoProcess::GetParentProcessId());
     if (task == L"event") return ::SetEvent(reinterpret_cast<HANDLE>(std::stoull(arguments[2])));
-    if (task == L"sleep") tell(task), ::Sleep(60000);
+    if (task == L"sleep") writeResult(task), ::Sleep(60000);
 
     std::wstring text;
     if (task == L"arguments")
@@ -45,6 +45,6 @@ int wmain(int count, wchar_t** arguments) {
     if (task == L"environment")
         for (const wchar_t* entry = ::GetEnvironmentStringsW(); *entry; entry += std::wcslen(entry) + 1)
             text.append(entry).push_back(L'\0');
-    tell(text);
+    writeResult(text);
     return 0;
 }

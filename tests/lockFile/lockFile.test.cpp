@@ -91,7 +91,7 @@ TEST_F(LockFile, EndsWithTheFirstOfItsCopies) {
 TEST_F(LockFile, EndsWithItsProcess) {
     const xo::tests::Child holder(L"lockFileHolder", L"\"" + (mFolder.widePath() / L"held.lock").wstring() + L"\"");
     ASSERT_TRUE(holder.isStarted());
-    for (int i = 0; i < 2000 && !mFolder.has("held.lock"); ++i) ::Sleep(5);  // the child has no other way to tell
+    for (int i = 0; i < 2000 && !mFolder.has("held.lock"); ++i) ::Sleep(5);  // the child has no other way to signal
     const std::string path = mFolder.path("held.lock");
     EXPECT_FALSE(mLock.takeLockUtf8(path));
     holder.kill();

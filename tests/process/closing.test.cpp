@@ -8,7 +8,7 @@ int posted = 0;
 
 TEST_F(Process, ClosesAllItsWindowsAndAThreadWithoutOne) {
     for (const auto& [task, code] : {std::pair("window", 7), std::pair("queue", 8)}) {
-        ASSERT_TRUE(mChild.startProcess(mHelper, {task}) && waitUntilTold(task));
+        ASSERT_TRUE(mChild.startProcess(mHelper, {task}) && waitForResult(task));
         mChild.terminateProcess();
         EXPECT_TRUE(mChild.waitForFinished(20000)) << task;
         EXPECT_EQ(mChild.exitCode(), code) << task;

@@ -17,7 +17,7 @@ TEST_F(Process, IsLeftAloneWhileItRuns) {
     const ImportHook hook("xoSystem.dll", "Sleep", count);
     const auto limit = +[](HANDLE, SIZE_T, SIZE_T, DWORD flags) -> BOOL { return (workingSetFlags = flags) != 0; };
     const ImportHook limitHook("xoSystem.dll", "SetProcessWorkingSetSizeEx", limit);
-    ASSERT_TRUE(mChild.startProcess(mHelper, {"sleep"}) && waitUntilTold("sleep"));
+    ASSERT_TRUE(mChild.startProcess(mHelper, {"sleep"}) && waitForResult("sleep"));
     const std::uint32_t pid = mChild.getPid();
     EXPECT_FALSE(mChild.waitForFinished(0) || mChild.waitForFinished(150));
     EXPECT_FALSE(mChild.startProcess(mHelper, {"exit", "3"}) || mChild.resetState());
@@ -92,7 +92,7 @@ TEST_F(Process, GetsItsEnvironmentSorted) {
     mChild.setEnvironmentUtf8({"b_1=old", big, "=C:=C:\\windows", "a b=\xC3\xA9==", "B_1=", "BA=1"});
     ASSERT_TRUE(mChild.startProcess(mHelper, {"environment"}) && mChild.waitForFinished());
     const std::string expected = joined({"=C:=C:\\windows", "a b=\xC3\xA9==", "BA=1", big, "B_1="});
-    EXPECT_EQ(mFolder.read("told").compare(0, expected.size(), expected), 0);  // Wine adds entries behind these
+    EXPECT_EQ(mFolder.read("result").compare(0, expected.size(), expected), 0);  // Wine adds entries behind these
     for (const std::string& bad : Texts{"a", "", "=a", {"a=\0b", 4}, "a=\xFF"}) {
         mChild.setEnvironmentUtf8({"b=c", bad});
         EXPECT_TRUE(!mChild.startProcess(mHelper) && mChild.hasFailedToStart() && mChild.getState() == 2) << bad;
@@ -141,8 +141,8 @@ TEST_F(Process, RunsOnDetached) {
     std::uint32_t pid = 1;
     EXPECT_TRUE(!xoProcess::StartDetachedUtf8(mFolder.path("missing"), {}, {}, &pid) && pid == 0);
     EXPECT_TRUE(xoProcess::StartDetachedUtf8(mBinaries + "/processChild", {"arguments", "x"}, mFolder.path()));
-    EXPECT_TRUE(waitUntilTold(joined({"x"})));
-    ASSERT_TRUE(xoProcess::StartDetachedUtf8(mHelper, {"sleep"}, mFolder.path(), &pid) && waitUntilTold("sleep"));
+    EXPECT_TRUE(waitForResult(joined({"x"})));
+    ASSERT_TRUE(xoProcess::StartDetachedUtf8(mHelper, {"sleep"}, mFolder.path(), &pid) && waitForResult("sleep"));
     const KernelHandle child(::OpenProcess(PROCESS_TERMINATE, FALSE, pid));
     EXPECT_TRUE(::TerminateProcess(child.get(), 1));
 }
@@ -186,7 +186,7 @@ TEST_F(Process, GetsEachArgumentThroughItsOwnSplitter) {
     const std::string expected = joined(texts);
     texts.insert(texts.begin(), "arguments");
     EXPECT_EQ(run(texts), 0);
-    EXPECT_EQ(mFolder.read("told"), expected);
+    EXPECT_EQ(mFolder.read("result"), expected);
 
     const std::size_t room = 32766 - mHelper.size() - std::string("\"\" \"exit\" \"3\" \"\"").size();
     EXPECT_EQ(run({"exit", "3", std::string(room, 'x')}), 3);
@@ -197,10 +197,10 @@ TEST_F(Process, GetsEachArgumentThroughItsOwnSplitter) {
 
 TEST_F(Process, OfABatchFileGetsOnlyWhatCannotBecomeACommand) {
     const std::string name = "b \xC3\xA9.BAT";
-    mFolder.write(name, "@echo [%1][%2][%3]> told\r\n@exit /b 5\r\n");
+    mFolder.write(name, "@echo [%1][%2][%3]> result\r\n@exit /b 5\r\n");
     const std::string batch = mFolder.path(name);
     EXPECT_EQ(runOther(batch, {"a b&exit 9", "", "^|>x\\"}), 5);
-    EXPECT_EQ(mFolder.read("told"), "[\"a b&exit 9\"][\"\"][\"^|>x\\\"]\r\n");
+    EXPECT_EQ(mFolder.read("result"), "[\"a b&exit 9\"][\"\"][\"^|>x\\\"]\r\n");
 
     wchar_t system[MAX_PATH];
     const std::size_t used = ::GetSystemDirectoryW(system, MAX_PATH) + (mFolder.widePath() / L"").wstring().size() +
@@ -215,7 +215,7 @@ TEST_F(Process, OfABatchFileGetsOnlyWhatCannotBecomeACommand) {
     std::filesystem::current_path(mFolder.widePath());
     EXPECT_EQ(xoProcess::ExecUtf8(name, {}, mBinaries, /*makeAbsolute=*/false), 5) << "not searched for there";
     std::filesystem::current_path(workingFolder);
-    EXPECT_TRUE(xoDirUtils::RemoveFileUtf8(mBinaries + "/told"));
+    EXPECT_TRUE(xoDirUtils::RemoveFileUtf8(mBinaries + "/result"));
 }
 
 TEST_F(Process, OfABatchFileRunsWhereItsPathIsKept) {
@@ -238,19 +238,19 @@ TEST_F(Process, OfABatchFileRunsWhereItsPathIsKept) {
 }
 
 TEST_F(Process, PassesACommandToTheInterpreterOnly) {
-    const std::pair<Texts, int> rows[] = {{{"/D", "/c", "echo x>told&", "exit 3"}, 3},
+    const std::pair<Texts, int> rows[] = {{{"/D", "/c", "echo x>result&", "exit 3"}, 3},
                                           {{"/d/c", "exit 4"}, 4},
                                           {{"/cexit", "5"}, 5},
                                           {{"/K", "exit 6"}, 6},
                                           {{"/q", "/v:on/Cexit 7"}, 7}};
     for (const auto& [arguments, code] : rows) EXPECT_EQ(runOther("C:/windows/system32/cmd", arguments), code) << code;
-    EXPECT_EQ(mFolder.read("told"), "x\r\n");
+    EXPECT_EQ(mFolder.read("result"), "x\r\n");
 
     const std::string copy = mFolder.path("CMD.exe");
     ASSERT_TRUE(xoDirUtils::CopyFileUtf8(mHelper, copy));
     mChild.setEnvironmentUtf8({"PATH=" + mBinaries, "SystemRoot=C:\\windows"});
     ASSERT_TRUE(mChild.startProcess(copy, {"arguments", "/c", "a\"b"}) && mChild.waitForFinished());
-    EXPECT_EQ(mFolder.read("told"), joined({"/c", "a\"b"})) << "a command comes behind switches only";
+    EXPECT_EQ(mFolder.read("result"), joined({"/c", "a\"b"})) << "a command comes behind switches only";
 }
 
 TEST_F(Process, SplitsACommandLineAsThePlatformDoes) {

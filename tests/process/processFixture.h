@@ -30,10 +30,10 @@ protected:
         return xoProcess::ExecUtf8(program, arguments, mFolder.path(), true, timeoutMs, &mError);
     }
 
-    // Waits until the helper has written what it has to tell.
-    bool waitUntilTold(const std::string& text) const {
-        for (int i = 0; i < 2000 && mFolder.read("told") != text; ++i) ::SleepEx(5, FALSE);
-        return mFolder.read("told") == text;
+    // Waits until the helper has written this result. It has no other way to signal.
+    bool waitForResult(const std::string& text) const {
+        for (int i = 0; i < 2000 && mFolder.read("result") != text; ++i) ::SleepEx(5, FALSE);
+        return mFolder.read("result") == text;
     }
 
     const TemporaryFolder mFolder;
