@@ -14,8 +14,8 @@ namespace xo {
 // A plain value; 0 is success. Codes above 0x7FFFFFFF, such as a failed HRESULT, are negative.
 class XOSYSTEM_API SystemError {
 public:
-    SystemError() = default;  // success
-    SystemError(int code) : mCode(code) {}
+    SystemError() = default;                                            // success
+    SystemError(int code) : mCode(code) {}                              // as it is
     SystemError(unsigned long code) : mCode(static_cast<int>(code)) {}  // as GetLastError returns it
     // Any other integer: LSTATUS and HRESULT are long, some interfaces keep codes in 64 bits. The low 32 bits count.
     template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
