@@ -1,6 +1,7 @@
 #include "xoSystem/xoLog.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 
 #include "concurrency/earlyCreation.h"
@@ -51,8 +52,14 @@ private:
     bool wantsText() const {
         return mLog.echoToConsole.load(std::memory_order_relaxed) || mLog.hasFile.load(std::memory_order_relaxed);
     }
+    struct Text {
+        std::string line;  // with the log's buffer: a sink that logs in turn finds another one there
+        log::LogFile::Access fileAccess;
+    };
+
     void callHandler() XO_REQUIRES(mLog.mutex);
     void writeText() XO_REQUIRES(mLog.mutex);
+    void releaseText() XO_REQUIRES(mLog.mutex);
 
     Private& mLog;
     const std::string& mMessage;
@@ -60,8 +67,7 @@ private:
     const std::string& mQualifier;
     std::int64_t mSecond = kNoSecond;  // taken at the call, before waiting for the lock and for the handler
     bool mIsLocked = false;
-    std::string mLine;  // holds the log's buffer during the write: a sink that logs in turn finds another one there
-    log::LogFile::Access mFileAccess;
+    std::optional<Text> mText;  // only for sinks other than the handler
 
     static constexpr std::int64_t kNoSecond = INT64_MIN;
 };
@@ -184,10 +190,7 @@ void xoLog::Private::Writing::write(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS 
 
 void xoLog::Private::Writing::release(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
     Writing& self = *static_cast<Writing*>(writing);
-    self.mFileAccess.release();
-    if (self.mLine.capacity() > self.mLog.line.capacity() && self.mLine.capacity() <= kMaxBufferKept)
-        self.mLog.line.swap(self.mLine);
-    std::string().swap(self.mLine);
+    if (self.mText) self.releaseText();
     if (self.mIsLocked) self.mLog.mutex.unlock();
 }
 
@@ -200,12 +203,20 @@ void xoLog::Private::Writing::callHandler() {
 
 void xoLog::Private::Writing::writeText() {
     if (mSecond == kNoSecond) mSecond = log::currentSecond();
-    mLine.swap(mLog.line);
-    mLine.clear();
-    log::appendPrefix(mLine, mType, mQualifier, mLog.localTime.of(mSecond));
-    mLine += mMessage;
-    if (mLog.echoToConsole.load(std::memory_order_relaxed)) log::writeLineToConsole(mLine);
-    if (mLog.file.isInstalled()) mLog.file.writeLine(mLine, mFileAccess);
+    mText.emplace();
+    std::string& text = mText->line;
+    text.swap(mLog.line);
+    text.clear();
+    log::appendPrefix(text, mType, mQualifier, mLog.localTime.of(mSecond));
+    text += mMessage;
+    if (mLog.echoToConsole.load(std::memory_order_relaxed)) log::writeLineToConsole(text);
+    if (mLog.file.isInstalled()) mLog.file.writeLine(text, mText->fileAccess);
+}
+
+void xoLog::Private::Writing::releaseText() {
+    std::string& text = mText->line;
+    if (text.capacity() > mLog.line.capacity() && text.capacity() <= kMaxBufferKept) mLog.line.swap(text);
+    mText.reset();
 }
 
 std::string xoLog::GetTime() { return std::string(log::LocalTimeText().of(log::currentSecond())); }
