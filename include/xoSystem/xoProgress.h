@@ -87,8 +87,9 @@ struct ProgressAccess;
 // Holds the state of a work. It must outlive the scopes that are opened on it.
 class XOSYSTEM_API xoProgressNotifier {
 public:
-    // For the constructor: onProgress is never called.
+    // Intervals for the constructor: onProgress is never called, or when a work begins and when it ends.
     static constexpr unsigned kNoCalls = 0xFFFFFFFF;
+    static constexpr unsigned kCallsAtEnds = 0xFFFFFFFE;
 
     // The least time between two calls of onProgress, in milliseconds; 0 calls it at each step.
     explicit xoProgressNotifier(unsigned intervalMs = kNoCalls);

@@ -21,6 +21,7 @@
 #include "xoSystem/xoPowerStatus.h"
 #include "xoSystem/xoProcess.h"
 #include "xoSystem/xoProgress.h"
+#include "xoSystem/xoProgressConsole.h"
 #include "xoSystem/xoResource.h"
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoStamp.h"

@@ -10,8 +10,9 @@
 #    include <ext/stdio_sync_filebuf.h>
 #endif
 
+#include "platform/slimLock.h"
+#include "platform/structuredCall.h"
 #include "platform/wideText.h"
-#include "platform/windows.h"
 
 namespace xo::log {
 namespace {
@@ -55,6 +56,34 @@ void writeWide(HANDLE console, const std::wstring& text) {
     }
 }
 
+// Orders what is written to consoles.
+class ConsoleLock {
+public:
+    // Runs the function with the lock held. A fault in it that a guard takes releases the lock too.
+    template <class Function>
+    static void run(Function function) {
+        platform::callReleasing(
+            [](void* argument) XO_NO_THREAD_SAFETY_ANALYSIS {
+                msLock.lock();
+                (*static_cast<Function*>(argument))();
+            },
+            [](void*) XO_NO_THREAD_SAFETY_ANALYSIS { msLock.unlock(); }, &function);
+    }
+
+private:
+    static inline platform::SlimLock msLock;
+};
+
+StatusLine gStatus{};  // guarded by the lock; without an owner there is none
+
+// What goes to the cursor's place in front of all else: it empties the status line.
+std::string erasure() { return gStatus.owner ? "\r" + std::string(gStatus.columns, ' ') + "\r" : std::string(); }
+
+// In one write, so that the status line does not flicker.
+void writeAboveStatus(HANDLE console, const std::string& line) {
+    ConsoleLock::run([&] { writeWide(console, platform::toWide(erasure() + line + gStatus.text)); });
+}
+
 }  // namespace
 
 void writeLineToConsole(std::string& line) {
@@ -64,7 +93,7 @@ void writeLineToConsole(std::string& line) {
     try {
         if (const HANDLE console = consoleWindow()) {
             out->pubsync();  // what the host has written comes first
-            writeWide(console, platform::toWide(line));
+            writeAboveStatus(console, line);
         } else if (out) {
             out->sputn(line.data(), static_cast<std::streamsize>(line.size()));
             out->pubsync();
@@ -72,6 +101,33 @@ void writeLineToConsole(std::string& line) {
     } catch (...) {  // a buffer of the host's may throw; the line still goes to the file
     }
     line.pop_back();
+}
+
+void writeConsoleLine(HANDLE console, const std::string& line) { writeAboveStatus(console, line + '\n'); }
+
+bool setStatusLine(const StatusLine& line) {
+    bool isSet = false;
+    ConsoleLock::run([&] {
+        isSet = !gStatus.owner || gStatus.owner == line.owner;
+        if (!isSet || (gStatus.owner && gStatus.text == line.text)) return;
+        const std::string before = erasure();
+        gStatus = line;
+        writeWide(line.console, platform::toWide(before + line.text));
+    });
+    return isSet;
+}
+
+bool endStatusLine(const void* owner, const std::string& lastLine) {
+    bool isEnded = false;
+    ConsoleLock::run([&] {
+        isEnded = gStatus.owner == owner;
+        if (!isEnded) return;
+        const std::string text = erasure() + (lastLine.empty() ? lastLine : lastLine + '\n');
+        const HANDLE console = gStatus.console;
+        gStatus = StatusLine{};
+        writeWide(console, platform::toWide(text));
+    });
+    return isEnded;
 }
 
 }  // namespace xo::log

@@ -28,8 +28,11 @@ namespace impl {
 struct ProgressAccess {
     static progress::Work& work(xoProgressNotifier& notifier) { return notifier.mPrivate->work; }
 
-    static bool hasCalls(const xoProgressNotifier& notifier) {
+    static bool hasCallsAtEnds(const xoProgressNotifier& notifier) {
         return notifier.mPrivate->intervalMs != xoProgressNotifier::kNoCalls;
+    }
+    static bool hasCallsBetween(const xoProgressNotifier& notifier) {
+        return notifier.mPrivate->intervalMs < xoProgressNotifier::kCallsAtEnds;
     }
 
     // Calls the notifier. What a host's function throws must not end the work.
@@ -45,7 +48,7 @@ struct ProgressAccess {
 
     static void callIfDue(xoProgressNotifier& notifier) {
         const unsigned intervalMs = notifier.mPrivate->intervalMs;
-        if (intervalMs == xoProgressNotifier::kNoCalls) return;
+        if (!hasCallsBetween(notifier)) return;
         if (intervalMs != 0 && ::GetTickCount64() - notifier.mPrivate->lastCallMs < intervalMs) return;
         call(notifier);
     }
@@ -55,16 +58,16 @@ struct ProgressAccess {
         xoProgressNotifier& notifier = *scope.mNotifier;
         bool isForeign = false;
         bool isOutermost = false;
-        progress::Level* const level = work(notifier).open(description, hasCalls(notifier), isOutermost, isForeign);
+        progress::Level* const level =
+            work(notifier).open(description, hasCallsBetween(notifier), isOutermost, isForeign);
         if (isForeign) progress::reportForeignScope();
         if (!level) return;
         scope.mCounter = level;
         scope.mSerial = level->serial;
-        if (!level->hasCalls) return;
-        if (isOutermost)
-            call(notifier);
-        else
+        if (!isOutermost)
             callIfDue(notifier);
+        else if (hasCallsAtEnds(notifier))
+            call(notifier);
     }
 
     static std::uint64_t serial(const xoProgressProxy& proxy) { return proxy.mScope.mSerial; }
@@ -114,14 +117,12 @@ xoProgressScope::xoProgressScope(xoProgressNotifier* notifier, const std::vector
 
 xoProgressScope::~xoProgressScope() {
     if (!mCounter) return;
-    const bool hasCalls = mCounter->hasCalls;
     bool hasEnded = false;
-    const bool isClosed = ProgressAccess::work(*mNotifier).close(mSerial, mNotifier->isCanceled(), hasEnded);
-    if (!hasCalls || !isClosed) return;
-    if (hasEnded)
-        ProgressAccess::call(*mNotifier);
-    else
+    if (!ProgressAccess::work(*mNotifier).close(mSerial, mNotifier->isCanceled(), hasEnded)) return;
+    if (!hasEnded)
         ProgressAccess::callIfDue(*mNotifier);
+    else if (ProgressAccess::hasCallsAtEnds(*mNotifier))
+        ProgressAccess::call(*mNotifier);
 }
 
 void xoProgressScope::callIfDue() { ProgressAccess::callIfDue(*mNotifier); }

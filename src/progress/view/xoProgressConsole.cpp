@@ -1,0 +1,181 @@
+#include "xoSystem/xoProgressConsole.h"
+
+#include <io.h>
+
+#include <cstdio>
+#include <mutex>
+
+#include "log/console.h"
+#include "platform/handle.h"
+#include "progress/view/consoleLine.h"
+
+namespace xo {
+namespace {
+
+constexpr DWORD kDrawMs = 100;
+constexpr std::int64_t kFirstLineMs = 10000;  // of plain lines; then each time twice as late
+constexpr std::int64_t kMostLineMs = 300000;
+
+struct TimerPolicy {
+    using Type = PTP_TIMER;
+    static Type none() noexcept { return nullptr; }
+    static void close(Type timer) noexcept {
+        ::SetThreadpoolTimer(timer, nullptr, 0, 0);
+        ::WaitForThreadpoolTimerCallbacks(timer, /*fCancelPendingCallbacks=*/TRUE);
+        ::CloseThreadpoolTimer(timer);
+    }
+};
+
+bool isConsole(HANDLE handle) {
+    DWORD mode = 0;
+    return ::GetConsoleMode(handle, &mode);
+}
+
+HANDLE findConsole() {
+    for (const DWORD standard : {STD_ERROR_HANDLE, STD_OUTPUT_HANDLE}) {
+        const HANDLE handle = ::GetStdHandle(standard);
+        if (isConsole(handle)) return handle;
+    }
+    return nullptr;
+}
+
+// Without the last column of the window, where some consoles would go on to the next line.
+std::size_t usableColumns(HANDLE console) {
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (!::GetConsoleScreenBufferInfo(console, &info)) return 79;
+    const int columns = info.srWindow.Right - info.srWindow.Left;
+    return columns > 0 ? static_cast<std::size_t>(columns) : 1;
+}
+
+void writePlainLine(std::string line) {
+    const HANDLE output = ::GetStdHandle(STD_ERROR_HANDLE);
+    if (!output || output == INVALID_HANDLE_VALUE) return;
+    line += "\r\n";
+    DWORD written = 0;
+    ::WriteFile(output, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+}
+
+}  // namespace
+
+// The timer draws while a work runs. The mutex is held while it does, so that it draws nothing after the end line.
+struct xoProgressConsole::Private {
+    Private(const xoProgressConsole& ownView, int ownFlags, unsigned ownDelayMs)
+        : view(ownView), flags(ownFlags), delayMs(ownDelayMs) {}
+
+    void begin();
+    void draw();
+    void drawBar();
+    void drawPlainLine();
+    void end(const xoProgressState& state);
+    static void CALLBACK onTimer(PTP_CALLBACK_INSTANCE, void* self, PTP_TIMER);
+
+    const xoProgressConsole& view;
+    const int flags;
+    const unsigned delayMs;
+    HANDLE console = nullptr;  // of the current work; null for plain lines
+
+    std::mutex mutex;  // guards what follows
+    bool isRunning = false;
+    bool isVisible = true;
+    bool hasDrawn = false;
+    unsigned tick = 0;
+    std::int64_t nextLineMs = 0;
+
+    platform::Owned<TimerPolicy> timer;  // the last member: its callback uses the others
+};
+
+void xoProgressConsole::Private::begin() {
+    console = findConsole();
+    {
+        const std::lock_guard<std::mutex> locker(mutex);
+        isRunning = true;
+        hasDrawn = false;
+        tick = 0;
+        nextLineMs = kFirstLineMs;
+    }
+    if (!console && (flags & ProgressConsoleNoLines) != 0) return;
+    if (!timer) timer.reset(::CreateThreadpoolTimer(&onTimer, this, nullptr));
+    if (!timer) return;  // then there is the end line alone
+    constexpr std::int64_t kTicksPerMs = 10000;
+    const std::int64_t firstMs = console ? static_cast<std::int64_t>(delayMs) : kFirstLineMs;
+    ULARGE_INTEGER due;
+    due.QuadPart = static_cast<ULONGLONG>(-firstMs * kTicksPerMs);  // negative: from now on
+    FILETIME dueTime{due.LowPart, due.HighPart};
+    ::SetThreadpoolTimer(timer.get(), &dueTime, kDrawMs, /*msWindowLength=*/0);
+}
+
+void CALLBACK xoProgressConsole::Private::onTimer(PTP_CALLBACK_INSTANCE, void* self, PTP_TIMER) {
+    try {
+        static_cast<Private*>(self)->draw();
+    } catch (...) {  // out of memory: the next time
+    }
+}
+
+void xoProgressConsole::Private::draw() {
+    const std::lock_guard<std::mutex> locker(mutex);
+    if (!isRunning) return;
+    if (console)
+        drawBar();
+    else
+        drawPlainLine();
+}
+
+void xoProgressConsole::Private::drawBar() {
+    if (!isVisible) return;
+    std::string line = progress::barLine(view.getState(), usableColumns(console), tick++);
+    const std::size_t columns = progress::consoleColumns(line);
+    hasDrawn |= log::setStatusLine({this, console, std::move(line), columns});
+}
+
+void xoProgressConsole::Private::drawPlainLine() {
+    const xoProgressState state = view.getState();
+    if (state.elapsedMs < nextLineMs) return;
+    nextLineMs += (std::min)(nextLineMs, kMostLineMs);
+    hasDrawn = true;
+    writePlainLine(progress::plainLine(state));
+}
+
+void xoProgressConsole::Private::end(const xoProgressState& state) {
+    const std::lock_guard<std::mutex> locker(mutex);
+    isRunning = false;
+    if (timer) ::SetThreadpoolTimer(timer.get(), nullptr, 0, 0);
+    const std::string line = (flags & ProgressConsoleErase) != 0 ? std::string() : progress::endLine(state);
+    if (console) {
+        const bool wasShown = log::endStatusLine(this, isVisible ? line : std::string());
+        if (!wasShown && isVisible && hasDrawn && !line.empty()) log::writeConsoleLine(console, line);
+    } else if ((flags & ProgressConsoleNoLines) == 0 && (hasDrawn || state.elapsedMs >= kFirstLineMs)) {
+        if (!line.empty()) writePlainLine(line);
+    }
+}
+
+xoProgressConsole::xoProgressConsole(int flags, unsigned delayMs)
+    : xoProgressNotifier(kCallsAtEnds), mPrivate(std::make_unique<Private>(*this, flags, delayMs)) {}
+
+xoProgressConsole::~xoProgressConsole() {
+    mPrivate->timer.reset();  // waits for a callback under way
+    log::endStatusLine(mPrivate.get());
+}
+
+void xoProgressConsole::setVisible(bool visible) {
+    const std::lock_guard<std::mutex> locker(mPrivate->mutex);
+    mPrivate->isVisible = visible;
+    if (!visible) log::endStatusLine(mPrivate.get());
+}
+
+void xoProgressConsole::WriteLine(std::string_view line) {
+    std::string text(line);
+    log::writeLineToConsole(text);
+}
+
+std::string xoProgressConsole::FormatLine(const xoProgressState& state, unsigned columns, unsigned tick) {
+    return progress::barLine(state, columns, tick);
+}
+
+void xoProgressConsole::onProgress(const xoProgressState& state) {
+    if (state.phase == xoProgressState::PhaseRunning)
+        mPrivate->begin();
+    else
+        mPrivate->end(state);
+}
+
+}  // namespace xo
