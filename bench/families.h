@@ -12,6 +12,7 @@ void measureIni(Suite& suite);
 void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
 void measureProcess(Suite& suite);
+void measureProgress(Suite& suite);
 void measureStreams(Suite& suite);
 void measureTables(Suite& suite);
 void measureText(Suite& suite);

@@ -18,6 +18,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureIni(suite);
     bench::measureLog(suite);
     bench::measureProcess(suite);
+    bench::measureProgress(suite);
     bench::measureStreams(suite);
     bench::measureTables(suite);
     bench::measureText(suite);

@@ -31,12 +31,12 @@ TEST(ProgressConsole, LineLosesWhatMattersLeastFirst) {
         const char* line;
     } rows[] = {
         {120,
-         "Import: a long path/that is cut/in its middle  [===================>       ]  71 %  20,856 of 29,000  "
+         "Import: a long path/that is cut/in its middle  [==================>       ]  71 %  20,856 of 29,000  "
          "12,300/s  0:05 left"},
-        {92, "Import: a long path/that is cut/in its middle  [====>   ]  71 %  20,856 of 29,000  0:05 left"},
+        {92, "Import: a long path/that is cut/in its middle  [=====>  ]  71 %  20,856 of 29,000  0:05 left"},
         {75, "Import: a long path/that is cut/in its middle  [======>  ]  71 %  0:05 left"},
-        {60, "Import: a long path...in its middle  [=====>  ]  71 %  0:05 left"},
-        {40, "Import: a lo...dle  [=====>  ]  71 %"},
+        {60, "Import: a long pat...its middle  [=====>  ]  71 %  0:05 left"},
+        {40, "Import: a lo...dle  [========>   ]  71 %"},
         {24, "Import: a lo...dle  71 %"},
         {12, "Import  71 %"},
         {10, "I...  71 %"},
