@@ -1,5 +1,5 @@
-// INI text: what is read, the warnings about it, what is written, and a merging save, against a reader and a writer of
-// our own. An input is one file, then a byte 1E, then the file that is merged into it.
+// INI text: what is read, the warnings about it, what is written, a merging save and an update, against a reader and a
+// writer of our own. An input is one file, then a byte 1E, then the file that is merged into it.
 #include <regex>
 
 #include "fuzz.h"
@@ -62,7 +62,10 @@ Node typed(const std::string& text) {
     return node;
 }
 
-Lines readModel(std::string text, Node& map) {
+bool isHeader(const std::string& line) { return line.size() >= 2 && line.front() == '[' && line.back() == ']'; }
+
+// Returns the warnings. The paths are those of the lines, empty for a line without a key.
+Lines readModel(std::string text, Node& map, Lines* paths = nullptr) {
     Lines log;
     if (text.compare(0, 3, "\xEF\xBB\xBF") == 0) text.erase(0, 3);
     std::istringstream in(text);
@@ -73,15 +76,18 @@ Lines readModel(std::string text, Node& map) {
             log.push_back(what + std::to_string(number) + ") " + whole + " in Ini file");
         };
         const std::size_t equals = line.find('=');
-        if (whole.size() >= 2 && whole.front() == '[' && whole.back() == ']') {
+        const std::string key = trimmed(line.substr(0, equals));
+        const bool isKey = equals != std::string::npos && !isHeader(whole) && whole[0] != ';' && !key.empty();
+        if (paths) paths->push_back(isKey ? prefix + key : "");
+        if (isHeader(whole)) {
             prefix = whole.substr(1, whole.size() - 2) + '/';
             if (prefix == "General/") prefix.clear();
         } else if (whole.empty() || whole[0] == ';') {
         } else if (equals == std::string::npos) {
             warn("Invalid line (");
-        } else if (trimmed(line.substr(0, equals)).empty()) {
+        } else if (key.empty()) {
             warn("Invalid key at line (");
-        } else if (const std::string path = prefix + trimmed(line.substr(0, equals)); find(map, path, '/')) {
+        } else if (const std::string path = prefix + key; find(map, path, '/')) {
             warn("Duplicated key at line (");
         } else {
             std::string value = trimmed(line.substr(equals + 1));
@@ -162,12 +168,90 @@ void save(const xoVariant::xoVariantMapImpl& map, bool merge, const Node& model)
     require(saved == expected, "wrote ", saved, "\nnot   ", expected);
 }
 
+// Whether a line of any section can have the path: all of its ends are read as keys.
+bool isPlain(const std::string& path) {
+    for (std::size_t begin = 0;; begin = path.find('/', begin) + 1) {
+        const std::string key = path.substr(begin);
+        if (key.empty() || key != trimmed(key) || key.find_first_of("=\n") != std::string::npos) return false;
+        if (key[0] == ';' || key[0] == '[') return false;
+        if (key.find('/') == std::string::npos) return true;
+    }
+}
+
+// Whether the path or what is above it is a leaf.
+bool isGiven(const Node& leaves, const std::string& path) {
+    for (const auto& [given, value] : leaves.entries)
+        if (path == given || path.compare(0, given.size() + 1, given + '/') == 0) return true;
+    return false;
+}
+
+Lines linesOf(const std::string& text) {
+    Lines lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+// The lines of other paths stay, in their order. The last one may get a line end.
+void checkOtherLines(const std::string& before, const std::string& after, const Node& leaves) {
+    Node map;
+    map.kind = Node::Map;
+    Lines paths;
+    readModel(before, map, &paths);
+    const Lines oldLines = linesOf(before), newLines = linesOf(after);
+    auto at = newLines.begin();
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (isGiven(leaves, paths[i])) continue;
+        const std::string& line = oldLines[i];
+        while (at != newLines.end() && *at != line && !(i + 1 == oldLines.size() && *at == line + '\r')) ++at;
+        require(at != newLines.end(), "lost the line ", line);
+        ++at;
+    }
+}
+
+// As it comes back when it has been written.
+Node written(const Node& value) {
+    Node map;
+    map.kind = Node::Map;
+    readModel(keyLine("k", value), map);
+    return map.entries["k"];
+}
+
+void update(const std::string& file, const xoVariant::xoVariantMapImpl& given) {
+    Node values, leaves, expected;
+    values.kind = leaves.kind = expected.kind = Node::Map;
+    overlay(values, Node::of(given));
+    flatten(values, "", '/', leaves);
+    readModel(file, expected);
+    for (const auto& [path, value] : leaves.entries) {
+        const Node* const old = find(expected, path, '/');
+        if (!old || old->show() != value.show()) create(expected, path, '/') = written(value);
+    }
+
+    writeScratch("a.ini", file);
+    const bool isUpdated = UpdateIniFile(scratchFile("a.ini"), given);
+    const std::string after = readScratch("a.ini");
+    if (!isUpdated) {
+        bool isAnyOdd = false;
+        for (const auto& entry : leaves.entries) isAnyOdd = isAnyOdd || !isPlain(entry.first);
+        require(isAnyOdd, "not updated");
+        require(after == file, "changed nevertheless");
+        return;
+    }
+    checkOtherLines(file, after, leaves);
+    require(UpdateIniFile(scratchFile("a.ini"), given) && readScratch("a.ini") == after, "changed twice");
+    const std::string actual = Node::of(load(after)).show();
+    require(actual == expected.show(), "updated to ", actual, "\nnot        ", expected.show());
+}
+
 void check(const std::string& input) {
     Bytes bytes(input);
     const std::string file = bytes.until('\x1E');
     const auto given = load(bytes.rest());
     const auto kept = load(file);
+    update(file, given);
 
+    writeScratch("a.ini", file);
     Node both;
     both.kind = Node::Map;
     overlay(both, Node::of(kept));

@@ -8,10 +8,10 @@ namespace xo::files {
 namespace {
 
 constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes 32-bit sizes
-constexpr std::size_t kFirstRoom = 4096;                    // for what has no size beforehand
+constexpr std::size_t kFirstCapacity = 4096;                // for pipes and devices, which have no size beforehand
 
-// From here on bytes get pages of their own. A large block in the heap, freed after what was made meanwhile, makes the
-// heap give memory back to the system and fault it in anew, which costs more than to read the file.
+// Buffers from this size on get pages of their own. When a large block is freed behind blocks that were allocated after
+// it, the heap returns memory to the system and has to map it again, which costs more than reading the file.
 constexpr std::size_t kOwnPages = std::size_t{64} << 10;
 
 void deleteBytes(char* bytes) { delete[] bytes; }
@@ -25,19 +25,10 @@ FileBytes::Bytes allocate(std::size_t size) {
     return {static_cast<char*>(pages), &releasePages};
 }
 
-// There is no such file, or no such drive, computer or share that could have it.
+// Not so for a drive that is not ready or a computer that does not answer: the file may be there at the next call, and
+// whoever takes it for missing would then write over it.
 bool isAbsent(DWORD error) {
-    switch (error) {
-        case ERROR_FILE_NOT_FOUND:
-        case ERROR_PATH_NOT_FOUND:
-        case ERROR_INVALID_NAME:
-        case ERROR_BAD_PATHNAME:
-        case ERROR_INVALID_DRIVE:
-        case ERROR_NOT_READY:
-        case ERROR_BAD_NETPATH:
-        case ERROR_BAD_NET_NAME: return true;
-        default: return false;
-    }
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
 }
 
 }  // namespace
@@ -53,12 +44,12 @@ FileBytes::State FileBytes::read(const std::wstring& path) {
 FileBytes::State FileBytes::fill(const platform::FileHandle& file) {
     LARGE_INTEGER size{};
     const bool knowsSize = ::GetFileSizeEx(file.get(), &size) != 0;
-    // One byte more than the file has: the read that comes back short then tells its end.
-    if (!grow(knowsSize ? static_cast<std::size_t>(size.QuadPart) + 1 : kFirstRoom)) return Unreadable;
+    // One byte more than the file has, so that a file that has grown meanwhile is read to its end.
+    if (!grow(knowsSize ? static_cast<std::size_t>(size.QuadPart) + 1 : kFirstCapacity)) return Unreadable;
     for (;;) {
-        if (mSize == mRoom && !grow(2 * mRoom)) return Unreadable;
+        if (mSize == mCapacity && !grow(2 * mCapacity)) return Unreadable;
         DWORD got = 0;
-        const auto wanted = static_cast<DWORD>((std::min)(mRoom - mSize, kMaxTransfer));
+        const auto wanted = static_cast<DWORD>((std::min)(mCapacity - mSize, kMaxTransfer));
         if (!::ReadFile(file.get(), mBytes.get() + mSize, wanted, &got, /*lpOverlapped=*/nullptr)) {
             const DWORD error = ::GetLastError();
             return error == ERROR_HANDLE_EOF || error == ERROR_BROKEN_PIPE ? Complete : Unreadable;
@@ -68,12 +59,12 @@ FileBytes::State FileBytes::fill(const platform::FileHandle& file) {
     }
 }
 
-bool FileBytes::grow(std::size_t room) {
-    Bytes bytes = allocate(room);
+bool FileBytes::grow(std::size_t capacity) {
+    Bytes bytes = allocate(capacity);
     if (!bytes) return false;
     if (mSize != 0) std::memcpy(bytes.get(), mBytes.get(), mSize);
     mBytes = std::move(bytes);
-    mRoom = room;
+    mCapacity = capacity;
     return true;
 }
 

@@ -168,7 +168,8 @@ private:
         std::size_t at = 0;
         for (const auto& [place, text] : mEdits) {
             out.append(mText, at, place.first - at);
-            if (place.first == mText.size()) endLine(out);
+            const bool isLine = !text.empty() && text.back() == '\n';  // a value has its line feeds escaped
+            if (isLine && place.first == mText.size()) endLine(out);
             out += text;
             at = place.second;
         }

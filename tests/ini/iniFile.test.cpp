@@ -214,6 +214,7 @@ TEST_F(IniFile, UpdatingChangesTheLinesOfItsKeysAlone) {
     } rows[] = {
         {"; note\r\n\r\n [s] \r\n  k =  1\t\r\nbad\r\nk=2\r\n", map("s", map("k", 5)),
          "; note\r\n\r\n [s] \r\n  k =  5\t\r\nbad\r\nk=2\r\n"},
+        {"k=", map("k", "x"), "k=x"},
         {"k=\nl = \r\nm", map("k", "x", "l", "\"y\""), "k=x\nl = \"\\\"y\\\"\"\r\nm"},
         {mark + "a=1\nb=0x1F\nc=010\nd=3.14159265\nr= 2\nt=\"12\"\n",
          map("a", 2, "b", 31, "c", 9, "d", 3.14159265, "r", 2.0, "t", 12),
