@@ -19,6 +19,7 @@ TEST(WideText, ConvertsWholeTextsBothWays) {
         {"\xC3\xA9t\xC3\xA9", L"\u00E9t\u00E9"},
         {"\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", L"\u65E5\u672C\u8A9E"},  // three bytes a character
         {"\xF0\x9F\x98\x80", L"\xD83D\xDE00"},
+        {"\x7F\xC2\x80", L"\x7F\x80"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(toWide(row.utf8), row.wide) << row.utf8;
@@ -37,6 +38,7 @@ TEST(WideText, ReplacesWhatIsBroken) {
     EXPECT_EQ(toUtf8(L"\xDE00z"), "\xEF\xBF\xBDz");
     EXPECT_EQ(toWide("a\xFFz"), L"a\uFFFDz");
     EXPECT_EQ(toWide("\xC3"), L"\uFFFD");
+    EXPECT_EQ(toNative("a\xF0\x9F\x98\x80", 2), "a") << "a character cut in two";
 }
 
 TEST(ApiPath, LiftsTheLengthLimitOfLongPathsOnly) {

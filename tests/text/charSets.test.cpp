@@ -53,6 +53,9 @@ TEST(CharSets, WidenOrSayWhyNot) {
 
 // The room is two bytes a character and one more for the NUL.
 TEST(CharSets, NarrowWithinTwoBytesACharacterOrSayWhyNot) {
+    ::_set_invalid_parameter_handler([](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, std::uintptr_t) {
+        ADD_FAILURE() << "the default handler would end the process";
+    });
     using Row = std::tuple<std::wstring, int, std::string, const char*>;
     for (const auto& [wide, to, text, message] :
          {Row{L"", kUtf8, "", ""}, Row{L"", kAscii, "", kNoAscii}, Row{L"p", kAscii, "p", ""},
@@ -61,7 +64,7 @@ TEST(CharSets, NarrowWithinTwoBytesACharacterOrSayWhyNot) {
           Row{L"\u0800\u4E2D", kUtf8, "", kNoUtf8}, Row{L"\u4E2D\u6587ab", kUtf8, u8"\u4E2D\u6587ab", ""},
           Row{L"\u4E2D\u6587\u5B57ab", kUtf8, "", kNoUtf8}, Row{L"\U0001F600", kUtf8, u8"\U0001F600", ""},
           Row{L"ab\0cd"s, kUtf8, "ab", ""}, Row{L"ab\0cd"s, kAscii, "ab", ""}, Row{L"\0ab"s, kAscii, "", ""},
-          Row{L"ab", 3, "", kNoUtf8}}) {
+          Row{L"a\xD83D", kUtf8, "a\xEF\xBF\xBD", ""}, Row{L"ab", 3, "", kNoUtf8}}) {
         const CapturedOutput output;
         EXPECT_EQ(xoStringUtils::convertTo8Bits(wide, to), text) << testing::PrintToString(wide);
         EXPECT_EQ(output.text(), message) << testing::PrintToString(wide) << " to " << to;

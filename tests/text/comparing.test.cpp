@@ -6,11 +6,13 @@
 #include <tuple>
 #include <vector>
 
+#include "support/importHook.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace {
 
 using xo::xoStringUtils;
+using xo::tests::ImportHook;
 using namespace std::string_literals;
 
 constexpr auto npos = std::string::npos;
@@ -58,6 +60,7 @@ TEST(NaturalOrder, ComparesDigitRunsAsNumbers) {
     EXPECT_EQ(xoStringUtils::CompareUTF16Natural(L"x10?", 3, L"x9??", 2), 1);
     EXPECT_EQ(xoStringUtils::CompareUTF16Natural(nullptr, 0, L"", 0), 0);
     EXPECT_EQ(xoStringUtils::CompareUTF16Natural(L"a", 0x80000000U, L"a", 1), -2);
+    EXPECT_EQ(xoStringUtils::CompareUTF16Natural(L"a", 1, L"a", 0x80000000U), -2);
     EXPECT_EQ(xoStringUtils::CompareUTF16Natural(nullptr, 1, L"a", 1), -2);
 }
 
@@ -74,6 +77,12 @@ TEST(NaturalOrder, SortsBrokenTextsToo) {
     for (int i = 0; i < 200; ++i) names.push_back("\xFF" + std::string(random() % 9, static_cast<char>(random())));
     std::sort(names.begin(), names.end(), xoStringUtils::UTF8NaturalSortFunction);
     EXPECT_TRUE(std::is_sorted(names.begin(), names.end(), xoStringUtils::UTF8NaturalSortFunction));
+
+    const ImportHook failing(
+        "xoSystem.dll", "CompareStringEx",
+        +[](LPCWSTR, DWORD, LPCWSTR, int, LPCWSTR, int, NLSVERSIONINFO*, void*, LPARAM) { return 0; });
+    ASSERT_TRUE(failing.isInstalled());
+    EXPECT_FALSE(xoStringUtils::UTF8NaturalSortFunction("a", "b")) << "a failure orders nothing";
 }
 
 TEST(SoftwareVersions, CompareOverTheLengthOfTheSecond) {

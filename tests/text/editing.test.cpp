@@ -83,6 +83,7 @@ TEST(Editing, ReplacesEachOccurrenceOnce) {
         {"", "a", "b", "", 0},           {"ab", "ab", "", "", 1},           {"aaa", "aa", "b", "ba", 1},
         {"aab", "ab", "b", "ab", 1},     {"abc", "", "x", "abc", 0},        {"abc", "x", "y", "abc", 0},
         {"a,b,c", ",", ";", "a;b;c", 2}, {"abbab", "ab", "ca", "cabca", 2}, {"aXbX", "X", "XX", "aXXbXX", 2},
+        {"ab", "\0"s, "x", "ab", 0},
     };
     for (const auto& [text, from, to, result, count] : rows) {
         std::string counted = text, replaced = text;
@@ -140,7 +141,8 @@ TEST(PathText, FallsIntoFolderBaseAndExtension) {
          {Row{"", "", "", ""}, Row{"a.txt", "", "a", "txt"}, Row{"x/y/a.tar.gz", "x/y", "a.tar", "gz"},
           Row{"x/y\\a.b", "x/y", "a", "b"}, Row{"x.y/a", "x.y", "a", ""}, Row{"x/", "x", "", ""},
           Row{"/a", "/", "a", ""}, Row{"C:\\a.b", "C:\\", "a", "b"}, Row{"C:/x/a", "C:/x", "a", ""},
-          Row{"x\\.a", "x", ".a", ""}, Row{"x/.a.b", "x", ".a", "b"}, Row{"..", "", "..", ""}}) {
+          Row{"x\\.a", "x", ".a", ""}, Row{"x/.a.b", "x", ".a", "b"}, Row{"..", "", "..", ""},
+          Row{"ab/c", "ab", "c", ""}}) {
         SCOPED_TRACE(path);
         std::string folder = path, file;
         xoStringUtils::SplitFolderFilename(folder, folder, file);
@@ -178,7 +180,8 @@ TEST(PathText, BecomesAValidFileName) {
         EXPECT_EQ(xoStringUtils::GenerateValidFileName(name), valid) << "not stable";
     }
     EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "NUL.tar.gz", '-'), "NUL-.tar.gz");
-    EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "LPT\xC2\xB2.x"), "LPT\xC2\xB2_.x");
+    for (const std::string digit : {"\xC2\xB9", "\xC2\xB2", "\xC2\xB3"})
+        EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "LPT" + digit + ".x"), "LPT" + digit + "_.x");
     EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "<>:\"/\\|?*\x01\x1F\0"s, '-'), "------------");
     EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = u8"\u00E9 \u4E2D.txt"), u8"\u00E9 \u4E2D.txt");
     EXPECT_EQ(xoStringUtils::GenerateValidFileName(name = "CO?", 'N'), "CONN");  // the replacement makes it a device
