@@ -1,4 +1,4 @@
-// Sixteen bytes of text at a time, with what every x86-64 processor has.
+// Sixteen bytes of text at a time, by SSE2, which every x86-64 processor has.
 #ifndef XO_TEXT_BLOCKS_H
 #define XO_TEXT_BLOCKS_H
 
@@ -44,7 +44,7 @@ inline unsigned lowestBit(std::uint64_t mask) {
 #endif
 }
 
-// The first such byte, or end. The C runtime's search goes byte by byte.
+// The first such byte, or end. Not memchr: the C runtime's compares byte by byte.
 inline const char* findByte(const char* at, const char* end, char c) {
     for (; end - at >= kBlock; at += kBlock) {
         const unsigned mask = maskOf(loadBlock(at), c);

@@ -1,5 +1,5 @@
-// The public conversions. Their output room is fixed by the input's length; the platform room has the ones that take a
-// text of any shape whole.
+// The public conversions. The size of their output buffer follows from the input's length, so that some texts do not
+// fit; platform/wideText.h has conversions without that limit.
 #include <cstdlib>
 #include <iostream>
 #include <limits>
@@ -21,7 +21,7 @@ Text failed(const char* message) {
     return {};
 }
 
-// Wine takes the NUL for a part of a broken character in front of it, and then does not count it.
+// Cuts the text at the terminating NUL, which the count includes; except on Wine where the last character is broken.
 template <class Text>
 void cutAtNul(Text& text, int count) {
     const auto last = static_cast<std::size_t>(count) - 1;
@@ -63,7 +63,8 @@ std::wstring widenAscii(const std::string& text) {
 }
 
 std::string narrowAscii(const std::wstring& text) {
-    // The runtime refuses a room of nothing or beyond 2 GB by its invalid-parameter handler, which may end the process.
+    // For an empty buffer, or one beyond 2 GB, the C runtime calls its invalid-parameter handler, which by default ends
+    // the process: https://learn.microsoft.com/cpp/c-runtime-library/parameter-validation
     if (text.empty() || !fitsInt(2 * text.size())) return failed<std::string>(kAsciiFailed);
     std::string narrowed(2 * text.size(), '\0');
     std::size_t count = 0;  // with the NUL, so 1 for a text that begins with one: that is no failure

@@ -24,7 +24,8 @@ std::size_t findText(const std::wstring& text, const std::wstring& what, std::si
     return text.find(what, from);
 }
 
-// Replacing by the same length needs no room; all else goes to one new text, so that the cost stays linear.
+// Texts of the same length are replaced in place. Otherwise the result is built in a new text: moving the rest at each
+// replacement would take quadratic time.
 template <class Text>
 std::size_t replaceAll(Text& text, const Text& from, const Text& to) {
     if (from.empty()) return 0;
@@ -106,7 +107,7 @@ std::string& xoStringUtils::toLower(std::string& text) {
 }
 
 void xoStringUtils::SecureClear(std::string& text) {
-    text.resize(text.capacity());  // what the text once held may stand behind its end
+    text.resize(text.capacity());  // bytes of an earlier, longer content may be behind the end
     ::SecureZeroMemory(text.data(), text.size());
     text.clear();
 }

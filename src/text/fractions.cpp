@@ -8,7 +8,7 @@ namespace xo {
 namespace {
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
-constexpr std::int64_t kMostDenominator = 1000000000000000;  // below 2^50: every quotient in use is exact
+constexpr std::int64_t kMostDenominator = 1000000000000000;  // below 2^50, so that each quotient is exact in a double
 
 struct Fraction {
     std::int64_t numerator;

@@ -10,7 +10,7 @@ namespace {
 constexpr int kFailed = -2;
 constexpr int kLess = -1;
 
-// Windows refuses null even for a text of no characters.
+// CompareStringEx fails for a null pointer even when the size is 0.
 const wchar_t* orEmpty(const wchar_t* text, std::uint64_t size) { return text || size != 0 ? text : L""; }
 
 int compareNatural(const std::string& a, const std::string& b, bool caseInsensitive) {

@@ -18,7 +18,8 @@ bool parseInteger(const char* text, const char* end, std::int64_t& value);
 // Decimal only: "1.5", ".5", "1e3". No hexadecimal, infinity or NaN, as in msvcrt.
 bool parseReal(const char* text, const char* end, double& value);
 
-// A view itself would be passed through memory, which takes as long as reading a short number.
+// The calling convention of Windows passes a string_view by a pointer to a copy in memory, which takes as long as to
+// read a short number: https://learn.microsoft.com/cpp/build/x64-calling-convention
 inline bool parseInteger(std::string_view text, std::int64_t& value) {
     return parseInteger(text.data(), text.data() + text.size(), value);
 }

@@ -1,4 +1,4 @@
-// Whether bytes are UTF-8, at the speed of reading them where they are ASCII.
+// Whether bytes are UTF-8. ASCII text is checked 64 bytes at a time.
 #ifndef XO_TEXT_UTF8CHECKS_H
 #define XO_TEXT_UTF8CHECKS_H
 
