@@ -29,7 +29,7 @@ public:
     using iterator = Container::iterator;
     using const_iterator = Container::const_iterator;
 
-    // As for variants, what is assigned may lie inside the one assigned to.
+    // The list that is assigned may lie inside the one that it is assigned to.
     xoVariantListImpl() noexcept = default;
     xoVariantListImpl(const xoVariantListImpl& other);
     xoVariantListImpl(xoVariantListImpl&&) noexcept = default;
@@ -62,7 +62,7 @@ public:
     // Appends the value itself, which may lie inside this list and becomes UNKNOWN. It must not hold this list, not
     // even deep inside: the list would then own itself, and nobody could reach it or free it.
     xoVariant& push_back(xoVariant&& value);
-    // Returns the place behind the one erased. Erasing end() does nothing.
+    // Returns the position behind the erased one. Erasing end() does nothing.
     iterator erase(iterator position) { return position != end() ? mElements.erase(position) : position; }
     // New elements are copies of fill, which may lie inside this list.
     void resize(size_type count, const xoVariant& fill = xoVariant()) { mElements.resize(count, fill); }

@@ -1,11 +1,14 @@
 // The map that a variant of the type MAP holds: values under unique text keys, in the keys' byte order. References and
 // iterators last as those of std::map do.
 //
-// A path is keys joined by a separator, ended by a NUL: "a/b" is the key b of the map under the key a. A key in it may
-// be empty, so "a/" is the empty key of the map under a, and "" the empty key of this map. Lists have no place in a
-// path. Looking up a key or a path allocates nothing.
+// A path is a NUL-terminated text of keys joined by a separator: "a/b" is the key b of the map under the key a. Keys
+// may be empty, so that "a/" is the empty key of the map under a, and "" the empty key of this map. A path does not
+// enter lists. Looking up a key or a path allocates nothing.
 //
 // A null C string is no key: nothing is found under it and nothing removed, and nothing enters the map.
+//
+// With Microsoft's runtime an empty std::map allocates: lack of memory when a map is made or moved ends the process
+// there.
 #ifndef XOSYSTEM_XOVARIANTMAP_H
 #define XOSYSTEM_XOVARIANTMAP_H
 
@@ -48,7 +51,7 @@ public:
     using iterator = Container::iterator;
     using const_iterator = Container::const_iterator;
 
-    // As for variants, what is assigned may lie inside the one assigned to.
+    // The map that is assigned may lie inside the one that it is assigned to.
     xoVariantMapImpl() noexcept = default;
     xoVariantMapImpl(const xoVariantMapImpl& other);
     xoVariantMapImpl(xoVariantMapImpl&&) noexcept = default;
@@ -94,11 +97,11 @@ public:
     // Whether the map itself has the key.
     bool contains(std::string_view key) const;
     bool contains(const char* key) const { return find(key) != end(); }
-    // Leaves an existing value alone. Returns the key's place and whether it was inserted.
+    // Does not change an existing value. Returns the position of the key and whether it was inserted.
     std::pair<iterator, bool> insert(std::pair<std::string, xoVariant> entry);
-    // Returns the place behind the one erased. Erasing end() does nothing.
+    // Returns the position behind the erased one. Erasing end() does nothing.
     iterator erase(iterator position) { return position != end() ? mEntries.erase(position) : position; }
-    // Whether there was such a key.
+    // Returns whether the key existed.
     bool remove(std::string_view key);
     bool remove(const char* key) { return key != nullptr && remove(std::string_view(key)); }
 
@@ -106,11 +109,11 @@ public:
     xoVariant getValuePath(const char* path, const xoVariant& defaultValue = xoVariant(), char separator = '/') const;
     const xoVariant* findPath(const char* path, char separator = '/') const;
     xoVariant* findPath(const char* path, char separator = '/');
-    // Creates what is missing, the last key with a copy of the default; an existing value is left as it is. A value on
-    // the way that is not a map is lost: an empty map takes its place. A null path gives a value of the calling thread
-    // that holds a copy of the default and lasts until the thread's next call with a null path or key; no map has a
-    // part in it. That value keeps the library's DLL loaded and is destroyed when the thread ends: a class of user data
-    // that is in it must then still be loaded.
+    // Creates what is missing, the last key with a copy of the default; an existing value is not changed. A value on
+    // the way that is not a map is lost: an empty map replaces it. A null path gives a value of the calling thread that
+    // holds a copy of the default and lasts until the thread's next call with a null path or key; no map has a part in
+    // it. That value keeps the library's DLL loaded and is destroyed when the thread ends: a class of user data that is
+    // in it must then still be loaded.
     xoVariant& editValuePath(const char* path, const xoVariant& defaultValue = xoVariant(), char separator = '/');
 
     // The same; the path ends at its first NUL.
@@ -127,8 +130,8 @@ public:
         return editValuePath(path.c_str(), defaultValue, separator);
     }
 
-    // Inserts beside what the key holds already. Without asList two maps merge key by key at every depth, and texts
-    // gather in a STRINGLIST; otherwise the values gather in a LIST.
+    // Inserts the value without losing the one that the key already has. Without asList two maps are merged key by key
+    // at every depth, and texts are collected in a STRINGLIST; all other values are collected in a LIST.
     void multiInsert(std::string_view key, const xoVariant& value, bool asList = false);
     void multiInsert(const char* key, const xoVariant& value, bool asList = false) {
         if (key != nullptr) multiInsert(std::string_view(key), value, asList);
@@ -150,9 +153,9 @@ public:
     // Multi-inserts a copy of every entry. The other map may be this one, or a part of it.
     void mergeWith(const xoVariantMapImpl& other, bool asList = false);
 
-    // Multi-inserts each leaf of the tree into out, beside what it holds, under the leaf's keys joined by the
-    // separator. The maps in a list are flattened under the list's key; what else it holds, or the list without maps,
-    // is one leaf. An empty map leaves nothing. out may be this map.
+    // Multi-inserts each leaf of the tree into out, which keeps what it has, under the leaf's keys joined by the
+    // separator. The maps in a list are flattened under the list's key; its other elements together, or a list without
+    // maps, are one leaf. An empty map adds nothing. out may be this map.
     void toFlattenMap(xoVariantMapImpl& out, char separator = '/') const;
 
     // Erases each entry whose whole path (keys joined by "/") matches the ECMAScript expression, with all below it, and

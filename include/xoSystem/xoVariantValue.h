@@ -64,7 +64,7 @@ public:
     class XOSYSTEM_API UserDataInterface {
     public:
         UserDataInterface() noexcept = default;
-        // Nothing is in this base to be copied.
+        // The base has nothing to copy.
         UserDataInterface(const UserDataInterface&) noexcept {}
         UserDataInterface& operator=(const UserDataInterface&) noexcept { return *this; }
         virtual ~UserDataInterface();
@@ -111,7 +111,7 @@ public:
     xoVariant(xoVariantMapImpl map);
     xoVariant(DateTime time) noexcept : mType(DATETIME) { mPayload.integer = time.mValue; }
 
-    // USERDATA that owns the object from here on; null is a USERDATA without one.
+    // USERDATA that takes ownership of the object; null gives a USERDATA without an object.
     template <class T, std::enable_if_t<std::is_convertible_v<T*, UserDataInterface*>, int> = 0>
     xoVariant(std::unique_ptr<T> object) noexcept : mType(USERDATA) {
         mPayload.userData = object.release();
@@ -138,7 +138,7 @@ public:
         if (pointsToHeap() && !mIsBorrowed) destroyPayload();
     }
 
-    // Both work from a value inside the one assigned to, and from itself.
+    // The value that is assigned may lie inside the one that it is assigned to, or be the same.
     xoVariant& operator=(const xoVariant& other);
     xoVariant& operator=(xoVariant&& other) noexcept {
         xoVariant taken(std::move(other));
