@@ -14,7 +14,7 @@ namespace xo::stream {
 namespace {
 
 constexpr std::size_t kLongestSequence = 4;
-constexpr std::size_t kMostRead = 0x10000;  // at a time: what the next pass finds in the processor's cache
+constexpr std::size_t kMaxRead = 0x10000;  // a block that is still in the processor's cache when it is scanned
 constexpr std::size_t kMaxHeaderCell = 65535;
 constexpr std::size_t kUsualColumns = 128;
 
@@ -33,9 +33,10 @@ void CsvParser::start(const CsvDialect& dialect, std::uint64_t size, Read read) 
     mMaxColumnCount = 0;
     mError.clear();
     releaseTable();
-    if (mRoom > mBlockSize || mRoom < (std::min<std::uint64_t>)(size, mBlockSize)) {  // made for another source
+    // A buffer that grew for a long row, or was made for a smaller source, is not kept.
+    if (mCapacity > mBlockSize || mCapacity < (std::min<std::uint64_t>)(size, mBlockSize)) {
         mBuffer.reset();
-        mRoom = 0;
+        mCapacity = 0;
     }
 }
 
@@ -58,23 +59,23 @@ bool CsvParser::parse(std::uint64_t rowCount, bool& finished) {
     return true;
 }
 
-// Deals with the valid bytes up to the end of the last row that is wanted.
+// Scans the valid bytes up to the end of the last row that is wanted. Marks and dialect are copied to locals, because
+// the compiler would load members again after each write to the buffer.
 bool CsvParser::scan(std::uint64_t& rowsLeft) {
     const CsvMarks marks = mMarks;
     const CsvDialect dialect = mDialect;
     const char* const end = mBuffer.get() + mValid;
-    const char* run = mBuffer.get() + mAt;  // the bytes from here on belong to the cell under way
+    const char* run = mBuffer.get() + mAt;  // the beginning of text that belongs to the present cell
     for (const char* block = run; block < end; block += CsvMarks::kBlock) {
         for (std::uint64_t found = marks.find(block, end); found != 0; found &= found - 1) {
             const char* const at = block + text::lowestBit(found);
             if (mQuotes == Inside && *at != dialect.stringDelimiter) continue;
             if (!append(run, at)) return false;
-            run = at + 1;
             if (*at == dialect.stringDelimiter) {
-                if (mQuotes == AfterDelimiter) run = at;  // the second of two is text
-                mQuotes = mQuotes == Inside ? AfterDelimiter : Inside;
+                run = passStringDelimiter(at);
                 continue;
             }
+            run = at + 1;
             mQuotes = Outside;
             if (*at == dialect.columnDelimiter) {
                 endCell();
@@ -90,7 +91,14 @@ bool CsvParser::scan(std::uint64_t& rowsLeft) {
     return append(run, end);
 }
 
-// Adds the run to the cell under way. False when the cell of a header becomes too long.
+// Opens or closes quotes. Returns where the text after the delimiter begins: the second of two delimiters is text.
+const char* CsvParser::passStringDelimiter(const char* at) {
+    const char* const run = mQuotes == AfterDelimiter ? at : at + 1;
+    mQuotes = mQuotes == Inside ? AfterDelimiter : Inside;
+    return run;
+}
+
+// Appends the run of text to the present cell. False when a cell of the first row becomes too long.
 bool CsvParser::append(const char* run, const char* end) {
     if (run == end) return true;
     if (mQuotes == AfterDelimiter) mQuotes = Outside;
@@ -111,17 +119,13 @@ void CsvParser::endCell() { mCells.emplace_back(); }
 
 void CsvParser::endRow() {
     const std::size_t count = mCells.size() - 1;
-    Row row;
-    if (!mSpareRows.empty()) {
-        row = std::move(mSpareRows.back());
-        mSpareRows.pop_back();
-    }
     const char* const text = rowText();
-    const std::size_t known = (std::min)(row.size(), count);
-    row.resize(known);
+    Row row = takeSpareRow();
+    const std::size_t spare = (std::min)(row.size(), count);
+    row.resize(spare);
     row.reserve(count);
     for (std::size_t i = 0; i != count; ++i) {
-        if (i >= known) row.emplace_back();
+        if (i >= spare) row.emplace_back();
         fill(row[i], {text + mCells[i].begin, mCells[i].size});
     }
     mMaxColumnCount = (std::max)(mMaxColumnCount, static_cast<std::uint32_t>(count));
@@ -131,12 +135,19 @@ void CsvParser::endRow() {
     mRowBegin = mAt;
 }
 
-void CsvParser::fill(xoVariant& value, std::string_view text) {
-    if (mDialect.guessTypes && variant::readNumber(text, value)) return;
-    variant::BorrowedText::put(value, mTexts.take(text));
+CsvParser::Row CsvParser::takeSpareRow() {
+    if (mSpareRows.empty()) return {};
+    Row row = std::move(mSpareRows.back());
+    mSpareRows.pop_back();
+    return row;
 }
 
-// What has no end of its own at the end of the input ends there.
+void CsvParser::fill(xoVariant& value, std::string_view text) {
+    if (mDialect.guessTypes && variant::readNumber(text, value)) return;
+    variant::BorrowedText::put(value, mTexts.add(text));
+}
+
+// The end of the input ends a cell that has text, and a row that has a cell.
 void CsvParser::finish() {
     if (mCells.back().size != 0) endCell();
     if (mCells.size() > 1) endRow();
@@ -147,8 +158,8 @@ bool CsvParser::refill(bool& moreInput) {
     moreInput = mUnread != 0;
     if (!mError.empty()) return false;
     if (!moreInput || mEnd - mAt >= kLongestSequence) return true;
-    makeRoom();
-    const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)({mRoom - mEnd, mUnread, kMostRead}));
+    makeSpace();
+    const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)({mCapacity - mEnd, mUnread, kMaxRead}));
     const std::size_t got = mRead(mBuffer.get() + mEnd, wanted);
     if (got == 0) return fail("Failed to read the file");
     mUnread -= got;
@@ -158,14 +169,14 @@ bool CsvParser::refill(bool& moreInput) {
     return true;
 }
 
-// Moves the row under way to the front of the buffer; gives it a larger one where it fills more than half.
-void CsvParser::makeRoom() {
+// Moves the present row to the front of the buffer, or of a larger one when it fills more than half.
+void CsvParser::makeSpace() {
     const std::size_t used = mEnd - mRowBegin;
     const char* const kept = mBuffer.get() + mRowBegin;
-    if (mRoom == 0 || used > mRoom / 2) {
+    if (mCapacity == 0 || used > mCapacity / 2) {
         const std::uint64_t wanted = (std::max<std::uint64_t>)(mBlockSize, 2 * static_cast<std::uint64_t>(used));
-        mRoom = static_cast<std::size_t>((std::min)(wanted, used + mUnread));
-        std::unique_ptr<char[]> larger(new char[mRoom + CsvMarks::kBlock]);  // not filled with zeros first
+        mCapacity = static_cast<std::size_t>((std::min)(wanted, used + mUnread));
+        std::unique_ptr<char[]> larger(new char[mCapacity + CsvMarks::kBlock]);  // make_unique would clear it
         if (used != 0) std::memcpy(larger.get(), kept, used);
         mBuffer = std::move(larger);
     } else if (mRowBegin != 0) {
@@ -177,7 +188,8 @@ void CsvParser::makeRoom() {
     mRowBegin = 0;
 }
 
-// The decoder knows the kind of the fault. That a sequence wants more room than the text has is one kind to it.
+// utfcpp tells the kinds of invalid text apart by its exceptions. A sequence that is cut off by the end of the text is
+// one of them.
 bool CsvParser::failAtMalformed() {
     const char* at = mBuffer.get() + mAt;
     try {
@@ -194,7 +206,7 @@ void CsvParser::setTable(const Table& table) { mTable = table; }
 void CsvParser::clearTable() {
     if (mError.empty()) mSpareRows.swap(mTable);
     mTable.clear();
-    mTexts.takeBack();
+    mTexts.clear();
 }
 
 void CsvParser::releaseTable() {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "stream/csvMarks.h"
-#include "stream/textStock.h"
+#include "stream/stringArena.h"
 #include "xoSystem/xoVariant.h"
 
 namespace xo::stream {
@@ -22,39 +22,41 @@ struct CsvDialect {
     bool guessTypes = false;
 };
 
-// The text is read in blocks into one buffer, in which every row is taken apart in place: a cell is a piece of the
-// buffer, closed up where a delimiter or carriage return fell out of it, until the row becomes variants. So the buffer
-// holds the row under way from its start, and grows only for a row that is longer. The texts of the table are lent to
-// its variants, so that neither they nor the variants are made or destroyed one by one.
+// The text is read in blocks into one buffer, where every row is taken apart in place: a cell is a range of the buffer,
+// from which delimiters and carriage returns are removed by moving the rest up. So the buffer holds the present row
+// from its beginning, and grows only for a row that is longer. The variants of the table borrow their strings from an
+// arena, so that neither are created and destroyed one by one.
 class CsvParser {
 public:
     using Row = std::vector<xoVariant>;
     using Table = std::vector<Row>;
-    // Reads at most that many bytes and returns how many; 0 is a failure, it is never asked beyond the size.
-    using Read = std::function<std::size_t(char* out, std::size_t room)>;
+    // Reads at most that many bytes and returns how many it read; 0 is an error. It is not called after the source's
+    // size.
+    using Read = std::function<std::size_t(char* out, std::size_t capacity)>;
 
     static constexpr std::size_t kBlockSize = 0x100000;
 
     explicit CsvParser(std::size_t blockSize = kBlockSize) : mBlockSize(blockSize) {}
 
-    // Begins anew, with an empty table and a source of that many bytes.
+    // Starts with an empty table and a source of that many bytes.
     void start(const CsvDialect& dialect, std::uint64_t size, Read read);
 
-    // From the next row on.
+    // Takes effect at the next row.
     void setGuessTypes(bool guessTypes) { mDialect.guessTypes = guessTypes; }
 
-    // Appends up to that many rows. A failure leaves those before it, and every later call fails the same way.
+    // Appends up to that many rows. After an error the rows before it are in the table, and every later call fails the
+    // same way.
     bool parse(std::uint64_t rowCount, bool& finished);
 
-    // Reads on when fewer bytes are left than the longest sequence has. False after a failure.
+    // Reads more when fewer bytes are left than the longest sequence of UTF-8 has. False after an error.
     bool refill(bool& moreInput);
 
     const Table& table() const { return mTable; }
     void setTable(const Table& table);
 
-    // Empties the table. The memory of its rows serves the next ones.
+    // Empties the table and keeps the memory of its rows for the next ones.
     void clearTable();
-    // Gives its memory back too.
+    // Empties the table and frees its memory.
     void releaseTable();
 
     bool fail(std::string error);
@@ -62,10 +64,11 @@ public:
     std::uint32_t maxColumnCount() const { return mMaxColumnCount; }
 
 private:
-    enum Quotes { Outside, Inside, AfterDelimiter };  // the last: inside, and a delimiter may have closed them
+    // AfterDelimiter is inside quotes after a delimiter: it has closed them unless another one follows.
+    enum Quotes { Outside, Inside, AfterDelimiter };
 
     struct Cell {
-        std::size_t begin;  // from the start of the row
+        std::size_t begin;  // offset from the beginning of the row
         std::size_t size;
     };
 
@@ -73,13 +76,15 @@ private:
     bool isAtEnd() const { return mUnread == 0 && mAt == mEnd; }
 
     bool scan(std::uint64_t& rowsLeft);
+    const char* passStringDelimiter(const char* at);
     bool append(const char* run, const char* end);
     void endCell();
     void endRow();
+    Row takeSpareRow();
     void fill(xoVariant& value, std::string_view text);
     void finish();
     bool failAtMalformed();
-    void makeRoom();
+    void makeSpace();
 
     const std::size_t mBlockSize;
     CsvDialect mDialect;
@@ -87,21 +92,23 @@ private:
     Read mRead;
     std::uint64_t mUnread = 0;  // bytes of the source
 
-    std::unique_ptr<char[]> mBuffer;  // and a block of marks more, which may be read and means nothing
-    std::size_t mRoom = 0;
-    std::size_t mRowBegin = 0;  // of the row under way
-    std::size_t mAt = 0;        // up to here the bytes are dealt with,
-    std::size_t mValid = 0;     // up to here they are whole sequences of UTF-8,
-    std::size_t mEnd = 0;       // up to here they are read
+    // The buffer has mCapacity bytes and one block of marks more, which may be read and has no meaning. Its offsets are
+    // in ascending order.
+    std::unique_ptr<char[]> mBuffer;
+    std::size_t mCapacity = 0;
+    std::size_t mRowBegin = 0;  // of the present row
+    std::size_t mAt = 0;        // the end of what has been scanned
+    std::size_t mValid = 0;     // the end of the whole sequences of UTF-8
+    std::size_t mEnd = 0;       // the end of what has been read
 
     Quotes mQuotes = Outside;
-    std::vector<Cell> mCells;  // of the row, the last one under way
+    std::vector<Cell> mCells;  // of the present row, the last of them incomplete
     bool mIsHeader = true;
     std::uint32_t mMaxColumnCount = 0;
     std::string mError;
-    TextStock mTexts;  // of the table
+    StringArena mTexts;  // the strings of the table
     Table mTable;
-    Table mSpareRows;  // what they hold has no meaning
+    Table mSpareRows;  // rows for reuse, whose values have no meaning
 };
 
 }  // namespace xo::stream

@@ -1,0 +1,40 @@
+#include "stream/stringArena.h"
+
+#include <algorithm>
+
+namespace xo::stream {
+
+std::string& StringArena::add(std::string_view text) {
+    // Larger capacities are given back: each string of the arena would have that of the longest text it ever held.
+    constexpr std::size_t kMaxCapacityKept = 256;
+    if (mNext == mEnd) nextBlock();
+    std::string& added = *mNext;
+    if (added.capacity() > kMaxCapacityKept) added = std::string();
+    added.assign(text);
+    ++mNext;
+    return added;
+}
+
+void StringArena::clear() {
+    mNextBlock = 0;
+    mNext = mEnd = nullptr;
+}
+
+void StringArena::release() {
+    clear();
+    std::vector<Block>().swap(mBlocks);
+}
+
+void StringArena::nextBlock() {
+    constexpr std::size_t kFirstSize = 32;
+    constexpr std::size_t kMaxSize = 1024;
+    if (mNextBlock == mBlocks.size()) {
+        const std::size_t size = mBlocks.empty() ? kFirstSize : (std::min)(2 * mBlocks.back().size, kMaxSize);
+        mBlocks.push_back({std::make_unique<std::string[]>(size), size});
+    }
+    const Block& block = mBlocks[mNextBlock++];
+    mNext = block.strings.get();
+    mEnd = mNext + block.size;
+}
+
+}  // namespace xo::stream
