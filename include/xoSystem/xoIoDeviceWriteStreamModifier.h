@@ -12,10 +12,8 @@
 #ifndef XOSYSTEM_XOIODEVICEWRITESTREAMMODIFIER_H
 #define XOSYSTEM_XOIODEVICEWRITESTREAMMODIFIER_H
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoIoDeviceDelegable.h"
@@ -62,20 +60,8 @@ public:
     void clearDelegation() override;
 
 private:
-    std::size_t pendingCount() const { return mPending.size() - mPendingStart; }
-    bool appendPending(const char* buffer, std::uint64_t size);
-    void processPendingData();
-    bool startModifier();
-    bool moveBlock();
-
-    xoIoDeviceDelegable* mModifier;
-    xoIoDevice* mDevice = nullptr;  // null when not delegating
-    std::vector<char> mPending;     // from mPendingStart on; what stands before was handed out
-    std::size_t mPendingStart = 0;
-    std::unique_ptr<char[]> mOutput;  // one block
-    std::uint64_t mThreshold;
-    bool mModifierNotStarted = true;
-    bool mError = false;
+    struct Private;
+    std::unique_ptr<Private> mPrivate;
 };
 
 }  // namespace xo

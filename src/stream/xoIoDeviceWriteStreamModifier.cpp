@@ -2,6 +2,7 @@
 #include <cstring>
 #include <new>
 #include <stdexcept>
+#include <vector>
 
 #include "stream/deviceMessage.h"
 #include "xoSystem/xoIoDeviceWriteStreamModifier.h"
@@ -9,54 +10,63 @@
 namespace xo {
 namespace {
 
-constexpr std::size_t kPendingRoom = 0x500000;
+constexpr std::size_t kPendingCapacity = 0x500000;
 constexpr std::size_t kBlock = 0x100000;
 constexpr std::uint64_t kThreshold = kBlock * 21 / 10;
 
 }  // namespace
 
-// The block is not filled: memory costs when it is touched, and a short stream touches little of it.
-xoIoDeviceWriteStreamModifier::xoIoDeviceWriteStreamModifier(xoIoDeviceDelegable* modifier)
-    : xoIoDeviceDelegable(DelegableFlagWrite, 769),
-      mModifier(modifier),
-      mOutput(new char[kBlock]),
-      mThreshold(kThreshold) {
-    mPending.reserve(kPendingRoom);
+struct xoIoDeviceWriteStreamModifier::Private {
+    explicit Private(xoIoDeviceDelegable* theModifier);
+
+    std::size_t pendingCount() const { return pending.size() - pendingStart; }
+    std::uint64_t takePending(char* buffer, std::uint64_t size);
+    bool appendPending(const char* buffer, std::uint64_t size);
+    void processPending(xoIoDevice* self);
+    bool startModifier(xoIoDevice* self);
+    bool moveBlock();
+
+    xoIoDeviceDelegable* modifier;
+    xoIoDevice* device = nullptr;  // null when not delegating
+    std::vector<char> pending;     // waiting bytes from pendingStart on; those before it have been taken
+    std::size_t pendingStart = 0;
+    std::unique_ptr<char[]> output;  // one block
+    std::uint64_t threshold = kThreshold;
+    bool isModifierStarted = false;
+    bool hasError = false;
+};
+
+// The block is not cleared: memory costs when it is touched, and a short stream touches little of it.
+xoIoDeviceWriteStreamModifier::Private::Private(xoIoDeviceDelegable* theModifier)
+    : modifier(theModifier), output(new char[kBlock]) {
+    pending.reserve(kPendingCapacity);
 }
 
-xoIoDeviceWriteStreamModifier::~xoIoDeviceWriteStreamModifier() = default;
-
-std::uint64_t xoIoDeviceWriteStreamModifier::readBytes(char* buffer, std::uint64_t size) {
+std::uint64_t xoIoDeviceWriteStreamModifier::Private::takePending(char* buffer, std::uint64_t size) {
     auto count = static_cast<std::size_t>((std::min)(size, std::uint64_t{pendingCount()}));
     if (count == 0 || !buffer) return 0;
     // Below the threshold a byte at a time: a modifier that wants more waits for more to be written.
-    if (pendingCount() < mThreshold) count = 1;
-    std::memcpy(buffer, mPending.data() + mPendingStart, count);
-    mPendingStart += count;
+    if (pendingCount() < threshold) count = 1;
+    std::memcpy(buffer, pending.data() + pendingStart, count);
+    pendingStart += count;
     if (pendingCount() == 0) {
-        mPending.clear();
-        mPendingStart = 0;
+        pending.clear();
+        pendingStart = 0;
     }
     return count;
 }
 
-std::uint64_t xoIoDeviceWriteStreamModifier::writeBytes(const char* buffer, std::uint64_t size) {
-    if (!appendPending(buffer, size)) mError = true;
-    if (mDevice) processPendingData();
-    return hasError() ? 0 : size;
-}
-
 // False when there are no such bytes, or no memory for them.
-bool xoIoDeviceWriteStreamModifier::appendPending(const char* buffer, std::uint64_t size) {
+bool xoIoDeviceWriteStreamModifier::Private::appendPending(const char* buffer, std::uint64_t size) {
     if (size == 0) return true;
-    if (!buffer || size > mPending.max_size()) return false;
-    // What was handed out makes room once it is at least half of the whole: so each byte moves up once at most.
-    if (size > mPending.capacity() - mPending.size() && mPendingStart >= pendingCount()) {
-        mPending.erase(mPending.begin(), mPending.begin() + static_cast<std::ptrdiff_t>(mPendingStart));
-        mPendingStart = 0;
+    if (!buffer || size > pending.max_size()) return false;
+    // Taken bytes are erased when they are at least half of all, so that each byte is moved once at most.
+    if (size > pending.capacity() - pending.size() && pendingStart >= pendingCount()) {
+        pending.erase(pending.begin(), pending.begin() + static_cast<std::ptrdiff_t>(pendingStart));
+        pendingStart = 0;
     }
     try {
-        mPending.insert(mPending.end(), buffer, buffer + size);
+        pending.insert(pending.end(), buffer, buffer + size);
     } catch (const std::bad_alloc&) {
         return false;
     } catch (const std::length_error&) {
@@ -65,29 +75,47 @@ bool xoIoDeviceWriteStreamModifier::appendPending(const char* buffer, std::uint6
     return true;
 }
 
-void xoIoDeviceWriteStreamModifier::processPendingData() {
-    while (pendingCount() >= mThreshold)
-        if (!(mModifierNotStarted ? startModifier() : moveBlock())) return;
+void xoIoDeviceWriteStreamModifier::Private::processPending(xoIoDevice* self) {
+    while (pendingCount() >= threshold)
+        if (!(isModifierStarted ? moveBlock() : startModifier(self))) return;
 }
 
-bool xoIoDeviceWriteStreamModifier::startModifier() {
-    mModifierNotStarted = false;
-    if (mModifier && mModifier->beginDelegation(this)) return true;
+bool xoIoDeviceWriteStreamModifier::Private::startModifier(xoIoDevice* self) {
+    isModifierStarted = true;
+    if (modifier && modifier->beginDelegation(self)) return true;
     stream::report("Fail to begin delegation of read modifier");
-    mError = true;
+    hasError = true;
     return false;
 }
 
 // False when the modifier has no bytes for now, or the device does not take them.
-bool xoIoDeviceWriteStreamModifier::moveBlock() {
-    const std::uint64_t count = mModifier ? mModifier->readBytes(mOutput.get(), kBlock) : 0;
+bool xoIoDeviceWriteStreamModifier::Private::moveBlock() {
+    const std::uint64_t count = modifier ? modifier->readBytes(output.get(), kBlock) : 0;
     if (count == 0) return false;
-    if (mDevice && mDevice->writeBytes(mOutput.get(), count) == count) return true;
-    mError = true;
+    if (device && device->writeBytes(output.get(), count) == count) return true;
+    hasError = true;
     return false;
 }
 
-bool xoIoDeviceWriteStreamModifier::hasError() const { return mError || (mDevice && mDevice->hasError()); }
+xoIoDeviceWriteStreamModifier::xoIoDeviceWriteStreamModifier(xoIoDeviceDelegable* modifier)
+    : xoIoDeviceDelegable(DelegableFlagWrite, 769), mPrivate(std::make_unique<Private>(modifier)) {}
+
+xoIoDeviceWriteStreamModifier::~xoIoDeviceWriteStreamModifier() = default;
+
+std::uint64_t xoIoDeviceWriteStreamModifier::readBytes(char* buffer, std::uint64_t size) {
+    return mPrivate->takePending(buffer, size);
+}
+
+std::uint64_t xoIoDeviceWriteStreamModifier::writeBytes(const char* buffer, std::uint64_t size) {
+    Private& self = *mPrivate;
+    if (!self.appendPending(buffer, size)) self.hasError = true;
+    if (self.device) self.processPending(this);
+    return hasError() ? 0 : size;
+}
+
+bool xoIoDeviceWriteStreamModifier::hasError() const {
+    return mPrivate->hasError || (mPrivate->device && mPrivate->device->hasError());
+}
 
 bool xoIoDeviceWriteStreamModifier::atEnd() const { return false; }
 
@@ -112,27 +140,29 @@ std::uint64_t xoIoDeviceWriteStreamModifier::tellp() {
 }
 
 bool xoIoDeviceWriteStreamModifier::beginDelegation(xoIoDevice* device) {
-    if (mDevice) return false;
+    Private& self = *mPrivate;
+    if (self.device) return false;
     clearDelegation();
-    mDevice = device;
-    mModifierNotStarted = true;
-    mError = false;
-    mThreshold = kThreshold;
+    self.device = device;
+    self.isModifierStarted = false;
+    self.hasError = false;
+    self.threshold = kThreshold;
     return true;
 }
 
 bool xoIoDeviceWriteStreamModifier::endDelegation() {
-    if (!mDevice) return !mError && pendingCount() == 0;  // what waits is kept for the next device
-    mThreshold = 0;
-    processPendingData();
-    if (!mModifier || !mModifier->endDelegation()) {
+    Private& self = *mPrivate;
+    if (!self.device) return !self.hasError && self.pendingCount() == 0;  // what waits is kept for the next device
+    self.threshold = 0;
+    self.processPending(this);
+    if (!self.modifier || !self.modifier->endDelegation()) {
         stream::report("Fail to end delegation of read modifier");
-        mError = true;
+        self.hasError = true;
     }
     clearDelegation();
-    return !mError;
+    return !self.hasError;
 }
 
-void xoIoDeviceWriteStreamModifier::clearDelegation() { mDevice = nullptr; }
+void xoIoDeviceWriteStreamModifier::clearDelegation() { mPrivate->device = nullptr; }
 
 }  // namespace xo
