@@ -43,7 +43,8 @@ namespace xo {
 
 class xoIoDevice;
 
-// Copies write to the same device, each with its own row and column.
+// Copies write to the same device, each with its own row and column. The state stays in the class: a stream is often a
+// temporary, and every cell uses most of it.
 class XOSYSTEM_API xoCsvStream {
 public:
     // Streamed, it ends the row, also when the stream is not ok. Nothing is written.
@@ -96,7 +97,7 @@ private:
     bool isMarked(const char* data, std::size_t size) const;
     void escape(const char* data, std::size_t size);
 
-    std::vector<char> mEscaped;  // kept from cell to cell for its memory
+    std::vector<char> mEscaped;  // the text of a quoted cell; its memory is used again
     std::string mEndOfLine;
     xoIoDevice* mDevice;
     unsigned int mRowIndex = 0;

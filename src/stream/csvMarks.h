@@ -1,4 +1,4 @@
-// Finds the bytes of delimited text that mean something, sixty-four at a time.
+// Finds the delimiters and line ends in delimited text, sixty-four bytes at a time.
 #ifndef XO_STREAM_CSVMARKS_H
 #define XO_STREAM_CSVMARKS_H
 
@@ -13,13 +13,13 @@ class CsvMarks {
 public:
     static constexpr std::ptrdiff_t kBlock = 64;
 
-    // A delimiter from 0x80 up is no character of UTF-8 text and marks nothing.
+    // A delimiter of 0x80 or above is no character of UTF-8 text. It is replaced by a mark that is searched for anyway.
     CsvMarks(char columnDelimiter, char stringDelimiter)
         : mColumnDelimiter(_mm_set1_epi8(isCharacter(columnDelimiter) ? columnDelimiter : '\n')),
           mStringDelimiter(_mm_set1_epi8(isCharacter(stringDelimiter) ? stringDelimiter : '\n')) {}
 
-    // A bit for each delimiter, line feed and carriage return among the next 64 bytes. The bytes up to end count, but
-    // all 64 must be readable.
+    // A bit for each delimiter, line feed and carriage return among the next 64 bytes. Bytes from end on do not count,
+    // but all 64 must be readable.
     std::uint64_t find(const char* at, const char* end) const {
         const std::uint64_t marks = find16(at) | find16(at + text::kBlock) << 16 | find16(at + 2 * text::kBlock) << 32 |
                                     find16(at + 3 * text::kBlock) << 48;

@@ -17,30 +17,30 @@ platform::FileHandle openShared(const std::string& path) {
 }  // namespace
 
 bool FileDevice::open(const std::string& path) {
-    if (!mBuffer) mBuffer.reset(new char[kRoom]);  // not filled with zeros first
+    if (!mBuffer) mBuffer.reset(new char[kCapacity]);  // make_unique would clear it
     mFile = openShared(path);
-    mWaiting = 0;
+    mBuffered = 0;
     mFailed = false;
     return isOpen();
 }
 
 bool FileDevice::close() {
     const bool wasLost = mFailed;
-    const bool isWritten = !mFile || wasLost || writeThrough(mBuffer.get(), mWaiting);
-    mWaiting = 0;
+    const bool isWritten = !mFile || wasLost || writeThrough(mBuffer.get(), mBuffered);
+    mBuffered = 0;
     mFile.reset();
     return isWritten;
 }
 
 std::uint64_t FileDevice::writeBytes(const char* buffer, std::uint64_t size) {
     if (hasError()) return 0;
-    if (size > kRoom - mWaiting) {
-        if (!writeThrough(mBuffer.get(), mWaiting)) return 0;
-        mWaiting = 0;
-        if (size >= kRoom) return writeThrough(buffer, static_cast<std::size_t>(size)) ? size : 0;
+    if (size > kCapacity - mBuffered) {
+        if (!writeThrough(mBuffer.get(), mBuffered)) return 0;
+        mBuffered = 0;
+        if (size >= kCapacity) return writeThrough(buffer, static_cast<std::size_t>(size)) ? size : 0;
     }
-    copyShort(mBuffer.get() + mWaiting, buffer, static_cast<std::size_t>(size));
-    mWaiting += static_cast<std::size_t>(size);
+    copyShort(mBuffer.get() + mBuffered, buffer, static_cast<std::size_t>(size));
+    mBuffered += static_cast<std::size_t>(size);
     return size;
 }
 

@@ -1,4 +1,4 @@
-// A file to write to, from its begin on, in blocks.
+// A file that is written from its beginning, in blocks.
 #ifndef XO_STREAM_FILEDEVICE_H
 #define XO_STREAM_FILEDEVICE_H
 
@@ -12,18 +12,19 @@ namespace xo::stream {
 
 class FileDevice final : public xoIoDevice {
 public:
-    // Makes the file or empties it, instead of the one before, which must be closed.
+    // Creates the file or empties it. The file before must have been closed. Throws std::bad_alloc without memory.
     bool open(const std::string& path);
     bool isOpen() const { return static_cast<bool>(mFile); }
 
-    // Writes what waits and closes the file. False when that failed now; an earlier failure had its own return.
+    // Writes the buffer to the file and closes it. False when that fails; an error of an earlier write, which that
+    // write returned, does not count.
     bool close();
 
-    // A failure may show only at a later write, or when the file is closed. After one nothing is written.
+    // An error may show only at a later write or at closing. After it nothing is written, so that the file has no gap.
     std::uint64_t writeBytes(const char* buffer, std::uint64_t size) override;
     bool hasError() const override { return mFailed || !mFile; }
 
-    // It neither reads nor moves nor tells where it stands.
+    // Reading and positions are not supported.
     std::uint64_t readBytes(char*, std::uint64_t) override { return 0; }
     bool atEnd() const override { return true; }
     bool seekg(std::int64_t, SeekStart) override { return false; }
@@ -32,13 +33,13 @@ public:
     std::uint64_t tellp() override { return 0; }
 
 private:
-    static constexpr std::size_t kRoom = 0x10000;
+    static constexpr std::size_t kCapacity = 0x10000;
 
     bool writeThrough(const char* buffer, std::size_t size);
 
     platform::FileHandle mFile;
-    std::unique_ptr<char[]> mBuffer;  // of kRoom, from the first file on
-    std::size_t mWaiting = 0;         // bytes in it
+    std::unique_ptr<char[]> mBuffer;  // kCapacity bytes, from the first file on
+    std::size_t mBuffered = 0;        // bytes in it that are not in the file yet
     bool mFailed = false;
 };
 

@@ -14,6 +14,7 @@ namespace {
 
 constexpr char kOpenFailed[] = "Failed to open the file";
 
+// Shares everything: a file that another program appends to or wants to delete can be read.
 platform::FileHandle openForReading(const std::string& path) {
     return platform::FileHandle(::CreateFileW(
         platform::toApiPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -41,7 +42,7 @@ struct xoCsvFileReader::Private {
     template <class Step>
     bool attempt(Step&& step);
     bool fail(const char* error);
-    std::size_t read(char* out, std::size_t room) const;
+    std::size_t read(char* out, std::size_t capacity) const;
 };
 
 void xoCsvFileReader::Private::copyFrom(const Private& other) {
@@ -81,14 +82,14 @@ bool xoCsvFileReader::Private::openAndStart() {
                            ::SetFilePointerEx(file.get(), LARGE_INTEGER{}, /*lpNewFilePointer=*/nullptr, FILE_BEGIN);
     if (!isAtStart) return fail("Failed to read the file");  // a pipe or a device
     parser.start(dialect, static_cast<std::uint64_t>(size.QuadPart),
-                 [this](char* out, std::size_t room) { return read(out, room); });
+                 [this](char* out, std::size_t capacity) { return read(out, capacity); });
     return true;
 }
 
-std::size_t xoCsvFileReader::Private::read(char* out, std::size_t room) const {
-    constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes 32-bit sizes
+std::size_t xoCsvFileReader::Private::read(char* out, std::size_t capacity) const {
+    constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // ReadFile takes a 32-bit size
     DWORD got = 0;
-    const auto wanted = static_cast<DWORD>((std::min)(room, kMaxTransfer));
+    const auto wanted = static_cast<DWORD>((std::min)(capacity, kMaxTransfer));
     return ::ReadFile(file.get(), out, wanted, &got, /*lpOverlapped=*/nullptr) ? got : 0;
 }
 

@@ -31,14 +31,14 @@ struct Settings {
 struct xoCsvFileWriter::Private {
     Settings settings;
     unsigned nextFile;
-    std::string path;  // of the file that is open
+    std::string path;  // of the last file, for error messages
     stream::FileDevice device;
-    xoCsvStream stream;  // of the device while that is open
+    xoCsvStream stream;  // writes to the device from the first file on
 
     std::string nextPath();
 };
 
-// Names the next file, whether it can then be made or not.
+// The number is used up even if the file cannot be created.
 std::string xoCsvFileWriter::Private::nextPath() {
     std::string next = settings.folder;
     if (next.empty() || (next.back() != '/' && next.back() != '\\')) next += '/';

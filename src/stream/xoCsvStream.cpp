@@ -20,14 +20,14 @@ Word loadWord(const char* at) {
     return word;
 }
 
-// The bytes of a text of 4 to 16, some of them more than once.
+// A block with all bytes of a text of 4 to 16 bytes, some of them twice.
 __m128i loadShort(const char* data, std::size_t size) {
     if (size >= 8) return _mm_set_epi64x(loadWord<std::int64_t>(data), loadWord<std::int64_t>(data + size - 8));
     const std::int32_t last = loadWord<std::int32_t>(data + size - 4);
     return _mm_set_epi32(loadWord<std::int32_t>(data), last, last, last);
 }
 
-// Row and column stay at their end: past it they would start lines and files that are none.
+// An index stays at its maximum. From 0 again it would leave out a separator or a line end.
 void count(unsigned int& index) {
     if (index != (std::numeric_limits<unsigned int>::max)()) ++index;
 }
@@ -100,7 +100,7 @@ xoCsvStream& xoCsvStream::operator<<(EndOfRow) {
     return *this;
 }
 
-// Each piece is written by itself, so that a device which counts or fails sees the same as ever.
+// Separator, quotes and text are written by calls of their own: a device that counts calls, or fails, sees them so.
 void xoCsvStream::writeCell(const char* data, std::size_t size) {
     if (!mOk || !mDevice) {
         mOk = false;
@@ -119,7 +119,7 @@ void xoCsvStream::writeCell(const char* data, std::size_t size) {
     }
     try {
         escape(data, size);
-    } catch (const std::exception&) {  // no memory for it
+    } catch (const std::exception&) {  // std::bad_alloc or std::length_error
         mOk = false;
     }
     write(&mQuote, 1);
@@ -127,7 +127,8 @@ void xoCsvStream::writeCell(const char* data, std::size_t size) {
     write(&mQuote, 1);
 }
 
-// Not after a failure. The ok flag is stored only then: the bytes beside it are read for each cell, and would wait.
+// Writes unless an error occurred before. The flag is stored only after an error: the members beside it are loaded for
+// each cell, and a load that overlaps a store before it waits for that store.
 void xoCsvStream::write(const char* data, std::size_t size) {
     if (mOk && mDevice->writeBytes(data, size) != size) mOk = false;
 }

@@ -6,7 +6,7 @@
 namespace xo {
 namespace {
 
-// Sums in unsigned arithmetic, where nothing overflows, and takes the result as signed.
+// Unsigned addition wraps, where a signed one would be undefined. The comparison with 0 is a signed one.
 std::uint64_t movedNotBelowZero(std::uint64_t position, std::int64_t offset) {
     const auto moved = static_cast<std::int64_t>(position + static_cast<std::uint64_t>(offset));
     return static_cast<std::uint64_t>((std::max)(moved, std::int64_t{0}));

@@ -16,7 +16,7 @@ std::uint64_t xoIoDeviceSignaler::writeBytes(const char* buffer, std::uint64_t s
 }
 
 void xoIoDeviceSignaler::signal() {
-    // Without a signal while it runs, so that it may write to this object. Put back whatever it throws.
+    // The signal is removed while it runs, so that it may write to this object, and put back also after an exception.
     struct Pause {
         explicit Pause(xoIoDeviceSignaler& s) : signaler(s), signal(s.mSignal) { signaler.mSignal = nullptr; }
         ~Pause() {

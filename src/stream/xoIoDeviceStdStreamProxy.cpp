@@ -14,7 +14,7 @@ std::streamsize toStreamSize(std::uint64_t size) {
     return static_cast<std::streamsize>((std::min)(size, most));
 }
 
-// Carries out an operation on a stream. A stream may be set to throw when it fails; its state tells the same.
+// Runs an operation on a stream and drops its exception: the state of the stream, which callers check, says the same.
 template <class Operation>
 void quietly(Operation operation) {
     try {
@@ -60,7 +60,7 @@ bool writeFew(std::ostream& out, const char* buffer, std::uint64_t size) {
            Areas::put(*out.rdbuf(), buffer, static_cast<std::size_t>(size));
 }
 
-// Calls seek with the standard direction, if there is one for the start.
+// Calls seek with the direction of the standard library. Another value of start seeks nothing.
 template <class Seek>
 void seekFrom(xoIoDevice::SeekStart start, Seek seek) {
     switch (start) {
