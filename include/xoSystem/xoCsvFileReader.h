@@ -28,6 +28,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoVariant.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 class XOSYSTEM_API xoCsvFileReader {
@@ -104,5 +109,9 @@ private:
 };
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -16,6 +16,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoIoDeviceBase.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 class XOSYSTEM_API xoIoDeviceBroadcast : public xoIoDevice {
@@ -55,5 +60,9 @@ private:
 };
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -18,6 +18,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoIoDeviceDelegable.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 // Written bytes are kept until 2202009 of them wait, 2.1 times a block of 1 MiB. Then the modifier is begun, if it was
@@ -65,5 +70,9 @@ private:
 };
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif
