@@ -78,11 +78,10 @@ TEST_F(Process, IsFoundWithoutItsExtension) {
     ASSERT_TRUE(xoDirUtils::CopyFileUtf8(mHelper, copy + ".exe"));
     for (const bool makeAbsolute : {true, false})  // the copy looks for its DLLs in its working directory
         EXPECT_EQ(xoProcess::ExecUtf8(copy, {"exit", "3"}, mBinaries, makeAbsolute), makeAbsolute ? 3 : -1);
-    ASSERT_TRUE(xoDirUtils::CopyFileUtf8(mHelper, mBinaries + "\\\xEF\xBF\xBD.exe"));  // U+FFFD, as of broken UTF-8
+    ASSERT_TRUE(xoDirUtils::CopyFileUtf8(mHelper, mFolder.path("\xEF\xBF\xBD.exe")));  // what broken UTF-8 becomes
     for (const std::string& program :
-         Texts{"", mFolder.path(), mHelper + '\0', '"' + mHelper + '"', mBinaries + "\\\xFF.exe"})
+         Texts{"", mFolder.path(), mHelper + '\0', '"' + mHelper + '"', mFolder.path() + "\\\xFF.exe"})
         EXPECT_EQ(runOther(program, {"exit", "3"}), -1) << program;
-    EXPECT_TRUE(xoDirUtils::RemoveFileUtf8(mBinaries + "\\\xEF\xBF\xBD.exe"));
     for (const std::string& directory : Texts{mFolder.path("missing"), {"C:\\\0x", 5}})
         EXPECT_EQ(xoProcess::ExecUtf8(mHelper, {"exit", "3"}, directory), -1) << directory;
 }
@@ -116,7 +115,7 @@ TEST_F(Process, InheritsNoHandleAndLeavesNoneBehind) {
 DWORD creationFlags = 0;
 DWORD startupFlags = 0;
 
-TEST_F(Process, TakesItsPriority) {  // which Wine would ignore
+TEST_F(Process, TakesItsPriority) {  // Wine ignores it, so the call is refused and looked at
     const auto refuse = +[](void*, void*, void*, void*, BOOL, DWORD flags, void*, void*, const STARTUPINFOW* startup) {
         creationFlags = flags;
         startupFlags = startup->dwFlags;
@@ -163,7 +162,7 @@ TEST_F(Process, KnowsItsParentAndItsMemory) {
         const ImportHook hook("xoSystem.dll", "GetProcessTimes", tell);  // of the parent, then of the child
         EXPECT_EQ(parent(), ::GetCurrentProcessId()) << "the clock is coarse: both may have started at one time";
         timeStep = 0xFFFFFFFF;
-        EXPECT_EQ(parent(), 0u) << "one younger than its child only has the number";
+        EXPECT_EQ(parent(), 0u) << "a younger process only has the identifier of the parent";
     }
     for (const int error : {ERROR_ACCESS_DENIED, ERROR_INVALID_PARAMETER}) {
         static int refusal;
@@ -177,6 +176,10 @@ TEST_F(Process, KnowsItsParentAndItsMemory) {
     const std::uint64_t before = xoProcess().getCurrentRamInUse();
     const std::vector<char> memory(32 << 20, 'x');
     EXPECT_NEAR(static_cast<double>(xoProcess().getCurrentRamInUse() - before), 32 << 20, 4 << 20) << memory[7];
+    const KernelHandle child(::OpenProcess(SYNCHRONIZE, FALSE, mChild.getPid()));
+    mChild.killProcess();
+    EXPECT_EQ(::WaitForSingleObject(child.get(), 20000), WAIT_OBJECT_0);
+    EXPECT_GT(mChild.getCurrentRamInUse(), 32u << 20) << "of this process, once the child has ended";
 }
 
 TEST_F(Process, GetsEachArgumentThroughItsOwnSplitter) {
@@ -208,14 +211,14 @@ TEST_F(Process, OfABatchFileGetsOnlyWhatCannotBecomeACommand) {
     EXPECT_EQ(runOther(batch, {std::string(8191 - used, 'x')}), 5);
     for (const std::string& bad : Texts{"\"&exit 9", "%PATH%", "a\nb", "a\rb", std::string(8192 - used, 'x')})
         EXPECT_EQ(runOther(batch, {bad}), -1) << bad;
-    EXPECT_EQ(runOther(batch + ". ", {"\""}), -1) << "Windows drops what stands behind the name";
+    EXPECT_EQ(runOther(batch + ". ", {"\""}), -1) << "Windows ignores what follows the name";
     EXPECT_EQ(runOther(mFolder.path("missing.cmd"), {}), -1);
 
     const auto workingFolder = std::filesystem::current_path();
     std::filesystem::current_path(mFolder.widePath());
-    EXPECT_EQ(xoProcess::ExecUtf8(name, {}, mBinaries, /*makeAbsolute=*/false), 5) << "not searched for there";
+    ASSERT_TRUE(xoDirUtils::MkpathUtf8("other"));
+    EXPECT_EQ(xoProcess::ExecUtf8(name, {}, "other", /*makeAbsolute=*/false), 5) << "not searched for there";
     std::filesystem::current_path(workingFolder);
-    EXPECT_TRUE(xoDirUtils::RemoveFileUtf8(mBinaries + "/result"));
 }
 
 TEST_F(Process, OfABatchFileRunsWhereItsPathIsKept) {
@@ -250,7 +253,7 @@ TEST_F(Process, PassesACommandToTheInterpreterOnly) {
     ASSERT_TRUE(xoDirUtils::CopyFileUtf8(mHelper, copy));
     mChild.setEnvironmentUtf8({"PATH=" + mBinaries, "SystemRoot=C:\\windows"});
     ASSERT_TRUE(mChild.startProcess(copy, {"arguments", "/c", "a\"b"}) && mChild.waitForFinished());
-    EXPECT_EQ(mFolder.read("result"), joined({"/c", "a\"b"})) << "a command comes behind switches only";
+    EXPECT_EQ(mFolder.read("result"), joined({"/c", "a\"b"})) << "a command follows switches only";
 }
 
 TEST_F(Process, SplitsACommandLineAsThePlatformDoes) {
