@@ -1,5 +1,4 @@
-// Two windows of an editor on one project: the first may write, the second sees that and opens a view. Views may be as
-// many as they like, but keep writers out.
+// Windows of an editor on one project: one of them may write, and any number may read while none writes.
 #include <iostream>
 #include <string>
 

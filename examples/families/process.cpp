@@ -1,5 +1,5 @@
-// Pictures are converted by a helper program that may fail in any way: this one prints what became of each. The helper
-// is this very program, called with a picture.
+// Converts pictures by a helper program that may fail in any way, and prints the result of each. The helper is this
+// program itself, called with the name of a picture.
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -34,7 +34,7 @@ void convertInChild(const std::string& picture) {
     std::cout << picture << ": " << (code == 0 ? "done" : error) << " (" << code << ")\n";
 }
 
-// With an object the program goes on while the child works, and decides later.
+// With an object, the program goes on while the child works.
 bool convertMeanwhile(const std::string& picture) {
     xo::xoProcess child;
     if (!child.startProcess(helper(), {picture}, /*makeAbsolute=*/true, xo::ProcessPriorityLow)) return false;

@@ -1,5 +1,5 @@
-// Three ways to let others work: the pool of the process for one big computation, a work thread for jobs that come now
-// and then, and a periodic updater.
+// Three kinds of background work: the pool of the process for one big computation, a work thread for jobs that are
+// queued now and then, and a periodic updater.
 #include <cstdint>
 #include <iostream>
 #include <memory>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// How many primes are in a range, for the pool. Its lock is given back while the task computes.
+// Counts the primes of a range, on the pool. The pool's mutex is unlocked while the task computes.
 class CountPrimes final : public xo::ConcurrentPool::SolverBase {
 public:
     CountPrimes(int first, int last) : mFirst(first), mLast(last) {}
@@ -69,7 +69,7 @@ public:
     }
     void awaitPages(unsigned int count) { mPrinted.acquire(count); }
 
-    // Jobs keep the thread from falling asleep before it has seen the request: see xoWorkThread.h.
+    // The two jobs keep the thread awake until it has seen the request; xoWorkThread.h explains them.
     void stop() override {
         beginWake();
         addJob(&mUntilStop);
@@ -111,7 +111,7 @@ int main() {
         printer.print(pages);
         printer.awaitPages(3);
 
-        ticks.acquire(2);  // once at once, and once a second later
+        ticks.acquire(2);  // the first one at once, the second one a second later
         std::cout << "two ticks\n";
     }  // every thread has ended before the library does
     xo::terminateXoSystem();
