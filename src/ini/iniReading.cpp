@@ -11,7 +11,7 @@
 namespace xo::ini {
 namespace {
 
-// Makes one character of each backslash and code in the text, from left to right.
+// Replaces each backslash that the code follows, and the code, by the meaning; from left to right.
 void replaceEscape(std::string& text, char code, char meaning) {
     std::size_t kept = text.find('\\');
     if (kept == std::string::npos) return;
@@ -23,7 +23,8 @@ void replaceEscape(std::string& text, char code, char meaning) {
     text.resize(kept);
 }
 
-// One kind after the other, the backslash last: what one replacement leaves can make a match for a later one.
+// One kind after the other, the doubled backslash last. The order is part of the format: the result of one replacement
+// can match a later one, so that two backslashes and an n become a backslash and a line feed.
 std::string unescape(std::string_view escaped) {
     std::string text(escaped);
     replaceEscape(text, '"', '"');
@@ -77,8 +78,8 @@ private:
         mSection = name == kTopSection ? &mTop : nullptr;
     }
 
-    // The maps of a section come into being with its first key. They stay where they are while the file is read: only a
-    // value that is no map is ever replaced.
+    // A section's maps are created with its first key. The pointer stays valid while the file is read, because only
+    // values that are not maps are replaced.
     Map& section() {
         if (mSection == nullptr) mSection = &variant::createPath(mTop, mName, kIniSeparator).editMap();
         return *mSection;

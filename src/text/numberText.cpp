@@ -83,7 +83,8 @@ int binaryExponent(double value) {
     return static_cast<int>(bits >> 52) - 1023;
 }
 
-// Rounds by one multiplication or division. That is off by less than 2e-7 here, so false where the digits hang on less.
+// Rounds by one multiplication or division. Its error is below 2e-7 here: false where a smaller difference decides
+// about the digits.
 bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
     constexpr double kLeast = 1e-9;
     constexpr double kEnd = 1e15;

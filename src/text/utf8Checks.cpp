@@ -7,7 +7,7 @@
 namespace xo::text {
 namespace {
 
-// Byte by byte the sequences are unsigned; the blocks do not care.
+// Single bytes are compared as unsigned values; a char is signed here.
 using Byte = unsigned char;
 
 bool isContinuation(Byte byte) { return (byte & 0xC0) == 0x80; }
