@@ -10,7 +10,8 @@
 //
 // Every path is UTF-8, with "/" or "\" between its names, absolute or relative to the working directory. Paths beyond
 // 260 characters work wherever the operating system takes them. A path with a NUL inside names no file: it is never
-// found and never made.
+// found and never made. So does an empty path, unless a function says otherwise. What is not valid UTF-8 in a path
+// counts as U+FFFD, the replacement character; in results, U+FFFD stands for what is not valid UTF-16 on the disk.
 //
 // All functions may be called from any thread; the working directory is one for the whole process.
 //
@@ -56,6 +57,7 @@ public:
 
     // Windows takes no working directory beyond 258 characters, unless the program declares itself aware of long paths.
     static bool SetCurrentWorkingDirUtf8(const std::string& path);
+    // With backslashes. Empty if the system refuses.
     static std::string GetCurrentWorkingDirUtf8();
 
     // The folder of the running executable, with backslashes and no separator at the end except after a bare drive.
@@ -65,9 +67,11 @@ public:
     // ---- paths as text ----
 
     // With backslashes, "." and ".." resolved, and a separator at the end if there was one. The path need not exist.
+    // Empty for an empty path and for one with a NUL inside.
     static std::string GetAbsolutePathUtf8(const std::string& path);
 
-    // As PathIsRelativeW sees it: what begins with a backslash or a drive is not relative, what begins with "/" is.
+    // As PathIsRelativeW sees it: what begins with a backslash or a drive is not relative; what begins with "/" is, and
+    // so is an empty path.
     static bool IsPathRelativeUtf8(const std::string& path);
 
     // The path without its last name, with "/" between the others: "C:\a\b\c.txt" gives "C:/a/b". One separator at the
@@ -76,7 +80,7 @@ public:
 
     // The path with each name in the case in which the disk holds it, short 8.3 names in their long form, and an
     // upper-case drive letter. Separators and "." and ".." stay as given, and so does all from the first name that does
-    // not exist.
+    // not exist, among them names with a wildcard. A path with a NUL inside comes back as it is.
     static std::string GetActualPathNameUtf8(const std::string& path);
 
     // ---- known folders, without a separator at the end; empty when the system has none ----
@@ -117,8 +121,9 @@ public:
     static void GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info);
 
     // The bytes that the caller may still write to the volume of a path. Of a path that is no folder, or not one yet,
-    // the nearest folder above it counts; of a network path its share. The error is emptied on success, and holds
-    // "GetDiskFreeSpaceExW error " and the code on failure, so that a full volume and a failure differ.
+    // the nearest folder above it counts, unless access to the path is denied or the volume fails; of a network path
+    // its share. The error is emptied on success, and holds "GetDiskFreeSpaceExW error " and the code on failure, so
+    // that a full volume and a failure differ. An empty path is a failure.
     static std::uint64_t GetAvailableDiskSizeUtf8(const std::string& path, std::string& error);
 
     // ---- changing files and folders ----
@@ -139,8 +144,8 @@ public:
 
     // Deletes all that a folder holds, read-only files and whole trees of any depth included, and with
     // removeFolderItself the emptied folder too. A link among what it holds is removed itself; what it leads to is
-    // never touched. If the folder given is a link, the folder behind it is cleared, but with removeFolderItself only
-    // the link goes.
+    // never touched. A file that has other names elsewhere keeps its attributes there. If the folder given is a link,
+    // the folder behind it is cleared, but with removeFolderItself only the link goes.
     //
     // Files go before the folders beside them, a folder after what it held. A failed deletion does not keep the rest
     // from being deleted; the result is false and the error is that of the first failure: "FindFirstFileW error " and

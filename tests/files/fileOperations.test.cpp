@@ -217,6 +217,7 @@ TEST_F(FileOperations, MkpathMakesWhatIsMissing) {
         EXPECT_TRUE(xoDirUtils::DirExistsUtf8(asked)) << asked;
     }
     EXPECT_TRUE(xoDirUtils::MkpathUtf8("") && mFolder.has("relative/below"));
+    EXPECT_TRUE(xoDirUtils::MkpathUtf8(path() + "\\x\xFFy") && mFolder.has("x\xEF\xBF\xBDy"));
     for (const std::string& asked : {path("file"), path("file/below"), path("x\0y"s), "Q:\\"s, "Q:\\a"s}) {
         EXPECT_FALSE(xoDirUtils::MkpathUtf8(asked) || xoDirUtils::DirExistsUtf8(asked)) << asked;
     }
