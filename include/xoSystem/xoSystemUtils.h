@@ -28,8 +28,8 @@ public:
     static unsigned GetProcessorCount();
 
     // The physical disk that holds the system drive, as CreateFileW takes it: "\\.\PHYSICALDRIVE0". The first call asks
-    // the management service, on a thread of its own and for 10 seconds at most, else the volume itself; the answer, an
-    // empty one too, serves all further calls.
+    // the volume, and where that does not know its disk, the management service, on a thread of its own and for 10
+    // seconds at most; the answer, an empty one too, serves all further calls. Of a volume on several disks, the first.
     static std::string getMainHDDDevice();
 
     // A fresh random identifier (version 4): "8b0ab1c4-33d7-4e0c-9b4f-6f0f6d1ad1c2", in braces if asked for.

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/handle.h"
+#include "platform/threadDescription.h"
 
 #include <winioctl.h>
 
@@ -22,35 +23,46 @@ std::wstring systemDrive() {
 struct Inquiry {
     std::wstring drive;
     std::string disk;  // to be read once the thread has ended
-    HMODULE library;   // kept loaded for the thread
 };
 using SharedInquiry = std::shared_ptr<Inquiry>;
 
-DWORD WINAPI inquire(void* argument) {
-    HMODULE library = nullptr;
-    {
-        const std::unique_ptr<SharedInquiry> inquiry(static_cast<SharedInquiry*>(argument));
-        library = (*inquiry)->library;
-        (*inquiry)->disk = diskFromManagementService((*inquiry)->drive);
+struct Argument {
+    SharedInquiry inquiry;
+    platform::LibraryHandle ownLibrary;  // keeps the code of the thread loaded
+};
+
+void answer(Inquiry& inquiry) {
+    try {
+        inquiry.disk = diskFromManagementService(inquiry.drive);
+    } catch (...) {  // out of memory: the disk stays unknown
     }
-    ::FreeLibraryAndExitThread(library, 0);
 }
 
-// On a thread of its own: the caller's thread may hold COM in the wrong mode, and a thread that the service keeps
-// waiting can be left behind.
+DWORD WINAPI inquire(void* given) {
+    std::unique_ptr<Argument> argument(static_cast<Argument*>(given));
+    answer(*argument->inquiry);
+    const HMODULE ownLibrary = argument->ownLibrary.release();
+    argument.reset();
+    ::FreeLibraryAndExitThread(ownLibrary, 0);
+}
+
+platform::LibraryHandle holdOwnLibrary() {
+    platform::LibraryHandle library;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&inquire), library.put());
+    return library;
+}
+
+// On a thread of its own: the caller's thread may have initialised COM in another mode, and a thread that the service
+// keeps waiting can be left behind.
 std::string askManagementService(const std::wstring& drive) {
-    auto inquiry = std::make_shared<Inquiry>(Inquiry{drive, {}, nullptr});
-    if (!::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&inquire),
-                              &inquiry->library))
-        return {};
-    auto argument = std::make_unique<SharedInquiry>(inquiry);
+    const auto inquiry = std::make_shared<Inquiry>(Inquiry{drive, {}});
+    auto argument = std::make_unique<Argument>(Argument{inquiry, holdOwnLibrary()});
+    if (!argument->ownLibrary) return {};
     const platform::KernelHandle thread(::CreateThread(/*lpThreadAttributes=*/nullptr, /*dwStackSize=*/0, inquire,
                                                        argument.get(), /*dwCreationFlags=*/0, nullptr));
-    if (!thread) {
-        ::FreeLibrary(inquiry->library);
-        return {};
-    }
-    [[maybe_unused]] const void* const nowOfTheThread = argument.release();
+    if (!thread) return {};
+    [[maybe_unused]] const Argument* const belongsToTheThread = argument.release();
+    platform::describeThread(thread.get(), L"xoSystem main disk");
     if (::WaitForSingleObject(thread.get(), kServiceLimitMs) != WAIT_OBJECT_0) return {};
     return inquiry->disk;
 }
@@ -76,11 +88,12 @@ std::string diskFromVolume(const std::wstring& drive) {
     return R"(\\.\PHYSICALDRIVE)" + std::to_string(answer.extents.Extents[0].DiskNumber);
 }
 
+// The volume itself answers at once, the service after seconds. Wine's volumes lie on no disk.
 std::string findMainDisk() {
     const std::wstring drive = systemDrive();
     if (drive.empty()) return {};
-    std::string disk = askManagementService(drive);
-    if (disk.empty()) disk = diskFromVolume(drive);
+    std::string disk = diskFromVolume(drive);
+    if (disk.empty()) disk = askManagementService(drive);
     return disk;
 }
 

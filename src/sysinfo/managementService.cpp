@@ -2,6 +2,7 @@
 #include <cstdint>
 
 #include "platform/handle.h"
+#include "platform/moduleFunction.h"
 #include "sysinfo/mainDisk.h"
 
 #include <objbase.h>
@@ -12,12 +13,6 @@ namespace xo::sysinfo {
 namespace {
 
 constexpr long kNextLimitMs = 5'000;
-
-struct LibraryPolicy {
-    using Type = HMODULE;
-    static Type none() noexcept { return nullptr; }
-    static void close(Type library) noexcept { ::FreeLibrary(library); }
-};
 
 template <class Interface>
 struct ComPolicy {
@@ -43,16 +38,14 @@ public:
     bool isReady() const { return mInitialized; }
 
 private:
-    platform::Owned<LibraryPolicy> mOle{load(L"ole32.dll")};  // loaded before the functions below are looked up in it
-    platform::Owned<LibraryPolicy> mOleAut{load(L"oleaut32.dll")};
+    platform::LibraryHandle mOle{load(L"ole32.dll")};  // loaded before the functions below are looked up in it
+    platform::LibraryHandle mOleAut{load(L"oleaut32.dll")};
 
     static HMODULE load(const wchar_t* name) { return ::LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32); }
 
     template <class Function>
-    static Function* find(const platform::Owned<LibraryPolicy>& library, const char* name) {
-        if (!library) return nullptr;
-        const auto function = reinterpret_cast<void (*)()>(::GetProcAddress(library.get(), name));
-        return reinterpret_cast<Function*>(function);
+    static Function* find(const platform::LibraryHandle& library, const char* name) {
+        return platform::findFunction<Function>(library.get(), name);
     }
 
     bool isLoaded() const {
@@ -92,7 +85,7 @@ public:
     Value(const Value&) = delete;
     Value& operator=(const Value&) = delete;
 
-    VARIANT* room() { return &mValue; }
+    VARIANT* put() { return &mValue; }
     std::wstring text() const {
         return mValue.vt == VT_BSTR && mValue.bstrVal != nullptr ? mValue.bstrVal : std::wstring();
     }
@@ -105,16 +98,14 @@ private:
 };
 
 ComObject<IWbemServices> connect(const Com& com) {
-    IWbemLocator* made = nullptr;
+    ComObject<IWbemLocator> locator;
     if (FAILED(com.coCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
-                                    reinterpret_cast<void**>(&made))))
+                                    reinterpret_cast<void**>(locator.put()))))
         return {};
-    const ComObject<IWbemLocator> locator(made);
-    IWbemServices* connected = nullptr;
+    ComObject<IWbemServices> services;
     if (FAILED(locator.get()->ConnectServer(Bstr(com, L"ROOT\\CIMV2").get(), nullptr, nullptr, nullptr,
-                                            WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr, &connected)))
+                                            WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr, services.put())))
         return {};
-    ComObject<IWbemServices> services(connected);
     if (FAILED(com.coSetProxyBlanket(services.get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
                                      RPC_C_AUTHN_LEVEL_CALL, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE)))
         return {};
@@ -124,16 +115,14 @@ ComObject<IWbemServices> connect(const Com& com) {
 // A property of the first object that a query finds; the value stays empty when there is none.
 void askFirst(const Com& com, IWbemServices& services, const std::wstring& query, const wchar_t* property,
               Value& value) {
-    IEnumWbemClassObject* answered = nullptr;
+    ComObject<IEnumWbemClassObject> answers;
     if (FAILED(services.ExecQuery(Bstr(com, L"WQL").get(), Bstr(com, query).get(),
-                                  WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, &answered)))
+                                  WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, answers.put())))
         return;
-    const ComObject<IEnumWbemClassObject> answers(answered);
-    IWbemClassObject* given = nullptr;
+    ComObject<IWbemClassObject> object;
     ULONG count = 0;
-    if (answers.get()->Next(kNextLimitMs, 1, &given, &count) != WBEM_S_NO_ERROR || count == 0) return;
-    const ComObject<IWbemClassObject> object(given);
-    object.get()->Get(property, 0, value.room(), nullptr, nullptr);
+    if (answers.get()->Next(kNextLimitMs, 1, object.put(), &count) != WBEM_S_NO_ERROR || count == 0) return;
+    object.get()->Get(property, 0, value.put(), nullptr, nullptr);
 }
 
 }  // namespace
