@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/moduleFunction.h"
+
 namespace xo {
 namespace {
 
@@ -11,9 +13,8 @@ decltype(&::WakeAllConditionVariable) wakeAllConditionVariable;
 decltype(&::WakeConditionVariable) wakeConditionVariable;
 
 template <class Function>
-bool lookUpFunction(const char* name, Function& function) {
-    const FARPROC found = ::GetProcAddress(::GetModuleHandleA("kernel32.dll"), name);
-    function = reinterpret_cast<Function>(reinterpret_cast<void (*)()>(found));
+bool lookUpFunction(const char* name, Function*& function) {
+    function = platform::findFunction<Function>(::GetModuleHandleW(L"kernel32.dll"), name);
     return function != nullptr;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/handle.h"
+#include "platform/moduleFunction.h"
 // Needs <windows.h>
 #include <dbghelp.h>
 
@@ -52,12 +53,6 @@ public:
     Line lineAt(std::uint64_t address);
 
 private:
-    struct LibraryPolicy {
-        using Type = HMODULE;
-        static Type none() noexcept { return nullptr; }
-        static void close(Type library) noexcept { ::FreeLibrary(library); }
-    };
-
     bool resolveAll();
     void initialise();
     void setOptions(DWORD options);
@@ -69,7 +64,7 @@ private:
 
     template <class Function>
     bool resolve(Function*& function, const char* name) {
-        function = reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(::GetProcAddress(mLibrary.get(), name)));
+        function = platform::findFunction<Function>(mLibrary.get(), name);
         return function != nullptr;
     }
 
@@ -94,7 +89,7 @@ private:
     decltype(::SymLoadModuleExW)* mLoadModule = nullptr;
     decltype(::SymCleanup)* mCleanup = nullptr;
 
-    platform::Owned<LibraryPolicy> mLibrary;
+    platform::LibraryHandle mLibrary;
     HANDLE mProcess = nullptr;      // keeps our symbols apart from the host's; null until DbgHelp is initialised
     DWORD mHostOptions = 0;         // as found by open, put back by close
     std::vector<HMODULE> mModules;  // loaded into DbgHelp

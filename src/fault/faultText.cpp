@@ -2,13 +2,11 @@
 
 #include <charconv>
 
+#include "platform/exceptionCodes.h"
 #include "platform/windows.h"
 
 namespace xo::fault {
 namespace {
-
-constexpr std::uint32_t kMicrosoftException = 0xE06D7363;  // "msc"
-constexpr std::uint32_t kGccException = 0x20474343;        // "GCC"
 
 struct Name {
     std::uint32_t code;
@@ -43,7 +41,9 @@ constexpr Name kNames[] = {
 
 }  // namespace
 
-bool isLanguageException(std::uint32_t code) { return code == kMicrosoftException || code == kGccException; }
+bool isLanguageException(std::uint32_t code) {
+    return code == platform::kMicrosoftException || code == platform::kItaniumException;
+}
 
 std::string_view faultName(std::uint32_t code) {
     if (isLanguageException(code)) return "Msvc C++ Exception";

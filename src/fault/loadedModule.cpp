@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include "fault/guardedCall.h"
 #include "platform/modulePath.h"
-#include "platform/wideText.h"
+#include "platform/ordinalText.h"
+#include "platform/systemFolder.h"
 
 namespace xo::fault {
 namespace {
@@ -24,11 +26,9 @@ const T* at(HMODULE module, DWORD offset) {
     return reinterpret_cast<const T*>(reinterpret_cast<const std::byte*>(module) + offset);
 }
 
-bool isInSystemFolder(const std::wstring& file) {
-    const std::wstring folder =
-        platform::readWide([](wchar_t* buffer, UINT size) { return ::GetSystemDirectoryW(buffer, size); }) + L'\\';
-    return ::CompareStringOrdinal(file.c_str(), static_cast<int>((std::min)(file.size(), folder.size())),
-                                  folder.c_str(), static_cast<int>(folder.size()), /*bIgnoreCase=*/TRUE) == CSTR_EQUAL;
+bool isInSystemFolder(std::wstring_view file) {
+    const std::wstring folder = platform::systemFolder() + L'\\';
+    return platform::equalsIgnoringCase(file.substr(0, folder.size()), folder);
 }
 
 // GCC's runtime carries 20 MB of a debug format that DbgHelp does not know.

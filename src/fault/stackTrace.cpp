@@ -1,19 +1,12 @@
 #include "fault/stackTrace.h"
 
-#include <cstdlib>
-#include <memory>
-#include <utility>
-
 #include "fault/debugHelp.h"
 #include "fault/faultText.h"
 #include "fault/guardedCall.h"
 #include "fault/loadedModule.h"
 #include "platform/slimLock.h"
+#include "platform/symbolName.h"
 #include "platform/wideText.h"
-
-#if defined(__GNUC__)
-#    include <cxxabi.h>
-#endif
 
 namespace xo::fault {
 namespace {
@@ -24,15 +17,9 @@ platform::SlimLock lock;
 
 bool isBroken XO_GUARDED_BY(lock) = false;  // a fault inside DbgHelp has left it in no known state, for good
 
-// Names that Microsoft's compiler decorated come back plain from DbgHelp.
-std::string readableName(std::string name) {
-#if defined(__GNUC__)
-    if (name.compare(0, 2, "_Z") != 0) return name;
-    const std::unique_ptr<char, decltype(&std::free)> plain(
-        abi::__cxa_demangle(name.c_str(), nullptr, nullptr, nullptr), &std::free);
-    if (plain) return plain.get();
-#endif
-    return name;
+// DbgHelp leaves the names of GCC's and clang's functions as the compiler mangled them: "_Z...".
+std::string readableName(const std::string& name) {
+    return name.compare(0, 2, "_Z") == 0 ? platform::demangled(name.c_str()) : name;
 }
 
 // A return address stands behind its call, which may be on the line or in the function before.

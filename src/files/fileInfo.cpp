@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "files/pathParts.h"
+#include "platform/fileTime.h"
 #include "platform/handle.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
@@ -61,12 +62,9 @@ bool isNoFolder(DWORD error) {
            error == ERROR_INVALID_NAME || error == ERROR_BAD_PATHNAME;
 }
 
-// FILETIME counts 100 ns since 1601; 0 stands for a time that the file system does not keep.
-std::int64_t toUnixSeconds(const FILETIME& time, std::int64_t unknown) {
-    constexpr std::uint64_t ticksPerSecond = 10'000'000;
-    constexpr std::int64_t from1601To1970 = 11'644'473'600;
-    const std::uint64_t ticks = (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
-    return ticks == 0 ? unknown : static_cast<std::int64_t>(ticks / ticksPerSecond) - from1601To1970;
+// 0 stands for a time that the file system does not keep.
+std::int64_t toSeconds(const FILETIME& time, std::int64_t unknown) {
+    return platform::toTicks(time) == 0 ? unknown : platform::toUnixSeconds(time);
 }
 
 }  // namespace
@@ -103,9 +101,9 @@ void xoDirUtils::GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info) 
     if (!readFacts(toApiPath(info.path), facts)) return;
     info.exists = info.hasType = true;
     info.isDirectory = (facts.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    info.modificationTime = toUnixSeconds(facts.modified, 0);
-    info.accessTime = toUnixSeconds(facts.accessed, info.modificationTime);
-    info.creationTime = toUnixSeconds(facts.created, info.modificationTime);
+    info.modificationTime = toSeconds(facts.modified, 0);
+    info.accessTime = toSeconds(facts.accessed, info.modificationTime);
+    info.creationTime = toSeconds(facts.created, info.modificationTime);
     info.size = info.isDirectory ? 0 : facts.size;
 }
 

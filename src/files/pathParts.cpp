@@ -1,7 +1,7 @@
 #include "files/pathParts.h"
 
+#include "platform/ordinalText.h"
 #include "platform/wideText.h"
-#include "platform/windows.h"
 
 namespace xo::files {
 namespace {
@@ -16,7 +16,7 @@ bool hasDevicePrefix(std::wstring_view path) {
 
 bool hasNetworkPrefix(std::wstring_view path) {
     if (path.size() < kNetworkPrefix || !hasDevicePrefix(path) || !isSeparator(path[7])) return false;
-    return ::CompareStringOrdinal(path.data() + kDevicePrefix, 3, L"UNC", 3, TRUE) == CSTR_EQUAL;
+    return platform::equalsIgnoringCase(path.substr(kDevicePrefix, 3), L"UNC");
 }
 
 std::size_t pastName(std::wstring_view path, std::size_t at) {

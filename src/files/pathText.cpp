@@ -4,6 +4,7 @@
 #include "files/pathParts.h"
 #include "platform/handle.h"
 #include "platform/modulePath.h"
+#include "platform/ordinalText.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
 
@@ -20,18 +21,13 @@ using platform::toWide;
 
 bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
 
-bool equalButForCase(std::wstring_view a, std::wstring_view b) {
-    return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
-           CSTR_EQUAL;
-}
-
 // The shell may hide an extension or translate a name, and it knows neither long paths nor "\\?\": only what differs in
 // nothing but case is taken from it.
 std::wstring nameInShell(const std::wstring& path, std::wstring_view name) {
     SHFILEINFOW info{};
     if (path.size() >= MAX_PATH || ::SHGetFileInfoW(path.c_str(), 0, &info, sizeof info, SHGFI_DISPLAYNAME) == 0)
         return {};
-    return equalButForCase(info.szDisplayName, name) ? info.szDisplayName : std::wstring();
+    return platform::equalsIgnoringCase(info.szDisplayName, name) ? info.szDisplayName : std::wstring();
 }
 
 std::wstring nameInFolder(const std::wstring& path) {

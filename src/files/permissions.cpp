@@ -18,9 +18,9 @@ platform::LocalMemory<ACL> fullAccessFor(PSID group) {
     access.Trustee.TrusteeType = TRUSTEE_IS_WELL_KNOWN_GROUP;
     access.Trustee.ptstrName = static_cast<LPSTR>(group);
 
-    ACL* list = nullptr;
-    if (::SetEntriesInAclA(1, &access, /*OldAcl=*/nullptr, &list) != ERROR_SUCCESS) return {};
-    return platform::LocalMemory<ACL>(list);
+    platform::LocalMemory<ACL> list;
+    if (::SetEntriesInAclA(1, &access, /*OldAcl=*/nullptr, list.put()) != ERROR_SUCCESS) return {};
+    return list;
 }
 
 }  // namespace

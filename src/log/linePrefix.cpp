@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <ctime>
 
-#include "platform/windows.h"
+#include "platform/fileTime.h"
 
 namespace xo::log {
 namespace {
@@ -22,12 +22,9 @@ std::string_view typeName(xoLogType type) {
 }  // namespace
 
 std::int64_t currentSecond() {
-    FILETIME now;  // 100-nanosecond ticks since the start of 1601
+    FILETIME now;
     ::GetSystemTimeAsFileTime(&now);
-    const std::uint64_t ticks = (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
-    constexpr std::int64_t kTicksFrom1601To1970 = 116444736000000000;
-    constexpr std::int64_t kTicksPerSecond = 10000000;
-    return (static_cast<std::int64_t>(ticks) - kTicksFrom1601To1970) / kTicksPerSecond;
+    return platform::toUnixSeconds(now);
 }
 
 std::string_view LocalTimeText::of(std::int64_t second) {

@@ -71,6 +71,14 @@ struct FindPolicy {
 };
 using FindHandle = Owned<FindPolicy>;
 
+// Libraries that LoadLibraryExW has loaded.
+struct LibraryPolicy {
+    using Type = HMODULE;
+    static Type none() noexcept { return nullptr; }
+    static void close(Type library) noexcept { ::FreeLibrary(library); }
+};
+using LibraryHandle = Owned<LibraryPolicy>;
+
 // Memory that a Windows call allocated with LocalAlloc for its caller.
 template <class T>
 struct LocalMemoryPolicy {

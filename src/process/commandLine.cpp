@@ -4,6 +4,8 @@
 #include <iterator>
 
 #include "platform/handle.h"
+#include "platform/ordinalText.h"
+#include "platform/systemFolder.h"
 #include "platform/wideText.h"
 #include "text/utf8Checks.h"
 #include "xoSystem/xoLog.h"
@@ -28,17 +30,12 @@ constexpr std::size_t kLongestInterpreterLine = 8191;
 // and a line break ends the line. No way of writing them is safe in every batch file.
 bool isSafeForBatch(std::string_view text) { return text.find_first_of("\"%\r\n") == std::string_view::npos; }
 
-bool equalsIgnoringCase(std::wstring_view a, std::wstring_view b) {
-    return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
-           CSTR_EQUAL;
-}
-
 bool endsWith(std::wstring_view text, std::wstring_view end) {
-    return text.size() >= end.size() && equalsIgnoringCase(text.substr(text.size() - end.size()), end);
+    return text.size() >= end.size() && platform::equalsIgnoringCase(text.substr(text.size() - end.size()), end);
 }
 
 bool isInterpreter(const std::wstring& path) {
-    return equalsIgnoringCase(path.substr(path.find_last_of(LR"(\/)") + 1), L"cmd.exe");
+    return platform::equalsIgnoringCase(path.substr(path.find_last_of(LR"(\/)") + 1), L"cmd.exe");
 }
 
 // The first word of a line has no escape for a quote, and needs none: a path contains no quotes.
@@ -81,10 +78,7 @@ Command interpreted(const std::wstring& interpreter, const std::wstring& switche
 }
 
 // From the system folder, not from COMSPEC, so that the environment does not decide which program runs.
-std::wstring systemInterpreter() {
-    return platform::readWide([](wchar_t* buffer, DWORD size) { return ::GetSystemDirectoryW(buffer, size); }) +
-           L"\\cmd.exe";
-}
+std::wstring systemInterpreter() { return platform::systemFolder() + L"\\cmd.exe"; }
 
 // Variables that the interpreter computes, or adds to an environment without them. Windows computes the last two.
 constexpr const wchar_t* kBuiltInVariables[] = {
@@ -94,7 +88,7 @@ constexpr const wchar_t* kBuiltInVariables[] = {
 
 // Names that begin with "=" are the interpreter's own.
 bool isVariable(const std::wstring& name, const Arguments& environment) {
-    const auto isName = [&](std::wstring_view other) { return equalsIgnoringCase(name, other); };
+    const auto isName = [&](std::wstring_view other) { return platform::equalsIgnoringCase(name, other); };
     if (name.rfind(L'=', 0) == 0 || std::any_of(std::begin(kBuiltInVariables), std::end(kBuiltInVariables), isName))
         return true;
     if (environment.empty()) return ::GetEnvironmentVariableW(name.c_str(), /*lpBuffer=*/nullptr, /*nSize=*/0) != 0;

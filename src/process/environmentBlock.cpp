@@ -2,8 +2,8 @@
 
 #include <map>
 
+#include "platform/ordinalText.h"
 #include "platform/wideText.h"
-#include "platform/windows.h"
 #include "text/utf8Checks.h"
 
 namespace xo::process {
@@ -13,8 +13,7 @@ namespace {
 // https://learn.microsoft.com/windows/win32/procthread/changing-environment-variables
 struct LessName {
     bool operator()(const std::wstring& a, const std::wstring& b) const {
-        return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
-                                      TRUE) == CSTR_LESS_THAN;
+        return platform::compareIgnoringCase(a, b) == CSTR_LESS_THAN;
     }
 };
 

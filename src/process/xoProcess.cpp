@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/exceptionCodes.h"
 #include "platform/handle.h"
 #include "process/closeRequest.h"
 #include "process/launch.h"
@@ -20,9 +21,8 @@ constexpr DWORD kKilledWaitMs = 5000;  // a killed child ends only when its pend
 constexpr UINT kKilledExitCode = 65535;
 constexpr SIZE_T kSmallestWorkingSet = 1024;  // bytes
 
-// Two statuses that the test below would classify wrongly.
-constexpr DWORD kControlCExit = 0xC000013A;      // an ordinary end of console programs
-constexpr DWORD kItaniumException = 0x20474343;  // a C++ exception of GCC's runtime
+// A status that the test below would classify wrongly.
+constexpr DWORD kControlCExit = 0xC000013A;  // an ordinary end of console programs
 
 // The status of an error has its two top bits set, and bit 28 clear, which distinguishes it from a small negative exit
 // code. Fail-fast (0xC0000409) is one of them. Statuses of lesser severity have the form of an HRESULT, a common exit
@@ -32,7 +32,7 @@ constexpr DWORD kItaniumException = 0x20474343;  // a C++ exception of GCC's run
 bool isExceptionStatus(DWORD code) {
     switch (code) {
         case kControlCExit: return false;
-        case kItaniumException:
+        case platform::kItaniumException:
         case EXCEPTION_GUARD_PAGE:
         case EXCEPTION_DATATYPE_MISALIGNMENT:
         case EXCEPTION_BREAKPOINT:

@@ -1,16 +1,12 @@
 #include "threads/threadName.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <string_view>
 
-#if !defined(_MSC_VER)
-#    include <cxxabi.h>
-#endif
-
 #include "fault/guardedCall.h"
+#include "platform/symbolName.h"
+#include "platform/threadDescription.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
 
@@ -39,38 +35,19 @@ void raiseNameException(void* name) {
     ::RaiseException(kNameException, 0, sizeof arguments / sizeof *arguments, arguments);
 }
 
-using SetThreadDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
-
-// Windows 10 has it; version 1607 in KernelBase.dll alone:
-// https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-setthreaddescription
-SetThreadDescription lookUpSetThreadDescription() {
-    for (const wchar_t* const module : {L"kernel32.dll", L"KernelBase.dll"})
-        if (const FARPROC found = ::GetProcAddress(::GetModuleHandleW(module), "SetThreadDescription"))
-            return reinterpret_cast<SetThreadDescription>(reinterpret_cast<void (*)()>(found));
-    return nullptr;
-}
-
 }  // namespace
 
 std::string readableName(const std::type_info& type) {
-    std::string_view name = type.name();
-#if !defined(_MSC_VER)
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> demangled(
-        abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), &std::free);
-    if (demangled) name = demangled.get();
-#endif
+    std::string name = platform::demangled(type.name());
     constexpr std::string_view kClass = "class ";
-    if (name.substr(0, kClass.size()) == kClass) name.remove_prefix(kClass.size());
-    return std::string(name);
+    if (name.compare(0, kClass.size(), kClass) == 0) name.erase(0, kClass.size());
+    return name;
 }
 
 void nameCurrentThread(const std::string& name) noexcept {
     fault::callQuietly(&raiseNameException, const_cast<char*>(name.c_str()));
-    static const SetThreadDescription setThreadDescription = lookUpSetThreadDescription();
-    if (!setThreadDescription) return;
     try {
-        setThreadDescription(::GetCurrentThread(), platform::toWide(name).c_str());
+        platform::describeThread(::GetCurrentThread(), platform::toWide(name).c_str());
     } catch (const std::bad_alloc&) {
         return;  // the thread runs without it
     }

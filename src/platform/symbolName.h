@@ -1,0 +1,28 @@
+// Names of functions and types as their author wrote them.
+#ifndef XO_PLATFORM_SYMBOLNAME_H
+#define XO_PLATFORM_SYMBOLNAME_H
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#if !defined(_MSC_VER)
+#    include <cxxabi.h>
+#endif
+
+namespace xo::platform {
+
+// The readable form of a name that the compiler has mangled; any other name as it is. Microsoft's compiler gives types
+// readable names, and DbgHelp undoes what it does to those of functions.
+inline std::string demangled(const char* name) {
+#if !defined(_MSC_VER)
+    const std::unique_ptr<char, decltype(&std::free)> readable(
+        abi::__cxa_demangle(name, nullptr, nullptr, /*status=*/nullptr), &std::free);
+    if (readable) return readable.get();
+#endif
+    return name;
+}
+
+}  // namespace xo::platform
+
+#endif
