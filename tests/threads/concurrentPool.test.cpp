@@ -122,22 +122,21 @@ TEST_F(Pool, GivesFreeWorkersToTheOldestListThatHasTasksToBegin) {
 }
 
 TEST_F(Pool, GoesOnWhenTasksFail) {
-    for (const unsigned workers : {1u, 2u}) {
+    // With the lock as it was handed over, released, and taken once more; and with a worker left or none.
+    for (const auto& [levels, workers] : {std::pair(1, 1u), std::pair(0, 2u), std::pair(2, 1u)}) {
         ConcurrentPool pool(workers);
-        // With the lock as it was handed over, released, and taken once more.
-        for (const int levels : {1, 0, 2})
-            forEachFailure([&](const std::function<void()>& fail) {
-                int solved = 0;
-                Task good([&] { ++solved; });
-                Task bad([&](xoMutex* mutex, xoWaitCondition*) XO_NO_THREAD_SAFETY_ANALYSIS {
-                    if (levels == 0) mutex->unlock();
-                    if (levels == 2) mutex->lock();
-                    fail();
-                });
-                EXPECT_FALSE(pool.solve({&good, &bad, &bad, &good}));
-                EXPECT_EQ(solved, 2) << "the others are solved";
-                EXPECT_TRUE(pool.solve({&good}));
+        forEachFailure([&, level = levels](const std::function<void()>& fail) {
+            int solved = 0;
+            Task good([&] { ++solved; });
+            Task bad([&](xoMutex* mutex, xoWaitCondition*) XO_NO_THREAD_SAFETY_ANALYSIS {
+                if (level == 0) mutex->unlock();
+                if (level == 2) mutex->lock();
+                fail();
             });
+            EXPECT_FALSE(pool.solve({&good, &bad, &good}));
+            EXPECT_EQ(solved, 2) << "the others are solved";
+            EXPECT_TRUE(pool.solve({&good}));
+        });
     }
 }
 
