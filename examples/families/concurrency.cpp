@@ -1,5 +1,5 @@
-// A kitchen with two cooks: orders wait in a queue of limited room, the stove has one free plate at a time for each of
-// two pots, and a shared counter knows how many dishes went out.
+// A kitchen with two cooks: orders wait in a queue of limited length, a semaphore counts the free plates of the stove,
+// and the cooks share a count of the dishes that they have made.
 #include <climits>
 #include <deque>
 #include <iostream>
@@ -13,12 +13,12 @@
 
 namespace {
 
-// Hands orders from one thread to others. Who gives waits while it is full, who takes waits while it is empty.
+// Passes orders between threads. give() waits while the queue is full, take() waits while it is empty.
 class OrderQueue {
 public:
     void give(const std::string& order) {
         const xo::xoMutexLocker locker(mMutex);
-        while (mOrders.size() == kRoom) mChanged.wait(&mMutex);
+        while (mOrders.size() == kMaxLength) mChanged.wait(&mMutex);
         mOrders.push_back(order);
         mChanged.wakeAll();
     }
@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kRoom = 2;
+    static constexpr std::size_t kMaxLength = 2;
     xo::xoMutex mMutex;
     xo::xoWaitCondition mChanged;
     std::deque<std::string> mOrders XO_GUARDED_BY(mMutex);
@@ -95,16 +95,16 @@ int main() {
             Cook first(kitchen), second(kitchen);
             for (int i = 0; i < 20; ++i) kitchen.orders.give("soup");
             kitchen.orders.close();
-        }  // both cooks have gone home
+        }  // waits until both cooks have ended
         const xo::xoMutexLocker locker(kitchen.mutex);
         dishes = kitchen.dishes;
         plates = kitchen.plates.getNoResources();
     }
     std::cout << dishes << " dishes, " << plates << " plates free again\n";
 
-    // Where a wait needs a limit there is the second kind of lock, and one that other processes see too.
+    // The other kinds of lock: one with a time limit, and one that all processes share.
     const bool counted = countCash();
-    xo::xoMutexSystem cashDesk("example of the locks/cash desk");
+    xo::xoMutexSystem cashDesk("xoSystem example/cash desk");
     cashDesk.lock();
     std::cout << "the cash desk is ours, in every process\n";
     cashDesk.unlock();
