@@ -28,26 +28,20 @@
 #ifndef XOSYSTEM_XOTHREAD_H
 #define XOSYSTEM_XOTHREAD_H
 
-#include <atomic>
-#include <cstddef>
 #include <memory>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "xoSystem/xoExport.h"
-#include "xoSystem/xoMutex.h"
-#include "xoSystem/xoWaitCondition.h"
 
 namespace xo {
 
-// The body of an xoLegacyThread. Not deleted through this type.
+// The body of an xoLegacyThread. It has no virtual destructor: never delete an object through this type.
 class xoRunnable {
 public:
     virtual void run() = 0;  // called once, on the new thread
 };
 
-// A body that can be asked to stop, for hosts that want to share one type; no class of the library uses it.
+// A body that can be asked to stop, as a common type for hosts; no class of the library uses it.
 class xoRunnableInterface {
 public:
     virtual ~xoRunnableInterface() = default;
@@ -79,18 +73,18 @@ public:
     // std::errc::no_such_process when Windows refuses the wait.
     bool waitThread(int timeoutMs);
 
-    // Whether run() has yet to return. True from startThread on.
-    bool isRunning() const { return mIsRunning.load(std::memory_order_acquire); }
+    // True from startThread until run() has returned.
+    bool isRunning() const;
 
-    // Whether there is nothing to wait for: never started, or waited for. A thread that has ended but was not waited
-    // for is neither running nor finished.
+    // Whether no thread is held: none was started, or waitThread has let go of it. A thread that has ended but was not
+    // waited for is neither running nor finished.
     bool isFinished() const;
 
     // The identifier that Windows gives the thread, in decimal digits, or "InvalidThread" while none is held.
     std::string getThreadId() const;
 
     // UTF-8; empty until the first start. It stays the same until the next one.
-    const std::string& getThreadName() const { return mThreadName; }
+    const std::string& getThreadName() const;
 
     // The identifier of the calling thread, in decimal digits.
     static std::string CurrentThreadId();
@@ -112,22 +106,20 @@ private:
     static void RunImpl(void* argument);
 
     std::unique_ptr<Private> mPrivate;
-    std::string mThreadName;
-    std::atomic<bool> mIsRunning{false};
 };
 
-// Calls functions every few seconds, from its own thread, which it starts at once.
+// Calls functions every few seconds, from a thread of its own, which starts with the object.
 //
 //     xo::xoThreadPeriodicalUpdater updater(60);
 //     updater.addCallback(&saveSettings, &settings);
 //
-// All callbacks are called, in the order of their registration, when the period has passed, at once when one is added,
-// and perhaps a last time while the object is destroyed. Without callbacks the thread sleeps.
+// A round calls all callbacks, in the order of their registration. There is one when the period has passed, one at once
+// when a callback is added, and usually a last one while the object is destroyed. Without callbacks the thread sleeps.
 //
-// Callbacks run while the list is locked: once removeCallback has returned, the callback neither runs nor will run. So
-// a callback must not wait for another thread that adds or removes one. It may itself remove any callback, and add
-// some, which the pass under way reaches too (so a callback must not add one each time). What a callback throws, or a
-// fault in it, ends the thread: no callback is called again.
+// Callbacks run while the list is locked: once removeCallback has returned, the callback neither runs nor will run
+// again. So a callback must not wait for another thread that adds or removes one. It may remove any callback itself,
+// and add some, which the same round calls too; a callback that adds one in every call makes the round endless. What a
+// callback throws, or a processor fault in it, ends the thread: no callback is called again.
 class XOSYSTEM_API xoThreadPeriodicalUpdater : public xoThread {
 public:
     // 0 counts as 1 second; the longest period is 4294967 seconds. Throws what startThread throws.
@@ -145,18 +137,8 @@ protected:
     void run() override;
 
 private:
-    using Callback = std::pair<void (*)(void*), void*>;
-
-    static void serve(void* updater);
-    void callAll() XO_REQUIRES(mMutex);
-
-    std::vector<Callback> mCallbacks XO_GUARDED_BY(mMutex);
-    xoMutex mMutex;  // held by the thread except while it waits
-    xoWaitCondition mCondition;
-    const unsigned int mPeriodMs;
-    bool mStop XO_GUARDED_BY(mMutex) = false;
-    bool mRoundDue XO_GUARDED_BY(mMutex) = false;  // an addition that no round has seen yet
-    std::size_t mNext XO_GUARDED_BY(mMutex) = 0;   // during a round: the index of the callback to call next
+    struct Private;
+    std::unique_ptr<Private> mPrivate;
 };
 
 }  // namespace xo

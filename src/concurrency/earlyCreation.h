@@ -1,13 +1,13 @@
-// What this room needs to know of the library's life, told by the room that runs it.
+// Questions about start-up from the rooms below it. src/frame defines the functions.
 #ifndef XO_CONCURRENCY_EARLYCREATION_H
 #define XO_CONCURRENCY_EARLYCREATION_H
 
 namespace xo::concurrency {
 
-// Logs the text as CRITICAL when the library is not fully initialised and a log exists. Defined beside start-up.
+// Logs the text as CRITICAL when the library is not fully initialised and a log exists.
 void warnIfCreatedEarly(const char* text);
 
-// IsXoSystemThreadSafe() for rooms below start-up. Defined beside it.
+// The same as IsXoSystemThreadSafe().
 bool isFullyInitialized();
 
 }  // namespace xo::concurrency

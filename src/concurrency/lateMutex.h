@@ -1,4 +1,4 @@
-// The lock of a service that starts out for one thread: it does nothing until it is made.
+// The lock of a service that only one thread uses until full initialisation: it does nothing until it is made.
 #ifndef XO_CONCURRENCY_LATEMUTEX_H
 #define XO_CONCURRENCY_LATEMUTEX_H
 
@@ -10,7 +10,7 @@ namespace xo::concurrency {
 
 class XO_CAPABILITY("mutex") LateMutex {
 public:
-    // Both while one thread alone uses the service.
+    // Call both only while a single thread uses the service.
     void make() {
         if (!mMutex) mMutex = std::make_unique<xoMutex>(impl::WithoutEarlyWarning());
     }

@@ -12,8 +12,8 @@ struct MutexAccess {
         return *static_cast<CRITICAL_SECTION*>(mutex.getMutexData());
     }
 
-    // Whether the calling thread owns the section. Only the section itself knows that; the answer about the calling
-    // thread cannot change meanwhile.
+    // Whether the calling thread owns the section. Windows has no function for that, but OwningThread holds the owner's
+    // identifier, and only the calling thread itself can set it to its own or clear it.
     static bool isOwnedByCaller(const CRITICAL_SECTION& section) {
         return section.OwningThread == reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(::GetCurrentThreadId()));
     }

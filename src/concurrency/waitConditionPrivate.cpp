@@ -21,7 +21,7 @@ bool lookUpFunction(const char* name, Function*& function) {
 }  // namespace
 
 bool xoWaitConditionPrivateVista::lookUp() {
-    // All four in any case, so that each pointer is set, to null where the function is missing.
+    // Look up all four even after a failure, so that each pointer is set, to null where the function is missing.
     bool hasAll = lookUpFunction("InitializeConditionVariable", initializeConditionVariable);
     hasAll = lookUpFunction("SleepConditionVariableCS", sleepConditionVariable) && hasAll;
     hasAll = lookUpFunction("WakeAllConditionVariable", wakeAllConditionVariable) && hasAll;
@@ -38,12 +38,12 @@ void xoWaitConditionPrivateVista::wakeAll() { wakeAllConditionVariable(&mConditi
 
 void xoWaitConditionPrivateVista::wakeOne() { wakeConditionVariable(&mCondition); }
 
-// One call to wait, on the stack of its thread. The list's lock guards it: wait returns only after it has taken that
-// lock once more, so nobody who wakes can still be using the record then.
+// One call to wait. The record lies on the stack of the waiting thread and is guarded by mLock. wait takes that lock
+// once more before it returns, so no thread that wakes others can still be using the record then.
 struct xoWaitConditionPrivateEvent::Waiter {
     HANDLE event;
-    bool isReleased = false;     // by then it is out of the list, and its event has been set
-    Waiter* previous = nullptr;  // both in the list
+    bool isReleased = false;     // once true, it is out of the list and its event has been set
+    Waiter* previous = nullptr;  // in the list, as next is
     Waiter* next = nullptr;
 };
 
@@ -89,7 +89,7 @@ bool xoWaitConditionPrivateEvent::finish(Waiter& waiter, DWORD waitResult, platf
     if (!waiter.isReleased) {
         remove(waiter);
     } else if (waitResult != WAIT_OBJECT_0) {
-        // Released after the wait had ended by itself: the event is still set, and its next user must not see that.
+        // The wake-up came after the wait had timed out or failed: it counts, but nothing has reset the event yet.
         ::ResetEvent(event.get());
     }
     if (waitResult != WAIT_FAILED && mSpareCount < kMaxSpares) mSpares[mSpareCount++] = std::move(event);

@@ -1,4 +1,4 @@
-// The two ways in which a wait condition works: on the system's condition variables, or on events.
+// The two implementations of xoWaitCondition: on Windows' condition variables, and on events.
 #ifndef XO_CONCURRENCY_WAITCONDITIONPRIVATE_H
 #define XO_CONCURRENCY_WAITCONDITIONPRIVATE_H
 
@@ -14,16 +14,16 @@ public:
     xoWaitConditionPrivate(const xoWaitConditionPrivate&) = delete;
     xoWaitConditionPrivate& operator=(const xoWaitConditionPrivate&) = delete;
 
-    // Leaves the caller's section, which it holds, waits, and enters it again. False after the time-out.
+    // Leaves the section, which the calling thread holds once, waits, and enters it again. False after a time-out.
     virtual bool wait(CRITICAL_SECTION* callersSection, unsigned long timeoutMs) = 0;
     virtual void wakeAll() = 0;
     virtual void wakeOne() = 0;
 };
 
-// The condition variables of Windows Vista and later, looked up at run time so that the library loads without them.
+// Uses the condition variables of Windows Vista and later, looked up at run time.
 class xoWaitConditionPrivateVista final : public xoWaitConditionPrivate {
 public:
-    // True when the system has all four functions; only then may an object be made.
+    // Whether the system has all four functions. Objects may be made only after it has returned true.
     static bool lookUp();
 
     xoWaitConditionPrivateVista();
@@ -35,9 +35,9 @@ private:
     CONDITION_VARIABLE mCondition;
 };
 
-// An event for each waiting thread, so that a wake-up belongs to the thread that it was meant for. The threads stand in
-// a list, the longest waiting one first, from before they leave the caller's section. A wait for which the system has
-// no event counts as woken.
+// Uses an auto-reset event for each waiting thread, so that a wake-up cannot be taken by a thread that it was not meant
+// for. The waiting threads form a list, the longest waiting one first, and a thread enters it before it leaves the
+// caller's section. When the system has no event left, the wait returns at once, as if woken.
 class xoWaitConditionPrivateEvent final : public xoWaitConditionPrivate {
 public:
     bool wait(CRITICAL_SECTION* callersSection, unsigned long timeoutMs) override;
@@ -53,16 +53,17 @@ private:
     void append(Waiter& waiter);
     void remove(Waiter& waiter) XO_REQUIRES(mLock);
 
-    // Takes the waiter out of the list, lets it go on.
+    // Takes the waiter out of the list and wakes its thread.
     void release(Waiter& waiter) XO_REQUIRES(mLock);
 
-    // Ends a wait that had this result, and keeps the event if there is room. Whether the waiter was released.
+    // Ends a wait that returned this result, and keeps the event for later waits if there is space for it. Whether the
+    // waiter was released.
     bool finish(Waiter& waiter, DWORD waitResult, platform::KernelHandle& event);
 
-    platform::SlimLock mLock;  // taken last, under a caller's section or without one, and held for no wait
+    platform::SlimLock mLock;  // the innermost lock: no other is taken, and no wait begins, while it is held
     Waiter* mFirst XO_GUARDED_BY(mLock) = nullptr;
     Waiter* mLast XO_GUARDED_BY(mLock) = nullptr;
-    platform::KernelHandle mSpares[kMaxSpares] XO_GUARDED_BY(mLock);  // events that are not set, for the next waits
+    platform::KernelHandle mSpares[kMaxSpares] XO_GUARDED_BY(mLock);  // events of earlier waits, not set
     int mSpareCount XO_GUARDED_BY(mLock) = 0;
 };
 

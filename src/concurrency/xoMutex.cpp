@@ -15,7 +15,7 @@ constexpr char kCreatedEarly[] = "Mutex created before full init of xoSystem";
 platform::KernelHandle openSystemMutex(const char* name) {
     std::string kernelName = name ? name : platform::createUuid();
     for (char& c : kernelName)
-        if (c == '\\') c = '/';  // a backslash would name another kernel namespace
+        if (c == '\\') c = '/';  // what stands before a backslash would be a kernel namespace
     kernelName.insert(0, "Global\\");
     const std::wstring wideName = platform::toWide(kernelName);
     platform::KernelHandle mutex(

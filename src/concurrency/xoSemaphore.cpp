@@ -16,7 +16,7 @@ void xoSemaphore::release(unsigned int n) {
     if (n == 0) return;
     const xoMutexLocker locker(mMutex);
     mCount.store(getNoResources() + n, std::memory_order_relaxed);
-    mCondition.wakeAll();  // all, because each waits for an amount of its own
+    mCondition.wakeAll();  // wakeOne might wake a thread that needs more than there is, instead of one that has enough
 }
 
 }  // namespace xo

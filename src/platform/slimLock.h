@@ -1,4 +1,5 @@
-// A slim lock that clang's thread safety analysis knows. It costs nothing to make and nothing to leave behind.
+// A slim reader/writer lock of Windows, used exclusively, for clang's thread safety analysis. It is the library's lock
+// for private data: its constructor is constexpr and its destructor trivial, so it may be a static object.
 #ifndef XO_PLATFORM_SLIMLOCK_H
 #define XO_PLATFORM_SLIMLOCK_H
 
@@ -7,7 +8,7 @@
 
 namespace xo::platform {
 
-// Not recursive.
+// Not recursive: a thread that locks it twice waits for ever.
 class XO_CAPABILITY("mutex") SlimLock {
 public:
     constexpr SlimLock() = default;
@@ -16,8 +17,8 @@ public:
 
     void lock() XO_ACQUIRE() { ::AcquireSRWLockExclusive(&mLock); }
 
-    // Waits at most about that long. One Sleep may take as long as a tick of the system's timer, 16 ms, so the time is
-    // measured.
+    // Waits at most about timeoutMs milliseconds. One Sleep may take as long as a tick of the system's timer, 16 ms, so
+    // the time is measured.
     bool tryLock(DWORD timeoutMs = 0) XO_TRY_ACQUIRE(true) {
         if (::TryAcquireSRWLockExclusive(&mLock)) return true;
         const ULONGLONG begin = ::GetTickCount64();

@@ -8,9 +8,9 @@
 
 namespace xo::threads {
 
-// Runs the body under the guard. True when it returned. When it failed, the guard has reported it, and whatever the
-// body then still held of the locks is released: a fault runs no destructor on its way out, and other threads must not
-// wait for ever for a lock whose owner is gone.
+// Runs the body under the guard. True when the body returned. False when it failed; the guard has reported that, and
+// the locks of the list are released as often as the thread still held them: a processor fault runs no destructors, and
+// other threads must not wait for ever for a thread that has ended.
 bool runGuarded(void (*body)(void*), void* argument, std::initializer_list<xoMutex*> locks) noexcept;
 
 }  // namespace xo::threads

@@ -13,18 +13,19 @@
 namespace xo::threads {
 namespace {
 
-// What debuggers look for in the arguments of the exception.
+// The arguments of the exception by which a thread tells a debugger its name:
+// https://learn.microsoft.com/visualstudio/debugger/how-to-set-a-thread-name-in-native-code
 #pragma pack(push, 8)
 struct ThreadNameRecord {
     DWORD type = 0x1000;
     const char* name = nullptr;
-    DWORD threadId = static_cast<DWORD>(-1);  // the thread that raises it
+    DWORD threadId = static_cast<DWORD>(-1);  // -1: the thread that raises the exception
     DWORD flags = 0;
 };
 #pragma pack(pop)
 static_assert(sizeof(ThreadNameRecord) == 24);
 
-// A debugger takes the exception; without one it ends in the frame around this call.
+// A debugger handles the exception; without one, callQuietly does.
 void raiseNameException(void* name) {
     constexpr DWORD kNameException = 0x406D1388;
     ThreadNameRecord record;
@@ -49,7 +50,7 @@ void nameCurrentThread(const std::string& name) noexcept {
     try {
         platform::describeThread(::GetCurrentThread(), platform::toWide(name).c_str());
     } catch (const std::bad_alloc&) {
-        return;  // the thread runs without it
+        return;  // the thread runs without a description
     }
 }
 

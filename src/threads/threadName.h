@@ -1,4 +1,4 @@
-// How threads are called, for people and for debuggers.
+// Names of threads, for people and for debuggers.
 #ifndef XO_THREADS_THREADNAME_H
 #define XO_THREADS_THREADNAME_H
 
@@ -7,10 +7,10 @@
 
 namespace xo::threads {
 
-// The name of a class as its author wrote it: "xo::xoThreadPeriodicalUpdater".
+// The name of a class as written in the source: "xo::xoThreadPeriodicalUpdater".
 std::string readableName(const std::type_info& type);
 
-// Tells an attached debugger, and the system where it keeps such names, what the calling thread is called (UTF-8).
+// Gives the calling thread this name (UTF-8), for an attached debugger and, from Windows 10 on, for the system.
 void nameCurrentThread(const std::string& name) noexcept;
 
 }  // namespace xo::threads

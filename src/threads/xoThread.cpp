@@ -2,9 +2,11 @@
 
 #include <process.h>
 
+#include <atomic>
 #include <climits>
 #include <system_error>
 #include <typeinfo>
+#include <utility>
 
 #include "concurrency/earlyCreation.h"
 #include "fault/signalWatch.h"
@@ -16,23 +18,25 @@
 namespace xo {
 
 struct xoThread::Private {
-    // Starts a thread, suspended, that is to run the object.
+    // Creates a thread, suspended, that will run the object.
     void create(xoThread* object);
     void join();
     bool hasEndedWithin(int timeoutMs) const;
 
     static unsigned __stdcall enter(void* object);
 
-    platform::KernelHandle thread;  // null when no thread is held
-    std::atomic<unsigned> id{0};    // 0 when no thread is held
+    platform::KernelHandle thread;       // null when no thread is held
+    std::atomic<unsigned> id{0};         // 0 when no thread is held
+    std::atomic<bool> isRunning{false};  // from startThread until run() has returned
+    std::string name;                    // of the thread that was started last
 };
 
 void xoThread::Private::create(xoThread* object) {
     unsigned newId = 0;
-    const std::uintptr_t handle =
-        ::_beginthreadex(/*security=*/nullptr, /*stack_size=*/0, &enter, object, CREATE_SUSPENDED, &newId);
-    if (handle == 0) throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
-    thread.reset(reinterpret_cast<HANDLE>(handle));
+    platform::KernelHandle created(reinterpret_cast<HANDLE>(
+        ::_beginthreadex(/*security=*/nullptr, /*stack_size=*/0, &enter, object, CREATE_SUSPENDED, &newId)));
+    if (!created) throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+    thread = std::move(created);
     id = newId;
 }
 
@@ -43,6 +47,7 @@ void xoThread::Private::join() {
         throw std::system_error(std::make_error_code(std::errc::no_such_process));
     thread.reset();
     id = 0;
+    isRunning = false;  // a body that ended its thread itself, with ExitThread, has left it true
 }
 
 bool xoThread::Private::hasEndedWithin(int timeoutMs) const {
@@ -61,38 +66,38 @@ xoThread::xoThread() : mPrivate(std::make_unique<Private>()) {
     concurrency::warnIfCreatedEarly("Thread create before full init of xoSystem");
 }
 
-// NOLINTNEXTLINE(bugprone-exception-escape): only a thread that destroys its own object throws, and cannot go on
+// NOLINTNEXTLINE(bugprone-exception-escape): throws only in a thread that destroys its own object, which is an error
 xoThread::~xoThread() { waitThread(INT_MAX); }
 
 void xoThread::startThread(const char* name) {
     if (mPrivate->thread) return;
 
     std::string threadName = name ? std::string(name) : threads::readableName(typeid(*this));
-    constexpr std::size_t kIdRoom = 11;
-    threadName.reserve(threadName.size() + kIdRoom);  // so that nothing can fail once there is a thread
+    constexpr std::size_t kIdLength = 11;               // a space and the digits of 32 bits
+    threadName.reserve(threadName.size() + kIdLength);  // so that nothing can fail once the thread exists
 
-    mIsRunning = true;
-    try {
-        mPrivate->create(this);
-    } catch (const std::system_error&) {
-        mIsRunning = false;
-        throw;
-    }
+    // The thread is created suspended and gets its name before it runs.
+    mPrivate->create(this);
+    mPrivate->isRunning = true;
     threadName += ' ';
     threadName += std::to_string(mPrivate->id);
-    mThreadName = std::move(threadName);
+    mPrivate->name = std::move(threadName);
     ::ResumeThread(mPrivate->thread.get());
 }
 
 bool xoThread::waitThread(int timeoutMs) {
     if (!mPrivate->thread) return false;
+    // The second look is for a body that has returned while its thread is still on its way out.
     if (timeoutMs < INT_MAX && isRunning() && !mPrivate->hasEndedWithin(timeoutMs) && isRunning()) return false;
     mPrivate->join();
-    mIsRunning = false;  // a body that ended its thread by itself has left it true
     return true;
 }
 
+bool xoThread::isRunning() const { return mPrivate->isRunning.load(std::memory_order_acquire); }
+
 bool xoThread::isFinished() const { return !isRunning() && mPrivate->id == 0; }
+
+const std::string& xoThread::getThreadName() const { return mPrivate->name; }
 
 std::string xoThread::getThreadId() const {
     const unsigned id = mPrivate->id;
@@ -108,17 +113,17 @@ void xoThread::msleep(unsigned long milliseconds) { ::Sleep(milliseconds); }
 void xoThread::usleep(unsigned long microseconds) { ::Sleep(microseconds / 1000); }
 
 void xoThread::Run(xoThread* thread) {
-    threads::nameCurrentThread(thread->mThreadName);
+    threads::nameCurrentThread(thread->mPrivate->name);
     fault::watchSignalsOfThread();
     threads::runGuarded(&RunImpl, thread, /*locks=*/{});
-    thread->mIsRunning.store(false, std::memory_order_release);
+    thread->mPrivate->isRunning.store(false, std::memory_order_release);
 }
 
 void xoThread::RunImpl(void* argument) {
     auto* const thread = static_cast<xoThread*>(argument);
     if (typeid(*thread) == typeid(xoThread)) {
-        // The derived object is gone, and with it the body. Calling it would end the process.
-        xoLogObject(xoLogCritical) << "Thread destroyed before its body began: " << thread->mThreadName;
+        // The derived object is destroyed already, so that run() is pure virtual again: calling it ends the process.
+        xoLogObject(xoLogCritical) << "Thread destroyed before its body began: " << thread->mPrivate->name;
         return;
     }
     thread->run();

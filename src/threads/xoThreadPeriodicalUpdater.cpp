@@ -1,9 +1,14 @@
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "threads/guardedBody.h"
+#include "xoSystem/xoMutex.h"
 #include "xoSystem/xoThread.h"
+#include "xoSystem/xoWaitCondition.h"
 
 namespace xo {
 namespace {
@@ -15,56 +20,72 @@ unsigned int toMilliseconds(unsigned int seconds) {
     return (std::clamp)(seconds, 1u, kLongest) * 1000;
 }
 
+using Callback = std::pair<void (*)(void*), void*>;
+
 }  // namespace
 
+struct xoThreadPeriodicalUpdater::Private {
+    explicit Private(unsigned int milliseconds) : periodMs(milliseconds) {}
+
+    static void serve(void* state);
+    void callAll() XO_REQUIRES(mutex);
+
+    const unsigned int periodMs;
+    xoMutex mutex;  // held by the updater's thread except while it waits
+    xoWaitCondition condition;
+    std::vector<Callback> callbacks XO_GUARDED_BY(mutex);
+    bool mustStop XO_GUARDED_BY(mutex) = false;
+    bool isRoundDue XO_GUARDED_BY(mutex) = false;  // a callback was added since the last round
+    std::size_t next XO_GUARDED_BY(mutex) = 0;     // during a round: the index of the callback to call next
+};
+
 xoThreadPeriodicalUpdater::xoThreadPeriodicalUpdater(unsigned int periodSeconds)
-    : mPeriodMs(toMilliseconds(periodSeconds)) {
+    : mPrivate(std::make_unique<Private>(toMilliseconds(periodSeconds))) {
     startThread(nullptr);
 }
 
 xoThreadPeriodicalUpdater::~xoThreadPeriodicalUpdater() {
     {
-        const xoMutexLocker locker(mMutex);
-        mStop = true;
-        mCondition.wakeAll();
+        const xoMutexLocker locker(mPrivate->mutex);
+        mPrivate->mustStop = true;
+        mPrivate->condition.wakeAll();
     }
     waitThread(INT_MAX);
 }
 
 void xoThreadPeriodicalUpdater::addCallback(void (*function)(void*), void* data) {
-    const xoMutexLocker locker(mMutex);
-    if (mCallbacks.size() == mCallbacks.max_size()) throw std::length_error("list too long");
-    mCallbacks.emplace_back(function, data);
-    mRoundDue = true;
-    mCondition.wakeAll();
+    const xoMutexLocker locker(mPrivate->mutex);
+    if (mPrivate->callbacks.size() == mPrivate->callbacks.max_size()) throw std::length_error("list too long");
+    mPrivate->callbacks.emplace_back(function, data);
+    mPrivate->isRoundDue = true;
+    mPrivate->condition.wakeAll();
 }
 
 void xoThreadPeriodicalUpdater::removeCallback(void (*function)(void*), void* data) {
-    const xoMutexLocker locker(mMutex);
-    const auto callback = std::find(mCallbacks.begin(), mCallbacks.end(), Callback(function, data));
-    if (callback == mCallbacks.end()) return;
-    const auto index = static_cast<std::size_t>(callback - mCallbacks.begin());
-    if (index < mNext) --mNext;
-    mCallbacks.erase(callback);
+    const xoMutexLocker locker(mPrivate->mutex);
+    auto& callbacks = mPrivate->callbacks;
+    const auto callback = std::find(callbacks.begin(), callbacks.end(), Callback(function, data));
+    if (callback == callbacks.end()) return;
+    if (static_cast<std::size_t>(callback - callbacks.begin()) < mPrivate->next) --mPrivate->next;
+    callbacks.erase(callback);
 }
 
-void xoThreadPeriodicalUpdater::run() { threads::runGuarded(&serve, this, {&mMutex}); }
+void xoThreadPeriodicalUpdater::run() { threads::runGuarded(&Private::serve, mPrivate.get(), {&mPrivate->mutex}); }
 
-void xoThreadPeriodicalUpdater::serve(void* updater) {
-    auto& self = *static_cast<xoThreadPeriodicalUpdater*>(updater);
-    const xoMutexLocker locker(self.mMutex);
-    while (!self.mStop) {
-        // An addition before the first wait would otherwise be seen a whole period late.
-        if (!self.mRoundDue) self.mCondition.wait(&self.mMutex, self.mCallbacks.empty() ? kInfinite : self.mPeriodMs);
+void xoThreadPeriodicalUpdater::Private::serve(void* state) {
+    auto& self = *static_cast<Private*>(state);
+    const xoMutexLocker locker(self.mutex);
+    while (!self.mustStop) {
+        // A callback may have been added before the thread waits for the first time: nothing would wake it then.
+        if (!self.isRoundDue) self.condition.wait(&self.mutex, self.callbacks.empty() ? kInfinite : self.periodMs);
         self.callAll();
-        self.mRoundDue = false;
+        self.isRoundDue = false;
     }
 }
 
-void xoThreadPeriodicalUpdater::callAll() {
-    for (mNext = 0; mNext < mCallbacks.size();) {  // a callback may change the list
-
-        const Callback callback = mCallbacks[mNext++];
+void xoThreadPeriodicalUpdater::Private::callAll() {
+    for (next = 0; next < callbacks.size();) {  // by index: a callback may change the list
+        const Callback callback = callbacks[next++];
         if (callback.first) callback.first(callback.second);
     }
 }
