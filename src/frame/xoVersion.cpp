@@ -1,7 +1,5 @@
 #include "xoSystem/xoVersion.h"
 
-#include <mutex>
-
 #include "frame/buildVersion.h"
 #include "platform/slimLock.h"
 #include "xoSystem/xoVariant.h"
@@ -29,21 +27,20 @@ namespace {
 
 // Other libraries register from the constructors and destructors of static objects, whose order is unknown. So the
 // registry has neither a constructor nor a destructor of its own that could run too late or too early.
-platform::SlimLock registryLock;                  // guards registry
-xoVariant::xoVariantMapImpl* registry = nullptr;  // null when there are no entries
-using RegistryGuard = std::lock_guard<platform::SlimLock>;
+platform::SlimLock registryLock;
+xoVariant::xoVariantMapImpl* registry XO_GUARDED_BY(registryLock) = nullptr;  // null when there are no entries
 
 }  // namespace
 
 void impl::RegisterThirdPartyLibVersionInfo(const char* name, const char* version) {
     if (!name) return;
-    const RegistryGuard guard(registryLock);
+    const platform::SlimLocker locker(registryLock);
     if (!registry) registry = new xoVariant::xoVariantMapImpl();
     (*registry)[name] = version;
 }
 
 void impl::UnRegisterThirdPartyLibVersionInfo(const char* name) {
-    const RegistryGuard guard(registryLock);
+    const platform::SlimLocker locker(registryLock);
     if (!name || !registry) return;
     registry->remove(name);
     if (!registry->empty()) return;
@@ -53,7 +50,7 @@ void impl::UnRegisterThirdPartyLibVersionInfo(const char* name) {
 
 void impl::VisitThirdPartyLibVersions(void (*visit)(const std::string& name, const std::string& version, void* user),
                                       void* user) {
-    const RegistryGuard guard(registryLock);
+    const platform::SlimLocker locker(registryLock);
     if (!registry) return;
     for (const auto& [name, version] : *registry) visit(name, version.getString(), user);
 }

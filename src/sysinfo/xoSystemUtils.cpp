@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cwchar>
-#include <mutex>
 #include <optional>
 
+#include "platform/slimLock.h"
 #include "platform/uuid.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
@@ -19,8 +19,8 @@ namespace {
 std::atomic<unsigned> processorCount{1};
 
 struct MainDisk {
-    std::mutex lock;                    // guards device
-    std::optional<std::string> device;  // once it has been asked for
+    platform::SlimLock lock;
+    std::optional<std::string> device XO_GUARDED_BY(lock);  // once it has been asked for
 };
 
 MainDisk& mainDisk() {
@@ -45,15 +45,16 @@ void xoSystemUtils::InitializeSystemUtils() { processorCount.store(readProcessor
 
 void xoSystemUtils::TerminateSystemUtils() {
     processorCount.store(1, std::memory_order_relaxed);
-    const std::lock_guard<std::mutex> lock(mainDisk().lock);
-    mainDisk().device.reset();
+    MainDisk& disk = mainDisk();
+    const platform::SlimLocker locker(disk.lock);
+    disk.device.reset();
 }
 
 unsigned xoSystemUtils::GetProcessorCount() { return processorCount.load(std::memory_order_relaxed); }
 
 std::string xoSystemUtils::getMainHDDDevice() {
     MainDisk& disk = mainDisk();
-    const std::lock_guard<std::mutex> lock(disk.lock);
+    const platform::SlimLocker locker(disk.lock);
     if (!disk.device) disk.device = sysinfo::findMainDisk();
     return *disk.device;
 }
