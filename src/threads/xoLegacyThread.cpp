@@ -12,9 +12,9 @@
 namespace xo {
 namespace {
 
-// A Windows thread, shared by the object that started it and the copies made since.
+// A Windows thread, shared by the object that started it and the copies made since then.
 struct Thread {
-    // Takes back one call to suspend, if there is any.
+    // Undoes one suspension by suspend(), if there is any.
     void resume() {
         if (suspensions == 0) return;
         --suspensions;
@@ -23,7 +23,7 @@ struct Thread {
 
     platform::KernelHandle handle;
     unsigned int id = 0;
-    std::atomic<unsigned int> suspensions{0};  // by suspend() of any of the objects
+    std::atomic<unsigned int> suspensions{0};  // by suspend() of any of these objects, not undone yet
 };
 
 }  // namespace
@@ -51,13 +51,13 @@ struct xoLegacyThread::Private {
 
     xoRunnable* body;
     std::shared_ptr<Thread> thread;        // null before the first one
-    std::atomic<bool> isSuspended{false};  // by this object
-    xoThreadSafePtr<bool> alive;           // this and the rest are shared with all copies
+    std::atomic<bool> isSuspended{false};  // what suspend() and resume() of this object noted
+    xoThreadSafePtr<bool> alive;           // this and what follows is shared with all copies
     xoThreadSafePtr<bool> mustEnd;
-    xoThreadSafePtr<const Thread*> current;  // the thread that "alive" speaks of; only compared
+    xoThreadSafePtr<const Thread*> current;  // the thread that alive refers to; for comparison only
 };
 
-// A copy from before the current thread was created has nothing to do with it.
+// Leaves the current thread alone if this is a copy from before its creation.
 void xoLegacyThread::Private::kill() {
     if (current.get() != thread.get() || !alive.exchange(false) || !thread) return;
     ::TerminateThread(thread->handle.get(), 0);
@@ -92,8 +92,8 @@ bool xoLegacyThread::create(const xoThreadCreationFlag& flag) {
     mPrivate->current.set(nullptr);
     if (flag != xoThreadCreationFlagRun && flag != xoThreadCreationFlagSuspended) return false;
 
-    // Suspended in any case, so that all is in place before the body begins: it may ask for its identifier or clear the
-    // alive flag at once.
+    // The thread is created suspended in both cases and runs only when the record is complete: its body may ask for its
+    // identifier, or clear the alive flag, at once.
     auto thread = std::make_shared<Thread>();
     thread->handle.reset(reinterpret_cast<HANDLE>(::_beginthreadex(
         /*security=*/nullptr, /*stack_size=*/0, &execute, this, CREATE_SUSPENDED, &thread->id)));
@@ -102,7 +102,7 @@ bool xoLegacyThread::create(const xoThreadCreationFlag& flag) {
     mPrivate->alive.set(true);
     mPrivate->current.set(thread.get());
     mPrivate->thread = thread;
-    // The object may be gone as soon as the thread runs.
+    // Uses the local handle: the body may clear the alive flag at once, after which the object may be destroyed.
     if (flag == xoThreadCreationFlagRun) ::ResumeThread(thread->handle.get());
     return true;
 }
@@ -110,7 +110,8 @@ bool xoLegacyThread::create(const xoThreadCreationFlag& flag) {
 unsigned int __stdcall xoLegacyThread::execute(void* thread) {
     auto* const self = static_cast<xoLegacyThread*>(thread);
     fault::watchSignalsOfThread();
-    xoThreadSafePtr<bool> alive = self->mPrivate->alive;  // the object may be gone once the body has cleared it
+    xoThreadSafePtr<bool> alive =
+        self->mPrivate->alive;  // a copy: the object may be destroyed once the body has cleared it
     if (!threads::runGuarded(&runGuarded, self, /*locks=*/{})) alive.set(false);
     return 0;
 }
@@ -127,7 +128,7 @@ void xoLegacyThread::end(bool wait) {
     mPrivate->mustEnd.set(true);
     mPrivate->isSuspended = false;
     Thread* const thread = mPrivate->thread.get();
-    while (thread && thread->suspensions != 0) thread->resume();  // suspended, it could not see the request
+    while (thread && thread->suspensions != 0) thread->resume();  // a suspended thread does not see the request
     if (thread && thread->id == ::GetCurrentThreadId()) return;
     while (wait && isAlive()) yield();
 }
@@ -142,11 +143,11 @@ void xoLegacyThread::suspend() {
     if (mPrivate->isSuspended.exchange(true)) return;
     Thread* const thread = mPrivate->thread.get();
     if (!thread) return;
-    ++thread->suspensions;  // first: a thread that suspends itself gets no further
+    ++thread->suspensions;  // before the call: a thread that suspends itself stops there
     ::SuspendThread(thread->handle.get());
 }
 
-// The note first: once the thread runs it may suspend itself again.
+// The note is cleared first: once the thread runs, it may suspend itself again.
 void xoLegacyThread::resume() {
     if (mPrivate->isSuspended.exchange(false) && mPrivate->thread) mPrivate->thread->resume();
 }

@@ -9,13 +9,13 @@
 #include "support/importHook.h"
 #include "xoSystem/xoMutex.h"
 
-#if defined(__clang__)  // these tests lock, and unlock, where the analysis sees a mistake
+#if defined(__clang__)  // these tests lock and unlock in ways that the analysis rejects
 #    pragma clang diagnostic ignored "-Wthread-safety-analysis"
 #endif
 
 namespace {
 
-// Runs the body on another thread and waits for it: locks care who asks.
+// Runs the body on another thread and waits for it: a lock belongs to a thread.
 template <class Body>
 bool onAnotherThread(Body body) {
     bool result = false;
@@ -115,7 +115,7 @@ TEST(MutexSystem, IsGlobalUnderItsNameWithSlashesAndAloneWithout) {
     }
 }
 
-// Wine grants all access to whoever asks for it.
+// A hook, because Wine grants every process all access to an existing mutex.
 HANDLE WINAPI denyAllAccess(LPSECURITY_ATTRIBUTES, BOOL, LPCWSTR) {
     return ::SetLastError(ERROR_ACCESS_DENIED), nullptr;
 }
@@ -180,7 +180,7 @@ TEST(ThreadSafePtr, SharesOneValueAmongCopiesWithALockOnlyWhereItMust) {
     EXPECT_GT(locksTaken, 0);
     locksTaken = 0;
     shareAmongCopies(false, true);
-    EXPECT_EQ(locksTaken, 0) << "a thread that is suspended while it holds one would stop the others";
+    EXPECT_EQ(locksTaken, 0) << "a thread that is suspended while it holds one blocks the others";
 }
 
 }  // namespace

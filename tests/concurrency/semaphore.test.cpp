@@ -20,8 +20,8 @@ TEST(Semaphore, CountsWithoutWaitingWhileThereIsEnough) {
     EXPECT_EQ(semaphore.getNoResources(), 5u);
 }
 
-// Nothing initialises the library here, so a semaphore waits on events.
-TEST(Semaphore, LetsEachWaiterThroughThatHasEnough) {
+// Nothing initialises the library here, so the semaphore uses the event form of the wait condition.
+TEST(Semaphore, WakesEachWaiterForWhomThereIsEnough) {
     const xo::tests::WaitGate gate("xoSystem.dll");
     ASSERT_TRUE(gate.isInstalled());
     xo::xoSemaphore semaphore(0);
@@ -33,7 +33,7 @@ TEST(Semaphore, LetsEachWaiterThroughThatHasEnough) {
     });
     gate.awaitArrival();
     semaphore.release(1);
-    gate.awaitArrival();  // woken, but not for enough, the greedy one waits again: it must take nothing from the other
+    gate.awaitArrival();  // the greedy thread was woken and waits again; it must not take the other's wake-up
     gate.openFor(1);
     modest.join();
     semaphore.release(3);

@@ -1,4 +1,4 @@
-// Holds threads back between the moment when a wait condition counts them as waiting and their wait for the event.
+// Holds threads back after a wait condition has entered them as waiters and before they wait for their event.
 #ifndef XO_TESTS_CONCURRENCY_WAITGATE_H
 #define XO_TESTS_CONCURRENCY_WAITGATE_H
 
@@ -9,15 +9,15 @@ namespace xo::tests {
 
 class WaitGate {
 public:
-    // Concerns the waits that this module makes; null stands for the program.
+    // Affects the waits that this module makes; null stands for the program.
     explicit WaitGate(const char* module) : mHook(module, "WaitForSingleObject", &pass) { msGate = this; }
 
     bool isInstalled() const { return mHook.isInstalled(); }
 
-    // The calling thread's waits stop at the gate until it is opened for them.
+    // From now on the waits of the calling thread stop at the gate until openFor lets them pass.
     static void holdThisThread() { msIsHeld = true; }
 
-    // Returns when one more thread is about to wait, held back or not.
+    // Returns when one more thread is about to wait, whether it is held back or not.
     void awaitArrival() const { waitFor(mArrived.get()); }
 
     void openFor(long count) const { ::ReleaseSemaphore(mGate.get(), count, nullptr); }

@@ -11,7 +11,7 @@ using xo::tests::Event;
 
 class LegacyThread : public xo::tests::ThreadsTest {};
 
-// A thread whose body runs a function and then keeps the contract.
+// A thread whose body runs a function and then clears the alive flag.
 class Runner final : public xo::xoRunnable {
 public:
     explicit Runner(std::function<void()> function) : mFunction(std::move(function)) {}
@@ -25,7 +25,7 @@ private:
     std::function<void()> mFunction;
 };
 
-// One that may be deleted.
+// xoLegacyThread has no virtual destructor; this final class may be deleted.
 struct Copy final : xoLegacyThread {
     explicit Copy(const xoLegacyThread& other) : xoLegacyThread(other) {}
 };
@@ -104,7 +104,7 @@ TEST_F(LegacyThread, SharesThreadAndFlagsWithItsCopies) {
     EXPECT_FALSE(early->create()) << "it does not hold the thread that is alive";
     early->destroy();
     early.reset();
-    EXPECT_TRUE(runner.thread.isAlive()) << "nor may it touch it";
+    EXPECT_TRUE(runner.thread.isAlive()) << "and so must not touch it";
     xoLegacyThread copy(runner.thread);
     xoLegacyThread assigned(nullptr);
     assigned = copy;

@@ -45,7 +45,7 @@ TEST_F(Thread, GoesFromIdleToRunningToEndedToIdle) {
     EXPECT_NE(idInside, "");
 }
 
-// What a debugger is told of the thread, read as one would. Threads of the pool are named meanwhile.
+// The name that a debugger receives. Thread-local, because threads of the pool are named at the same time.
 thread_local std::string nameForDebugger;
 LONG CALLBACK readThreadName(EXCEPTION_POINTERS* exception) {
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
@@ -58,9 +58,9 @@ std::string nameForSystem() {
     using GetDescription = HRESULT(WINAPI*)(HANDLE, PWSTR*);
     const auto getDescription = reinterpret_cast<GetDescription>(
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "GetThreadDescription")));
-    PWSTR name = nullptr;
-    getDescription(::GetCurrentThread(), &name);
-    return std::filesystem::path(xo::platform::LocalMemory<wchar_t>(name).get()).u8string();
+    xo::platform::LocalMemory<wchar_t> name;
+    getDescription(::GetCurrentThread(), name.put());
+    return std::filesystem::path(name.get()).u8string();
 }
 
 TEST_F(Thread, IsNamedBeforeItsBodyRuns) {
@@ -130,7 +130,7 @@ TEST_F(Thread, ThrowsTheStandardErrors) {
     EXPECT_EQ(selfWait, std::errc::resource_deadlock_would_occur);
 }
 
-// The thread is held back until the destructor of xoThread waits for it.
+// The thread does not run until the destructor of xoThread waits for it.
 HANDLE heldBack = nullptr;
 DWORD WINAPI holdBack(HANDLE thread) {
     heldBack = thread;
@@ -162,7 +162,7 @@ TEST_F(Thread, WarnsWhenItIsMadeTooEarly) {
 
 class Updater : public xo::tests::ThreadsTest {
 protected:
-    // What callbacks are registered with: each appends its text, and "!" tells the test.
+    // The data of callbacks: each call appends its text, and "!" sets the event.
     struct Call {
         Updater* test;
         std::string text;
