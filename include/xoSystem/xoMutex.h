@@ -161,11 +161,13 @@ constexpr bool isSmallValue =
 template <class T, bool isSmall = isSmallValue<T>>
 class SharedValue {
 public:
+    // As std::atomic has them.
     explicit SharedValue(const T& value) : mMutex(WithoutEarlyWarning()), mValue(value) {}
     T load() {
         const xoMutexLocker locker(mMutex);
         return mValue;
     }
+    // Returns the value before.
     T exchange(const T& value) {
         const xoMutexLocker locker(mMutex);
         const T before = mValue;
@@ -178,9 +180,11 @@ private:
     T mValue XO_GUARDED_BY(mMutex);
 };
 
+// The same without a lock.
 template <class T>
 class SharedValue<T, true> {
 public:
+    // As std::atomic has them.
     explicit SharedValue(const T& value) : mValue(value) {}
     T load() const { return mValue.load(); }
     T exchange(const T& value) { return mValue.exchange(value); }
