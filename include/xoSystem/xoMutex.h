@@ -154,20 +154,19 @@ namespace impl {
 // Whether values of this type fit into one lock-free atomic on x86-64.
 template <class T>
 constexpr bool isSmallValue =
-    std::is_trivially_copyable_v<T>&& std::is_copy_constructible_v<T>&& std::is_copy_assignable_v<T> &&
+    std::conjunction_v<std::is_trivially_copyable<T>, std::is_copy_constructible<T>, std::is_copy_assignable<T>> &&
     (sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);
 
-// The value of an xoThreadSafePtr, under a lock where it does not fit into an atomic.
-template <class T, bool isSmall = isSmallValue<T>>
-class SharedValue {
+// A value under a lock, with the operations of std::atomic.
+template <class T>
+class LockedValue {
 public:
-    // As std::atomic has them.
-    explicit SharedValue(const T& value) : mMutex(WithoutEarlyWarning()), mValue(value) {}
+    // exchange returns the value before.
+    explicit LockedValue(const T& value) : mMutex(WithoutEarlyWarning()), mValue(value) {}
     T load() {
         const xoMutexLocker locker(mMutex);
         return mValue;
     }
-    // Returns the value before.
     T exchange(const T& value) {
         const xoMutexLocker locker(mMutex);
         const T before = mValue;
@@ -180,18 +179,9 @@ private:
     T mValue XO_GUARDED_BY(mMutex);
 };
 
-// The same without a lock.
+// The value that the copies of an xoThreadSafePtr share.
 template <class T>
-class SharedValue<T, true> {
-public:
-    // As std::atomic has them.
-    explicit SharedValue(const T& value) : mValue(value) {}
-    T load() const { return mValue.load(); }
-    T exchange(const T& value) { return mValue.exchange(value); }
-
-private:
-    std::atomic<T> mValue;
-};
+using SharedValue = std::conditional_t<isSmallValue<T>, std::atomic<T>, LockedValue<T>>;
 
 }  // namespace impl
 
