@@ -43,9 +43,10 @@ enum xoProgressUnit : int { ProgressUnitNone = 0, ProgressUnitBytes = 1, Progres
 
 // A snapshot of a work; a plain value.
 struct xoProgressState {
-    // Idle: no work yet. Done: the last work was completed. Stopped: it ended before. Canceled: it ended before, and
-    // cancel() had been called.
+    // Idle: no work yet. Running: a scope is alive. Done: the last work was completed. Stopped: it ended before.
+    // Canceled: it ended before, and cancel() had been called.
     enum Phase : int { PhaseIdle = 0, PhaseRunning = 1, PhaseDone = 2, PhaseStopped = 3, PhaseCanceled = 4 };
+    // Of the work under way, or of the last one.
     Phase phase = PhaseIdle;
 
     // Of the work, from 0 to 1. It never falls within one work, and is 1 only in PhaseDone.
@@ -58,26 +59,29 @@ struct xoProgressState {
     xoProgressUnit unit = ProgressUnitNone;
 
     // Steps, including the share of nested scopes. A total of 0 is not known.
-    std::uint64_t done = 0, total = 0;
+    std::uint64_t done = 0;
+    std::uint64_t total = 0;
 
     // Smoothed; 0 before there is one.
     double unitsPerSecond = 0;
 
     // Milliseconds since the work began (after its end: that it took), and an estimate of those to come; -1 when there
     // is none. There is no estimate in the first 2 seconds, before anything has moved, and beyond 99 hours.
-    std::int64_t elapsedMs = 0, remainingMs = -1;
+    std::int64_t elapsedMs = 0;
+    std::int64_t remainingMs = -1;
 
     // The text of the outermost scope, and that of the innermost one below it that has a text.
-    std::string title, text;
+    std::string title;
+    std::string text;
 };
 
 namespace impl {
 
 // What advancing touches. It is public so that advance() is inline.
 struct ProgressCounter {
-    std::atomic<std::uint64_t> done{0};
-    std::uint64_t limit = 0;  // done stays at or below it: the total, or UINT64_MAX when that is not known
-    bool hasCalls = false;    // onProgress may be due at each step
+    std::atomic<std::uint64_t> done{0};  // steps
+    std::uint64_t limit = 0;             // done stays at or below it: the total, or UINT64_MAX when that is not known
+    bool hasCalls = false;               // onProgress may be due at each step
 };
 
 struct ProgressAccess;

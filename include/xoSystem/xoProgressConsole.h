@@ -31,12 +31,13 @@ namespace xo {
 
 class XOSYSTEM_API xoProgressConsole final : public xoProgressNotifier {
 public:
+    // For the constructor, joined by |.
     enum Flag : int {
         ProgressConsoleErase = 1,   // a work that ends leaves no line
         ProgressConsoleNoLines = 2  // writes nothing where there is no console
     };
 
-    // The flags are those above, joined by |; other bits are ignored. A work that ends within the delay shows nothing.
+    // Other bits of the flags are ignored. A work that ends within the delay shows nothing.
     explicit xoProgressConsole(int flags = 0, unsigned delayMs = 500);
     ~xoProgressConsole() override;
 
