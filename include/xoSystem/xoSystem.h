@@ -8,6 +8,7 @@
 #include "xoSystem/xoCsvStream.h"
 #include "xoSystem/xoDataStream.h"
 #include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoException.h"
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoIniFile.h"
