@@ -6,6 +6,7 @@
 
 namespace bench {
 
+void measureAmounts(Suite& suite);  // the families numbers and enums
 void measureCsv(Suite& suite);
 void measureFolders(Suite& suite);
 void measureIni(Suite& suite);

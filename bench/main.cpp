@@ -13,6 +13,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::Suite suite(count > 2 ? std::filesystem::path(arguments[2]).u8string() : std::string(),
                        {std::begin(bench::kAims), std::end(bench::kAims)});
     std::printf("%-8s %-38s %-34s %11s %11s %7s\n", "family", "case", "other", "ours ns", "theirs ns", "ratio");
+    bench::measureAmounts(suite);
     bench::measureCsv(suite);
     bench::measureFolders(suite);
     bench::measureIni(suite);
