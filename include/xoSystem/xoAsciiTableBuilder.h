@@ -35,6 +35,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 namespace variant {
 struct TableContent;
 }
@@ -130,6 +133,11 @@ private:
 
     std::unique_ptr<variant::TableContent> mContent;  // none in a builder that was moved from
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<AsciiTableBuilder::Style> xoEnumEntries(AsciiTableBuilder::Style);
+XOSYSTEM_API xoEnumList<AsciiTableBuilder::Align> xoEnumEntries(AsciiTableBuilder::Align);
+XOSYSTEM_API xoEnumList<AsciiTableBuilder::Overflow> xoEnumEntries(AsciiTableBuilder::Overflow);
 
 }  // namespace xo
 

@@ -36,6 +36,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 // The version of the layout, 6.30. The stream neither writes nor checks it.
 XOSYSTEM_API extern const char xoMajorOutputStreamVersion;
 XOSYSTEM_API extern const char xoMinorOutputStreamVersion;
@@ -177,6 +180,9 @@ private:
     Endianness mEndianness;
     bool mOk = true;
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoDataStream::Endianness> xoEnumEntries(xoDataStream::Endianness);
 
 }  // namespace xo
 

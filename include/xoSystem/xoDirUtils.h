@@ -28,6 +28,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 // What GetFileInfoUtf8 finds out about one file or folder.
 struct XOSYSTEM_API xoFileInfoUtf8 {
     xoFileInfoUtf8() { clearInfos(); }
@@ -226,6 +229,9 @@ public:
                                       std::vector<std::string>* folders = nullptr,
                                       const std::vector<std::string>* extensions = nullptr, int flags = 0);
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoDirUtils::GlobFlag> xoEnumEntries(xoDirUtils::GlobFlag);
 
 }  // namespace xo
 

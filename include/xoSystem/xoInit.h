@@ -16,6 +16,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 // The two levels of initialisation.
 enum InitType : int {
     InitTypeBasic = 1,  // for one thread: the log, text and system utilities, resources
@@ -65,6 +68,9 @@ private:
 };
 
 }  // namespace impl
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<InitType> xoEnumEntries(InitType);
+
 }  // namespace xo
 
 #endif

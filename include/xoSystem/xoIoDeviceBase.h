@@ -13,6 +13,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 class XOSYSTEM_API xoIoDevice {
 public:
     // Any other value seeks nothing.
@@ -60,6 +63,9 @@ protected:
     xoIoDevice(const xoIoDevice&) = default;
     xoIoDevice& operator=(const xoIoDevice&) = default;
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoIoDevice::SeekStart> xoEnumEntries(xoIoDevice::SeekStart);
 
 }  // namespace xo
 

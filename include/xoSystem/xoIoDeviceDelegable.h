@@ -7,6 +7,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 class XOSYSTEM_API xoIoDeviceDelegable : public xoIoDevice {
 public:
     // The direction that is forwarded. The library sets these flags and never tests them.
@@ -36,6 +39,9 @@ private:
     int mType;
     DelegableFlag mFlags;
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoIoDeviceDelegable::DelegableFlag> xoEnumEntries(xoIoDeviceDelegable::DelegableFlag);
 
 }  // namespace xo
 

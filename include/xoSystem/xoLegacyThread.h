@@ -36,11 +36,19 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoThread.h"
 
+namespace xo {
+template <class E>
+class xoEnumList;
+}
+
 // How a thread begins. Any other value starts none.
 enum xoThreadCreationFlag : int {
     xoThreadCreationFlagRun = 0,
     xoThreadCreationFlagSuspended = 1  // until somebody resumes it by its identifier; resume() knows nothing of it
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xo::xoEnumList<xoThreadCreationFlag> xoEnumEntries(xoThreadCreationFlag);
 
 namespace xo {
 

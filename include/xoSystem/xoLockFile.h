@@ -22,6 +22,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 class XOSYSTEM_API xoLockFile {
 public:
     // How others may open the file meanwhile. Any other number counts as exclusive.
@@ -67,6 +70,9 @@ private:
     struct Lock;
     std::shared_ptr<Lock> mLock;  // null when no lock is held
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoLockFile::LockType> xoEnumEntries(xoLockFile::LockType);
 
 }  // namespace xo
 

@@ -28,6 +28,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 // The severity of a line. DEBUG is disabled at first. Any other number is accepted, always enabled, and printed as
 // UNKNOWN.
 enum xoLogType : int { xoLogDebug = 0, xoLogInfo = 1, xoLogWarning = 2, xoLogCritical = 3 };
@@ -232,6 +235,10 @@ private:
 
     Line* mLine = nullptr;  // null when the line is not wanted
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoLogType> xoEnumEntries(xoLogType);
+XOSYSTEM_API xoEnumList<xoLogFileFlag> xoEnumEntries(xoLogFileFlag);
 
 }  // namespace xo
 

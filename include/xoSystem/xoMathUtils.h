@@ -29,6 +29,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 class XOSYSTEM_API xoMathUtils {
 public:
     // What the prefixes of bytes mean. Any other number is ByteUnitBinary.
@@ -120,6 +123,9 @@ private:
     static std::string printBytes(std::uint64_t bytes, bool isNegative, xoByteUnit unit, int digits);
     static std::string printCount(std::uint64_t value, bool isNegative, char separator);
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoMathUtils::xoByteUnit> xoEnumEntries(xoMathUtils::xoByteUnit);
 
 }  // namespace xo
 

@@ -15,6 +15,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 // A plain value.
 struct xoPowerStatus {
     // Where the power comes from: offline is the battery.
@@ -58,6 +61,9 @@ private:
     std::uint64_t mLastReadMs = 0;  // milliseconds since the system's start
     xoPowerStatus mStatus;
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoPowerStatus::AcLine> xoEnumEntries(xoPowerStatus::AcLine);
 
 }  // namespace xo
 

@@ -41,6 +41,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 // The scheduling class of a child; any other number counts as Inherit.
 enum ProcessPriority : int {
     ProcessPriorityLow = 0,  // runs when the machine is idle
@@ -188,6 +191,10 @@ private:
     struct Private;
     std::unique_ptr<Private> mPrivate;
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<ProcessPriority> xoEnumEntries(ProcessPriority);
+XOSYSTEM_API xoEnumList<xoProcess::State> xoEnumEntries(xoProcess::State);
 
 }  // namespace xo
 

@@ -38,6 +38,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 // What the steps of a scope are. Other values count as none.
 enum xoProgressUnit : int { ProgressUnitNone = 0, ProgressUnitBytes = 1, ProgressUnitItems = 2 };
 
@@ -257,6 +260,10 @@ private:
     friend struct impl::ProgressAccess;
     xoProgressScope mScope;
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoProgressUnit> xoEnumEntries(xoProgressUnit);
+XOSYSTEM_API xoEnumList<xoProgressState::Phase> xoEnumEntries(xoProgressState::Phase);
 
 }  // namespace xo
 

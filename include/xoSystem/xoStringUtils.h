@@ -26,6 +26,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 class XOSYSTEM_API xoStringUtils {
 public:
     // What the bytes of a narrow text mean.
@@ -247,6 +250,11 @@ private:
     static _locale_t msCLocale;
     static std::locale* msCplusLocale;
 };
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoStringUtils::xoCharSet> xoEnumEntries(xoStringUtils::xoCharSet);
+XOSYSTEM_API xoEnumList<xoStringUtils::SoftwareVersionComparisonResult> xoEnumEntries(
+    xoStringUtils::SoftwareVersionComparisonResult);
 
 }  // namespace xo
 

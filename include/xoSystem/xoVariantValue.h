@@ -19,6 +19,9 @@
 
 namespace xo {
 
+template <class E>
+class xoEnumList;
+
 namespace variant {
 struct BorrowedText;
 }
@@ -294,6 +297,9 @@ private:
 };
 
 static_assert(sizeof(xoVariant) == 16, "a table of variants is an array of tag and word");
+
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoVariant::Type> xoEnumEntries(xoVariant::Type);
 
 }  // namespace xo
 

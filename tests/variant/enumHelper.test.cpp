@@ -159,4 +159,246 @@ TEST(EnumHelper, KnowsWhatIsFitForIniFiles) {
     EXPECT_TRUE(xo::impl::isPlainName("a b-c_d.e9"));
 }
 
+// ---- The library's own. A new enumerator without a case is a warning, which is an error here.
+
+bool isEnumerator(xo::xoLogType value) {
+    switch (value) {
+        case xo::xoLogDebug:
+        case xo::xoLogInfo:
+        case xo::xoLogWarning:
+        case xo::xoLogCritical: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoLogFileFlag value) {
+    switch (value) {
+        case xo::xoLogFileTruncate:
+        case xo::xoLogFileRotate:
+        case xo::xoLogFileEcho: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::ProcessPriority value) {
+    switch (value) {
+        case xo::ProcessPriorityLow:
+        case xo::ProcessPriorityNormal:
+        case xo::ProcessPriorityHigh:
+        case xo::ProcessPriorityInherit: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoProcess::State value) {
+    switch (value) {
+        case xo::xoProcess::StateNone:
+        case xo::xoProcess::StateRunning:
+        case xo::xoProcess::StateFinished: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::InitType value) {
+    switch (value) {
+        case xo::InitTypeBasic:
+        case xo::InitTypeFull: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoPowerStatus::AcLine value) {
+    switch (value) {
+        case xo::xoPowerStatus::AcLineOffline:
+        case xo::xoPowerStatus::AcLineOnline:
+        case xo::xoPowerStatus::AcLineUnknown: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoLockFile::LockType value) {
+    switch (value) {
+        case xo::xoLockFile::LockTypeExclusive:
+        case xo::xoLockFile::LockTypeShared: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xoThreadCreationFlag value) {
+    switch (value) {
+        case xoThreadCreationFlagRun:
+        case xoThreadCreationFlagSuspended: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoDataStream::Endianness value) {
+    switch (value) {
+        case xo::xoDataStream::EndiannessLittle:
+        case xo::xoDataStream::EndiannessBig: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoIoDevice::SeekStart value) {
+    switch (value) {
+        case xo::xoIoDevice::SeekFromBegin:
+        case xo::xoIoDevice::SeekFromCurrent:
+        case xo::xoIoDevice::SeekFromEnd: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoIoDeviceDelegable::DelegableFlag value) {
+    switch (value) {
+        case xo::xoIoDeviceDelegable::DelegableFlagRead:
+        case xo::xoIoDeviceDelegable::DelegableFlagWrite:
+        case xo::xoIoDeviceDelegable::DelegableFlagReadWrite: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoDirUtils::GlobFlag value) {
+    switch (value) {
+        case xo::xoDirUtils::GlobAppend:
+        case xo::xoDirUtils::GlobRecursive:
+        case xo::xoDirUtils::GlobNamesOnly: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoStringUtils::xoCharSet value) {
+    switch (value) {
+        case xo::xoStringUtils::CharSetNative:
+        case xo::xoStringUtils::CharSetUtf8:
+        case xo::xoStringUtils::CharSetAscii: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoStringUtils::SoftwareVersionComparisonResult value) {
+    switch (value) {
+        case xo::xoStringUtils::SoftwareVersionInvalid:
+        case xo::xoStringUtils::SoftwareVersionEqual:
+        case xo::xoStringUtils::SoftwareVersionOlder:
+        case xo::xoStringUtils::SoftwareVersionNewer: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoMathUtils::xoByteUnit value) {
+    switch (value) {
+        case xo::xoMathUtils::ByteUnitBinary:
+        case xo::xoMathUtils::ByteUnitDecimal:
+        case xo::xoMathUtils::ByteUnitWindows: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoVariant::Type value) {
+    switch (value) {
+        case xo::xoVariant::UNKNOWN:
+        case xo::xoVariant::INTEGER:
+        case xo::xoVariant::REAL:
+        case xo::xoVariant::STRING:
+        case xo::xoVariant::BOOL:
+        case xo::xoVariant::VEC2D:
+        case xo::xoVariant::VEC3D:
+        case xo::xoVariant::VEC4D:
+        case xo::xoVariant::STRINGLIST:
+        case xo::xoVariant::MAP:
+        case xo::xoVariant::LIST:
+        case xo::xoVariant::MAT3D:
+        case xo::xoVariant::MAT4D:
+        case xo::xoVariant::DATETIME:
+        case xo::xoVariant::USERDATA: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::AsciiTableBuilder::Style value) {
+    switch (value) {
+        case xo::AsciiTableBuilder::StyleAscii:
+        case xo::AsciiTableBuilder::StyleBox:
+        case xo::AsciiTableBuilder::StyleMarkdown:
+        case xo::AsciiTableBuilder::StylePlain: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::AsciiTableBuilder::Align value) {
+    switch (value) {
+        case xo::AsciiTableBuilder::AlignAuto:
+        case xo::AsciiTableBuilder::AlignLeft:
+        case xo::AsciiTableBuilder::AlignRight:
+        case xo::AsciiTableBuilder::AlignCenter: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::AsciiTableBuilder::Overflow value) {
+    switch (value) {
+        case xo::AsciiTableBuilder::OverflowWrap:
+        case xo::AsciiTableBuilder::OverflowCutEnd:
+        case xo::AsciiTableBuilder::OverflowCutMiddle: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoProgressUnit value) {
+    switch (value) {
+        case xo::ProgressUnitNone:
+        case xo::ProgressUnitBytes:
+        case xo::ProgressUnitItems: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoProgressState::Phase value) {
+    switch (value) {
+        case xo::xoProgressState::PhaseIdle:
+        case xo::xoProgressState::PhaseRunning:
+        case xo::xoProgressState::PhaseDone:
+        case xo::xoProgressState::PhaseStopped:
+        case xo::xoProgressState::PhaseCanceled: return true;
+    }
+    return false;
+}
+
+template <class E>
+void expectAllNamed() {
+    using Names = xo::EnumHelper<E>;
+    EXPECT_TRUE(Names::IsValid());
+    std::size_t enumerators = 0;
+    for (int number = 0; number != 256; ++number) {
+        const auto value = static_cast<E>(number);
+        if (!isEnumerator(value)) continue;
+        ++enumerators;
+        EXPECT_FALSE(Names::ToName(value).empty()) << number;
+    }
+    EXPECT_EQ(enumerators, Names::GetEntries().size()) << Names::GetEntries()[0].name;
+}
+
+template <class... Enums>
+void expectAllOfThemNamed() {
+    (expectAllNamed<Enums>(), ...);
+}
+
+TEST(EnumHelper, NamesTheLibrarysOwn) {
+    expectAllOfThemNamed<xo::xoLogType, xo::xoLogFileFlag, xo::ProcessPriority, xo::xoProcess::State, xo::InitType,
+                         xo::xoPowerStatus::AcLine, xo::xoLockFile::LockType, xoThreadCreationFlag,
+                         xo::xoDataStream::Endianness, xo::xoIoDevice::SeekStart,
+                         xo::xoIoDeviceDelegable::DelegableFlag, xo::xoDirUtils::GlobFlag, xo::xoStringUtils::xoCharSet,
+                         xo::xoStringUtils::SoftwareVersionComparisonResult, xo::xoMathUtils::xoByteUnit,
+                         xo::xoVariant::Type, xo::AsciiTableBuilder::Style, xo::AsciiTableBuilder::Align,
+                         xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase>();
+
+    for (const auto& entry : xo::EnumHelper<xoVariant::Type>::GetEntries())
+        if (entry.value < xoVariant::DATETIME) EXPECT_EQ(xoVariant(entry.value).getTypeAsString(), entry.name);
+    for (const auto& entry : xo::EnumHelper<xo::ProcessPriority>::GetEntries())
+        EXPECT_EQ(xo::ProcessPriorityToString(entry.value), entry.name);
+    EXPECT_EQ(xo::EnumHelper<xo::xoLogType>::ToText(xo::xoLogCritical), "CRITICAL");
+    EXPECT_TRUE(xo::EnumHelper<xo::xoLogFileFlag>::Get().areFlags());
+}
+
 }  // namespace

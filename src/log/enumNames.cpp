@@ -1,0 +1,18 @@
+#include "xoSystem/xoEnumHelper.h"
+#include "xoSystem/xoLog.h"
+
+namespace xo {
+namespace {
+
+constexpr xoEnumEntry<xoLogType> kLogTypes[] = {
+    {xoLogDebug, "DEBUG"}, {xoLogInfo, "INFO"}, {xoLogWarning, "WARNING"}, {xoLogCritical, "CRITICAL"}};
+constexpr xoEnumEntry<xoLogFileFlag> kFileFlags[] = {
+    {xoLogFileTruncate, "Truncate"}, {xoLogFileRotate, "Rotate"}, {xoLogFileEcho, "Echo"}};
+
+}  // namespace
+
+xoEnumList<xoLogType> xoEnumEntries(xoLogType) { return kLogTypes; }
+
+xoEnumList<xoLogFileFlag> xoEnumEntries(xoLogFileFlag) { return {kFileFlags, /*areFlags=*/true}; }
+
+}  // namespace xo
