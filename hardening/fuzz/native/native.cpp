@@ -53,6 +53,7 @@ BOOL WriteFile(HANDLE file, const void* bytes, DWORD size, DWORD* written, void*
 BOOL CloseHandle(HANDLE file) { return std::fclose(streamOf(file)) == 0; }
 BOOL FindClose(HANDLE) { return 0; }
 HANDLE LocalFree(HANDLE) { return nullptr; }
+BOOL FreeLibrary(HMODULE) { return 0; }
 void* VirtualAlloc(void*, std::size_t size, DWORD, DWORD) { return std::malloc(size); }
 BOOL VirtualFree(void* bytes, std::size_t, DWORD) { return std::free(bytes), 1; }
 void SecureZeroMemory(void* bytes, std::size_t size) { std::memset(bytes, 0, size); }

@@ -8,6 +8,7 @@ using BOOL = int;
 using DWORD = unsigned long;
 using ULONGLONG = unsigned long long;
 using HANDLE = void*;
+using HMODULE = void*;
 union LARGE_INTEGER {
     long long QuadPart;
 };
@@ -29,6 +30,7 @@ BOOL WriteFile(HANDLE file, const void* bytes, DWORD size, DWORD* written, void*
 BOOL CloseHandle(HANDLE file);
 BOOL FindClose(HANDLE);
 HANDLE LocalFree(HANDLE);
+BOOL FreeLibrary(HMODULE);
 void* VirtualAlloc(void*, std::size_t size, DWORD, DWORD);
 BOOL VirtualFree(void* bytes, std::size_t, DWORD);
 void SecureZeroMemory(void* bytes, std::size_t size);
