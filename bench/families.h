@@ -8,13 +8,13 @@ namespace bench {
 
 void measureAmounts(Suite& suite);  // the families numbers and enums
 void measureCsv(Suite& suite);
-void measureFolders(Suite& suite);
+void measureFiles(Suite& suite);
 void measureIni(Suite& suite);
 void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
 void measureProcess(Suite& suite);
 void measureProgress(Suite& suite);
-void measureStreams(Suite& suite);
+void measureStream(Suite& suite);
 void measureTables(Suite& suite);
 void measureText(Suite& suite);
 void measureThreads(Suite& suite);

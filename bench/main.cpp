@@ -15,12 +15,12 @@ int wmain(int count, wchar_t** arguments) {
     std::printf("%-8s %-38s %-34s %11s %11s %7s\n", "family", "case", "other", "ours ns", "theirs ns", "ratio");
     bench::measureAmounts(suite);
     bench::measureCsv(suite);
-    bench::measureFolders(suite);
+    bench::measureFiles(suite);
     bench::measureIni(suite);
     bench::measureLog(suite);
     bench::measureProcess(suite);
     bench::measureProgress(suite);
-    bench::measureStreams(suite);
+    bench::measureStream(suite);
     bench::measureTables(suite);
     bench::measureText(suite);
     bench::measureThreads(suite);

@@ -292,7 +292,7 @@ void measureStacks(Suite& suite, std::size_t pieceSize) {
 
 }  // namespace
 
-void measureStreams(Suite& suite) {
+void measureStream(Suite& suite) {
     if (!suite.wants("stream")) return;
     Records records = makeRecords();
     for (const int order : {0, 1}) measureInMemory(suite, records, order);

@@ -75,8 +75,8 @@ int countBySearch(const std::wstring& folder) {
 
 }  // namespace
 
-void measureFolders(Suite& suite) {
-    if (!suite.wants("folders")) return;
+void measureFiles(Suite& suite) {
+    if (!suite.wants("files")) return;
     const Tree tree;
     const std::string top = tree.top().generic_u8string();
     Paths ours = collectByOurs(top), standard = collectByStandard(tree.top());
@@ -85,7 +85,7 @@ void measureFolders(Suite& suite) {
     constexpr int kFiles = kFolders * kFilesPerFolder;
     require(ours == standard && ours.size() == kFiles && countBySearch(tree.top()) == kFiles,
             "the sides found different files");
-    suite.compare("folders", "collect the paths of 20000 files", kFiles, [&] { keep(collectByOurs(top)); },
+    suite.compare("files", "collect the paths of 20000 files", kFiles, [&] { keep(collectByOurs(top)); },
                   {{"std::filesystem", [&] { keep(collectByStandard(tree.top())); }},
                    {"limit: FindFirstFileW, count", [&] { keep(countBySearch(tree.top())); }}});
 }
