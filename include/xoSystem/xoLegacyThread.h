@@ -107,7 +107,7 @@ private:
     struct Private;
 
     static unsigned int __stdcall execute(void* thread);
-    static void runGuarded(void* thread);
+    static void runBody(void* thread);
 
     std::unique_ptr<Private> mPrivate;
 

@@ -16,10 +16,10 @@ namespace {
 
 constexpr ULONG kLongestName = 2000;
 
-constexpr DWORD kQuietly = SYMOPT_FAIL_CRITICAL_ERRORS | SYMOPT_NO_PROMPTS;
-constexpr DWORD kOptions = SYMOPT_LOAD_LINES | SYMOPT_UNDNAME | SYMOPT_DEFERRED_LOADS | kQuietly;
+constexpr DWORD kWithoutDialogs = SYMOPT_FAIL_CRITICAL_ERRORS | SYMOPT_NO_PROMPTS;
+constexpr DWORD kOptions = SYMOPT_LOAD_LINES | SYMOPT_UNDNAME | SYMOPT_DEFERRED_LOADS | kWithoutDialogs;
 // Of some modules the exported names say enough, and cost little to find.
-constexpr DWORD kOptionsForExports = SYMOPT_PUBLICS_ONLY | SYMOPT_UNDNAME | kQuietly;
+constexpr DWORD kOptionsForExports = SYMOPT_PUBLICS_ONLY | SYMOPT_UNDNAME | kWithoutDialogs;
 
 DebugHelp* walking = nullptr;  // the callbacks of a walk have no argument that could carry it
 
@@ -68,9 +68,9 @@ std::string_view DebugHelp::open() {
 bool DebugHelp::close() {
     const bool hasFaulted = mIsInside;
     const auto letGoOf = [](void* help) { static_cast<DebugHelp*>(help)->letGo(); };
-    if (!hasFaulted && callQuietly(letGoOf, this)) return true;
+    if (!hasFaulted && callSilently(letGoOf, this)) return true;
     const auto restoreOptions = [](void* help) { static_cast<DebugHelp*>(help)->setOptions(0); };
-    callQuietly(restoreOptions, this);
+    callSilently(restoreOptions, this);
     [[maybe_unused]] const HMODULE staysLoaded = mLibrary.release();
     return false;
 }
@@ -104,7 +104,7 @@ void DebugHelp::setOptions(DWORD options) {
 
 bool DebugHelp::read(std::uint64_t address, void* buffer, std::uint32_t size) {
     Reading reading{reinterpret_cast<const void*>(address), buffer, size};
-    return callQuietly(&readOwn, &reading);
+    return callSilently(&readOwn, &reading);
 }
 
 bool DebugHelp::walk(STACKFRAME64& frame, CONTEXT& context) {

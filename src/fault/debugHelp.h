@@ -19,7 +19,7 @@ namespace xo::fault {
 // two reports can be linked anew, and what comes to its address later is looked at afresh. One thread is let in at a
 // time.
 //
-// Each call may end in a fault, of DbgHelp itself. The caller survives it by callQuietly and then calls close.
+// Each call may end in a fault, of DbgHelp itself. The caller survives it by callSilently and then calls close.
 class DebugHelp {
 public:
     DebugHelp() = default;

@@ -7,7 +7,7 @@
 #include "fault/faultText.h"
 #include "fault/guardedCall.h"
 #include "fault/report.h"
-#include "fault/stackRoom.h"
+#include "fault/stackForReport.h"
 #include "fault/stackTrace.h"
 
 namespace xo::fault {
@@ -49,7 +49,7 @@ void writeReport(void* argument) {
 
 void reportFault(const EXCEPTION_POINTERS& fault) {
     const MaskedFloatingPoint masked;
-    callWithRoom(&writeReport, const_cast<EXCEPTION_POINTERS*>(&fault));
+    callWithEnoughStack(&writeReport, const_cast<EXCEPTION_POINTERS*>(&fault));
 }
 
 long filterFault(const EXCEPTION_POINTERS* fault) {

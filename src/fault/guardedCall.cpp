@@ -13,8 +13,8 @@ namespace {
 
 // Read back, so that the compiler does not take the result of a call for granted. One for each of the two functions, so
 // that no linker folds them into one.
-volatile bool isReportedDone = true;
-volatile bool isQuietDone = true;
+volatile bool isReportingDone = true;
+volatile bool isSilentDone = true;
 
 struct Call {
     Function function;
@@ -23,19 +23,19 @@ struct Call {
 };
 
 // The rescue knows these two on the stack by their addresses, and makes them return false.
-bool runReported(void* argument) {
+bool runReporting(void* argument) {
     const Call& call = *static_cast<Call*>(argument);
     call.function(call.argument);
-    return isReportedDone;
+    return isReportingDone;
 }
 
-bool runQuiet(void* argument) {
+bool runSilently(void* argument) {
     const Call& call = *static_cast<Call*>(argument);
     call.function(call.argument);
-    return isQuietDone;
+    return isSilentDone;
 }
 
-const OverflowRescue rescue(&runReported, &runQuiet);
+const OverflowRescue rescue(&runReporting, &runSilently);
 
 // Where Windows asks the filters of an overflowed stack, they run on what is reserved for that. A small stack gives a
 // small part of itself.
@@ -66,24 +66,24 @@ long filterReporting(const EXCEPTION_POINTERS& fault, void* argument) {
     return filterFault(&fault);
 }
 
-long filterQuietly(const EXCEPTION_POINTERS& fault, void* argument) {
+long filterSilently(const EXCEPTION_POINTERS& fault, void* argument) {
     static_cast<Call*>(argument)->faultCode = fault.ExceptionRecord->ExceptionCode;
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
 }  // namespace
 
-bool callGuarded(Function function, void* argument) {
+bool callReporting(Function function, void* argument) {
     reserveStackOnce();
     Call call{function, argument, EXCEPTION_STACK_OVERFLOW};  // the code holds when the rescue makes the call fail
-    if (platform::callFiltered(&runReported, &call, &filterReporting, &call)) return true;
+    if (platform::callFiltered(&runReporting, &call, &filterReporting, &call)) return true;
     recover(call.faultCode);
     return false;
 }
 
-bool callQuietly(Function function, void* argument, std::uint32_t* faultCode) {
+bool callSilently(Function function, void* argument, std::uint32_t* faultCode) {
     Call call{function, argument, EXCEPTION_STACK_OVERFLOW};
-    if (platform::callFiltered(&runQuiet, &call, &filterQuietly, &call)) return true;
+    if (platform::callFiltered(&runSilently, &call, &filterSilently, &call)) return true;
     if (faultCode) *faultCode = call.faultCode;
     recover(call.faultCode);
     return false;

@@ -1,4 +1,4 @@
-// Calls that a processor fault cannot leave: the structured frames on which the guard stands.
+// Calls that end, instead of the process, when a processor fault occurs in them.
 #ifndef XO_FAULT_GUARDEDCALL_H
 #define XO_FAULT_GUARDEDCALL_H
 
@@ -10,14 +10,14 @@ namespace xo::fault {
 
 using platform::Function;
 
-// Calls the function. A fault in it is reported and ends the call, after which the thread is as good as before: a guard
-// page stands at the end of its stack again, no floating-point fault is pending. False then. A language exception that
-// leaves the function is reported and goes on to the caller.
-bool callGuarded(Function function, void* argument);
+// Calls the function; true when it returns. A fault in it is reported and ends the call, and the result is false. The
+// thread can go on then: the guard page of its stack is restored, and no floating-point fault is pending. A C++
+// exception that leaves the function is reported and passed on to the caller.
+bool callReporting(Function function, void* argument);
 
-// The same without a report, for the steps of a report itself; the code of the fault goes to *faultCode unless that is
-// null. The function lets no language exception out.
-bool callQuietly(Function function, void* argument, std::uint32_t* faultCode = nullptr);
+// The same without a report, for the steps that write a report. *faultCode receives the code of the fault unless the
+// pointer is null. The function must not throw.
+bool callSilently(Function function, void* argument, std::uint32_t* faultCode = nullptr);
 
 }  // namespace xo::fault
 

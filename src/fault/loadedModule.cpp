@@ -76,7 +76,7 @@ std::wstring moduleFile(HMODULE module) { return module ? platform::modulePath(m
 
 std::optional<LoadedModule> describeModule(HMODULE module) {
     Image image{module, 0, false};
-    if (!callQuietly(&readImage, &image)) return {};
+    if (!callSilently(&readImage, &image)) return {};
     std::wstring file = moduleFile(module);
     const bool hasOnlyExports = isInSystemFolder(file) || isOfRuntime(module) || image.hasNamelessDatabase;
     return LoadedModule{std::move(file), image.size, hasOnlyExports};

@@ -3,14 +3,14 @@
 #include <cstdint>
 
 #include "fault/faultFilter.h"
-#include "fault/stackRoom.h"
+#include "fault/stackForReport.h"
 #include "platform/windows.h"
 
 namespace xo::fault {
 namespace {
 
-std::uintptr_t reportedFunction = 0;
-std::uintptr_t quietFunction = 0;
+std::uintptr_t reportingFunction = 0;
+std::uintptr_t silentFunction = 0;
 
 bool asksFramesOnOverflow() {
     const HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
@@ -47,8 +47,8 @@ bool unwindToGuard(CONTEXT& context, bool& isReported) {
         const DWORD64 stackBefore = context.Rsp;
         unwindOnce(context, function, imageBase);
         if (context.Rsp <= stackBefore) return false;  // no stack that anybody could walk
-        if (start != 0 && (start == reportedFunction || start == quietFunction)) {
-            isReported = start == reportedFunction;
+        if (start != 0 && (start == reportingFunction || start == silentFunction)) {
+            isReported = start == reportingFunction;
             return true;
         }
     }
@@ -69,18 +69,18 @@ void rescueThread(void* argument) {
 
 LONG CALLBACK handleOverflow(EXCEPTION_POINTERS* fault) {
     if (fault->ExceptionRecord->ExceptionCode != EXCEPTION_STACK_OVERFLOW) return EXCEPTION_CONTINUE_SEARCH;
-    if (hasStackRoom()) return EXCEPTION_CONTINUE_SEARCH;  // somebody raised the code: frames are asked as ever
+    if (hasStackForReport()) return EXCEPTION_CONTINUE_SEARCH;  // somebody raised the code: frames are asked as ever
     Rescue rescue{fault, /*isDone=*/false};
-    callWithRoom(&rescueThread, &rescue);
+    callWithEnoughStack(&rescueThread, &rescue);
     return rescue.isDone ? EXCEPTION_CONTINUE_EXECUTION : EXCEPTION_CONTINUE_SEARCH;
 }
 
 }  // namespace
 
-OverflowRescue::OverflowRescue(GuardedFunction reported, GuardedFunction quiet)
+OverflowRescue::OverflowRescue(GuardedFunction reporting, GuardedFunction silent)
     : mHandler(asksFramesOnOverflow() ? nullptr : ::AddVectoredExceptionHandler(/*First=*/FALSE, &handleOverflow)) {
-    reportedFunction = reinterpret_cast<std::uintptr_t>(reported);
-    quietFunction = reinterpret_cast<std::uintptr_t>(quiet);
+    reportingFunction = reinterpret_cast<std::uintptr_t>(reporting);
+    silentFunction = reinterpret_cast<std::uintptr_t>(silent);
 }
 
 OverflowRescue::~OverflowRescue() {

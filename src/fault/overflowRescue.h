@@ -14,7 +14,7 @@ public:
     using GuardedFunction = bool (*)(void*);
 
     // The functions that a guard calls: on the stack below the first a fault is reported, below the second it is not.
-    OverflowRescue(GuardedFunction reported, GuardedFunction quiet);
+    OverflowRescue(GuardedFunction reporting, GuardedFunction silent);
     ~OverflowRescue();
     OverflowRescue(const OverflowRescue&) = delete;
     OverflowRescue& operator=(const OverflowRescue&) = delete;

@@ -40,7 +40,7 @@ void sendToLog(void* text) {
 
 void send(Sink sink, const std::string& text) {
     std::uint32_t faultCode = 0;
-    if (!callQuietly(sink, const_cast<std::string*>(&text), &faultCode)) emitReport(describeFault(faultCode), {});
+    if (!callSilently(sink, const_cast<std::string*>(&text), &faultCode)) emitReport(describeFault(faultCode), {});
 }
 
 }  // namespace

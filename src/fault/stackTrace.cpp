@@ -96,7 +96,7 @@ void walkStack(void* argument) {
 // False when a fault has ended the walk.
 bool tryWalkStack(Trace& trace) XO_REQUIRES(lock) {
     if (isBroken) return false;
-    const bool isWhole = callQuietly(&walkStack, &trace);
+    const bool isWhole = callSilently(&walkStack, &trace);
     isBroken = !trace.help.close();
     return isWhole;
 }

@@ -40,12 +40,12 @@ void ask(void* argument) {
 // The text of the exception; "Unknown" where it has none, or faults when it is asked.
 std::string textOf(const std::exception& exception) {
     Question question{exception, kUnknown};
-    return fault::callQuietly(&ask, &question) ? std::move(question.text) : kUnknown;
+    return fault::callSilently(&ask, &question) ? std::move(question.text) : kUnknown;
 }
 
 void execute(fault::Function function, void* argument) {
     try {
-        if (fault::callGuarded(function, argument)) return;
+        if (fault::callReporting(function, argument)) return;
         throw std::runtime_error("Catch an SEH exception");
     } catch (const std::exception& exception) {
         const std::string text = textOf(exception);

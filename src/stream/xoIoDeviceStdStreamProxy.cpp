@@ -16,7 +16,7 @@ std::streamsize toStreamSize(std::uint64_t size) {
 
 // Runs an operation on a stream and drops its exception: the state of the stream, which callers check, says the same.
 template <class Operation>
-void quietly(Operation operation) {
+void ignoringExceptions(Operation operation) {
     try {
         operation();
     } catch (...) {
@@ -64,9 +64,9 @@ bool writeFew(std::ostream& out, const char* buffer, std::uint64_t size) {
 template <class Seek>
 void seekFrom(xoIoDevice::SeekStart start, Seek seek) {
     switch (start) {
-        case xoIoDevice::SeekFromBegin: quietly([&] { seek(std::ios_base::beg); }); break;
-        case xoIoDevice::SeekFromCurrent: quietly([&] { seek(std::ios_base::cur); }); break;
-        case xoIoDevice::SeekFromEnd: quietly([&] { seek(std::ios_base::end); }); break;
+        case xoIoDevice::SeekFromBegin: ignoringExceptions([&] { seek(std::ios_base::beg); }); break;
+        case xoIoDevice::SeekFromCurrent: ignoringExceptions([&] { seek(std::ios_base::cur); }); break;
+        case xoIoDevice::SeekFromEnd: ignoringExceptions([&] { seek(std::ios_base::end); }); break;
     }
 }
 
@@ -80,16 +80,16 @@ xoIoDeviceStdStreamProxy::~xoIoDeviceStdStreamProxy() {
 std::uint64_t xoIoDeviceStdStreamProxy::readBytes(char* buffer, std::uint64_t size) {
     if (hasError() || !mIn || !buffer || size == 0) return 0;
     if (readFew(*mIn, buffer, size)) return size;
-    quietly([&] { mIn->read(buffer, toStreamSize(size)); });
+    ignoringExceptions([&] { mIn->read(buffer, toStreamSize(size)); });
     const auto got = static_cast<std::uint64_t>(mIn->gcount());
-    if (got == 0) quietly([&] { mIn->setstate(std::ios_base::eofbit); });
+    if (got == 0) ignoringExceptions([&] { mIn->setstate(std::ios_base::eofbit); });
     return got;
 }
 
 std::uint64_t xoIoDeviceStdStreamProxy::writeBytes(const char* buffer, std::uint64_t size) {
     if (hasError() || !mOut || !buffer) return 0;
     if (writeFew(*mOut, buffer, size)) return size;
-    quietly([&] { mOut->write(buffer, toStreamSize(size)); });
+    ignoringExceptions([&] { mOut->write(buffer, toStreamSize(size)); });
     return hasError() ? 0 : size;
 }
 
@@ -111,13 +111,13 @@ bool xoIoDeviceStdStreamProxy::seekp(std::int64_t offset, SeekStart start) {
 
 std::uint64_t xoIoDeviceStdStreamProxy::tellg() {
     std::streamoff position = mIn ? -1 : 0;
-    if (mIn) quietly([&] { position = mIn->tellg(); });
+    if (mIn) ignoringExceptions([&] { position = mIn->tellg(); });
     return static_cast<std::uint64_t>(position);
 }
 
 std::uint64_t xoIoDeviceStdStreamProxy::tellp() {
     std::streamoff position = mOut ? -1 : 0;
-    if (mOut) quietly([&] { position = mOut->tellp(); });
+    if (mOut) ignoringExceptions([&] { position = mOut->tellp(); });
     return static_cast<std::uint64_t>(position);
 }
 

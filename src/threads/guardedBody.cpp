@@ -25,7 +25,7 @@ void releaseWholly(const xoMutex& lock) {
 
 }  // namespace
 
-bool runGuarded(void (*body)(void*), void* argument, std::initializer_list<xoMutex*> locks) noexcept {
+bool runReporting(void (*body)(void*), void* argument, std::initializer_list<xoMutex*> locks) noexcept {
     try {
         exception::impl::ExecGuardedCode(body, argument);
         return true;

@@ -25,7 +25,7 @@ struct ThreadNameRecord {
 #pragma pack(pop)
 static_assert(sizeof(ThreadNameRecord) == 24);
 
-// A debugger handles the exception; without one, callQuietly does.
+// A debugger handles the exception; without one, callSilently does.
 void raiseNameException(void* name) {
     constexpr DWORD kNameException = 0x406D1388;
     ThreadNameRecord record;
@@ -46,7 +46,7 @@ std::string readableName(const std::type_info& type) {
 }
 
 void nameCurrentThread(const std::string& name) noexcept {
-    fault::callQuietly(&raiseNameException, const_cast<char*>(name.c_str()));
+    fault::callSilently(&raiseNameException, const_cast<char*>(name.c_str()));
     try {
         platform::describeThread(::GetCurrentThread(), platform::toWide(name).c_str());
     } catch (const std::bad_alloc&) {

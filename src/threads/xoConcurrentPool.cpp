@@ -46,13 +46,13 @@ ConcurrentPool::Worker::Worker(ConcurrentPool& pool) : mPool(pool) {}
 ConcurrentPool::Worker::~Worker() { waitThread(INT_MAX); }
 
 void ConcurrentPool::Worker::run() {
-    if (!threads::runGuarded(&serve, this, {&mPool.mMutex})) loseTask();
+    if (!threads::runReporting(&serve, this, {&mPool.mMutex})) loseTask();
 }
 
 void ConcurrentPool::Worker::serve(void* argument) {
     auto& worker = *static_cast<Worker*>(argument);
     ConcurrentPool& pool = worker.mPool;
-    // By hand: when a task fails, runGuarded releases what it still holds of the lock, be it nothing.
+    // Not by a locker: when a task fails, runReporting releases the lock if the task still holds it.
     pool.mMutex.lock();
     worker.isOfLockedPool();
     while (worker.mKeepRunning) {

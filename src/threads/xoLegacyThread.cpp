@@ -112,11 +112,11 @@ unsigned int __stdcall xoLegacyThread::execute(void* thread) {
     fault::watchSignalsOfThread();
     xoThreadSafePtr<bool> alive =
         self->mPrivate->alive;  // a copy: the object may be destroyed once the body has cleared it
-    if (!threads::runGuarded(&runGuarded, self, /*locks=*/{})) alive.set(false);
+    if (!threads::runReporting(&runBody, self, /*locks=*/{})) alive.set(false);
     return 0;
 }
 
-void xoLegacyThread::runGuarded(void* thread) { static_cast<xoLegacyThread*>(thread)->run(); }
+void xoLegacyThread::runBody(void* thread) { static_cast<xoLegacyThread*>(thread)->run(); }
 
 void xoLegacyThread::run() {
     if (mPrivate->body) mPrivate->body->run();

@@ -115,7 +115,7 @@ void xoThread::usleep(unsigned long microseconds) { ::Sleep(microseconds / 1000)
 void xoThread::Run(xoThread* thread) {
     threads::nameCurrentThread(thread->mPrivate->name);
     fault::watchSignalsOfThread();
-    threads::runGuarded(&RunImpl, thread, /*locks=*/{});
+    threads::runReporting(&RunImpl, thread, /*locks=*/{});
     thread->mPrivate->isRunning.store(false, std::memory_order_release);
 }
 

@@ -70,7 +70,7 @@ void xoThreadPeriodicalUpdater::removeCallback(void (*function)(void*), void* da
     callbacks.erase(callback);
 }
 
-void xoThreadPeriodicalUpdater::run() { threads::runGuarded(&Private::serve, mPrivate.get(), {&mPrivate->mutex}); }
+void xoThreadPeriodicalUpdater::run() { threads::runReporting(&Private::serve, mPrivate.get(), {&mPrivate->mutex}); }
 
 void xoThreadPeriodicalUpdater::Private::serve(void* state) {
     auto& self = *static_cast<Private*>(state);

@@ -79,14 +79,14 @@ bool xoWorkThread::mustStop() const { return mPrivate->mustStop.load(std::memory
 
 void xoWorkThread::setIdle(bool idle) { mPrivate->isIdle.store(idle, std::memory_order_relaxed); }
 
-void xoWorkThread::run() { threads::runGuarded(&serve, this, {&mPrivate->jobMutex, &mPrivate->queueMutex}); }
+void xoWorkThread::run() { threads::runReporting(&serve, this, {&mPrivate->jobMutex, &mPrivate->queueMutex}); }
 
 void xoWorkThread::serve(void* thread) {
     auto& self = *static_cast<xoWorkThread*>(thread);
     Private& state = *self.mPrivate;
     if (self.mustStop()) return;
     for (;;) {
-        // Without lockers, here and below: a fault runs no destructor, and runGuarded releases what is held then.
+        // Without lockers, here and below: a fault runs no destructor, and runReporting releases what is held then.
         state.queueMutex.lock();
         if (state.queue.empty() || state.isIdle.load(std::memory_order_relaxed)) {
             self.setIdle(true);

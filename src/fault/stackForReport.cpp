@@ -1,0 +1,33 @@
+#include "fault/stackForReport.h"
+
+#include <cstddef>
+
+#include "platform/ownStack.h"
+
+namespace xo::fault {
+namespace {
+
+constexpr std::size_t kStackForReport = std::size_t{256} * 1024;  // DbgHelp reads program databases on it
+constexpr std::size_t kOwnStack = std::size_t{1024} * 1024;
+
+struct SilentCall {
+    Function function;
+    void* argument;
+};
+
+void run(void* argument) {
+    const SilentCall& call = *static_cast<const SilentCall*>(argument);
+    callSilently(call.function, call.argument);
+}
+
+}  // namespace
+
+bool hasStackForReport() { return platform::stackLeft() >= kStackForReport; }
+
+void callWithEnoughStack(Function function, void* argument) {
+    SilentCall call{function, argument};
+    if (!hasStackForReport() && platform::callOnOwnStack(kOwnStack, &run, &call)) return;
+    run(&call);
+}
+
+}  // namespace xo::fault
