@@ -4,8 +4,8 @@
 //     ...
 //     if (power.getPowerStatus().mAcLine == xo::xoPowerStatus::AcLineOffline) drawLessOften();
 //
-// A reader asks the system at most once in its interval, so that a loop may poll it on every turn. One reader belongs
-// to one thread. Nothing fails: what the system does not tell is unknown.
+// A reader asks the system at most once in its interval, so that a loop may poll it on every turn. A reader must be
+// used by one thread at a time. No function fails: a value that the system does not report is unknown.
 #ifndef XOSYSTEM_XOPOWERSTATUS_H
 #define XOSYSTEM_XOPOWERSTATUS_H
 
@@ -20,17 +20,17 @@ class xoEnumList;
 
 // A plain value.
 struct xoPowerStatus {
-    // Where the power comes from: offline is the battery.
+    // The source of power: offline means battery.
     enum AcLine : std::int32_t { AcLineOffline = 0, AcLineOnline = 1, AcLineUnknown = 2 };
     enum : std::int32_t { BatteryUnknown = 101 };  // in place of a percentage
 
     constexpr xoPowerStatus() = default;
-    // Takes the two fields as they are.
+    // Stores both values unchecked.
     constexpr xoPowerStatus(std::int32_t acLine, std::int32_t batteryPercent)
         : mAcLine(acLine), mBatteryPercent(batteryPercent) {}
 
-    // Not each other's opposite, and code relies on it: two statuses that differ in one field alone are neither equal
-    // nor unequal. To learn whether anything differs, ask !(a == b).
+    // operator!= is not the negation of operator==, and existing code relies on that: two statuses that differ in only
+    // one field are neither equal nor unequal. To find out whether any field differs, use !(a == b).
     constexpr bool operator==(const xoPowerStatus& other) const {
         return mAcLine == other.mAcLine && mBatteryPercent == other.mBatteryPercent;
     }
@@ -38,22 +38,22 @@ struct xoPowerStatus {
         return mAcLine != other.mAcLine && mBatteryPercent != other.mBatteryPercent;
     }
 
-    std::int32_t mAcLine = AcLineUnknown;           // AcLineOffline is running on battery
+    std::int32_t mAcLine = AcLineUnknown;           // one of AcLine
     std::int32_t mBatteryPercent = BatteryUnknown;  // 0 to 100, or BatteryUnknown
 };
 
 class XOSYSTEM_API xoPowerStatusReader {
 public:
-    // Reads at once. The interval is what must have passed between two readings, in milliseconds; a negative one makes
-    // every poll read.
+    // Reads the status at once. More than intervalMs milliseconds must pass before a poll reads it again; if the
+    // interval is negative, every poll reads it.
     explicit xoPowerStatusReader(std::int64_t intervalMs = 250);
 
-    // Reads the system if more than the interval has passed since the last reading, or if forced to. True only if this
-    // reading changed both the AC line and the battery's charge: a charger that is unplugged at 100 percent gives
-    // false, and so does a poll that reads nothing. What has been read is kept either way.
+    // Reads the status if more than the interval has passed since the last reading, or if force is true. Returns true
+    // only if this reading has changed both the AC line and the charge of the battery: false when a charger is
+    // unplugged at 100 percent, and false when nothing was read. The status that was read is stored in any case.
     bool updatePowerStatusReader(bool force = false);
 
-    // Polls without force, then gives the stored status, which the next update overwrites.
+    // Polls without force and returns the stored status, which the next update overwrites.
     const xoPowerStatus& getPowerStatus();
 
 private:

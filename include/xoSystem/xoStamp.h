@@ -1,4 +1,4 @@
-// Stamp and StampGenerator: tokens that never come twice, to tell which of two things is newer.
+// Stamp and StampGenerator: unique, increasing tokens that tell which of two things is newer.
 //
 //     static xo::StampGenerator stamps;
 //     mesh.changed = stamps.generateStamp();
@@ -15,7 +15,7 @@
 
 namespace xo {
 
-// A plain value. Only a generator makes valid ones; stamps of different generators are comparable, but tell nothing.
+// A value. Only a generator makes valid stamps. The order of stamps from different generators has no meaning.
 class Stamp {
 public:
     constexpr Stamp() = default;  // invalid
@@ -36,7 +36,7 @@ private:
     std::uint64_t mValue = 0;
 };
 
-// Any thread may ask it for stamps. It cannot be copied: the copy would give the same stamps again.
+// Thread-safe. Not copyable: a copy would generate the same stamps again.
 class XOSYSTEM_API StampGenerator {
 public:
     StampGenerator();
@@ -44,8 +44,8 @@ public:
     StampGenerator(const StampGenerator&) = delete;
     StampGenerator& operator=(const StampGenerator&) = delete;
 
-    // The stamps are 1, 2, 3 and so on. All are distinct, and one that is asked for after another was given, by the
-    // same thread or by one that has learnt of it, is greater.
+    // The stamps are 1, 2, 3 and so on, each given once. A stamp is greater than those that the same thread, or a
+    // thread that has synchronised with it, has generated before.
     Stamp generateStamp() { return Stamp(mNext->fetch_add(1, std::memory_order_relaxed)); }
 
 private:

@@ -1,9 +1,9 @@
-// xoSystemUtils: what the library asks of the machine it runs on.
+// xoSystemUtils: facts about the machine and the program, and unique identifiers.
 //
 //     const std::string name = "job-" + xoSystemUtils::CreateUuid();
 //
-// initializeXoSystem and terminateXoSystem make the first two calls, from one thread; the others may be called from any
-// thread and at any time. Nothing throws: what cannot be found out is an empty text.
+// initializeXoSystem and terminateXoSystem call the first two functions, from one thread. The others may be called from
+// any thread at any time. No function reports an error: a text that cannot be determined is empty.
 #ifndef XOSYSTEM_XOSYSTEMUTILS_H
 #define XOSYSTEM_XOSYSTEMUTILS_H
 
@@ -17,22 +17,24 @@ class XOSYSTEM_API xoSystemUtils {
 public:
     xoSystemUtils() = delete;
 
-    // Reads the processor count from the environment variable NUMBER_OF_PROCESSORS: the decimal number at its start,
-    // 1 for what is less or no number. Without the variable a CRITICAL line says so and the count is 1.
+    // Reads the processor count from the environment variable NUMBER_OF_PROCESSORS: the decimal number at its start, or
+    // 1 if there is no number or it is less than 1. If the variable does not exist, the count is 1 and a CRITICAL line
+    // in the log says so.
     static void InitializeSystemUtils();
 
-    // Forgets the processor count and the main disk.
+    // Sets the processor count to 1 and discards the stored main disk.
     static void TerminateSystemUtils();
 
-    // As InitializeSystemUtils has read it, at least 1; 1 when it has not.
+    // The count that InitializeSystemUtils has read, at least 1; 1 before that call.
     static unsigned GetProcessorCount();
 
     // The physical disk that holds the system drive, as CreateFileW takes it: "\\.\PHYSICALDRIVE0". The first call asks
-    // the volume, and where that does not know its disk, the management service, on a thread of its own and for 10
-    // seconds at most; the answer, an empty one too, serves all further calls. Of a volume on several disks, the first.
+    // the volume and, if the volume does not name its disk, the management service, for at most 10 seconds. The result,
+    // even an empty one, is stored for all further calls. For a volume on several disks it is the first of them.
     static std::string getMainHDDDevice();
 
-    // A fresh random identifier (version 4): "8b0ab1c4-33d7-4e0c-9b4f-6f0f6d1ad1c2", in braces if asked for.
+    // A new random identifier (version 4): "8b0ab1c4-33d7-4e0c-9b4f-6f0f6d1ad1c2", in braces if
+    // inBraces is true.
     static std::string CreateUuid(bool inBraces = false);
 
     // The folder of the running executable, as xoDirUtils::GetFolderOfCurrentProcessUtf8 gives it.

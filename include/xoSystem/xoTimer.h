@@ -1,4 +1,4 @@
-// Timers: xo::xoTimer counts the system's milliseconds, xoHighResTimer the ticks of its finest counter.
+// Timers: xo::xoTimer counts the system's milliseconds, xoHighResTimer the ticks of its performance counter.
 //
 //     xo::xoTimer sinceSave(/*snapNow=*/true);
 //     ...
@@ -10,7 +10,7 @@
 //     timer.stop();
 //     xo::xoLogObject(xo::xoLogInfo) << "solved in " << timer.getElapsedTimeInMilliSec() << " ms";
 //
-// Both are plain values for one thread at a time, and nothing fails.
+// Both are values, to be used by one thread at a time. No function fails.
 #ifndef XOSYSTEM_XOTIMER_H
 #define XOSYSTEM_XOTIMER_H
 
@@ -21,28 +21,31 @@
 
 namespace xo {
 
-// Time since a moment that was snapped. It moves in the steps of the system's tick count: 10 to 16 milliseconds.
+// The time since a moment that was stored, the snap. It advances in steps of 10 to 16 milliseconds.
+// https://learn.microsoft.com/windows/win32/api/sysinfoapi/nf-sysinfoapi-gettickcount64
 class XOSYSTEM_API xoTimer {
 public:
-    // Has no snap unless asked for.
+    // Stores the present moment if snapNow is true; otherwise there is no snap.
     explicit xoTimer(bool snapNow = false) {
         if (snapNow) snapTime();
     }
 
-    // Takes the present moment for the snap, or forgets it.
+    // Stores the present moment.
     void snapTime();
+    // Removes the snap.
     void clearTime() { mSnapMs = kNotSnapped; }
     // Whether there is a snap.
     bool isTimeSnapped() const { return mSnapMs != kNotSnapped; }
 
     // Milliseconds since the snap, INT64_MAX when there is none.
     std::int64_t getElapsedMs() const;
-    // The same, then snaps anew if asked for, by a second look at the clock: the time between the two is lost.
+    // The same. If resnap is true, snapTime is called after that: the time between the two readings of the clock is not
+    // counted.
     std::int64_t getElapsedMs(bool resnap);
 
-    // Whether more than that time has passed. Without a snap more than any time has.
+    // Whether more than that time has passed since the snap; always true without a snap.
     bool isElapsedMs(std::int64_t ms) const;
-    // Seconds too many to count in milliseconds are as many as can be.
+    // Seconds whose milliseconds do not fit into 64 bits are limited to the greatest or least value.
     bool isElapsedSec(std::int64_t seconds) const;
 
 private:
@@ -53,21 +56,21 @@ private:
 
 }  // namespace xo
 
-// A stopwatch; a new one is stopped at 0. A copy goes on by itself from where the original stood.
+// A stopwatch; a new one is stopped at 0. A copy continues from the state of the original, independently of it.
 class XOSYSTEM_API xoHighResTimer {
 public:
     xoHighResTimer();
     ~xoHighResTimer();
-    // Copies the marks, and whether it runs.
+    // Copies the start and end marks, and whether the timer runs.
     xoHighResTimer(const xoHighResTimer& other);
     xoHighResTimer& operator=(const xoHighResTimer& other);
 
-    // Measures from now on, also when it runs already. The last end mark stays until the next stop or reading.
+    // Sets the start mark to now, even if the timer runs. The end mark stays until the next stop or reading.
     void start();
-    // Marks the end. A timer that is stopped keeps the mark that it has.
+    // Sets the end mark to now. Does nothing if the timer is stopped.
     void stop();
     bool isRunning() const;
-    // Back to stopped, at 0.
+    // Stops the timer and sets it to 0.
     void clearTimer();
 
     // The time from the start to the end mark. Reading a running timer first moves its end mark to now.

@@ -1,14 +1,15 @@
-// VirtualMemoryAllocatorDisk: holds one block of memory that the system commits, in its pagefile if need be.
+// VirtualMemoryAllocatorDisk: one block of committed memory, which the system may move to its page file.
+// https://learn.microsoft.com/windows/win32/api/memoryapi/nf-memoryapi-virtualalloc
 //
 //     xo::VirtualMemoryAllocatorDisk block;
-//     void* const room = block.allocateMemory(std::uint64_t{1} << 30);
-//     if (!room) return false;
+//     void* const memory = block.allocateMemory(std::uint64_t{1} << 30);
+//     if (!memory) return false;
 //     ...
 //     block.freeMemory();
 //
-// For one thread at a time. It does not own the block as other classes own what they allocate: its destructor frees
-// nothing, and a copy, or the target of a move, holds the same block as the original. The caller frees a block once, by
-// one of those that hold it.
+// To be used by one thread at a time. The object does not own the block: its destructor frees nothing, and a copy, or
+// the target of a move, refers to the same block as the original. The caller frees a block once, through one of the
+// objects that refer to it.
 #ifndef XOSYSTEM_XOVIRTUALMEMORY_H
 #define XOSYSTEM_XOVIRTUALMEMORY_H
 
@@ -20,12 +21,12 @@ namespace xo {
 
 class XOSYSTEM_API VirtualMemoryAllocatorDisk {
 public:
-    // That many bytes of zeros, rounded up to pages, for reading and writing. A block that is held already is
-    // forgotten, not freed. Null, with "Allocation failed :" on standard output, when the system refuses; it always
-    // refuses 0.
+    // Allocates size bytes, rounded up to whole pages, readable, writable and filled with zeros. A block that the
+    // object already refers to is not freed. When the allocation fails, as it always does for size 0, the result is
+    // null and "Allocation failed :" is written to standard output.
     void* allocateMemory(std::uint64_t size);
 
-    // Frees the block that is held; does nothing when there is none, or none any more.
+    // Frees the block; does nothing if there is none or this object has already freed it.
     void freeMemory();
 
 private:

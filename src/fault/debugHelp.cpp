@@ -18,12 +18,14 @@ constexpr ULONG kLongestName = 2000;
 
 constexpr DWORD kWithoutDialogs = SYMOPT_FAIL_CRITICAL_ERRORS | SYMOPT_NO_PROMPTS;
 constexpr DWORD kOptions = SYMOPT_LOAD_LINES | SYMOPT_UNDNAME | SYMOPT_DEFERRED_LOADS | kWithoutDialogs;
-// Of some modules the exported names say enough, and cost little to find.
+// For modules of which only the exported names are read: no program database is searched.
+// https://learn.microsoft.com/windows/win32/api/dbghelp/nf-dbghelp-symsetoptions
 constexpr DWORD kOptionsForExports = SYMOPT_PUBLICS_ONLY | SYMOPT_UNDNAME | kWithoutDialogs;
 
-DebugHelp* walking = nullptr;  // the callbacks of a walk have no argument that could carry it
+DebugHelp* walking = nullptr;  // StackWalk64 passes no argument of the caller to its callbacks
 
-// DbgHelp's narrow texts are in the ANSI code page, but Wine's pass on what the program database holds: UTF-8.
+// The narrow functions of DbgHelp return texts in the ANSI code page. Wine's return the bytes of the program database,
+// which are UTF-8.
 std::string toUtf8(std::string_view text) {
     return text::isUtf8(text) ? std::string(text) : platform::fromNative(text);
 }
@@ -46,7 +48,9 @@ void readOwn(void* argument) {
     std::memcpy(reading.to, reading.from, reading.size);
 }
 
-// DbgHelp's own way to memory, through the system, takes most of a walk's time.
+// Reads memory of this process directly. Without this callback StackWalk64 calls ReadProcessMemory for each access,
+// which takes most of its time.
+// https://learn.microsoft.com/windows/win32/api/dbghelp/nf-dbghelp-stackwalk64
 BOOL WINAPI readMemory(HANDLE, DWORD64 address, void* buffer, DWORD size, DWORD* sizeRead) {
     const bool isRead = DebugHelp::read(address, buffer, size);
     *sizeRead = isRead ? size : 0;
@@ -67,15 +71,15 @@ std::string_view DebugHelp::open() {
 
 bool DebugHelp::close() {
     const bool hasFaulted = mIsInside;
-    const auto letGoOf = [](void* help) { static_cast<DebugHelp*>(help)->letGo(); };
-    if (!hasFaulted && callSilently(letGoOf, this)) return true;
+    const auto end = [](void* help) { static_cast<DebugHelp*>(help)->endSession(); };
+    if (!hasFaulted && callSilently(end, this)) return true;
     const auto restoreOptions = [](void* help) { static_cast<DebugHelp*>(help)->setOptions(0); };
     callSilently(restoreOptions, this);
     [[maybe_unused]] const HMODULE staysLoaded = mLibrary.release();
     return false;
 }
 
-void DebugHelp::letGo() {
+void DebugHelp::endSession() {
     if (mProcess) setOptions(0);
     if (mProcess && mCleanup) call(mCleanup, mProcess);
     mLibrary.reset();
@@ -92,12 +96,15 @@ bool DebugHelp::resolveAll() {
 }
 
 void DebugHelp::initialise() {
-    mProcess = this;  // any token does where modules come one by one, as a walk meets them, and memory is read here
+    // The handle only identifies the session. It need not be that of a process, because fInvadeProcess is FALSE and
+    // memory is read by readMemory.
+    // https://learn.microsoft.com/windows/win32/api/dbghelp/nf-dbghelp-syminitialize
+    mProcess = this;
     const std::string path = symbolSearchPath();
     call(mInitialize, mProcess, path.c_str(), /*fInvadeProcess=*/FALSE);
 }
 
-// Options belong to the whole process: ours are set beside the host's, and in the end the host has its own again.
+// The options are global to the process. Those of the library are added to the host's, which close restores.
 void DebugHelp::setOptions(DWORD options) {
     if (mSetOptions) call(mSetOptions, mHostOptions | options);
 }
@@ -141,7 +148,7 @@ DebugHelp::Symbol DebugHelp::symbolAt(std::uint64_t address) {
     loadModuleAt(address);
     Symbol symbol = findSymbol(address);
     if (!symbol.name.empty()) return symbol;
-    // Wine knows an exported name at the very start of its function only.
+    // Wine's DbgHelp finds an exported name only by the address at which the function starts.
     DWORD64 base = 0;
     const RUNTIME_FUNCTION* const function = ::RtlLookupFunctionEntry(address, &base, nullptr);
     if (!function) return symbol;
@@ -150,8 +157,8 @@ DebugHelp::Symbol DebugHelp::symbolAt(std::uint64_t address) {
 }
 
 DebugHelp::Symbol DebugHelp::findSymbol(std::uint64_t address) {
-    alignas(IMAGEHLP_SYMBOL64) std::byte room[sizeof(IMAGEHLP_SYMBOL64) + kLongestName + 1] = {};
-    auto& symbol = *reinterpret_cast<IMAGEHLP_SYMBOL64*>(room);
+    alignas(IMAGEHLP_SYMBOL64) std::byte buffer[sizeof(IMAGEHLP_SYMBOL64) + kLongestName + 1] = {};
+    auto& symbol = *reinterpret_cast<IMAGEHLP_SYMBOL64*>(buffer);
     symbol.SizeOfStruct = sizeof symbol;
     symbol.MaxNameLength = kLongestName;
     DWORD64 offset = 0;

@@ -1,4 +1,4 @@
-// DbgHelp for one stack trace, with the modules that are on the stack.
+// A session of DbgHelp for one stack trace. It loads the symbols of the modules on the stack only.
 #ifndef XO_FAULT_DEBUGHELP_H
 #define XO_FAULT_DEBUGHELP_H
 
@@ -15,33 +15,35 @@
 
 namespace xo::fault {
 
-// Loaded by open and let go by close, with the program databases that it has read: a module that is unloaded between
-// two reports can be linked anew, and what comes to its address later is looked at afresh. One thread is let in at a
-// time.
+// open loads DbgHelp; close unloads it and closes the program databases that it has read. So a module that is unloaded
+// between two reports can be linked again, and another module that is loaded at its address gets its own symbols.
+// DbgHelp is single-threaded: the caller holds a lock.
+// https://learn.microsoft.com/windows/win32/api/dbghelp/nf-dbghelp-syminitialize
 //
-// Each call may end in a fault, of DbgHelp itself. The caller survives it by callSilently and then calls close.
+// A fault may occur in any of these functions, in DbgHelp itself. The caller handles it with callSilently and then
+// calls close.
 class DebugHelp {
 public:
     DebugHelp() = default;
     DebugHelp(const DebugHelp&) = delete;
     DebugHelp& operator=(const DebugHelp&) = delete;
 
-    // Makes it ready for a trace. The result is empty or says what is missing.
+    // Prepares a trace. The result is empty, or the line of the report that says what is missing.
     std::string_view open();
 
-    // Lets all go; no fault comes out of it. False when DbgHelp has faulted: it then stays loaded, in no known state,
-    // and is not to be opened again.
+    // Ends the session and unloads DbgHelp; a fault in that is handled here. False when DbgHelp has faulted, now or
+    // before: its state is unknown then, so it stays loaded and must not be opened again.
     bool close();
 
-    // Copies memory of this process; false where there is none to read.
+    // Copies memory of this process; false when a part of it cannot be read.
     static bool read(std::uint64_t address, void* buffer, std::uint32_t size);
 
-    // Steps to the next frame outwards.
+    // Moves on to the next frame, from the innermost outwards; false when there is none.
     bool walk(STACKFRAME64& frame, CONTEXT& context);
 
     struct Symbol {
-        std::string name;       // empty when there is none at the address
-        std::uint64_t address;  // where it begins, if there is one
+        std::string name;       // empty when the address has no symbol
+        std::uint64_t address;  // the start of the symbol; 0 without one
         bool isUnconfident;
     };
     Symbol symbolAt(std::uint64_t address);
@@ -56,7 +58,7 @@ private:
     bool resolveAll();
     void initialise();
     void setOptions(DWORD options);
-    void letGo();
+    void endSession();
     void loadModuleAt(std::uint64_t address);
     Symbol findSymbol(std::uint64_t address);
     static void* WINAPI functionTableAt(HANDLE process, DWORD64 address);
@@ -68,7 +70,7 @@ private:
         return function != nullptr;
     }
 
-    // Calls a function of DbgHelp. A fault leaves the mark set that somebody is inside.
+    // Calls a function of DbgHelp. A fault in it leaves mIsInside set.
     template <class Function, class... Arguments>
     auto call(Function* function, Arguments... arguments) {
         const bool wasInside = std::exchange(mIsInside, true);
@@ -77,7 +79,7 @@ private:
         return result;
     }
 
-    // Each null unless the library is loaded; the last four may be missing from it.
+    // Null until DbgHelp is loaded. The last four are optional.
     decltype(::StackWalk64)* mStackWalk = nullptr;
     decltype(::SymGetLineFromAddr64)* mGetLine = nullptr;
     decltype(::SymGetSymFromAddr64)* mGetSymbol = nullptr;
@@ -90,8 +92,8 @@ private:
     decltype(::SymCleanup)* mCleanup = nullptr;
 
     platform::LibraryHandle mLibrary;
-    HANDLE mProcess = nullptr;      // keeps our symbols apart from the host's; null until DbgHelp is initialised
-    DWORD mHostOptions = 0;         // as found by open, put back by close
+    HANDLE mProcess = nullptr;      // identifies this session beside the host's; null until DbgHelp is initialised
+    DWORD mHostOptions = 0;         // read by open, restored by close
     std::vector<HMODULE> mModules;  // loaded into DbgHelp
     bool mIsInside = false;         // whether a call is under way in DbgHelp
 };

@@ -13,7 +13,8 @@
 namespace xo::fault {
 namespace {
 
-// Floating-point faults that the faulting code asked for must not strike in its report.
+// Masks the floating-point exceptions that the faulting code may have enabled: none may occur while its report is
+// written.
 class MaskedFloatingPoint {
 public:
     MaskedFloatingPoint() : mBefore(::_mm_getcsr()) {
@@ -28,7 +29,7 @@ private:
     unsigned mBefore;
 };
 
-// Where a stack overflow was reached by recursion, the innermost frames say it all.
+// The trace of a stack overflow is shorter, because most of its frames repeat those of a recursion.
 constexpr int kMostFrames = 1000;
 constexpr int kMostFramesOfOverflow = 64;
 
@@ -41,7 +42,7 @@ void writeReport(void* argument) {
             appendStackTrace(text, *fault.ContextRecord,
                              code == EXCEPTION_STACK_OVERFLOW ? kMostFramesOfOverflow : kMostFrames);
         emitReport(text);
-    } catch (...) {  // out of memory, even for a line
+    } catch (...) {  // out of memory: there is no report
     }
 }
 

@@ -1,4 +1,4 @@
-// What is done about a fault at the moment it happens.
+// Reports a fault when it occurs, before the stack is unwound.
 #ifndef XO_FAULT_FAULTFILTER_H
 #define XO_FAULT_FAULTFILTER_H
 
@@ -6,11 +6,13 @@
 
 namespace xo::fault {
 
-// The filter of a guarded frame: reports what no inner frame took. Language exceptions go on to the catch clauses.
+// The exception filter of callReporting: reports an exception that no inner frame has handled. C++ exceptions are then
+// passed on to the catch clauses, faults end the call.
+// https://learn.microsoft.com/cpp/cpp/writing-an-exception-filter
 long filterFault(const EXCEPTION_POINTERS* fault);
 
-// Reports the fault of the calling thread: what, where, with a stack trace unless the thread is reporting already. No
-// exception and no fault comes out of it.
+// Reports a fault of the calling thread: its code, and a stack trace unless the thread is already sending a report.
+// Does not throw; faults in it are handled.
 void reportFault(const EXCEPTION_POINTERS& fault);
 
 }  // namespace xo::fault

@@ -1,4 +1,4 @@
-// How a processor fault is named.
+// The text of a processor fault.
 #ifndef XO_FAULT_FAULTTEXT_H
 #define XO_FAULT_FAULTTEXT_H
 
@@ -8,13 +8,13 @@
 
 namespace xo::fault {
 
-// True for the codes by which language exceptions travel: Microsoft's and GCC's.
+// True for the codes with which the runtimes of Microsoft and GCC raise C++ exceptions.
 bool isLanguageException(std::uint32_t code);
 
-// "EXCEPTION_ACCESS_VIOLATION", or a text that says the code is not known.
+// The name of the code, such as "EXCEPTION_ACCESS_VIOLATION"; "Unknown Exception Code" for any other.
 std::string_view faultName(std::uint32_t code);
 
-// The first line of a fault's report, for the calling thread.
+// The first line of a report: the fault, the process and the calling thread.
 std::string describeFault(std::uint32_t code);
 
 // Appends lower-case hexadecimal digits without leading zeros.

@@ -11,8 +11,9 @@
 namespace xo::fault {
 namespace {
 
-// Read back, so that the compiler does not take the result of a call for granted. One for each of the two functions, so
-// that no linker folds them into one.
+// The results of the two functions below: volatile, because OverflowRescue can make the functions return false, which
+// the compiler must not rule out; and one for each function, so that the linker does not fold the two functions.
+// https://learn.microsoft.com/cpp/build/reference/opt-optimizations
 volatile bool isReportingDone = true;
 volatile bool isSilentDone = true;
 
@@ -22,7 +23,7 @@ struct Call {
     DWORD faultCode;
 };
 
-// The rescue knows these two on the stack by their addresses, and makes them return false.
+// OverflowRescue finds these two functions on the stack by their addresses and makes them return false.
 bool runReporting(void* argument) {
     const Call& call = *static_cast<Call*>(argument);
     call.function(call.argument);
@@ -37,8 +38,8 @@ bool runSilently(void* argument) {
 
 const OverflowRescue rescue(&runReporting, &runSilently);
 
-// Where Windows asks the filters of an overflowed stack, they run on what is reserved for that. A small stack gives a
-// small part of itself.
+// At a stack overflow Windows runs the exception filters on the part of the stack that is reserved here. It is at most
+// a sixteenth of the stack, so that a small stack stays usable.
 // https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-setthreadstackguarantee
 void reserveStackOnce() {
     thread_local bool isReserved = false;
@@ -48,16 +49,18 @@ void reserveStackOnce() {
     ULONG_PTR low = 0, high = 0;
     ::GetCurrentThreadStackLimits(&low, &high);
     auto size = static_cast<ULONG>((std::min)(kMostReserved, (high - low) / kPart));
-    ::SetThreadStackGuarantee(&size);  // refused for a tiny stack, which then has to do without
+    ::SetThreadStackGuarantee(&size);  // fails for a tiny stack, which then has no reserve
 }
 
-// The thread goes on: what the fault left behind must not strike again.
+// Prepares the thread to go on: restores the guard page of an overflowed stack, without which the next overflow ends
+// the process, and clears the floating-point flags, because a later instruction would raise a pending x87 exception.
+// https://learn.microsoft.com/cpp/c-runtime-library/reference/resetstkoflw
 void recover(DWORD code) {
     if (code == EXCEPTION_STACK_OVERFLOW) ::_resetstkoflw();
     constexpr unsigned kExceptionFlags = 0x3F;
     ::_mm_setcsr(::_mm_getcsr() & ~kExceptionFlags);
 #if defined(__GNUC__)
-    __asm__ volatile("fnclex");  // the x87 unit has its long doubles only with these compilers
+    __asm__ volatile("fnclex");  // only these compilers use the x87 unit, for long double
 #endif
 }
 
@@ -75,7 +78,7 @@ long filterSilently(const EXCEPTION_POINTERS& fault, void* argument) {
 
 bool callReporting(Function function, void* argument) {
     reserveStackOnce();
-    Call call{function, argument, EXCEPTION_STACK_OVERFLOW};  // the code holds when the rescue makes the call fail
+    Call call{function, argument, EXCEPTION_STACK_OVERFLOW};  // the code if OverflowRescue ends the call
     if (platform::callFiltered(&runReporting, &call, &filterReporting, &call)) return true;
     recover(call.faultCode);
     return false;

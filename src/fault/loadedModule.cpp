@@ -13,7 +13,7 @@
 namespace xo::fault {
 namespace {
 
-// What the debug directory says about a program database.
+// The record of the debug directory that names a program database.
 struct DatabaseRecord {
     DWORD signature;
     GUID guid;
@@ -31,7 +31,7 @@ bool isInSystemFolder(std::wstring_view file) {
     return platform::equalsIgnoringCase(file.substr(0, folder.size()), folder);
 }
 
-// GCC's runtime carries 20 MB of a debug format that DbgHelp does not know.
+// GCC's runtime contains 20 MB of debug information in a format that DbgHelp does not know.
 bool isOfRuntime(HMODULE module) {
     return module == ::GetModuleHandleW(L"libstdc++-6.dll") || module == ::GetModuleHandleW(L"libgcc_s_seh-1.dll");
 }
@@ -42,8 +42,8 @@ struct Image {
     bool hasNamelessDatabase;
 };
 
-// A debug record without a name is what lld writes as a mere build identifier. Wine's DbgHelp takes every file on the
-// search path for the nameless database, and frees memory that is not its own.
+// lld writes a record without a file name when it stores only a build identifier. For such a record Wine's DbgHelp
+// takes any file on the search path, and frees memory that it does not own.
 bool isNamelessDatabase(HMODULE module, const IMAGE_DEBUG_DIRECTORY& entry) {
     constexpr DWORD kSignature = 0x53445352;  // "RSDS"
     if (entry.Type != IMAGE_DEBUG_TYPE_CODEVIEW || entry.AddressOfRawData == 0) return false;
@@ -66,7 +66,9 @@ void readImage(void* argument) {
 }  // namespace
 
 HMODULE moduleAt(std::uint64_t address) {
-    if (address == 0) return nullptr;  // it would stand for the program
+    // For null GetModuleHandleExW returns the program.
+    // https://learn.microsoft.com/windows/win32/api/libloaderapi/nf-libloaderapi-getmodulehandleexw
+    if (address == 0) return nullptr;
     HMODULE module = nullptr;
     constexpr DWORD kFlags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     return ::GetModuleHandleExW(kFlags, reinterpret_cast<const wchar_t*>(address), &module) ? module : nullptr;

@@ -1,4 +1,4 @@
-// The modules of this process, as far as a stack trace wants to know them.
+// What a stack trace needs to know of the modules of this process.
 #ifndef XO_FAULT_LOADEDMODULE_H
 #define XO_FAULT_LOADEDMODULE_H
 
@@ -10,19 +10,19 @@
 
 namespace xo::fault {
 
-// The module that contains the address, null when none does. It is valid until some thread frees it.
+// The module that contains the address, null when none does. The handle is valid until a thread unloads the module.
 HMODULE moduleAt(std::uint64_t address);
 
-// Its full path; empty for null.
+// The full path of the module; empty for null.
 std::wstring moduleFile(HMODULE module);
 
 struct LoadedModule {
     std::wstring file;
-    DWORD size;           // in memory
-    bool hasOnlyExports;  // whether its exported names are all that should be read of it
+    DWORD size;           // bytes in memory
+    bool hasOnlyExports;  // whether only its exported names are to be read
 };
 
-// None for a module that another thread has freed meanwhile.
+// std::nullopt when another thread has unloaded the module meanwhile.
 std::optional<LoadedModule> describeModule(HMODULE module);
 
 }  // namespace xo::fault

@@ -12,18 +12,19 @@ namespace {
 std::uintptr_t reportingFunction = 0;
 std::uintptr_t silentFunction = 0;
 
-bool asksFramesOnOverflow() {
+bool callsFiltersOnOverflow() {
     const HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
     return ntdll == nullptr || ::GetProcAddress(ntdll, "wine_get_version") == nullptr;
 }
 
-// The function, known to the system's tables, that contains the address; null for one that calls nobody.
+// The entry of the unwind tables for the function that contains the address; null for a leaf function, which has none.
+// https://learn.microsoft.com/cpp/build/exception-handling-x64
 RUNTIME_FUNCTION* functionAt(DWORD64 address, DWORD64& imageBase) {
     return ::RtlLookupFunctionEntry(address, &imageBase, nullptr);
 }
 
 void unwindOnce(CONTEXT& context, RUNTIME_FUNCTION* function, DWORD64 imageBase) {
-    if (!function) {
+    if (!function) {  // a leaf function leaves the stack pointer at its return address
         context.Rip = *reinterpret_cast<const DWORD64*>(context.Rsp);
         context.Rsp += sizeof(DWORD64);
         return;
@@ -38,7 +39,8 @@ struct Rescue {
     bool isDone;
 };
 
-// Turns the context of the fault into that of the return from the function that the innermost guard called.
+// Unwinds the context of the fault to the return from runReporting or runSilently, whichever is the innermost. The
+// result is false when neither is found; isReported is whether it is runReporting.
 bool unwindToGuard(CONTEXT& context, bool& isReported) {
     while (context.Rip != 0) {
         DWORD64 imageBase = 0;
@@ -46,7 +48,7 @@ bool unwindToGuard(CONTEXT& context, bool& isReported) {
         const std::uintptr_t start = function ? imageBase + function->BeginAddress : 0;
         const DWORD64 stackBefore = context.Rsp;
         unwindOnce(context, function, imageBase);
-        if (context.Rsp <= stackBefore) return false;  // no stack that anybody could walk
+        if (context.Rsp <= stackBefore) return false;  // the stack is corrupt
         if (start != 0 && (start == reportingFunction || start == silentFunction)) {
             isReported = start == reportingFunction;
             return true;
@@ -62,14 +64,14 @@ void rescueThread(void* argument) {
     if (!unwindToGuard(target, isReported)) return;
     if (isReported) reportFault(*rescue.fault);
     platform::releaseCallsBetween(rescue.fault->ContextRecord->Rsp, target.Rsp);
-    target.Rax = 0;  // "false"
+    target.Rax = 0;  // the result of that function: false
     *rescue.fault->ContextRecord = target;
     rescue.isDone = true;
 }
 
 LONG CALLBACK handleOverflow(EXCEPTION_POINTERS* fault) {
     if (fault->ExceptionRecord->ExceptionCode != EXCEPTION_STACK_OVERFLOW) return EXCEPTION_CONTINUE_SEARCH;
-    if (hasStackForReport()) return EXCEPTION_CONTINUE_SEARCH;  // somebody raised the code: frames are asked as ever
+    if (hasStackForReport()) return EXCEPTION_CONTINUE_SEARCH;  // raised by software, and filters can run
     Rescue rescue{fault, /*isDone=*/false};
     callWithEnoughStack(&rescueThread, &rescue);
     return rescue.isDone ? EXCEPTION_CONTINUE_EXECUTION : EXCEPTION_CONTINUE_SEARCH;
@@ -78,7 +80,7 @@ LONG CALLBACK handleOverflow(EXCEPTION_POINTERS* fault) {
 }  // namespace
 
 OverflowRescue::OverflowRescue(GuardedFunction reporting, GuardedFunction silent)
-    : mHandler(asksFramesOnOverflow() ? nullptr : ::AddVectoredExceptionHandler(/*First=*/FALSE, &handleOverflow)) {
+    : mHandler(callsFiltersOnOverflow() ? nullptr : ::AddVectoredExceptionHandler(/*First=*/FALSE, &handleOverflow)) {
     reportingFunction = reinterpret_cast<std::uintptr_t>(reporting);
     silentFunction = reinterpret_cast<std::uintptr_t>(silent);
 }

@@ -1,4 +1,5 @@
-// Brings a thread that has exhausted its stack back to its innermost guard on systems that do not ask frames then.
+// Ends the innermost guarded call of a thread that has exhausted its stack, on a system that calls no exception filters
+// then.
 #ifndef XO_FAULT_OVERFLOWRESCUE_H
 #define XO_FAULT_OVERFLOWRESCUE_H
 
@@ -6,14 +7,17 @@
 
 namespace xo::fault {
 
-// Windows asks the filters of frames, on the last pages of the stack, and there this does nothing. Wine ends the
-// process instead, but asks vectored handlers first. So one of those unwinds the stack on paper, up to the function
-// that the guard called, and lets that function return false.
+// At a stack overflow Windows calls the exception filters on the reserved pages of the stack, and this class does
+// nothing. Wine ends the process without calling them, but it calls the vectored handlers before. So a vectored handler
+// unwinds a copy of the context to the function that the innermost guard has called, and lets the thread continue as if
+// that function had returned false.
+// https://learn.microsoft.com/windows/win32/debug/vectored-exception-handling
 class OverflowRescue {
 public:
     using GuardedFunction = bool (*)(void*);
 
-    // The functions that a guard calls: on the stack below the first a fault is reported, below the second it is not.
+    // The functions that callReporting and callSilently call. An overflow in the first one is reported, an overflow in
+    // the second one is not.
     OverflowRescue(GuardedFunction reporting, GuardedFunction silent);
     ~OverflowRescue();
     OverflowRescue(const OverflowRescue&) = delete;

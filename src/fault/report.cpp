@@ -9,7 +9,7 @@
 namespace xo::fault {
 namespace {
 
-constexpr int kDeepest = 2;  // a report, and a report of what failed in it
+constexpr int kDeepest = 2;  // a report, and one of a fault in sending it
 thread_local int depth = 0;
 
 class Depth {
@@ -34,7 +34,7 @@ void sendToLog(void* text) {
     if (!log) return;
     try {
         xoLogObject(xoLogCritical, nullptr, log) << *static_cast<std::string*>(text);
-    } catch (...) {
+    } catch (...) {  // out of memory
     }
 }
 
@@ -52,7 +52,7 @@ void emitReport(std::string_view prefix, std::string_view text) {
         const std::string whole = std::string(prefix).append(text);
         send(&sendToSystem, whole);
         send(&sendToLog, whole);
-    } catch (...) {
+    } catch (...) {  // out of memory
     }
 }
 

@@ -1,4 +1,4 @@
-// Where reports go.
+// Sends reports to the logs.
 #ifndef XO_FAULT_REPORT_H
 #define XO_FAULT_REPORT_H
 
@@ -7,12 +7,12 @@
 
 namespace xo::fault {
 
-// Sends the text to the event log of the system and to the library's log, as CRITICAL. What faults there is reported in
-// turn, by its first line alone, and a fault in that is the end of it. Nothing comes out of it.
+// Sends the text to the event log of the system and to the library's log, as CRITICAL. A fault in sending it is
+// reported by its first line; a fault in sending that line is ignored. Does not throw.
 void emitReport(const std::string& text);
 void emitReport(std::string_view prefix, std::string_view text);
 
-// Whether the calling thread is sending a report: what fails in that is told in a line.
+// Whether the calling thread is sending a report. A fault is reported without a stack trace then.
 bool isReporting();
 
 }  // namespace xo::fault

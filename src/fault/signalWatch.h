@@ -1,18 +1,18 @@
-// The library's handlers for the signals of a program that faults outside any guard.
+// The library's signal handlers, which report faults outside any guard.
 #ifndef XO_FAULT_SIGNALWATCH_H
 #define XO_FAULT_SIGNALWATCH_H
 
 namespace xo::fault {
 
-// Reports SIGFPE, SIGILL and SIGSEGV of the calling thread from now on, each once: the runtime library forgets a
-// handler as it calls it. It keeps the handlers of these three for each thread by itself.
-// https://learn.microsoft.com/en-us/cpp/c-runtime-library/reference/signal
+// Reports SIGFPE, SIGILL and SIGSEGV of the calling thread from now on, each once: the C runtime resets a handler
+// before it calls it. It keeps the handlers of these three signals separately for each thread.
+// https://learn.microsoft.com/cpp/c-runtime-library/reference/signal
 void installSignalWatch();
 
-// The same for a thread of the library's own, at its start, as long as the watch is installed.
+// Does the same if the watch is installed. Each thread of the library calls it at its start.
 void watchSignalsOfThread();
 
-// Gives the three back to the runtime library, for the calling thread, and arms no more threads.
+// Restores the default handling on the calling thread. Threads that start later are not watched.
 void removeSignalWatch();
 
 }  // namespace xo::fault

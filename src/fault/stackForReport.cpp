@@ -7,7 +7,7 @@
 namespace xo::fault {
 namespace {
 
-constexpr std::size_t kStackForReport = std::size_t{256} * 1024;  // DbgHelp reads program databases on it
+constexpr std::size_t kStackForReport = std::size_t{256} * 1024;  // for DbgHelp, which reads program databases
 constexpr std::size_t kOwnStack = std::size_t{1024} * 1024;
 
 struct SilentCall {

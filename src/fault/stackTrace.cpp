@@ -11,18 +11,19 @@
 namespace xo::fault {
 namespace {
 
-constexpr DWORD kPatienceMs = 10000;  // for the traces of other threads
+constexpr DWORD kLockTimeoutMs = 10000;  // how long a thread waits for the traces of others
 
 platform::SlimLock lock;
 
-bool isBroken XO_GUARDED_BY(lock) = false;  // a fault inside DbgHelp has left it in no known state, for good
+bool isBroken XO_GUARDED_BY(lock) = false;  // DbgHelp has faulted: its state is unknown, and it is not used again
 
-// DbgHelp leaves the names of GCC's and clang's functions as the compiler mangled them: "_Z...".
+// DbgHelp does not demangle the names ("_Z...") of functions that GCC or clang has compiled.
 std::string readableName(const std::string& name) {
     return name.compare(0, 2, "_Z") == 0 ? platform::demangled(name.c_str()) : name;
 }
 
-// A return address stands behind its call, which may be on the line or in the function before.
+// A return address is that of the instruction after the call, which may belong to the next line or the next function.
+// So the byte before it is looked up.
 void appendFrame(std::string& text, DebugHelp& source, std::uint64_t address, bool isReturnAddress) {
     const std::uint64_t inside = address - (isReturnAddress ? 1 : 0);
     const DebugHelp::Symbol symbol = source.symbolAt(inside);
@@ -50,13 +51,13 @@ STACKFRAME64 firstFrame(const CONTEXT& context) {
     return frame;
 }
 
-// No function that the system knows of: a call through a wild pointer led there.
+// Whether the address is in no module and no known function: the thread has called an invalid pointer.
 bool isNowhere(const CONTEXT& context) {
     DWORD64 base = 0;
     return !moduleAt(context.Rip) && !::RtlLookupFunctionEntry(context.Rip, &base, nullptr);
 }
 
-// Nothing can be unwound there, but the way back is the latest thing on the stack.
+// Such an address has no unwind information, but the call has left its return address on top of the stack.
 void returnFromNowhere(CONTEXT& context) {
     if (!DebugHelp::read(context.Rsp, &context.Rip, sizeof context.Rip)) context.Rip = 0;
     context.Rsp += sizeof context.Rip;
@@ -64,7 +65,7 @@ void returnFromNowhere(CONTEXT& context) {
 
 struct Trace {
     std::string& text;
-    CONTEXT context;  // a walk changes it
+    CONTEXT context;  // StackWalk64 changes it
     int mostFrames;
     DebugHelp help;
 };
@@ -89,11 +90,11 @@ void walkStack(void* argument) {
         const std::string_view failure = trace.help.open();
         trace.text += failure;
         if (failure.empty()) appendFrames(trace);
-    } catch (...) {  // out of memory: what there is of the trace stays
+    } catch (...) {  // out of memory: the trace ends here
     }
 }
 
-// False when a fault has ended the walk.
+// False when a fault has ended this walk or an earlier one.
 bool tryWalkStack(Trace& trace) XO_REQUIRES(lock) {
     if (isBroken) return false;
     const bool isWhole = callSilently(&walkStack, &trace);
@@ -106,7 +107,7 @@ bool tryWalkStack(Trace& trace) XO_REQUIRES(lock) {
 void appendStackTrace(std::string& text, const CONTEXT& context, int mostFrames) {
     Trace trace{text, context, mostFrames, {}};
     bool isWhole = false;
-    if (lock.tryLock(kPatienceMs)) {
+    if (lock.tryLock(kLockTimeoutMs)) {
         isWhole = tryWalkStack(trace);
         lock.unlock();
     }

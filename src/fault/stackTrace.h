@@ -8,9 +8,9 @@
 
 namespace xo::fault {
 
-// Appends a line for each frame of the calling thread, from the place that the context names outwards, but for at most
-// mostFrames; and a line that says why there is no trace, or no more of it. Threads take turns. No fault comes out of
-// it.
+// Appends a line for each frame of the calling thread, from the context's instruction outwards, for at most mostFrames
+// frames. A last line says why the trace is missing or incomplete, if it is. One thread at a time writes a trace;
+// others wait for up to 10 seconds. Faults in it are handled.
 void appendStackTrace(std::string& text, const CONTEXT& context, int mostFrames);
 
 }  // namespace xo::fault

@@ -14,7 +14,8 @@ namespace {
 constexpr char kReportPrefix[] = "Catch std exception : ";
 constexpr char kUnknown[] = "Unknown";
 
-// What callers get for a standard exception of any type: a text and no more. It is shared, so that copies cannot fail.
+// Thrown to the caller in place of a standard exception of any type. Copies share the text, so that copying cannot
+// throw.
 class PlainException : public std::exception {
 public:
     explicit PlainException(const std::string& text) : mText(std::make_shared<const std::string>(text)) {}
@@ -37,7 +38,7 @@ void ask(void* argument) {
     }
 }
 
-// The text of the exception; "Unknown" where it has none, or faults when it is asked.
+// The text of the exception; "Unknown" when what() returns null, throws or faults.
 std::string textOf(const std::exception& exception) {
     Question question{exception, kUnknown};
     return fault::callSilently(&ask, &question) ? std::move(question.text) : kUnknown;

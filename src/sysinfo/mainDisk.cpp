@@ -12,7 +12,7 @@ namespace {
 
 constexpr DWORD kServiceLimitMs = 10'000;
 
-// The letter and the colon.
+// "C:", for instance. Empty when the folder of Windows has no drive letter.
 std::wstring systemDrive() {
     wchar_t folder[MAX_PATH];
     const UINT length = ::GetSystemWindowsDirectoryW(folder, MAX_PATH);
@@ -22,13 +22,13 @@ std::wstring systemDrive() {
 
 struct Inquiry {
     std::wstring drive;
-    std::string disk;  // to be read once the thread has ended
+    std::string disk;  // the answer; read it only after the thread has ended
 };
 using SharedInquiry = std::shared_ptr<Inquiry>;
 
 struct Argument {
     SharedInquiry inquiry;
-    platform::LibraryHandle ownLibrary;  // keeps the code of the thread loaded
+    platform::LibraryHandle ownLibrary;  // a reference to this DLL, which keeps the code of the thread loaded
 };
 
 void answer(Inquiry& inquiry) {
@@ -41,6 +41,8 @@ void answer(Inquiry& inquiry) {
 DWORD WINAPI inquire(void* given) {
     std::unique_ptr<Argument> argument(static_cast<Argument*>(given));
     answer(*argument->inquiry);
+    // The thread cannot release its own code by an ordinary call, which would return to code that is gone.
+    // https://learn.microsoft.com/windows/win32/api/libloaderapi/nf-libloaderapi-freelibraryandexitthread
     const HMODULE ownLibrary = argument->ownLibrary.release();
     argument.reset();
     ::FreeLibraryAndExitThread(ownLibrary, 0);
@@ -52,8 +54,9 @@ platform::LibraryHandle holdOwnLibrary() {
     return library;
 }
 
-// On a thread of its own: the caller's thread may have initialised COM in another mode, and a thread that the service
-// keeps waiting can be left behind.
+// Asks on a new thread: the caller's thread may have initialised COM with another concurrency model, which cannot be
+// changed, and a thread that gets no answer in time can be abandoned.
+// https://learn.microsoft.com/windows/win32/api/combaseapi/nf-combaseapi-coinitializeex
 std::string askManagementService(const std::wstring& drive) {
     const auto inquiry = std::make_shared<Inquiry>(Inquiry{drive, {}});
     auto argument = std::make_unique<Argument>(Argument{inquiry, holdOwnLibrary()});
@@ -70,6 +73,8 @@ std::string askManagementService(const std::wstring& drive) {
 }  // namespace
 
 std::string diskFromVolume(const std::wstring& drive) {
+    // A query needs no access rights, so this works without an administrator's rights.
+    // https://learn.microsoft.com/windows/win32/api/winioctl/ni-winioctl-ioctl_volume_get_volume_disk_extents
     const platform::FileHandle volume(::CreateFileW((LR"(\\.\)" + drive).c_str(), /*dwDesiredAccess=*/0,
                                                     FILE_SHARE_READ | FILE_SHARE_WRITE,
                                                     /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING,
@@ -88,7 +93,7 @@ std::string diskFromVolume(const std::wstring& drive) {
     return R"(\\.\PHYSICALDRIVE)" + std::to_string(answer.extents.Extents[0].DiskNumber);
 }
 
-// The volume itself answers at once, the service after seconds. Wine's volumes lie on no disk.
+// The volume answers at once, the management service only after seconds. On Wine a volume names no disk.
 std::string findMainDisk() {
     const std::wstring drive = systemDrive();
     if (drive.empty()) return {};

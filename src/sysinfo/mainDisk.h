@@ -1,4 +1,4 @@
-// Which physical disk the system drive lies on.
+// The physical disk that holds the system drive.
 #ifndef XO_SYSINFO_MAINDISK_H
 #define XO_SYSINFO_MAINDISK_H
 
@@ -6,11 +6,11 @@
 
 namespace xo::sysinfo {
 
-// "\\.\PHYSICALDRIVE0", or empty when nobody knows. May take up to 10 seconds.
+// "\\.\PHYSICALDRIVE0", for instance; empty when it cannot be determined. May take up to 10 seconds.
 std::string findMainDisk();
 
-// The two ways to find out, each giving the disk of a drive such as "C:". The first one wants a thread that has not
-// initialised COM, and takes as long as the management service takes.
+// The two sources of the answer, each for a drive such as "C:". diskFromManagementService needs a thread that has not
+// initialised COM, and takes as long as the management service does.
 std::string diskFromManagementService(const std::wstring& drive);
 std::string diskFromVolume(const std::wstring& drive);
 

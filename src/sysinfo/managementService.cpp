@@ -1,4 +1,5 @@
-// The disk of a drive as the management service knows it: from the drive to its partition, from there to the disk.
+// Asks Windows Management Instrumentation for the partition of a drive and then for the disk of that partition.
+// https://learn.microsoft.com/windows/win32/wmisdk/associators-of-statement
 #include <cstdint>
 
 #include "platform/handle.h"
@@ -23,7 +24,7 @@ struct ComPolicy {
 template <class Interface>
 using ComObject = platform::Owned<ComPolicy<Interface>>;
 
-// COM, loaded for this question alone, since no other part of the library needs it.
+// COM, loaded at run time, because no other part of the library needs it.
 class Com {
 public:
     Com() {
@@ -89,7 +90,7 @@ public:
     std::wstring text() const {
         return mValue.vt == VT_BSTR && mValue.bstrVal != nullptr ? mValue.bstrVal : std::wstring();
     }
-    // -1 for what is no number.
+    // -1 when the value is not a number.
     std::int64_t number() const { return mValue.vt == VT_I4 || mValue.vt == VT_UI4 ? std::int64_t{mValue.lVal} : -1; }
 
 private:

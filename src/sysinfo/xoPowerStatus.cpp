@@ -9,6 +9,8 @@ xoPowerStatus readPowerStatus() {
     xoPowerStatus status;
     SYSTEM_POWER_STATUS power{};
     if (!::GetSystemPowerStatus(&power)) return status;
+    // Both fields are 255 when the system does not know the value.
+    // https://learn.microsoft.com/windows/win32/api/winbase/ns-winbase-system_power_status
     if (power.ACLineStatus <= 1) status.mAcLine = power.ACLineStatus;
     if (power.BatteryLifePercent <= 100) status.mBatteryPercent = power.BatteryLifePercent;
     return status;
@@ -23,7 +25,7 @@ xoPowerStatusReader::xoPowerStatusReader(std::int64_t intervalMs) : mIntervalMs(
 bool xoPowerStatusReader::updatePowerStatusReader(bool force) {
     if (!force && static_cast<std::int64_t>(::GetTickCount64() - mLastReadMs) <= mIntervalMs) return false;
     const xoPowerStatus status = readPowerStatus();
-    const bool changed = status != mStatus;  // in both fields
+    const bool changed = status != mStatus;  // true only if both fields differ
     mStatus = status;
     mLastReadMs = ::GetTickCount64();
     return changed;

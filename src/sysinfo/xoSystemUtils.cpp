@@ -20,7 +20,7 @@ std::atomic<unsigned> processorCount{1};
 
 struct MainDisk {
     platform::SlimLock lock;
-    std::optional<std::string> device XO_GUARDED_BY(lock);  // once it has been asked for
+    std::optional<std::string> device XO_GUARDED_BY(lock);  // no value until the first call
 };
 
 MainDisk& mainDisk() {

@@ -7,6 +7,8 @@ namespace {
 
 constexpr std::int64_t kMsPerSec = 1000;
 
+// Milliseconds since the start of the system, in steps of 10 to 16.
+// https://learn.microsoft.com/windows/win32/api/sysinfoapi/nf-sysinfoapi-gettickcount64
 std::int64_t nowMs() { return static_cast<std::int64_t>(::GetTickCount64()); }
 
 std::int64_t toMs(std::int64_t seconds) {
@@ -35,6 +37,8 @@ bool xoTimer::isElapsedSec(std::int64_t seconds) const { return isElapsedMs(toMs
 
 namespace {
 
+// Neither function below fails, and the frequency does not change while the system runs.
+// https://learn.microsoft.com/windows/win32/api/profileapi/nf-profileapi-queryperformancecounter
 std::int64_t counterFrequency() {
     LARGE_INTEGER frequency;
     ::QueryPerformanceFrequency(&frequency);
@@ -49,9 +53,9 @@ std::int64_t counter() {
 
 }  // namespace
 
-// All in ticks of the counter.
+// The marks are ticks of the performance counter.
 struct xoHighResTimer::Private {
-    std::int64_t frequency = counterFrequency();  // a second
+    std::int64_t frequency = counterFrequency();  // ticks per second
     std::int64_t start = 0;
     std::int64_t end = 0;
     bool stopped = true;
@@ -90,7 +94,8 @@ void xoHighResTimer::clearTimer() {
 double xoHighResTimer::getElapsedTimeInMicroSec() {
     if (!mPrivate->stopped) mPrivate->end = counter();
     const double microSecPerTick = 1e6 / static_cast<double>(mPrivate->frequency);
-    // Two statements, so that no compiler fuses the scaling of one mark with the subtraction.
+    // Separate statements: within one expression a compiler may contract the multiplication and the subtraction into a
+    // fused multiply-add, which rounds differently.
     const double end = static_cast<double>(mPrivate->end) * microSecPerTick;
     const double begin = static_cast<double>(mPrivate->start) * microSecPerTick;
     return end - begin;
