@@ -1,5 +1,5 @@
-// What takes the space on a disk? The sizes of all files below a folder, by folder; and a list of the pictures, sorted as
-// people would sort them.
+// What takes the space on a disk? The sizes of all files below a folder, by folder; and a list of the pictures, sorted
+// as people would sort them.
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
