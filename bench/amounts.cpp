@@ -72,8 +72,9 @@ void measureParsers(Suite& suite) {
         std::from_chars(text.data(), text.data() + text.size(), value);
         return value;
     };
-    const auto parse = [](auto parser, auto value) {
-        return [parser, value](const std::string& text) mutable {
+    const auto parse = [](auto parser, auto none) {
+        return [parser, none](const std::string& text) {
+            auto value = none;
             require(parser(text, value), "a text is not understood");
             return value;
         };

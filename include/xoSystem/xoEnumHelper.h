@@ -48,9 +48,9 @@ class xoVariant;
 // A value and its name; the label is for people, and is the name where it is empty. The texts last for ever.
 template <class E>
 struct xoEnumEntry {
-    E value;
-    std::string_view name;
-    std::string_view label = {};
+    E value;                      // may stand in several entries
+    std::string_view name;        // for settings and code
+    std::string_view label = {};  // for people
 };
 
 // A table of entries, which lasts for ever: it is not copied.
@@ -83,30 +83,12 @@ private:
     bool mAreFlags;
 };
 
-// The enumerator as the source spells it, without its scope; of several with one value the first. Empty for a value
-// without enumerator. Taken from what the compiler calls this function.
-template <auto Value>
-constexpr std::string_view EnumeratorName() {
-    static_assert(std::is_enum_v<decltype(Value)>);
-#if defined(_MSC_VER) && !defined(__clang__)
-    std::string_view name = __FUNCSIG__;  // "... EnumeratorName<shop::Colour::Green>(void)"
-    name = name.substr(0, name.rfind('>'));
-#else
-    std::string_view name =
-        __PRETTY_FUNCTION__;  // "... [Value = shop::Colour::Green]", "... [with auto Value = ...; ...]"
-    name.remove_prefix(name.find("Value = ") + 8);
-    name = name.substr(0, name.find_first_of(";]"));
-#endif
-    const std::size_t scope = name.find_last_of(":< ");
-    if (scope != std::string_view::npos) name.remove_prefix(scope + 1);
-    const bool isNumber = name.empty() || (name[0] >= '0' && name[0] <= '9') || name[0] == '-';
-    return isNumber || name.find(')') != std::string_view::npos ? std::string_view() : name;
-}
-
 namespace impl {
 
+// Of ASCII letters.
 constexpr char lowerLetter(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
+// Without the case of ASCII letters.
 constexpr bool isSameName(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) return false;
     for (std::size_t i = 0; i != a.size(); ++i)
@@ -127,6 +109,26 @@ constexpr bool isPlainName(std::string_view name) {
 }
 
 }  // namespace impl
+
+// The enumerator as the source spells it, without its scope; of several with one value the first. Empty for a value
+// without enumerator. Taken from what the compiler calls this function.
+template <auto Value>
+constexpr std::string_view EnumeratorName() {
+    static_assert(std::is_enum_v<decltype(Value)>);
+#if defined(_MSC_VER) && !defined(__clang__)
+    std::string_view name = __FUNCSIG__;  // "... EnumeratorName<shop::Colour::Green>(void)"
+    name = name.substr(0, name.rfind('>'));
+#else
+    std::string_view name =
+        __PRETTY_FUNCTION__;  // "... [Value = shop::Colour::Green]", "... [with auto Value = ...; ...]"
+    name.remove_prefix(name.find("Value = ") + 8);
+    name = name.substr(0, name.find_first_of(";]"));
+#endif
+    const std::size_t scope = name.find_last_of(":< ");
+    if (scope != std::string_view::npos) name.remove_prefix(scope + 1);
+    const bool isNumber = name.empty() || (name[0] >= '0' && name[0] <= '9') || name[0] == '-';
+    return isNumber || name.find(")") != std::string_view::npos ? std::string_view() : name;
+}
 
 // The names of an enumeration whose type the code does not know. EnumHelper<E>::Get() is one; one that exists only at
 // run time derives from this class.

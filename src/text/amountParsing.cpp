@@ -138,15 +138,18 @@ class DecimalSum {
 public:
     // Adds number * size * 10^exponent.
     bool add(const DecimalText& number, std::uint64_t size, int exponent) {
-        double value = 0;
-        if (!text::toReal(number, exponent, value)) return false;
-        mValue += value * static_cast<double>(size);
-        if (mIsExact) mIsExact = addExactly(number, size, exponent);
+        if (mIsExact && addExactly(number, size, exponent)) return true;
+        mValue = value();
+        mIsExact = false;
+        double added = 0;
+        if (!text::toReal(number, exponent, added)) return false;
+        mValue += added * static_cast<double>(size);
         return std::isfinite(mValue);
     }
 
     double value() const {
         if (!mIsExact) return mValue;
+        if (mExponent == 0) return static_cast<double>(mDigits);
         char digits[24];
         const char* const end = std::to_chars(digits, digits + sizeof digits, mDigits).ptr;
         double value = 0;
@@ -177,9 +180,9 @@ private:
         exponent -= places;
         if (!multiply(value, size)) return false;
         const int least = exponent < mExponent ? exponent : mExponent;
-        if (!shift(value, exponent - least) || !shift(mDigits, mExponent - least) || value > kEnd - mDigits)
-            return false;
-        mDigits += value;
+        std::uint64_t sum = mDigits;
+        if (!shift(value, exponent - least) || !shift(sum, mExponent - least) || value > kEnd - sum) return false;
+        mDigits = sum + value;
         mExponent = least;
         return true;
     }

@@ -46,10 +46,15 @@ void TableContent::addCell(const xoVariant& value) {
     cell.offset = texts.size();
     switch (value.getType()) {
         case xoVariant::UNKNOWN: break;
-        case xoVariant::REAL:
-            cell.kind = TableCell::Real;
-            cell.real = value.toReal();
+        case xoVariant::REAL: {
+            appendText(texts, value);
+            addText(cell, TableCell::Real);
+            const double real = value.toReal();
+            char bytes[sizeof real];
+            std::memcpy(bytes, &real, sizeof real);
+            texts.append(bytes, sizeof bytes);
             break;
+        }
         case xoVariant::INTEGER:
             appendText(texts, value);
             addText(cell, TableCell::Integer);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <string>
 #include <string_view>
@@ -18,12 +19,9 @@ struct TableCell {
 
     Kind kind = Empty;
     bool hasBreaks = false;  // Text: holds line feeds
-    std::size_t offset = 0;  // Text, Integer: where it stands among the content's texts
-    std::size_t size = 0;    // Text, Integer: in bytes
-    union {
-        std::size_t width = 0;  // Text, Integer: of the widest line
-        double real;            // Real: how many decimals it shows is known when the table is built
-    };
+    std::size_t offset = 0;  // where it stands among the content's texts
+    std::size_t size = 0;    // in bytes
+    std::size_t width = 0;   // of the widest line
 };
 
 struct TableContent {
@@ -33,7 +31,8 @@ struct TableContent {
     std::vector<TableCell> cells;
     std::vector<std::size_t> rows;   // the index of each row's first cell
     std::vector<std::size_t> rules;  // the rows that a separator stands before, in order
-    std::string texts;               // of the cells: printable, with line feeds between lines
+    std::string texts;               // of the cells: printable, with line feeds between lines; behind that of a
+                                     // Real its value, as the bytes of a double
     Builder::Style style = Builder::StyleAscii;
     unsigned maxWidth = 0;
     bool hasRowLines = false;
@@ -47,6 +46,11 @@ struct TableContent {
 
     std::size_t rowEnd(std::size_t row) const { return row + 1 == rows.size() ? cells.size() : rows[row + 1]; }
     std::string_view textOf(const TableCell& cell) const { return {texts.data() + cell.offset, cell.size}; }
+    double realOf(const TableCell& cell) const {
+        double value = 0;
+        std::memcpy(&value, texts.data() + cell.offset + cell.size, sizeof value);
+        return value;
+    }
 
 private:
     void beginRow(std::size_t cellCount);

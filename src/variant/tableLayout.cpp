@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "text/displayWidth.h"
-#include "text/numberText.h"
 #include "text/wrapping.h"
 #include "xoSystem/xoStringUtils.h"
 
@@ -109,7 +108,13 @@ private:
         bool isNumeric = false;
         bool hasText = false;       // a cell that is neither empty nor a number
         std::string scratch;        // of the cell at hand, where it is not shown as it is stored
-        std::vector<Piece> pieces;  // its lines
+        Piece whole{{}, 0};         // the cell at hand where it fits in one line
+        std::vector<Piece> pieces;  // else its lines
+
+        Piece line(std::size_t index) const {
+            if (index < pieces.size()) return pieces[index];
+            return index == 0 ? whole : Piece{{}, 0};
+        }
     };
 
     void addTitles() {
@@ -127,8 +132,7 @@ private:
 
     // The cell as it is shown where it need not be broken; its lines are separated by line feeds.
     Piece shown(const TableCell& cell, Place& place) const {
-        if (cell.kind == TableCell::Empty) return {{}, 0};
-        if (cell.kind == TableCell::Real) return shownReal(cell.real, place);
+        if (cell.kind == TableCell::Real && place.column->decimals >= 0) return shownReal(mContent.realOf(cell), place);
         const std::string_view text = mContent.textOf(cell);
         if (mIsMarkdown && isSpecialInMarkdown(text)) {
             place.scratch = markdownText(text);
@@ -142,15 +146,8 @@ private:
     }
 
     static Piece shownReal(double value, Place& place) {
-        const int decimals = place.column->decimals;
-        if (decimals < 0) {
-            place.scratch.resize(text::kRealRoom);
-            const char* const end = text::printReal(place.scratch.data(), value);
-            place.scratch.resize(static_cast<std::size_t>(end - place.scratch.data()));
-        } else {
-            const auto places = static_cast<unsigned char>((std::min)(decimals, 255));
-            place.scratch = xoStringUtils::roundNumber(value, places, '.', /*keepZeros=*/true);
-        }
+        const auto decimals = static_cast<unsigned char>((std::min)(place.column->decimals, 255));
+        place.scratch = xoStringUtils::roundNumber(value, decimals, '.', /*keepZeros=*/true);
         return {place.scratch, place.scratch.size()};
     }
 
@@ -275,14 +272,13 @@ private:
         std::size_t lines = 1;
         for (Place& place : mPlaces) {
             place.pieces.clear();
+            place.whole = {{}, 0};
             if (cell == end) continue;
-            const Piece whole = shown(*cell, place);
-            if (whole.width <= place.width && !cell->hasBreaks) {
-                place.pieces.push_back(whole);
-            } else {
-                breakText(whole, place);
+            place.whole = shown(*cell, place);
+            if (place.whole.width > place.width || cell->hasBreaks) {
+                breakText(place.whole, place);
+                lines = (std::max)(lines, place.pieces.size());
             }
-            lines = (std::max)(lines, place.pieces.size());
             ++cell;
         }
         drawLines(lines);
@@ -315,26 +311,42 @@ private:
     void drawLines(std::size_t count) {
         for (std::size_t line = 0; line != count; ++line) {
             const std::size_t begin = mOut.size();
-            std::string_view border = mLook.left;
-            for (const Place& place : mPlaces) {
-                mOut += border;
-                drawPiece(line < place.pieces.size() ? place.pieces[line] : Piece{{}, 0}, place);
-                border = mLook.between;
+            mOut.resize(begin + lineSize(line));
+            char* out = put(mOut.data() + begin, mLook.left);
+            for (std::size_t i = 0; i != mPlaces.size(); ++i) {
+                if (i != 0) out = put(out, mLook.between);
+                out = putPiece(out, mPlaces[i].line(line), mPlaces[i]);
             }
-            mOut += mLook.right;
-            if (mLook.right.empty()) mOut.resize((std::max)(mOut.find_last_not_of(' ') + 1, begin));
-            mOut += '\n';
+            *put(out, mLook.right) = '\n';
+            if (mLook.right.empty()) trimLine(begin);
         }
     }
 
-    void drawPiece(const Piece& piece, const Place& place) {
+    std::size_t lineSize(std::size_t line) const {
+        std::size_t size = mLook.left.size() + mLook.between.size() * (mPlaces.size() - 1) + mLook.right.size() + 1;
+        for (const Place& place : mPlaces) {
+            const Piece piece = place.line(line);
+            size += piece.text.size() + place.width - piece.width;
+        }
+        return size;
+    }
+
+    // Takes the blanks off the end of the last line.
+    void trimLine(std::size_t begin) {
+        mOut.pop_back();
+        mOut.resize((std::max)(mOut.find_last_not_of(' ') + 1, begin));
+        mOut += '\n';
+    }
+
+    static char* put(char* out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
+
+    static char* putPiece(char* out, const Piece& piece, const Place& place) {
         const std::size_t blanks = place.width - piece.width;
         const std::size_t before = place.align == Builder::AlignRight    ? blanks
                                    : place.align == Builder::AlignCenter ? blanks / 2
                                                                          : 0;
-        mOut.append(before, ' ');
-        mOut += piece.text;
-        mOut.append(blanks - before, ' ');
+        out = put(std::fill_n(out, before, ' '), piece.text);
+        return std::fill_n(out, blanks - before, ' ');
     }
 
     const TableContent& mContent;
