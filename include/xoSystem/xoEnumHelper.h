@@ -18,7 +18,9 @@
 // which is found by its argument: it stands in the namespace of the enumeration, or is a friend of the class that the
 // enumeration is in. The enumeration itself stays as it is. Any values and spellings are possible; of two entries with
 // one value the first is shown, and both are understood. A list of flags says so: return {kTable, /*areFlags=*/true}.
-// The library's own enumerations have such lists: xo::EnumHelper<xo::xoLogType>::ToText(type).
+// The library's own enumerations have such lists:
+//
+//     xo::EnumHelper<xo::xoLogType>::ToText(xo::xoLogWarning);     // "WARNING"
 //
 // Names are compared without the case of ASCII letters, an exact match before others. As a text, a value is
 //
@@ -130,8 +132,8 @@ constexpr std::string_view EnumeratorName() {
     return isNumber || name.find(")") != std::string_view::npos ? std::string_view() : name;
 }
 
-// The names of an enumeration whose type the code does not know. EnumHelper<E>::Get() is one; one that exists only at
-// run time derives from this class.
+// The names of an enumeration whose type the code does not know. What EnumHelper's function Get returns is one; one
+// that exists only at run time derives from this class.
 class XOSYSTEM_API EnumHelperInterface {
 public:
     virtual ~EnumHelperInterface();
