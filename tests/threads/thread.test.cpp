@@ -226,8 +226,7 @@ TEST_F(Updater, ReachesInItsRoundWhatACallbackAdds) {
 
         static void run(void* call) {
             auto& self = *static_cast<Adder*>(static_cast<Call*>(call));
-            self.updater.removeCallback(&run, call);
-            self.updater.addCallback(&record, self.added);
+            if (Call* const once = std::exchange(self.added, nullptr)) self.updater.addCallback(&record, once);
         }
     };
     Adder adder{{this, ""}, &mLast};
