@@ -94,7 +94,10 @@ std::vector<DWORD> otherThreads() {
 }
 
 DWORD WINAPI watch(void* seconds) {
-    ::Sleep(static_cast<DWORD>(reinterpret_cast<std::uintptr_t>(seconds)) * 1000);
+    // Not by the import table, in which a test may have replaced the function.
+    const auto sleep = reinterpret_cast<decltype(::Sleep)*>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "Sleep")));
+    sleep(static_cast<DWORD>(reinterpret_cast<std::uintptr_t>(seconds)) * 1000);
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
     std::printf("\nwatchdog: still running %s.%s\n", test ? test->test_suite_name() : "", test ? test->name() : "");
     const SymbolFunctions symbols;
