@@ -8,6 +8,7 @@
 
 #include "platform/handle.h"
 #include "platform/wideText.h"
+#include "support/openHandles.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoDirUtils.h"
 
@@ -41,15 +42,6 @@ inline platform::FileHandle hold(const std::string& path) {
 inline void makeFile(const std::string& path, DWORD attributes = FILE_ATTRIBUTE_NORMAL) {
     EXPECT_TRUE(hold(path)) << path << " error " << ::GetLastError();
     EXPECT_TRUE(::SetFileAttributesW(platform::toApiPath(path).c_str(), attributes));
-}
-
-// How many handles the process has. The system gives out the lowest number that is free.
-inline int openHandles() {
-    int count = 0;
-    DWORD flags = 0;
-    for (std::uintptr_t value = 4; value < 0x1000; value += 4)
-        count += ::GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
-    return count;
 }
 
 inline bool isLink(const std::filesystem::path& path) {
