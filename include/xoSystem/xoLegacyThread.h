@@ -87,8 +87,8 @@ public:
     bool isAlive() const;
 
     // Stop the thread wherever it is, and let it go on. Suspending does not nest. A thread that suspends itself goes on
-    // when another one resumes it. Without a thread, or after its end, only what isSuspended() gives changes; a new
-    // thread begins with false.
+    // when another one resumes it. Without a thread, or when it is not alive, only what isSuspended() gives changes; a
+    // new thread begins with false.
     void suspend();
     void resume();
     bool isSuspended() const;

@@ -142,9 +142,12 @@ bool xoLegacyThread::isAlive() const { return mPrivate->alive.get(); }
 void xoLegacyThread::suspend() {
     if (mPrivate->isSuspended.exchange(true)) return;
     Thread* const thread = mPrivate->thread.get();
-    if (!thread) return;
+    // A thread that is no longer alive is about to end: it may hold the loader's lock or the heap's, and nobody would
+    // resume it.
+    if (!thread || !isAlive()) return;
     ++thread->suspensions;  // before the call: a thread that suspends itself stops there
     ::SuspendThread(thread->handle.get());
+    if (!isAlive()) thread->resume();  // it began to end meanwhile
 }
 
 // The note is cleared first: once the thread runs, it may suspend itself again.
