@@ -43,6 +43,7 @@ namespace xo {
 
 template <class E>
 class xoEnumList;
+class xoProgressNotifier;
 
 // The scheduling class of a child; any other number counts as Inherit.
 enum ProcessPriority : int {
@@ -109,6 +110,10 @@ public:
     // True at once when there is no child. 0 does not wait.
     bool waitForFinished(unsigned timeoutMs = kNoLimit);
 
+    // The same as a work of unknown length on a notifier, which may be null. Its update() is called every 50 ms. False
+    // also once it is canceled while the child runs, which is left running.
+    bool waitForFinished(unsigned timeoutMs, xoProgressNotifier* progress);
+
     // Ends the child by force, with exit code 65535. Does nothing without a child. The child may still run for a
     // moment; waitForFinished() waits for its end. Processes that the child has started go on, such as the programs
     // that a batch file runs.
@@ -165,6 +170,12 @@ public:
     static int ExecUtf8(const std::string& program, const std::vector<std::string>& arguments = {},
                         const std::string& workingDirectory = {}, bool makeAbsolute = true,
                         unsigned timeoutMs = kNoLimit, std::string* error = nullptr);
+
+    // The same with a notifier, which may be null and sees the wait as in waitForFinished(). When it is canceled, the
+    // child is ended as on a time-out, or not started at all; the result is -4, the error "Canceled".
+    static int ExecUtf8(const std::string& program, const std::vector<std::string>& arguments,
+                        const std::string& workingDirectory, bool makeAbsolute, unsigned timeoutMs, std::string* error,
+                        xoProgressNotifier* progress);
 
     // Starts a program as startProcess() does with makeAbsolute, and does not keep track of it. False when the start
     // fails, for the reasons given there. *pid, if not null, receives its identifier, or 0 on failure; the program may

@@ -6,6 +6,7 @@
 #include "platform/handle.h"
 #include "process/closeRequest.h"
 #include "process/launch.h"
+#include "xoSystem/xoProgress.h"
 
 #include <psapi.h>
 
@@ -17,6 +18,7 @@ namespace {
 constexpr DWORD kSettlingMs = 10;
 
 constexpr DWORD kLongestWaitMs = 100;  // before the clock is read again
+constexpr DWORD kProgressMs = 50;      // between two looks at a notifier
 constexpr DWORD kKilledWaitMs = 5000;  // a killed child ends only when its pending input and output has completed
 constexpr UINT kKilledExitCode = 65535;
 constexpr SIZE_T kSmallestWorkingSet = 1024;  // bytes
@@ -123,19 +125,24 @@ bool xoProcess::startProcess(const std::string& program, const std::vector<std::
     return true;
 }
 
-bool xoProcess::waitForFinished(unsigned timeoutMs) {
+bool xoProcess::waitForFinished(unsigned timeoutMs) { return waitForFinished(timeoutMs, /*progress=*/nullptr); }
+
+bool xoProcess::waitForFinished(unsigned timeoutMs, xoProgressNotifier* progress) {
     Private& self = *mPrivate;
+    const DWORD longestWaitMs = progress ? kProgressMs : kLongestWaitMs;
+    xoProgressScope work(progress, /*total=*/0);
     const ULONGLONG start = ::GetTickCount64();
     while (self.isRunning()) {
-        if (!self.process) return false;
-        DWORD waitMs = kLongestWaitMs;
+        if (!self.process || !work.advance(0)) return false;
+        DWORD waitMs = longestWaitMs;
         if (timeoutMs != kNoLimit) {
             const ULONGLONG elapsedMs = ::GetTickCount64() - start;
             if (elapsedMs >= timeoutMs) return false;
-            waitMs = static_cast<DWORD>((std::min<ULONGLONG>)(timeoutMs - elapsedMs, kLongestWaitMs));
+            waitMs = static_cast<DWORD>((std::min<ULONGLONG>)(timeoutMs - elapsedMs, longestWaitMs));
         }
         ::WaitForSingleObject(self.process.get(), waitMs);
     }
+    work.finish();
     return true;
 }
 
@@ -194,18 +201,26 @@ bool xoProcess::setWorkingSetMaxSize(std::size_t maxBytes) {
 int xoProcess::ExecUtf8(const std::string& program, const std::vector<std::string>& arguments,
                         const std::string& workingDirectory, bool makeAbsolute, unsigned timeoutMs,
                         std::string* error) {
+    return ExecUtf8(program, arguments, workingDirectory, makeAbsolute, timeoutMs, error, /*progress=*/nullptr);
+}
+
+int xoProcess::ExecUtf8(const std::string& program, const std::vector<std::string>& arguments,
+                        const std::string& workingDirectory, bool makeAbsolute, unsigned timeoutMs, std::string* error,
+                        xoProgressNotifier* progress) {
+    const auto isCanceled = [progress] { return progress && progress->isCanceled(); };
     const auto fail = [error](const char* text, int code) {
         if (error) *error = text;
         return code;
     };
+    if (isCanceled()) return fail("Canceled", -4);
     xoProcess child;
     child.setWorkingDirectoryUtf8(workingDirectory);
     if (!child.startProcess(program, arguments, makeAbsolute, ProcessPriorityInherit))
         return fail("Fail to start process", -1);
-    if (!child.waitForFinished(timeoutMs)) {
+    if (!child.waitForFinished(timeoutMs, progress)) {
         child.killProcess();
         child.waitForFinished(kKilledWaitMs);
-        return fail("timeout", -2);
+        return isCanceled() ? fail("Canceled", -4) : fail("timeout", -2);
     }
     if (child.hasCrashed()) return fail("process has crashed", -3);
     const int code = child.exitCode();
