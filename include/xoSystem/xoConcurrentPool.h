@@ -38,6 +38,7 @@
 
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoMutex.h"
+#include "xoSystem/xoProgress.h"
 #include "xoSystem/xoThread.h"
 #include "xoSystem/xoWaitCondition.h"
 
@@ -95,6 +96,12 @@ public:
     // Windows, or memory, allows no new thread.
     bool solve(const std::vector<SolverBase*>& tasks);
 
+    // The same with a notifier, which may be null: each task is a step. The calling thread looks every 50 ms, and calls
+    // the notifier without holding the pool's mutex. Once the notifier is canceled, no further task begins, and the
+    // result is false if any was left. A task that waits for one of these waits for ever, unless its wait has a
+    // time-out.
+    bool solve(const std::vector<SolverBase*>& tasks, xoProgressNotifier* progress);
+
 private:
     class Batch;
     class Worker;
@@ -103,6 +110,8 @@ private:
     // caller and the DLL.
     void enter(Batch& batch) XO_REQUIRES(mMutex);
     void leave(Batch& batch) XO_REQUIRES(mMutex);
+    bool abandonIfCanceled(Batch& batch) XO_REQUIRES(mMutex);
+    bool awaitChange(Batch& batch, unsigned long timeoutMs) XO_REQUIRES(mMutex);
     bool offer(Batch& batch) XO_REQUIRES(mMutex);
     bool isNextToBegin(const Batch& batch) const XO_REQUIRES(mMutex);
     bool isTaken(const Batch& batch) const XO_REQUIRES(mMutex);
@@ -151,11 +160,13 @@ private:
 // The list of one call of solve. Each worker that takes it solves tasks until none is left.
 class ConcurrentPool::Batch final : public SolverBase {
 public:
-    Batch(ConcurrentPool& pool, const std::vector<SolverBase*>& tasks) : mPool(pool), mTasks(tasks) {}
+    Batch(ConcurrentPool& pool, const std::vector<SolverBase*>& tasks, const xoProgressNotifier* progress)
+        : mPool(pool), mTasks(tasks), mProgress(progress) {}
 
     void solve(xoMutex*, xoWaitCondition* solverCondition) override XO_REQUIRES(mPool.mMutex) {
         if (mTasks.size() - mBegun > 1) mPool.wakeWorker();
         while (hasTasks()) {
+            if (mPool.abandonIfCanceled(*this)) break;
             SolverBase* const task = mTasks[mBegun++];
             if (!hasTasks()) mPool.withdraw(*this);
             if (task) task->solve(&mPool.mMutex, solverCondition);
@@ -166,6 +177,7 @@ public:
 
     bool hasTasks() const { return mBegun < mTasks.size(); }  // not begun yet
     bool isDone() const { return mDone == mTasks.size(); }
+    std::size_t doneCount() const { return mDone; }
 
 private:
     friend class ConcurrentPool;
@@ -175,16 +187,57 @@ private:
     std::size_t mBegun = 0;  // this and all below under the pool's mutex
     std::size_t mDone = 0;
     Batch* mYounger = nullptr;
+
+    // Behind the others: a batch of a module that was built with an older header ends here.
+    const xoProgressNotifier* mProgress;
 };
 
 inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks) {
+    constexpr unsigned long kNoLimit = 0xFFFFFFFF;
     if (tasks.empty()) return true;
-    Batch batch(*this, tasks);
+    Batch batch(*this, tasks, /*progress=*/nullptr);
     const xoMutexLocker locker(mMutex);
     enter(batch);
-    while (batch.hasTasks() ? offer(batch) : isTaken(batch)) mDoneCondition.wait(&mMutex);
+    while (awaitChange(batch, kNoLimit)) {
+    }
     leave(batch);
     return batch.isDone();
+}
+
+inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks, xoProgressNotifier* progress) {
+    constexpr unsigned long kLookMs = 50;
+    if (!progress) return solve(tasks);
+    xoProgressScope work(progress, tasks.size(), {}, ProgressUnitItems);
+    Batch batch(*this, tasks, progress);
+    xoMutexLocker locker(mMutex);
+    enter(batch);
+    abandonIfCanceled(batch);
+    while (awaitChange(batch, kLookMs)) {
+        const std::size_t done = batch.doneCount();
+        locker.unlock();
+        work.advanceTo(done);
+        locker.lock();
+        abandonIfCanceled(batch);
+    }
+    leave(batch);
+    locker.unlock();
+    if (batch.isDone()) work.finish();
+    return batch.isDone();
+}
+
+// Leaves the tasks that are not begun for good once the work is canceled. True if it did now.
+inline bool ConcurrentPool::abandonIfCanceled(Batch& batch) {
+    if (!batch.mProgress || !batch.mProgress->isCanceled() || !batch.hasTasks()) return false;
+    batch.mBegun = batch.mTasks.size();
+    withdraw(batch);
+    return true;
+}
+
+// Waits until something has happened, or the time has passed. False when the batch needs no more waiting.
+inline bool ConcurrentPool::awaitChange(Batch& batch, unsigned long timeoutMs) {
+    if (!(batch.hasTasks() ? offer(batch) : isTaken(batch))) return false;
+    mDoneCondition.wait(&mMutex, timeoutMs);
+    return true;
 }
 
 inline void ConcurrentPool::enter(Batch& batch) {
