@@ -30,6 +30,7 @@ namespace xo {
 
 template <class E>
 class xoEnumList;
+class xoProgressNotifier;
 
 // What GetFileInfoUtf8 finds out about one file or folder.
 struct XOSYSTEM_API xoFileInfoUtf8 {
@@ -138,6 +139,30 @@ public:
     // Reads as CopyFileW: true, the default, never touches a file that is there; false replaces it.
     static bool CopyFileUtf8(const std::string& from, const std::string& to, bool failIfExists = true);
 
+    // The same with a notifier, which may be null and counts bytes. Error: "CopyFileExW error " and the code, or
+    // "Canceled"; then the target is deleted, also a file that was to be replaced.
+    static bool CopyFileUtf8(const std::string& from, const std::string& to, bool failIfExists, std::string* error,
+                             xoProgressNotifier* progress);
+
+    // Copies a folder and all below it, of any depth, into the folder `to`. That folder and those above it are made
+    // where they are missing; in a folder that is there, what has other names stays. With failIfExists no file that is
+    // there is touched, which counts as a failure; otherwise it is replaced.
+    //
+    // A link, to a file or a folder, is copied as a link and not followed; only the folder given may be a link to the
+    // one that is meant. Files, and folders that are made, get the times and attributes of their source as far as the
+    // file system has them, and the permissions of the folder they are made in. If `to` lies inside of `from`, it is
+    // left out of the copy; a folder is not copied to itself.
+    //
+    // A failure does not keep the rest from being copied. The result is false then, and the error has a line for each
+    // of the first 100 failures and, if there are more, their number: "CopyFileExW error ", "CreateDirectoryW error ",
+    // "FindFirstFileW error " (the folder cannot be listed) or "DeviceIoControl error " (a link to a folder), the code,
+    // " for " and the path.
+    //
+    // The notifier may be null; otherwise the tree is walked twice, first for the sum of its sizes. Once it is
+    // canceled, what has been copied stays but the file under way; the result is false and the error "Canceled".
+    static bool CopyFolderUtf8(const std::string& from, const std::string& to, bool failIfExists = true,
+                               std::string* error = nullptr, xoProgressNotifier* progress = nullptr);
+
     // A missing file, a read-only one and a folder all give false.
     static bool RemoveFileUtf8(const std::string& path);
 
@@ -159,6 +184,11 @@ public:
     // deleted; once it is true nothing more is deleted, and the result is false with the error "Canceled".
     static bool ClearFolderUtf8(const std::string& folder, bool removeFolderItself = false,
                                 std::string* error = nullptr, const bool* cancel = nullptr);
+
+    // The same with a notifier, which may be null: each entry of a folder is a step. What it cancels ends as by
+    // *cancel.
+    static bool ClearFolderUtf8(const std::string& folder, bool removeFolderItself, std::string* error,
+                                const bool* cancel, xoProgressNotifier* progress);
 
     // Gives everyone full access to one file or folder; what a folder holds keeps its own permissions. All permissions
     // that were set before are replaced.
@@ -209,6 +239,11 @@ public:
         // Empty ones let nothing pass.
         bool visit(const std::string& folder, bool recursive = true,
                    const std::vector<std::string>* extensions = nullptr);
+
+        // The same with a notifier, which may be null: in each folder, each sub-folder is a step. Once it is canceled,
+        // the walk ends as if an operation had ended it.
+        bool visit(const std::string& folder, bool recursive, const std::vector<std::string>* extensions,
+                   xoProgressNotifier* progress);
 
     protected:
         // "folder/file"; no "/" after an empty folder, or one that ends in a separator.

@@ -1,6 +1,8 @@
 // Emptying a folder.
+#include "files/fileCopy.h"
 #include "files/folderWalk.h"
 #include "files/pathParts.h"
+#include "files/walkProgress.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
 
@@ -19,15 +21,7 @@ constexpr auto kDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 constexpr ULONG kFile = FILE_NON_DIRECTORY_FILE;
 constexpr ULONG kFolder = FILE_DIRECTORY_FILE;
 
-// Marks what the handle stands for as to be deleted when the handle is closed; gives the error.
-DWORD setDeleteOnClose(HANDLE target) {
-    FILE_DISPOSITION_INFO info{};
-    info.DeleteFile = TRUE;
-    return ::SetFileInformationByHandle(target, FileDispositionInfo, &info, sizeof info) ? ERROR_SUCCESS
-                                                                                         : ::GetLastError();
-}
-
-// The same as DeleteFileW and RemoveDirectoryW do it: the name goes at once, even where another program still has the
+// Deletes as DeleteFileW and RemoveDirectoryW do it: the name goes at once, even where another program still has the
 // file open, and the read-only attribute is no obstacle. Windows before version 1809, and some file systems, know no
 // such call.
 bool deleteAtOnce(HANDLE target) {
@@ -56,12 +50,12 @@ DWORD deleteOpened(Open open) {
     if (!target.handle) return target.error;
     if (deleteAtOnce(target.handle.get())) return ERROR_SUCCESS;
     const DWORD attributes = attributesOf(target.handle.get());
-    if ((attributes & FILE_ATTRIBUTE_READONLY) == 0) return setDeleteOnClose(target.handle.get());
+    if ((attributes & FILE_ATTRIBUTE_READONLY) == 0) return files::setDeleteOnClose(target.handle.get());
 
     const Opened writable = open(FILE_WRITE_ATTRIBUTES);
     if (!writable.handle) return writable.error;
     setAttributes(writable.handle.get(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
-    const DWORD error = setDeleteOnClose(target.handle.get());
+    const DWORD error = files::setDeleteOnClose(target.handle.get());
     setAttributes(writable.handle.get(), attributes);
     return error;
 }
@@ -78,13 +72,19 @@ class FolderClearing : public FolderWalk::Task {
 public:
     using Step = FolderWalk::Step;
 
-    FolderClearing(const std::string& folder, bool removesTop, std::string* error, const bool* cancel)
-        : mTop(files::searchedFolder(folder)), mGiven(folder), mRemovesTop(removesTop), mError(error), mCancel(cancel) {
+    FolderClearing(const std::string& folder, bool removesTop, std::string* error, const bool* cancel,
+                   xoProgressNotifier* progress)
+        : mTop(files::searchedFolder(folder)),
+          mGiven(folder),
+          mRemovesTop(removesTop),
+          mError(error),
+          mCancel(cancel),
+          mProgress(progress) {
         while (!mGiven.empty() && (mGiven.back() == '\\' || mGiven.back() == '/')) mGiven.pop_back();
     }
 
     bool run() {
-        if (isCancelled()) return false;
+        if (isCancelled(mProgress.goesOn())) return false;
         FolderWalk walk(*this, mTop, /*keepsFolderOpen=*/true);
         if (mRemovesTop && isFolderLink(mTop)) {
             removeFolder(walk);
@@ -96,9 +96,10 @@ public:
 
     // Files and links go first, while the folder is open.
     bool onEnter(FolderWalk& walk) override {
+        if (mProgress) mProgress.enter(countSteps(walk), platform::toUtf8(walk.below()));
         walk.forEachEntry([&](const files::FolderEntry& entry) {
             if (entry.isFolder && !entry.isLink) return true;
-            if (isCancelled()) return false;
+            if (isCancelled(mProgress.beginStep())) return false;
             removeEntry(walk, entry);
             return true;
         });
@@ -107,13 +108,15 @@ public:
 
     Step onEntry(FolderWalk&, const files::FolderEntry& entry) override {
         if (!entry.isFolder || entry.isLink) return Step::PassOver;
-        return isCancelled() ? Step::Stop : Step::Enter;
+        return isCancelled(mProgress.beginStep()) ? Step::Stop : Step::Enter;
     }
 
     bool onLeave(FolderWalk& walk) override {
-        if (walk.depth() == 1 && !mRemovesTop) return true;
-        if (isCancelled()) return false;
-        removeFolder(walk);
+        if (walk.depth() > 1 || mRemovesTop) {
+            if (isCancelled(mProgress.beginStep())) return false;
+            removeFolder(walk);
+        }
+        mProgress.leave(/*isComplete=*/walk.depth() > 1 || !mHasFailed);
         return true;
     }
 
@@ -123,9 +126,18 @@ public:
     }
 
 private:
+    // Each entry is a step, and the folder itself is one.
+    static std::uint64_t countSteps(const FolderWalk& walk) {
+        std::uint64_t steps = 1;
+        walk.forEachEntry([&](const files::FolderEntry&) { return ++steps != 0; });
+        return steps;
+    }
+
     // Another thread writes the flag, so each look must be a read of its own.
-    bool isCancelled() {
-        if (mIsCancelled || mCancel == nullptr || !*static_cast<const volatile bool*>(mCancel)) return mIsCancelled;
+    bool isCancelled(bool progressGoesOn) {
+        if (mIsCancelled) return true;
+        const bool isAsked = mCancel != nullptr && *static_cast<const volatile bool*>(mCancel);
+        if (!isAsked && progressGoesOn) return false;
         mIsCancelled = true;
         if (mError != nullptr) *mError = "Canceled";
         return true;
@@ -165,6 +177,7 @@ private:
     const bool mRemovesTop;
     std::string* const mError;
     const bool* const mCancel;
+    files::WalkProgress mProgress;
     bool mHasFailed = false;
     bool mIsCancelled = false;
 };
@@ -173,7 +186,12 @@ private:
 
 bool xoDirUtils::ClearFolderUtf8(const std::string& folder, bool removeFolderItself, std::string* error,
                                  const bool* cancel) {
-    return FolderClearing(folder, removeFolderItself, error, cancel).run();
+    return ClearFolderUtf8(folder, removeFolderItself, error, cancel, /*progress=*/nullptr);
+}
+
+bool xoDirUtils::ClearFolderUtf8(const std::string& folder, bool removeFolderItself, std::string* error,
+                                 const bool* cancel, xoProgressNotifier* progress) {
+    return FolderClearing(folder, removeFolderItself, error, cancel, progress).run();
 }
 
 }  // namespace xo

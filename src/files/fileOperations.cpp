@@ -1,10 +1,12 @@
 // Single files renamed, copied and removed; folders made.
 #include <algorithm>
 
+#include "files/fileCopy.h"
 #include "files/pathParts.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
 #include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoProgress.h"
 
 namespace xo {
 namespace {
@@ -18,6 +20,13 @@ bool isFolder(const wchar_t* path) {
 
 // Someone else may make the folder at the same moment.
 bool makeFolder(const wchar_t* path) { return ::CreateDirectoryW(path, nullptr) || isFolder(path); }
+
+// 0 where it is not known.
+std::uint64_t sizeOf(const wchar_t* path) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (!::GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return 0;
+    return (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow;
+}
 
 }  // namespace
 
@@ -33,6 +42,18 @@ bool xoDirUtils::RenameFileUtf8(const std::string& from, const std::string& to, 
 
 bool xoDirUtils::CopyFileUtf8(const std::string& from, const std::string& to, bool failIfExists) {
     return ::CopyFileW(toApiPath(from).c_str(), toApiPath(to).c_str(), failIfExists ? TRUE : FALSE) != FALSE;
+}
+
+bool xoDirUtils::CopyFileUtf8(const std::string& from, const std::string& to, bool failIfExists, std::string* error,
+                              xoProgressNotifier* progress) {
+    const std::wstring source = toApiPath(from);
+    const std::uint64_t size = progress ? sizeOf(source.c_str()) : 0;
+    const DWORD flags = failIfExists ? COPY_FILE_FAIL_IF_EXISTS : 0;
+    const DWORD code = files::copyFile(source, toApiPath(to), flags, size, progress);
+    if (code == ERROR_SUCCESS) return true;
+    const bool isCanceled = code == files::kCopyCanceled && progress && progress->isCanceled();
+    if (error != nullptr) *error = isCanceled ? "Canceled" : "CopyFileExW error " + std::to_string(code);
+    return false;
 }
 
 bool xoDirUtils::RemoveFileUtf8(const std::string& path) { return ::DeleteFileW(toApiPath(path).c_str()) != FALSE; }

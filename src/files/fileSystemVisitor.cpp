@@ -4,6 +4,7 @@
 
 #include "files/folderWalk.h"
 #include "files/pathParts.h"
+#include "files/walkProgress.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
 
@@ -45,35 +46,50 @@ public:
     using Step = FolderWalk::Step;
 
     Visit(FileSystemVisitor& visitor, const std::string& folder, bool recursive,
-          const std::vector<std::string>* extensions)
-        : mVisitor(visitor), mIsRecursive(recursive), mFilter(extensions), mFolder(folder) {}
+          const std::vector<std::string>* extensions, xoProgressNotifier* progress)
+        : mVisitor(visitor), mIsRecursive(recursive), mFilter(extensions), mProgress(progress), mFolder(folder) {}
 
     bool onEnter(FolderWalk& walk) override {
         if (walk.depth() > 1) appendName(mFolder, mName);
         mFolderLengths.push_back(mFolder.size());
-        return mVisitor.onEnterFolder(mFolder);
+        if (mProgress) mProgress.enter(countSteps(walk), mFolder);
+        return mProgress.goesOn() && mVisitor.onEnterFolder(mFolder);
     }
 
     Step onEntry(FolderWalk&, const files::FolderEntry& entry) override {
+        const bool isStep = entry.isFolder && mIsRecursive;
+        if (!(isStep ? mProgress.beginStep() : mProgress.goesOn())) return Step::Stop;
         mName.clear();
         platform::appendUtf8(mName, entry.name);
         const bool goesOn = entry.isFolder ? mVisitor.onFolder(mFolder, mName)
                                            : !mFilter.accepts(mName) || mVisitor.onFile(mFolder, mName);
         if (!goesOn) return Step::Stop;
-        return entry.isFolder && mIsRecursive ? Step::Enter : Step::PassOver;
+        return isStep ? Step::Enter : Step::PassOver;
     }
 
     bool onLeave(FolderWalk&) override {
         if (!mVisitor.onLeaveFolder(mFolder)) return false;
+        mProgress.leave(/*isComplete=*/true);
         mFolderLengths.pop_back();
         if (!mFolderLengths.empty()) mFolder.resize(mFolderLengths.back());
         return true;
     }
 
 private:
+    // Each sub-folder that is walked is a step, and all the rest is one.
+    std::uint64_t countSteps(const FolderWalk& walk) const {
+        std::uint64_t steps = 1;
+        walk.forEachEntry([&](const files::FolderEntry& entry) {
+            if (entry.isFolder && mIsRecursive) ++steps;
+            return true;
+        });
+        return steps;
+    }
+
     FileSystemVisitor& mVisitor;
     const bool mIsRecursive;
     const NameFilter mFilter;
+    files::WalkProgress mProgress;
     std::string mFolder;                      // its path as the visitor sees it
     std::string mName;                        // of the entry seen last
     std::vector<std::size_t> mFolderLengths;  // of the paths of the folders that the walk is inside of
@@ -93,7 +109,13 @@ bool xoDirUtils::FileSystemVisitor::onLeaveFolder(const std::string&) { return t
 
 bool xoDirUtils::FileSystemVisitor::visit(const std::string& folder, bool recursive,
                                           const std::vector<std::string>* extensions) {
-    Visit visit(*this, folder, recursive, extensions);
+    return visit(folder, recursive, extensions, /*progress=*/nullptr);
+}
+
+bool xoDirUtils::FileSystemVisitor::visit(const std::string& folder, bool recursive,
+                                          const std::vector<std::string>* extensions, xoProgressNotifier* progress) {
+    if (progress && progress->isCanceled()) return false;
+    Visit visit(*this, folder, recursive, extensions, progress);
     const std::wstring top = files::searchedFolder(folder.empty() ? "/" : folder);
     return files::FolderWalk(visit, top, /*keepsFolderOpen=*/false).run();
 }

@@ -1,5 +1,7 @@
 #include "files/folderNames.h"
 
+#include <cstring>
+
 #include "files/pathParts.h"
 
 namespace xo::files {
@@ -23,9 +25,19 @@ wchar_t kindOf(const FILE_FULL_DIR_INFO& info) {
     return kFolder | kReparsePoint | (isLink ? kLink : 0);
 }
 
+constexpr std::size_t kSizeUnits = sizeof(std::uint64_t) / sizeof(wchar_t);
+
+void appendSize(std::wstring& entries, const FILE_FULL_DIR_INFO& info) {
+    const bool isFolder = (info.FileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const std::uint64_t size = isFolder ? 0 : static_cast<std::uint64_t>(info.EndOfFile.QuadPart);
+    wchar_t units[kSizeUnits];
+    std::memcpy(units, &size, sizeof size);
+    entries.append(units, kSizeUnits);
+}
+
 }  // namespace
 
-FolderNames::FolderNames() : mBuffer(new std::byte[kBufferBytes]) {}
+FolderNames::FolderNames(bool keepsSizes) : mBuffer(new std::byte[kBufferBytes]), mKeepsSizes(keepsSizes) {}
 
 FolderNames::Reading FolderNames::read(HANDLE folder) {
     DWORD error = readSome(folder);
@@ -45,6 +57,7 @@ DWORD FolderNames::readSome(HANDLE folder) {
             mEntries += kindOf(info);
             mEntries += static_cast<wchar_t>(name.size());
             mEntries += name;
+            if (mKeepsSizes) appendSize(mEntries, info);
         }
         if (info.NextEntryOffset == 0) return ERROR_SUCCESS;
         at += info.NextEntryOffset;
@@ -55,7 +68,12 @@ FolderEntry FolderNames::next(std::size_t& position) const noexcept {
     const wchar_t* const entry = mEntries.data() + position;
     const std::wstring_view name(entry + 2, entry[1]);
     position += 2 + name.size();
-    return {name, (entry[0] & kFolder) != 0, (entry[0] & kLink) != 0, (entry[0] & kReparsePoint) != 0};
+    std::uint64_t size = 0;
+    if (mKeepsSizes) {
+        std::memcpy(&size, mEntries.data() + position, sizeof size);
+        position += kSizeUnits;
+    }
+    return {name, (entry[0] & kFolder) != 0, (entry[0] & kLink) != 0, (entry[0] & kReparsePoint) != 0, size};
 }
 
 }  // namespace xo::files

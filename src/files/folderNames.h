@@ -3,6 +3,7 @@
 #define XO_FILES_FOLDERNAMES_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -16,13 +17,14 @@ struct FolderEntry {
     bool isFolder;
     bool isLink;          // a folder that leads to another one: a junction, a symbolic link, a mounted volume
     bool isReparsePoint;  // a link, or a folder whose content another service keeps
+    std::uint64_t size;   // of a file, in bytes, as the folder has it; 0 unless sizes are kept
 };
 
 // The entries of some folders, one after the other, in the order in which the system lists them. They are stacked: the
 // folder read last is the first to be forgotten.
 class FolderNames {
 public:
-    FolderNames();
+    explicit FolderNames(bool keepsSizes);
 
     struct Reading {
         bool isBegun;  // whether the system lists the folder at all
@@ -43,7 +45,8 @@ private:
     DWORD readSome(HANDLE folder);
 
     std::unique_ptr<std::byte[]> mBuffer;  // for the system's answers
-    std::wstring mEntries;                 // of each its kind, the length of its name, the name
+    const bool mKeepsSizes;
+    std::wstring mEntries;  // of each its kind, the length of its name, the name, the size if it is kept
 };
 
 }  // namespace xo::files

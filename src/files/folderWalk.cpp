@@ -15,8 +15,8 @@ constexpr OpenMode toList(bool followsLink) {
 
 void FolderWalk::Task::onListingFailed(FolderWalk&, DWORD) {}
 
-FolderWalk::FolderWalk(Task& task, std::wstring_view extendedPath, bool keepsFolderOpen)
-    : mTask(task), mKeepsFolderOpen(keepsFolderOpen), mPath(extendedPath) {}
+FolderWalk::FolderWalk(Task& task, std::wstring_view extendedPath, bool keepsFolderOpen, bool listsSizes)
+    : mTask(task), mKeepsFolderOpen(keepsFolderOpen), mPath(extendedPath), mNames(listsSizes) {}
 
 bool FolderWalk::run() {
     if (!list(openFolder(toList(/*followsLink=*/true)))) return true;
@@ -74,11 +74,7 @@ bool FolderWalk::leave() {
 }
 
 Opened FolderWalk::openEntry(std::wstring_view name, const OpenMode& mode) {
-    if (mFolder) return openRelative(mFolder.get(), name, mode);
-    mPath.append(name);
-    Opened entry = mPath.open(mPath.length(), mode);
-    mPath.cut(mLevels.back().pathLength);
-    return entry;
+    return mFolder ? openRelative(mFolder.get(), name, mode) : mPath.openEntry(name, mode);
 }
 
 // Some redirectors give every file the index 0.

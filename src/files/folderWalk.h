@@ -38,8 +38,9 @@ public:
     };
 
     // The path is the extended one. With keepsFolderOpen a folder stays open while onEnter runs; openEntry is then as
-    // fast and as safe as can be, but nobody can remove the folder meanwhile.
-    FolderWalk(Task& task, std::wstring_view extendedPath, bool keepsFolderOpen);
+    // fast and as safe as can be, but nobody can remove the folder meanwhile. The entries have their sizes only with
+    // listsSizes.
+    FolderWalk(Task& task, std::wstring_view extendedPath, bool keepsFolderOpen, bool listsSizes = false);
 
     // Walks the tree. False if the task has ended the walk.
     bool run();
@@ -51,6 +52,9 @@ public:
 
     // The path of the folder, below the top one. Empty for the top one.
     std::wstring_view below() const noexcept { return mPath.below(); }
+
+    // The extended path of an entry of the folder.
+    std::wstring pathOf(std::wstring_view name) const { return mPath.extended(name); }
 
     // Calls visit(entry) for the entries of the folder that was entered last, until it returns false.
     template <class Visit>

@@ -13,10 +13,11 @@ namespace {
 
 constexpr std::wstring_view kKernelPrefix = LR"(\??\)";  // stands for both "\\?\" and "\\.\"
 constexpr std::size_t kFar = 1000;                       // characters
+constexpr ULONG kSharedByAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-}  // namespace
-
-Opened openRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode) {
+// Calls open(handle, access, attributes, status, share, options) for a path of a length that the kernel takes.
+template <class Open>
+Opened openBy(Open open, HANDLE folder, std::wstring_view path, const OpenMode& mode) {
     constexpr std::size_t kMostBytes = (std::numeric_limits<USHORT>::max)();
     const std::size_t bytes = path.size() * sizeof(wchar_t);
     if (bytes == 0) return {{}, ERROR_PATH_NOT_FOUND};
@@ -29,10 +30,31 @@ Opened openRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode)
                           (mode.followsLink ? 0 : FILE_OPEN_REPARSE_POINT);
     platform::KernelHandle opened;
     IO_STATUS_BLOCK status;
-    const NTSTATUS result = ::NtOpenFile(opened.put(), mode.access | SYNCHRONIZE, &attributes, &status,
-                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, options);
+    const NTSTATUS result = open(opened.put(), mode.access | SYNCHRONIZE, &attributes, &status, kSharedByAll, options);
     if (result < 0) return {{}, ::RtlNtStatusToDosError(result)};
     return {std::move(opened), ERROR_SUCCESS};
+}
+
+}  // namespace
+
+Opened openRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode) {
+    return openBy([](auto... arguments) { return ::NtOpenFile(arguments...); }, folder, path, mode);
+}
+
+Created createRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode, Existing existing) {
+    constexpr ULONG kDispositions[] = {FILE_CREATE, FILE_OPEN_IF, FILE_OVERWRITE_IF};
+    const ULONG disposition = kDispositions[static_cast<ULONG>(existing)];
+    bool isNew = false;
+    const auto create = [&](HANDLE* made, ACCESS_MASK access, OBJECT_ATTRIBUTES* attributes, IO_STATUS_BLOCK* status,
+                            ULONG share, ULONG options) {
+        const NTSTATUS result =
+            ::NtCreateFile(made, access, attributes, status, /*AllocationSize=*/nullptr, FILE_ATTRIBUTE_NORMAL, share,
+                           disposition, options, /*EaBuffer=*/nullptr, /*EaLength=*/0);
+        isNew = result >= 0 && status->Information == FILE_CREATED;
+        return result;
+    };
+    Opened opened = openBy(create, folder, path, mode);
+    return {std::move(opened), isNew};
 }
 
 WalkedPath::WalkedPath(std::wstring_view extendedPath) {
@@ -55,13 +77,46 @@ void WalkedPath::append(std::wstring_view name) {
     mPath += name;
 }
 
-Opened WalkedPath::open(std::size_t length, const OpenMode& mode) const {
+std::pair<HANDLE, std::wstring_view> WalkedPath::nearest(std::size_t length) const {
     const auto isAbove = [length](const Held& held) { return held.length < length; };
     const auto from = std::find_if(mHeld.rbegin(), mHeld.rend(), isAbove);
     const std::wstring_view path = std::wstring_view(mPath).substr(0, length);
-    if (from == mHeld.rend()) return openRelative(nullptr, path, mode);
+    if (from == mHeld.rend()) return {nullptr, path};
     const std::size_t start = from->length + (isSeparator(path[from->length]) ? 1 : 0);
-    return openRelative(from->folder.get(), path.substr(start), mode);
+    return {from->folder.get(), path.substr(start)};
+}
+
+Opened WalkedPath::open(std::size_t length, const OpenMode& mode) const {
+    const auto [folder, path] = nearest(length);
+    return openRelative(folder, path, mode);
+}
+
+Opened WalkedPath::openEntry(std::wstring_view name, const OpenMode& mode) {
+    const std::size_t length = mPath.size();
+    append(name);
+    Opened entry = open(mPath.size(), mode);
+    cut(length);
+    return entry;
+}
+
+Created WalkedPath::create(const OpenMode& mode, Existing existing) const {
+    const auto [folder, path] = nearest(mPath.size());
+    return createRelative(folder, path, mode, existing);
+}
+
+Created WalkedPath::createEntry(std::wstring_view name, const OpenMode& mode, Existing existing) {
+    const std::size_t length = mPath.size();
+    append(name);
+    Created created = create(mode, existing);
+    cut(length);
+    return created;
+}
+
+std::wstring WalkedPath::extended(std::wstring_view name) const {
+    std::wstring path = LR"(\\?\)";
+    path += std::wstring_view(mPath).substr((std::min)(mPath.size(), kKernelPrefix.size()));
+    if (path.back() != L'\\') path += L'\\';
+    return path += name;
 }
 
 void WalkedPath::hold(platform::KernelHandle& folder) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/handle.h"
@@ -26,6 +27,17 @@ struct Opened {
 // Opens what the path leads to from an open folder; from null, a path as the kernel takes it.
 Opened openRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode);
 
+// What becomes of a file or folder that is there.
+enum class Existing : ULONG { Fails, IsOpened, IsEmptied };
+
+struct Created {
+    Opened opened;
+    bool isNew;  // it was not there before
+};
+
+// Makes what the path leads to, as NtCreateFile does.
+Created createRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode, Existing existing);
+
 // Windows takes 32,767 characters at once. So every now and then a folder on the path is held open, and what lies below
 // is opened from there; that also saves the system the long way from the root each time.
 class WalkedPath {
@@ -43,6 +55,15 @@ public:
 
     // Opens what the first `length` characters lead to.
     Opened open(std::size_t length, const OpenMode& mode) const;
+    // Opens an entry of the folder to which the whole path leads.
+    Opened openEntry(std::wstring_view name, const OpenMode& mode);
+
+    // Makes the file or folder to which the whole path leads, or an entry in that folder.
+    Created create(const OpenMode& mode, Existing existing) const;
+    Created createEntry(std::wstring_view name, const OpenMode& mode, Existing existing);
+
+    // The extended path of an entry in the folder to which the whole path leads.
+    std::wstring extended(std::wstring_view name) const;
 
     // Takes the handle of the folder, to which the whole path leads, if the last folder held is far; else leaves it.
     void hold(platform::KernelHandle& folder);
@@ -55,6 +76,9 @@ private:
         std::size_t length;  // of its path
         platform::KernelHandle folder;
     };
+
+    // Where to begin for the first `length` characters, and what of them lies below.
+    std::pair<HANDLE, std::wstring_view> nearest(std::size_t length) const;
 
     std::wstring mPath;  // as the kernel takes it: with "\??\" in front
     std::size_t mTopLength;

@@ -142,7 +142,7 @@ int deletions = 0;
 BOOL WINAPI noteDeletion(HANDLE, FILE_INFO_BY_HANDLE_CLASS, void*, DWORD) { return ++deletions, TRUE; }
 
 // A path longer than Windows takes any. The tree is put together in parts: no call needs all of it.
-TEST_F(FolderWalk, GoesToAnyDepthAtNoCostOfStackOrHandlesAndSoDoesClearing) {
+TEST_F(FolderWalk, GoesToAnyDepthAtNoCostOfStackOrHandlesAndSoDoCopyingAndClearing) {
     constexpr int kParts = 13, kLevelsOfPart = 15;
     std::string below;
     for (int level = 1; level < kLevelsOfPart; ++level) below += "/" + std::string(200, 'x');
@@ -165,16 +165,20 @@ TEST_F(FolderWalk, GoesToAnyDepthAtNoCostOfStackOrHandlesAndSoDoesClearing) {
     EXPECT_LE(frames.size(), 5u);  // the places that call an operation
     EXPECT_GT(handles, 0);
     EXPECT_LT(handles, before + 60);
+    EXPECT_TRUE(xoDirUtils::CopyFolderUtf8(mTop, path("copy"), true, &mError)) << mError;
+    Recorder copied(path("copy"));
+    EXPECT_EQ(copied.walk(), recorder.calls);
     {
         const ImportHook hook("xoSystem.dll", "SetFileInformationByHandle", &noteDeletion);
         EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop, /*removeFolderItself=*/true, &mError)) << mError;
         EXPECT_EQ(deletions, kParts * kLevelsOfPart + 7);  // one for each folder, and the last one's seven
     }
-    for (int i = 0; i < kParts; ++i) {
-        EXPECT_TRUE(xoDirUtils::RenameFileUtf8(path("top" + below + "/rest"), path("rest")));
-        EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(mTop, true));
-        xoDirUtils::RenameFileUtf8(path("rest"), mTop);
-    }
+    for (const std::string name : {"top", "copy"})
+        for (int i = 0; i < kParts; ++i) {
+            EXPECT_TRUE(xoDirUtils::RenameFileUtf8(path(name + below + "/rest"), path("rest")));
+            EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(path(name), true));
+            xoDirUtils::RenameFileUtf8(path("rest"), path(name));
+        }
 }
 
 // The folders on a long path are held open.

@@ -1,0 +1,336 @@
+// Copying a tree of folders.
+#include <algorithm>
+
+#include "files/fileCopy.h"
+#include "files/folderWalk.h"
+#include "files/pathParts.h"
+#include "platform/wideText.h"
+#include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoProgress.h"
+
+#include <winternl.h>
+
+namespace xo {
+namespace {
+
+using files::Created;
+using files::Existing;
+using files::FolderEntry;
+using files::FolderWalk;
+using files::Opened;
+using files::OpenMode;
+using files::WalkedPath;
+
+constexpr ULONG kFile = FILE_NON_DIRECTORY_FILE;
+constexpr ULONG kFolder = FILE_DIRECTORY_FILE;
+constexpr OpenMode kToListFolder{FILE_LIST_DIRECTORY | FILE_TRAVERSE | FILE_READ_ATTRIBUTES, kFolder,
+                                 /*followsLink=*/true};
+constexpr std::size_t kLongPath = 1000;  // characters; from here on a system may refuse a path as a whole
+constexpr std::size_t kMostReports = 100;
+
+// The path that a handle stands for, without links and short names; the fallback where the system does not tell it.
+std::wstring finalPath(HANDLE folder, const std::wstring& fallback) {
+    const std::wstring path = platform::readWide([folder](wchar_t* room, DWORD size) {
+        return ::GetFinalPathNameByHandleW(folder, room, size, FILE_NAME_NORMALIZED);
+    });
+    return path.empty() ? fallback : path;
+}
+
+bool areSameNames(std::wstring_view a, std::wstring_view b) {
+    return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
+                                  /*bIgnoreCase=*/TRUE) == CSTR_EQUAL;
+}
+
+// A path below another one.
+std::wstring joined(std::wstring_view below, std::wstring_view name) {
+    return below.empty() ? std::wstring(name) : std::wstring(below).append(L"\\").append(name);
+}
+
+// Where the target lies as seen from the source.
+struct Target {
+    bool isSource = false;
+    std::wstring below;  // its path below the source; empty when it lies elsewhere
+
+    Target(const std::wstring& source, std::wstring target) {
+        isSource = areSameNames(source, target);
+        const std::wstring inside = source.back() == L'\\' ? source : source + L'\\';
+        if (target.size() > inside.size() && areSameNames(inside, std::wstring_view(target).substr(0, inside.size())))
+            below = target.substr(inside.size());
+    }
+
+    bool isAt(std::wstring_view folder, std::wstring_view name) const {
+        return !below.empty() && areSameNames(below, joined(folder, name));
+    }
+};
+
+// Adds up the sizes of the files.
+class SizeCount final : public FolderWalk::Task {
+public:
+    SizeCount(xoProgressNotifier* progress, const Target& target)
+        : mTarget(target), mScope(progress, /*total=*/0, "counting", ProgressUnitItems) {}
+
+    // False when it was canceled.
+    bool run(const std::wstring& top) {
+        const bool isWhole =
+            FolderWalk(*this, top, /*keepsFolderOpen=*/false, /*listsSizes=*/true).run() && mScope.advance(0);
+        if (isWhole) mScope.finish();
+        return isWhole;
+    }
+    std::uint64_t bytes() const { return mBytes; }
+
+    bool onEnter(FolderWalk&) override { return true; }
+    FolderWalk::Step onEntry(FolderWalk& walk, const FolderEntry& entry) override {
+        mBytes += entry.size;
+        if (!mScope.advance()) return FolderWalk::Step::Stop;
+        const bool isEntered = entry.isFolder && !entry.isLink && !mTarget.isAt(walk.below(), entry.name);
+        return isEntered ? FolderWalk::Step::Enter : FolderWalk::Step::PassOver;
+    }
+    bool onLeave(FolderWalk&) override { return true; }
+
+private:
+    const Target& mTarget;
+    xoProgressScope mScope;
+    std::uint64_t mBytes = 0;
+};
+
+class FolderCopying final : public FolderWalk::Task {
+public:
+    using Step = FolderWalk::Step;
+
+    FolderCopying(const std::string& from, const std::string& to, bool failIfExists, xoProgressNotifier* progress)
+        : mGiven(from),
+          mGivenTarget(to),
+          mSourceTop(files::searchedFolder(from)),
+          mTargetTop(files::searchedFolder(to)),
+          mFailsIfExists(failIfExists),
+          mProgress(progress),
+          mTarget(mTargetTop) {
+        while (!mGiven.empty() && (mGiven.back() == '\\' || mGiven.back() == '/')) mGiven.pop_back();
+    }
+
+    bool run() {
+        if (isCanceled()) return false;
+        const WalkedPath path(mSourceTop);
+        const Opened source = path.open(path.length(), kToListFolder);
+        if (!source.handle) return fail("FindFirstFileW", missingFolder(source.error), mGiven);
+        const Created top = makeTop();
+        if (!top.opened.handle) return fail("CreateDirectoryW", top.opened.error, mGivenTarget);
+        const Target target(finalPath(source.handle.get(), mSourceTop), finalPath(top.opened.handle.get(), mTargetTop));
+        if (target.isSource) return report(mGiven + " cannot be copied to itself");
+        mTargetPlace = &target;
+        mIsTopNew = top.isNew;
+        copyAll();
+        return !mHasFailed && !mIsCanceled;
+    }
+
+    // What could not be copied, a line each.
+    std::string errors() const {
+        if (mIsCanceled) return "Canceled";
+        if (mReportCount <= kMostReports) return mErrors;
+        return mErrors + "\nand " + std::to_string(mReportCount - kMostReports) + " more";
+    }
+
+    // The copy of a folder is made once the folder has been listed, so that it is never among its own entries. Thus the
+    // walk comes to an end also where a target inside of the source was not recognised.
+    bool onEnter(FolderWalk& walk) override {
+        if (walk.depth() == 1) {
+            mFolders.push_back({mTarget.length(), /*isThere=*/true, mIsTopNew});
+            return true;
+        }
+        mTarget.append(mName);
+        Created folder = mTarget.create(kToListFolder, Existing::IsOpened);
+        mFolders.push_back({mTarget.length(), static_cast<bool>(folder.opened.handle), folder.isNew});
+        if (folder.opened.handle)
+            mTarget.hold(folder.opened.handle);
+        else
+            fail("CreateDirectoryW", folder.opened.error, shown(walk.below()));
+        return true;
+    }
+
+    Step onEntry(FolderWalk& walk, const FolderEntry& entry) override {
+        if (isCanceled()) return Step::Stop;
+        if (!mFolders.back().isThere) return Step::PassOver;
+        if (entry.isFolder && !entry.isLink) {
+            mName = entry.name;
+            return mTargetPlace->isAt(walk.below(), entry.name) ? Step::PassOver : Step::Enter;
+        }
+        const std::wstring below = joined(walk.below(), entry.name);
+        if (entry.isFolder)
+            copyLink(walk, entry, below);
+        else
+            copyFile(walk, entry, below);
+        return mIsCanceled ? Step::Stop : Step::PassOver;
+    }
+
+    // Entries that are added change the times of a folder, so it gets them at the end.
+    bool onLeave(FolderWalk& walk) override {
+        mTarget.release();
+        if (mFolders.back().isNew) copyTimesOfFolder(walk);
+        mFolders.pop_back();
+        if (!mFolders.empty()) mTarget.cut(mFolders.back().targetLength);
+        return true;
+    }
+
+    void onListingFailed(FolderWalk& walk, DWORD error) override {
+        if (error != ERROR_FILE_NOT_FOUND) fail("FindFirstFileW", error, shown(walk.below()));  // an empty volume
+    }
+
+private:
+    // A folder that the walk is inside of.
+    struct Folder {
+        std::size_t targetLength;  // of the path of its copy
+        bool isThere;              // the copy could be made, or was there
+        bool isNew;                // the copy was made
+    };
+
+    // Only what is noticed before the end counts.
+    bool isCanceled() { return mIsCanceled = mIsCanceled || (mProgress && mProgress->isCanceled()); }
+
+    // As FindFirstFileW reports a folder that is missing.
+    static DWORD missingFolder(DWORD error) {
+        return error == ERROR_FILE_NOT_FOUND ? DWORD{ERROR_PATH_NOT_FOUND} : error;
+    }
+
+    Created makeTop() const {
+        xoDirUtils::MkpathUtf8(xoDirUtils::GetParentPathUtf8(mGivenTarget));
+        return mTarget.create(kToListFolder, Existing::IsOpened);
+    }
+
+    // Weights of 0 and 1: the time to count is not known in advance, and is short.
+    void copyAll() {
+        xoProgressScope work(mProgress, {0, 1});
+        if (mProgress) {
+            SizeCount count(mProgress, *mTargetPlace);
+            mIsCanceled = !count.run(mSourceTop);
+            if (mIsCanceled) return;
+            mTotal = count.bytes();
+        }
+        work.advance();
+        xoProgressScope bytes(mProgress, mTotal, {}, ProgressUnitBytes);
+        mBytes = &bytes;
+        FolderWalk(*this, mSourceTop, /*keepsFolderOpen=*/false, /*listsSizes=*/mProgress != nullptr).run();
+        if (mHasFailed)
+            bytes.setTotal(mTotal + 1);  // so that the work does not count as done
+        else if (!mIsCanceled)
+            bytes.finish();
+    }
+
+    void copyFile(FolderWalk& walk, const FolderEntry& entry, const std::wstring& below) {
+        const DWORD flags = COPY_FILE_COPY_SYMLINK | (mFailsIfExists ? COPY_FILE_FAIL_IF_EXISTS : DWORD{0});
+        xoProgressNotifier* const watched = entry.size != 0 ? mProgress : nullptr;  // an empty file is no step
+        if (watched) {
+            mBytes->setText(platform::toUtf8(below));
+            mBytes->setStepSpan(entry.size);
+        }
+        const std::wstring from = walk.pathOf(entry.name);
+        const std::wstring to = mTarget.extended(entry.name);
+        DWORD error = files::copyFile(from, to, flags, entry.size, watched);
+        if (error == ERROR_SUCCESS)
+            copyTimesOfFile(walk, entry);
+        else if (error != files::kCopyCanceled && (std::max)(from.size(), to.size()) >= kLongPath)
+            error = copyFarFile(walk, entry, watched);
+        if (error == files::kCopyCanceled && isCanceled()) return;
+        if (error != ERROR_SUCCESS) fail("CopyFileExW", error, shown(below));
+        mBytes->advance(entry.size);
+    }
+
+    // By handles, because CopyFileExW takes no path of 32767 characters.
+    DWORD copyFarFile(FolderWalk& walk, const FolderEntry& entry, xoProgressNotifier* watched) {
+        const Opened from = walk.openEntry(entry.name, {FILE_READ_DATA | FILE_READ_ATTRIBUTES, kFile, false});
+        if (!from.handle) return from.error;
+        FILE_ATTRIBUTE_TAG_INFO info{};
+        const bool isLink =
+            ::GetFileInformationByHandleEx(from.handle.get(), FileAttributeTagInfo, &info, sizeof info) &&
+            (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(info.ReparseTag);
+        if (isLink) return copyOpenedLink(from.handle.get(), entry.name, kFile);
+
+        const OpenMode toWrite{FILE_WRITE_DATA | FILE_WRITE_ATTRIBUTES | DELETE, kFile, /*followsLink=*/true};
+        const Created to =
+            mTarget.createEntry(entry.name, toWrite, mFailsIfExists ? Existing::Fails : Existing::IsEmptied);
+        if (!to.opened.handle) return to.opened.error;
+        const DWORD error = files::copyContent(from.handle.get(), to.opened.handle.get(), entry.size, watched);
+        if (error == ERROR_SUCCESS)
+            files::copyTimes(from.handle.get(), to.opened.handle.get(), /*withAttributes=*/true);
+        else
+            files::setDeleteOnClose(to.opened.handle.get());
+        return error;
+    }
+
+    void copyLink(FolderWalk& walk, const FolderEntry& entry, const std::wstring& below) {
+        const Opened from = walk.openEntry(entry.name, {FILE_READ_ATTRIBUTES, kFolder, /*followsLink=*/false});
+        const DWORD error = from.handle ? copyOpenedLink(from.handle.get(), entry.name, kFolder) : from.error;
+        if (error != ERROR_SUCCESS) fail("DeviceIoControl", error, shown(below));
+    }
+
+    DWORD copyOpenedLink(HANDLE from, std::wstring_view name, ULONG kind) {
+        const OpenMode toChange{FILE_WRITE_ATTRIBUTES | DELETE, kind, /*followsLink=*/false};
+        const Created to = mTarget.createEntry(name, toChange, mFailsIfExists ? Existing::Fails : Existing::IsOpened);
+        if (!to.opened.handle) return to.opened.error;
+        const DWORD error = files::copyReparsePoint(from, to.opened.handle.get());
+        if (error == ERROR_SUCCESS)
+            files::copyTimes(from, to.opened.handle.get(), /*withAttributes=*/false);
+        else if (to.isNew)
+            files::setDeleteOnClose(to.opened.handle.get());
+        return error;
+    }
+
+    // CopyFileExW keeps the attributes, but of the times only that of the last change.
+    void copyTimesOfFile(FolderWalk& walk, const FolderEntry& entry) {
+        const Opened from = walk.openEntry(entry.name, {FILE_READ_ATTRIBUTES, kFile, /*followsLink=*/false});
+        const Opened to = mTarget.openEntry(entry.name, {FILE_WRITE_ATTRIBUTES, kFile, /*followsLink=*/false});
+        if (from.handle && to.handle) files::copyTimes(from.handle.get(), to.handle.get(), /*withAttributes=*/false);
+    }
+
+    // The root of a volume has attributes that no folder should have: hidden and system.
+    void copyTimesOfFolder(FolderWalk& walk) {
+        const bool isRoot = walk.depth() == 1 && files::rootLength(mSourceTop) == mSourceTop.size();
+        const Opened from = walk.openFolder({FILE_READ_ATTRIBUTES, kFolder, /*followsLink=*/true});
+        const Opened to = mTarget.open(mTarget.length(), {FILE_WRITE_ATTRIBUTES, kFolder, /*followsLink=*/true});
+        if (from.handle && to.handle) files::copyTimes(from.handle.get(), to.handle.get(), /*withAttributes=*/!isRoot);
+    }
+
+    // The path in the source as the caller would write it.
+    std::string shown(std::wstring_view below) const {
+        return below.empty() ? mGiven : mGiven + "\\" + platform::toUtf8(below);
+    }
+
+    bool fail(const char* call, DWORD error, const std::string& path) {
+        return report(call + (" error " + std::to_string(error)) + " for " + path);
+    }
+
+    bool report(const std::string& line) {
+        mHasFailed = true;
+        if (mReportCount++ < kMostReports) mErrors += (mErrors.empty() ? "" : "\n") + line;
+        return false;
+    }
+
+    std::string mGiven;  // the source as the caller wrote it, without separators at the end
+    const std::string mGivenTarget;
+    const std::wstring mSourceTop;  // the extended paths
+    const std::wstring mTargetTop;
+    const bool mFailsIfExists;
+    xoProgressNotifier* const mProgress;
+    WalkedPath mTarget;                    // the copy of the folder that the walk is in
+    const Target* mTargetPlace = nullptr;  // these three are valid while the walk runs
+    bool mIsTopNew = false;
+    xoProgressScope* mBytes = nullptr;
+    std::uint64_t mTotal = 0;
+    std::wstring mName;  // of the folder seen last
+    std::vector<Folder> mFolders;
+    bool mIsCanceled = false;
+    bool mHasFailed = false;
+    std::string mErrors;
+    std::size_t mReportCount = 0;
+};
+
+}  // namespace
+
+bool xoDirUtils::CopyFolderUtf8(const std::string& from, const std::string& to, bool failIfExists, std::string* error,
+                                xoProgressNotifier* progress) {
+    FolderCopying copying(from, to, failIfExists, progress);
+    const bool isCopied = copying.run();
+    if (!isCopied && error != nullptr) *error = copying.errors();
+    return isCopied;
+}
+
+}  // namespace xo

@@ -1,0 +1,86 @@
+#include "files/fileCopy.h"
+
+#include <winioctl.h>
+
+#include <memory>
+#include <new>
+
+#include "xoSystem/xoProgress.h"
+
+namespace xo::files {
+namespace {
+
+constexpr DWORD kBlockBytes = DWORD{1} << 20;
+
+// The size may have changed, and streams beside the content count too: the system says so at the start of each stream.
+// https://learn.microsoft.com/windows/win32/api/winbase/nc-winbase-lpprogress_routine
+DWORD CALLBACK onCopied(LARGE_INTEGER size, LARGE_INTEGER copied, LARGE_INTEGER /*streamSize*/,
+                        LARGE_INTEGER /*streamCopied*/, DWORD /*stream*/, DWORD reason, HANDLE /*from*/, HANDLE /*to*/,
+                        void* scope) {
+    auto& work = *static_cast<xoProgressScope*>(scope);
+    if (reason == CALLBACK_STREAM_SWITCH) work.setTotal(static_cast<std::uint64_t>(size.QuadPart));
+    return work.advanceTo(static_cast<std::uint64_t>(copied.QuadPart)) ? PROGRESS_CONTINUE : PROGRESS_CANCEL;
+}
+
+}  // namespace
+
+DWORD copyFile(const std::wstring& from, const std::wstring& to, DWORD flags, std::uint64_t size,
+               xoProgressNotifier* progress) {
+    if (progress && progress->isCanceled()) return kCopyCanceled;
+    xoProgressScope work(progress, size, {}, ProgressUnitBytes);
+    if (work.isCanceled()) return kCopyCanceled;
+    if (!::CopyFileExW(from.c_str(), to.c_str(), progress ? &onCopied : nullptr, &work, /*pbCancel=*/nullptr, flags))
+        return ::GetLastError();
+    work.advanceTo(size);
+    work.finish();
+    return ERROR_SUCCESS;
+}
+
+DWORD copyContent(HANDLE from, HANDLE to, std::uint64_t size, xoProgressNotifier* progress) {
+    const std::unique_ptr<char[]> block(new (std::nothrow) char[kBlockBytes]);
+    if (!block) return ERROR_NOT_ENOUGH_MEMORY;
+    xoProgressScope work(progress, size, {}, ProgressUnitBytes);
+    for (;;) {
+        DWORD got = 0;
+        DWORD written = 0;
+        if (!::ReadFile(from, block.get(), kBlockBytes, &got, /*lpOverlapped=*/nullptr)) return ::GetLastError();
+        if (got == 0) break;
+        if (!::WriteFile(to, block.get(), got, &written, /*lpOverlapped=*/nullptr)) return ::GetLastError();
+        if (!work.advance(got)) return kCopyCanceled;
+    }
+    work.finish();
+    return ERROR_SUCCESS;
+}
+
+void copyTimes(HANDLE from, HANDLE to, bool withAttributes) {
+    constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                                FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+    FILE_BASIC_INFO info{};
+    if (!::GetFileInformationByHandleEx(from, FileBasicInfo, &info, sizeof info)) return;
+    info.ChangeTime.QuadPart = 0;  // 0 leaves a field as it is
+    const DWORD attributes = info.FileAttributes & kSettable;
+    info.FileAttributes = !withAttributes ? 0 : attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
+    ::SetFileInformationByHandle(to, FileBasicInfo, &info, sizeof info);
+}
+
+DWORD copyReparsePoint(HANDLE from, HANDLE to) {
+    const std::unique_ptr<char[]> data(new (std::nothrow) char[MAXIMUM_REPARSE_DATA_BUFFER_SIZE]);
+    if (!data) return ERROR_NOT_ENOUGH_MEMORY;
+    DWORD size = 0;
+    DWORD none = 0;
+    if (!::DeviceIoControl(from, FSCTL_GET_REPARSE_POINT, nullptr, 0, data.get(), MAXIMUM_REPARSE_DATA_BUFFER_SIZE,
+                           &size, /*lpOverlapped=*/nullptr))
+        return ::GetLastError();
+    if (!::DeviceIoControl(to, FSCTL_SET_REPARSE_POINT, data.get(), size, nullptr, 0, &none, /*lpOverlapped=*/nullptr))
+        return ::GetLastError();
+    return ERROR_SUCCESS;
+}
+
+DWORD setDeleteOnClose(HANDLE target) {
+    FILE_DISPOSITION_INFO info{};
+    info.DeleteFile = TRUE;
+    return ::SetFileInformationByHandle(target, FileDispositionInfo, &info, sizeof info) ? ERROR_SUCCESS
+                                                                                         : ::GetLastError();
+}
+
+}  // namespace xo::files
