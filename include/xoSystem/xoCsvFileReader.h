@@ -35,6 +35,8 @@
 
 namespace xo {
 
+class xoProgressNotifier;
+
 class XOSYSTEM_API xoCsvFileReader {
 public:
     // Rows of cells; a row is as long as it was in the file.
@@ -76,6 +78,10 @@ public:
     // the file meanwhile is not read.
     bool parseCsvFile();
 
+    // The same with a notifier, which may be null. It counts bytes, a step for each block that is read. Once it is
+    // canceled, the result is false and the last error "Canceled".
+    bool parseCsvFile(xoProgressNotifier* progress);
+
     // Parse in batches: parseFirst starts at the beginning of the file and reads up to rowCount rows into an empty
     // table; parseNext appends up to rowCount rows. Without a start, and after another file name, parseNext starts by
     // itself. A rowCount of 0 reads no row.
@@ -94,6 +100,11 @@ public:
     unsigned int getMaxColumnCount() const;
     // Empty when there is none. The start of a parse clears it.
     const std::string& getLastError() const;
+
+    // How far the parse under way has come, in bytes, and the size of the file, which is 0 without an open file. With
+    // xoProgressScope::advanceTo() the first one shows the progress of a loop of parseNext.
+    std::uint64_t getParsedByteCount() const;
+    std::uint64_t getFileByteCount() const;
 
 protected:
     // Empties the table and goes to the beginning of the file. False when the file is not open.

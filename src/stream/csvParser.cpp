@@ -24,7 +24,7 @@ void CsvParser::start(const CsvDialect& dialect, std::uint64_t size, Read read) 
     mDialect = dialect;
     mMarks = CsvMarks(dialect.columnDelimiter, dialect.stringDelimiter);
     mRead = std::move(read);
-    mUnread = size;
+    mSize = mUnread = size;
     mRowBegin = mAt = mValid = mEnd = 0;
     mQuotes = Outside;
     mCells.reserve(kUsualColumns);
@@ -161,7 +161,7 @@ bool CsvParser::refill(bool& moreInput) {
     makeSpace();
     const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)({mCapacity - mEnd, mUnread, kMaxRead}));
     const std::size_t got = mRead(mBuffer.get() + mEnd, wanted);
-    if (got == 0) return fail("Failed to read the file");
+    if (got == 0) return mError.empty() ? fail("Failed to read the file") : false;
     mUnread -= got;
     mEnd += got;
     std::memset(mBuffer.get() + mEnd, 0, CsvMarks::kBlock);

@@ -30,8 +30,8 @@ class CsvParser {
 public:
     using Row = std::vector<xoVariant>;
     using Table = std::vector<Row>;
-    // Reads at most that many bytes and returns how many it read; 0 is an error. It is not called after the source's
-    // size.
+    // Reads at most that many bytes and returns how many it read; 0 is an error, which it may have named by fail(). It
+    // is not called after the source's size.
     using Read = std::function<std::size_t(char* out, std::size_t capacity)>;
 
     static constexpr std::size_t kBlockSize = 0x100000;
@@ -63,6 +63,10 @@ public:
     const std::string& error() const { return mError; }
     std::uint32_t maxColumnCount() const { return mMaxColumnCount; }
 
+    // Of the source, in bytes.
+    std::uint64_t size() const { return mSize; }
+    std::uint64_t parsedSize() const { return mSize - mUnread - (mEnd - mAt); }
+
 private:
     // AfterDelimiter is inside quotes after a delimiter: it has closed them unless another one follows.
     enum Quotes { Outside, Inside, AfterDelimiter };
@@ -90,7 +94,8 @@ private:
     CsvDialect mDialect;
     CsvMarks mMarks{',', '"'};
     Read mRead;
-    std::uint64_t mUnread = 0;  // bytes of the source
+    std::uint64_t mSize = 0;    // of the source, in bytes
+    std::uint64_t mUnread = 0;  // bytes of it
 
     // The buffer has mCapacity bytes and one block of marks more, which may be read and has no meaning. Its offsets are
     // in ascending order.

@@ -8,6 +8,7 @@
 #include "platform/handle.h"
 #include "platform/wideText.h"
 #include "stream/csvParser.h"
+#include "xoSystem/xoProgress.h"
 
 namespace xo {
 namespace {
@@ -32,6 +33,7 @@ struct xoCsvFileReader::Private {
     bool isStarted = false;
     unsigned maxColumnCount = 0;
     std::string lastError;
+    xoProgressScope* scope = nullptr;  // of the call under way
 
     void copyFrom(const Private& other);
     void setFileName(const std::string& path);
@@ -42,7 +44,8 @@ struct xoCsvFileReader::Private {
     template <class Step>
     bool attempt(Step&& step);
     bool fail(const char* error);
-    std::size_t read(char* out, std::size_t capacity) const;
+    std::uint64_t fileSize() const;
+    std::size_t read(char* out, std::size_t capacity);
 };
 
 void xoCsvFileReader::Private::copyFrom(const Private& other) {
@@ -86,8 +89,19 @@ bool xoCsvFileReader::Private::openAndStart() {
     return true;
 }
 
-std::size_t xoCsvFileReader::Private::read(char* out, std::size_t capacity) const {
+// While a parse is under way, the size that it began with.
+std::uint64_t xoCsvFileReader::Private::fileSize() const {
+    if (isStarted) return parser.size();
+    LARGE_INTEGER size{};
+    return file && ::GetFileSizeEx(file.get(), &size) ? static_cast<std::uint64_t>(size.QuadPart) : 0;
+}
+
+std::size_t xoCsvFileReader::Private::read(char* out, std::size_t capacity) {
     constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // ReadFile takes a 32-bit size
+    if (scope && !scope->advanceTo(parser.parsedSize())) {
+        parser.fail("Canceled");
+        return 0;
+    }
     DWORD got = 0;
     const auto wanted = static_cast<DWORD>((std::min)(capacity, kMaxTransfer));
     return ::ReadFile(file.get(), out, wanted, &got, /*lpOverlapped=*/nullptr) ? got : 0;
@@ -151,6 +165,22 @@ bool xoCsvFileReader::parseCsvFile() {
     return startParsing() && parseNext(finished, false, (std::numeric_limits<std::uint64_t>::max)());
 }
 
+bool xoCsvFileReader::parseCsvFile(xoProgressNotifier* progress) {
+    if (!progress) return parseCsvFile();
+    if (!startParsing()) return false;
+    Private& self = *mPrivate;
+    xoProgressScope work(progress, self.fileSize(), {}, ProgressUnitBytes);
+    self.scope = &work;
+    bool finished = false;
+    const bool isDone = parseNext(finished, false, (std::numeric_limits<std::uint64_t>::max)());
+    self.scope = nullptr;
+    if (isDone) {
+        work.advanceTo(self.fileSize());
+        work.finish();
+    }
+    return isDone;
+}
+
 bool xoCsvFileReader::parseFirst(bool& finished, std::uint64_t rowCount) {
     finished = false;
     return startParsing() && parseNext(finished, false, rowCount);
@@ -170,6 +200,12 @@ const xoCsvFileReader::Table& xoCsvFileReader::getTable() const { return mPrivat
 unsigned int xoCsvFileReader::getMaxColumnCount() const { return mPrivate->maxColumnCount; }
 
 const std::string& xoCsvFileReader::getLastError() const { return mPrivate->lastError; }
+
+std::uint64_t xoCsvFileReader::getParsedByteCount() const {
+    return mPrivate->isStarted ? mPrivate->parser.parsedSize() : 0;
+}
+
+std::uint64_t xoCsvFileReader::getFileByteCount() const { return mPrivate->fileSize(); }
 
 bool xoCsvFileReader::startParsing() { return mPrivate->start(); }
 

@@ -12,6 +12,7 @@
 #include "platform/ownStack.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
+#include "progress/work.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoSystemError.h"
@@ -58,6 +59,8 @@ void* VirtualAlloc(void*, std::size_t size, DWORD, DWORD) { return std::malloc(s
 BOOL VirtualFree(void* bytes, std::size_t, DWORD) { return std::free(bytes), 1; }
 void SecureZeroMemory(void* bytes, std::size_t size) { std::memset(bytes, 0, size); }
 DWORD GetLastError() { return gLastError; }
+DWORD GetCurrentThreadId() { return 1; }
+ULONGLONG GetTickCount64() { return 0; }
 void SetLastError(DWORD error) { gLastError = error; }
 
 namespace xo {
@@ -120,6 +123,8 @@ void xoLogObject::append(std::string_view text) { mLine->text << text; }
 void xoLogObject::appendInteger(std::int64_t value) { mLine->text << value; }
 void xoLogObject::appendUnsigned(std::uint64_t value) { mLine->text << value; }
 void xoLogObject::appendReal(double value) { mLine->text << value; }
+
+void progress::reportForeignScope() {}
 
 void initializeXoSystem(InitType, bool) { xoLog::createInstance(false); }
 void terminateXoSystem() { xoLog::destroyInstance(); }

@@ -35,6 +35,8 @@ void* VirtualAlloc(void*, std::size_t size, DWORD, DWORD);
 BOOL VirtualFree(void* bytes, std::size_t, DWORD);
 void SecureZeroMemory(void* bytes, std::size_t size);
 DWORD GetLastError();
+DWORD GetCurrentThreadId();
+ULONGLONG GetTickCount64();
 void SetLastError(DWORD error);
 
 #endif
