@@ -60,6 +60,9 @@ private:
     std::unique_ptr<Private> mPrivate;
 };
 
+// The names of the values, for EnumHelper.
+XOSYSTEM_API xoEnumList<xoProgressConsole::Flag> xoEnumEntries(xoProgressConsole::Flag);
+
 }  // namespace xo
 
 #endif

@@ -365,6 +365,14 @@ bool isEnumerator(xo::xoProgressState::Phase value) {
     return false;
 }
 
+bool isEnumerator(xo::xoProgressConsole::Flag value) {
+    switch (value) {
+        case xo::xoProgressConsole::ProgressConsoleErase:
+        case xo::xoProgressConsole::ProgressConsoleNoLines: return true;
+    }
+    return false;
+}
+
 template <class E>
 void expectAllNamed() {
     using Names = xo::EnumHelper<E>;
@@ -385,13 +393,13 @@ void expectAllOfThemNamed() {
 }
 
 TEST(EnumHelper, NamesTheLibrarysOwn) {
-    expectAllOfThemNamed<xo::xoLogType, xo::xoLogFileFlag, xo::ProcessPriority, xo::xoProcess::State, xo::InitType,
-                         xo::xoPowerStatus::AcLine, xo::xoLockFile::LockType, xoThreadCreationFlag,
-                         xo::xoDataStream::Endianness, xo::xoIoDevice::SeekStart,
-                         xo::xoIoDeviceDelegable::DelegableFlag, xo::xoDirUtils::GlobFlag, xo::xoStringUtils::xoCharSet,
-                         xo::xoStringUtils::SoftwareVersionComparisonResult, xo::xoMathUtils::xoByteUnit,
-                         xo::xoVariant::Type, xo::AsciiTableBuilder::Style, xo::AsciiTableBuilder::Align,
-                         xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase>();
+    expectAllOfThemNamed<
+        xo::xoLogType, xo::xoLogFileFlag, xo::ProcessPriority, xo::xoProcess::State, xo::InitType,
+        xo::xoPowerStatus::AcLine, xo::xoLockFile::LockType, xoThreadCreationFlag, xo::xoDataStream::Endianness,
+        xo::xoIoDevice::SeekStart, xo::xoIoDeviceDelegable::DelegableFlag, xo::xoDirUtils::GlobFlag,
+        xo::xoStringUtils::xoCharSet, xo::xoStringUtils::SoftwareVersionComparisonResult, xo::xoMathUtils::xoByteUnit,
+        xo::xoVariant::Type, xo::AsciiTableBuilder::Style, xo::AsciiTableBuilder::Align,
+        xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase, xo::xoProgressConsole::Flag>();
 
     for (const auto& entry : xo::EnumHelper<xoVariant::Type>::GetEntries())
         if (entry.value < xoVariant::DATETIME) EXPECT_EQ(xoVariant(entry.value).getTypeAsString(), entry.name);
