@@ -30,11 +30,11 @@ private:
 
 }  // namespace
 
-bool readCountries(const std::string& path, std::vector<Country>& countries) {
+bool readCountries(const std::string& path, std::vector<Country>& countries, xo::xoProgressNotifier* progress) {
     // With its types guessed a cell of digits is an integer; without, all cells are texts.
     xo::xoCsvFileReader reader(/*enableTypeGuess=*/true);
     reader.setFileName(path);
-    if (!reader.parseCsvFile()) {
+    if (!reader.parseCsvFile(progress)) {
         xo::xoLogObject(xo::xoLogCritical) << "the table cannot be read: " << path << ": " << reader.getLastError();
         return false;
     }

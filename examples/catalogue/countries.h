@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "xoSystem/xoProgress.h"
+
 namespace catalogue {
 
 struct Region {
@@ -20,7 +22,7 @@ struct Country {
 };
 
 // Reads a CSV table whose first line names the columns id, code and name, among others. A failure is logged.
-bool readCountries(const std::string& path, std::vector<Country>& countries);
+bool readCountries(const std::string& path, std::vector<Country>& countries, xo::xoProgressNotifier* progress);
 
 std::size_t countRegions(const std::vector<Country>& countries);
 

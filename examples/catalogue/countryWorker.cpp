@@ -19,6 +19,14 @@ void CountryWorker::stop() {
     xo::xoWorkThread::stop();
 }
 
+void CountryWorker::awaitJobs(std::size_t count, xo::xoProgressNotifier* progress) {
+    xo::xoProgressScope work(progress, count, "records", xo::ProgressUnitItems);
+    for (std::size_t i = 0; i < count; ++i) {
+        mDone.acquire(1);
+        work.advance();
+    }
+}
+
 void CountryWorker::executeJob(xo::xoJob* job) {
     if (job == &mUntilStop) {
         while (!mustStop()) msleep(1);

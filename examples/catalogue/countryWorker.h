@@ -6,6 +6,7 @@
 #include <string>
 
 #include "countries.h"
+#include "xoSystem/xoProgress.h"
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoWorkThread.h"
 
@@ -37,8 +38,8 @@ public:
     // May be called at any time: jobs keep the thread from falling asleep before it has seen the request.
     void stop() override;
 
-    // Waits until so many jobs are done.
-    void awaitJobs(std::size_t count) { mDone.acquire(static_cast<unsigned int>(count)); }
+    // Waits until so many jobs are done, each of which is a step of the progress.
+    void awaitJobs(std::size_t count, xo::xoProgressNotifier* progress);
 
 private:
     void executeJob(xo::xoJob* job) override;

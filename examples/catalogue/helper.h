@@ -5,11 +5,14 @@
 #include <cstddef>
 #include <string>
 
+#include "xoSystem/xoProgress.h"
+
 namespace catalogue {
 
 // Lets the helper read the record files of a folder back: once as it should be, once made to overrun its time. True
 // when both end as they must.
-bool checkRecords(const std::string& programFolder, const std::string& recordFolder, std::size_t expectedRegions);
+bool checkRecords(const std::string& programFolder, const std::string& recordFolder, std::size_t expectedRegions,
+                  xo::xoProgressNotifier* progress);
 
 }  // namespace catalogue
 

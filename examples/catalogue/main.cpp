@@ -1,10 +1,11 @@
 // The catalogue: a small host of xoSystem to copy from, and its typical use from beginning to end. It starts the
 // library, loads its settings, keeps a rotating log, walks its data folder, reads a table of regions, lets jobs write
-// them as binary records and a helper program read those back, writes a summary, saves its settings, and ends. With
-// --crash it shows how it survives a crash. Every failure is logged; the exit status tells whether all went well.
-#include <cstring>
+// them as binary records and a helper program read those back, writes a summary, saves its settings, and ends. On a
+// console a bar shows how far it is; a table at the end shows what was done. With --crash it shows how it survives a
+// crash, with --style=name it chooses the table's style and keeps that in its settings. Every failure is logged; the
+// exit status tells whether all went well.
 #include <deque>
-#include <iostream>
+#include <string_view>
 
 #include "countryWorker.h"
 #include "crash.h"
@@ -20,6 +21,13 @@ using catalogue::CountryJob;
 using catalogue::Settings;
 using xo::xoLog;
 using xo::xoLogObject;
+using xo::xoProgressConsole;
+using Styles = xo::EnumHelper<xo::AsciiTableBuilder::Style>;
+
+struct Options {
+    bool withCrash = false;
+    std::string style;
+};
 
 // Where the program finds what is its own: everything lies beside the executable.
 struct Places {
@@ -54,7 +62,8 @@ void installLog(const Places& places, const Settings& settings) {
     constexpr std::int64_t kKilobyte = 1024;
     xoLog::edit().installFileHandlerExUtf8(path, xo::xoLogFileEcho, settings.number("log/maxKilobytes", 64) * kKilobyte,
                                            static_cast<int>(settings.number("log/backups", 3)));
-    std::cout << "settings: " << places.settings << "\nlog:      " << path << '\n';
+    xoProgressConsole::WriteLine("settings: " + places.settings);
+    xoProgressConsole::WriteLine("log:      " + path);
 }
 
 // Every table in the data folder and the folders below it.
@@ -62,7 +71,7 @@ std::vector<std::string> findTables(const Places& places) {
     std::vector<std::string> tables;
     const std::vector<std::string> extensions = {"csv"};
     xo::xoDirUtils::GlobFileAndFolderUtf8(places.data, &tables, nullptr, &extensions, xo::xoDirUtils::GlobRecursive);
-    for (const std::string& table : tables) std::cout << "table:    " << table << '\n';
+    for (const std::string& table : tables) xoProgressConsole::WriteLine("table:    " + table);
     return tables;
 }
 
@@ -72,14 +81,48 @@ void tick(void* ticks) {
     static_cast<xo::xoSemaphore*>(ticks)->release();
 }
 
+// Measures a step, from its construction to done().
+class Measured {
+public:
+    Measured(std::vector<catalogue::Step>& steps, const char* name) : mSteps(steps), mName(name) { mTimer.start(); }
+
+    void done(std::size_t items, std::uint64_t bytes) {
+        mSteps.push_back({mName, items, bytes, mTimer.getElapsedTimeInSec()});
+    }
+
+private:
+    std::vector<catalogue::Step>& mSteps;
+    const char* mName;
+    xoHighResTimer mTimer;
+};
+
+bool readTables(const std::vector<std::string>& tables, std::vector<Country>& countries,
+                std::vector<catalogue::Step>& steps, xo::xoProgressNotifier* progress) {
+    Measured step(steps, "read tables");
+    std::uint64_t bytes = 0;
+    xo::xoProgressScope work(progress, tables.size(), "tables");
+    for (const std::string& table : tables) {
+        work.setText(table);
+        if (!catalogue::readCountries(table, countries, progress)) return false;
+        work.advance();
+        xo::xoFileInfoUtf8 info;
+        xo::xoDirUtils::GetFileInfoUtf8(table, info);
+        bytes += info.size;
+    }
+    step.done(catalogue::countRegions(countries), bytes);
+    return true;
+}
+
 // One job for each country, all queued at once. The jobs stay ours while the worker has them.
-bool writeRecords(const std::vector<Country>& countries, const Places& places, std::deque<CountryJob>& jobs) {
+bool writeRecords(const std::vector<Country>& countries, const Places& places, std::deque<CountryJob>& jobs,
+                  std::vector<catalogue::Step>& steps, xo::xoProgressNotifier* progress) {
+    Measured step(steps, "write records");
     catalogue::CountryWorker worker(places.records);
     worker.startThread("countries");
     worker.beginWake();
     for (const Country& country : countries) worker.addJob(&jobs.emplace_back(country));
     worker.endWake();
-    worker.awaitJobs(jobs.size());
+    worker.awaitJobs(jobs.size(), progress);
 
     bool good = true;
     std::uint64_t bytes = 0;
@@ -87,31 +130,42 @@ bool writeRecords(const std::vector<Country>& countries, const Places& places, s
         good = good && job.good();
         bytes += job.bytes();
     }
-    std::cout << "records:  " << jobs.size() << " files, " << bytes << " bytes\n";
+    step.done(jobs.size(), bytes);
     return good;
 }
 
-bool makeCatalogue(const Places& places, const Settings& settings) {
-    xoHighResTimer timer;
-    timer.start();
+bool makeCatalogue(const Places& places, const Settings& settings, std::vector<catalogue::Step>& steps,
+                   xo::xoProgressNotifier* progress) {
+    xo::xoProgressScope work(progress, {1, 4, 5}, "Catalogue");
     std::vector<Country> countries;
     const std::vector<std::string> tables = findTables(places);
     if (tables.empty()) xoLogObject(xo::xoLogWarning) << "no table in " << places.data;
-    for (const std::string& table : tables)
-        if (!catalogue::readCountries(table, countries)) return false;
-    const std::size_t regions = catalogue::countRegions(countries);
-    std::cout << "read:     " << countries.size() << " countries, " << regions << " regions\n";
+    if (!readTables(tables, countries, steps, progress)) return false;
+    work.advance();
 
     std::deque<CountryJob> jobs;
-    if (!writeRecords(countries, places, jobs)) return false;
+    if (!writeRecords(countries, places, jobs, steps, progress)) return false;
     const auto maxRows = static_cast<unsigned int>(settings.number("catalogue/rowsPerFile", 100));
     if (!catalogue::writeSummary(places.output, maxRows, jobs)) return false;
-    std::cout << "elapsed:  " << timer.getElapsedTimeInSec() << " s\n";
+    work.advance();
 
-    return catalogue::checkRecords(places.folder, places.records, regions);
+    Measured check(steps, "read back");
+    if (!catalogue::checkRecords(places.folder, places.records, catalogue::countRegions(countries), progress))
+        return false;
+    check.done(jobs.size(), steps.back().bytes);
+    return true;
 }
 
-bool run(bool withCrash) {
+// The style of the table: as asked for, else as the settings have it.
+xo::AsciiTableBuilder::Style chooseStyle(const Options& options, Settings& settings) {
+    auto style = Styles::FromVariantOr(settings.value("report/style"), xo::AsciiTableBuilder::StyleBox);
+    if (!options.style.empty() && !Styles::FromText(options.style, style))
+        xoLogObject(xo::xoLogWarning) << "no style of tables: " << options.style;
+    settings.change("report/style", Styles::ToVariant(style));
+    return style;
+}
+
+bool run(const Options& options) {
     xo::xoTimer timer(/*snapNow=*/true);
     Places places;
     Settings settings;
@@ -126,9 +180,15 @@ bool run(bool withCrash) {
     xo::xoSemaphore ticks(0);
     xo::xoThreadPeriodicalUpdater updater(1);
     updater.addCallback(&tick, &ticks);
-    bool good = makeCatalogue(places, settings);
+    std::vector<catalogue::Step> steps;
+    bool good = false;
+    {
+        xoProgressConsole bar(/*flags=*/0, /*delayMs=*/100);
+        good = makeCatalogue(places, settings, steps, &bar);
+    }
     ticks.acquire();
-    if (withCrash) good = catalogue::surviveCrash() && good;
+    catalogue::showSteps(steps, chooseStyle(options, settings));
+    if (options.withCrash) good = catalogue::surviveCrash() && good;
 
     settings.change("runs", runs);
     settings.change("last/milliseconds", timer.getElapsedMs());
@@ -144,9 +204,16 @@ bool run(bool withCrash) {
 }  // namespace
 
 int main(int count, char** arguments) {
+    constexpr std::string_view kStyle = "--style=";
+    Options options;
+    for (int i = 1; i < count; ++i) {
+        const std::string_view argument = arguments[i];
+        if (argument == "--crash") options.withCrash = true;
+        if (argument.substr(0, kStyle.size()) == kStyle) options.style = argument.substr(kStyle.size());
+    }
     xo::initializeXoSystem(2, false);
-    const bool good = run(/*withCrash=*/count > 1 && std::strcmp(arguments[1], "--crash") == 0);
+    const bool good = run(options);
     xo::terminateXoSystem();
-    std::cout << (good ? "all well\n" : "failed, see the log\n");
+    xoProgressConsole::WriteLine(good ? "all well" : "failed, see the log");
     return good ? 0 : 1;
 }

@@ -1,24 +1,45 @@
 #include "report.h"
 
-#include <iostream>
-
 #include "xoSystem/xoCsvStream.h"
 #include "xoSystem/xoLog.h"
+#include "xoSystem/xoMathUtils.h"
 #include "xoSystem/xoPowerStatus.h"
+#include "xoSystem/xoProgressConsole.h"
 #include "xoSystem/xoVersion.h"
 
 namespace catalogue {
 
 void showMachine() {
-    std::cout << "library:  xoSystem " << xo::xoSystem::Version::GetDescStringMajorMinorReleaseRevisionDate() << '\n';
+    using xo::xoProgressConsole;
+    xoProgressConsole::WriteLine(std::string("library:  xoSystem ") +
+                                 xo::xoSystem::Version::GetDescStringMajorMinorReleaseRevisionDate());
 
     xo::xoPowerStatusReader reader;
     const xo::xoPowerStatus& power = reader.getPowerStatus();
     static const char* const kLines[] = {"on battery", "on mains", "unknown"};
-    std::cout << "power:    " << kLines[power.mAcLine];
+    std::string line = std::string("power:    ") + kLines[power.mAcLine];
     if (power.mBatteryPercent != xo::xoPowerStatus::BatteryUnknown)
-        std::cout << ", battery at " << power.mBatteryPercent << " %";
-    std::cout << '\n';
+        line += ", battery at " + std::to_string(power.mBatteryPercent) + " %";
+    xoProgressConsole::WriteLine(line);
+}
+
+void showSteps(const std::vector<Step>& steps, xo::AsciiTableBuilder::Style style) {
+    using xo::xoMathUtils;
+    xo::AsciiTableBuilder table({"Step", "Items", "Size", "Time", "Speed"});
+    for (std::size_t column = 1; column <= 4; ++column) table.editColumn(column).align = table.AlignRight;
+    table.setStyle(style).setMaxWidth(xo::AsciiTableBuilder::GetConsoleWidth());
+    double seconds = 0;
+    for (const Step& step : steps) {
+        const double speed = step.seconds > 0 ? static_cast<double>(step.bytes) / step.seconds : 0;
+        table.addRow({step.name, xoMathUtils::CountToText(step.items), xoMathUtils::BytesToText(step.bytes),
+                      xoMathUtils::DurationToText(step.seconds),
+                      xoMathUtils::BytesToText(static_cast<std::uint64_t>(speed)) + "/s"});
+        seconds += step.seconds;
+    }
+    table.addSeparator().addRow({"all", "", "", xoMathUtils::DurationToText(seconds)});
+    std::string text = table.build();
+    text.pop_back();  // the last line end
+    xo::xoProgressConsole::WriteLine(text);
 }
 
 void tourOfTheLog(const Settings& settings) {

@@ -1,17 +1,31 @@
-// What the catalogue tells about itself, its machine and its results.
+// What the catalogue tells about itself, its machine and its results. It writes lines to standard output as
+// xoProgressConsole does, so that they do not tear the bar.
 #ifndef CATALOGUE_REPORT_H
 #define CATALOGUE_REPORT_H
 
 #include <deque>
 #include <string>
+#include <vector>
 
 #include "countryWorker.h"
 #include "settings.h"
+#include "xoSystem/xoAsciiTableBuilder.h"
 
 namespace catalogue {
 
 // The version of the library and the state of the power line, on standard output.
 void showMachine();
+
+// A step of the work, and what it has done.
+struct Step {
+    std::string name;
+    std::size_t items;
+    std::uint64_t bytes;
+    double seconds;
+};
+
+// A table of the steps: what they did, how long they took and how fast they were.
+void showSteps(const std::vector<Step>& steps, xo::AsciiTableBuilder::Style style);
 
 // One log line of each severity, and how qualifiers choose among the DEBUG lines.
 void tourOfTheLog(const Settings& settings);

@@ -21,6 +21,10 @@ std::int64_t Settings::number(const char* path, std::int64_t otherwise) const {
     return mValues.getValuePath(path, otherwise, kSeparator).toInteger();
 }
 
+xo::xoVariant Settings::value(const char* path) const {
+    return mValues.getValuePath(path, xo::xoVariant(), kSeparator);
+}
+
 void Settings::change(const char* path, const xo::xoVariant& value) {
     mValues.editValuePath(path, xo::xoVariant(), kSeparator) = value;
     mChanges.editValuePath(path, xo::xoVariant(), kSeparator) = value;

@@ -19,6 +19,7 @@ public:
 
     std::string text(const char* path, const char* otherwise) const;
     std::int64_t number(const char* path, std::int64_t otherwise) const;
+    xo::xoVariant value(const char* path) const;
     void change(const char* path, const xo::xoVariant& value);
 
 private:
