@@ -2,6 +2,8 @@
 #include <filesystem>
 #include <mutex>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "families.h"
 #include "platform/handle.h"
@@ -9,7 +11,9 @@
 
 // spdlog and fmt as headers, without warnings of their own.
 #include <spdlog/sinks/base_sink.h>
+#include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/null_sink.h>
+#include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/spdlog.h>
 
 namespace bench {
@@ -107,6 +111,71 @@ void measureFile(Suite& suite) {
     std::filesystem::remove_all(folder, ignored);
 }
 
+// spdlog's file sinks. One that flushes passes each line to Windows, as this library does; one that buffers loses its
+// last lines with the process.
+spdlog::logger fileLogger(const spdlog::sink_ptr& sink, bool flushes) {
+    spdlog::logger logger("file", sink);
+    logger.set_pattern("%l : %a %b %d %H:%M:%S %Y %v");
+    if (flushes) logger.flush_on(spdlog::level::trace);
+    return logger;
+}
+
+void write(spdlog::logger& logger, int lines) {
+    for (int i = 0; i < lines; ++i) logger.info("a line of a usual length, with a number at its end: {}", 12345);
+}
+
+void writeOurs(int lines) {
+    for (int i = 0; i < lines; ++i) xo::xoLogObject(xo::xoLogInfo) << kText << 12345;
+}
+
+template <class Function>
+void inThreads(const Function& function) {
+    constexpr int kThreads = 8;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) threads.emplace_back(function);
+    for (std::thread& thread : threads) thread.join();
+}
+
+void measureOpenFile(Suite& suite) {
+    const std::filesystem::path folder = std::filesystem::temp_directory_path() / L"xoBench";
+    std::filesystem::create_directories(folder);
+    const auto fileIn = [&](const char* name) { return (folder / name).string(); };
+    constexpr int kLines = 200;
+    constexpr int kFileBytes = 1 << 20;
+    {
+        xo::xoLog::destroyInstance();
+        xo::xoLog::createInstance(true);
+        auto basic = fileLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(fileIn("basic.log")), true);
+        auto rotating = fileLogger(
+            std::make_shared<spdlog::sinks::rotating_file_sink_mt>(fileIn("rotating.log"), kFileBytes, 3), true);
+        auto buffered = fileLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(fileIn("buffered.log")), false);
+        const xo::platform::FileHandle raw(::CreateFileW((folder / L"raw.log").c_str(), FILE_APPEND_DATA,
+                                                         FILE_SHARE_READ, nullptr, OPEN_ALWAYS, 0, nullptr));
+        const std::string rawLine = std::string("INFO : Tue Mar 03 14:05:09 2020 ") + kText + "12345\r\n";
+        const auto writeRaw = [&] {
+            DWORD written = 0;
+            for (int i = 0; i < kLines; ++i)
+                ::WriteFile(raw.get(), rawLine.data(), static_cast<DWORD>(rawLine.size()), &written, nullptr);
+        };
+
+        const std::string ours = fileIn("ours.log");
+        xo::xoLog::edit().installFileHandlerExUtf8(ours, xo::xoLogFileKeepOpen, -1, 0);
+        suite.compare("log", "line to an open file", kLines, [] { writeOurs(kLines); },
+                      {{"spdlog, flushed", [&] { write(basic, kLines); }},
+                       {"spdlog, buffered", [&] { write(buffered, kLines); }},
+                       {"limit: WriteFile", writeRaw}});
+        suite.compare("log", "line to an open file, 8 threads", kLines * 8,
+                      [] { inThreads([] { writeOurs(kLines); }); },
+                      {{"spdlog, flushed", [&] { inThreads([&] { write(basic, kLines); }); }}});
+        xo::xoLog::edit().installFileHandlerExUtf8(ours, xo::xoLogFileKeepOpen, kFileBytes, 3);
+        suite.compare("log", "line to an open file, rotated at 1 MB", kLines, [] { writeOurs(kLines); },
+                      {{"spdlog, rotating, flushed", [&] { write(rotating, kLines); }}});
+        xo::xoLog::edit().removeFileHandler();
+    }
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
 }  // namespace
 
 void measureLog(Suite& suite) {
@@ -116,6 +185,7 @@ void measureLog(Suite& suite) {
     measureSuppressed(suite);
     measureHandler(suite);
     measureFile(suite);
+    measureOpenFile(suite);
     xo::xoLog::destroyInstance();
 }
 

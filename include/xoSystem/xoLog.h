@@ -39,7 +39,8 @@ enum xoLogType : int { xoLogDebug = 0, xoLogInfo = 1, xoLogWarning = 2, xoLogCri
 enum xoLogFileFlag : int {
     xoLogFileTruncate = 1,  // delete the existing file, or empty it when it cannot be deleted
     xoLogFileRotate = 2,    // only together with xoLogFileTruncate: move the existing file into the backups instead
-    xoLogFileEcho = 4       // write lines to the console as well
+    xoLogFileEcho = 4,      // write lines to the console as well
+    xoLogFileKeepOpen = 8   // keep the file open between lines, which takes a fraction of the time
 };
 
 class XOSYSTEM_API xoLog {
@@ -111,6 +112,13 @@ public:
     //
     // Processes may share a file if all of them name it by the same text and their logs are safe for threads. The file
     // is opened and closed for each line. A line that cannot be written is lost to the file without a message.
+    //
+    // With xoLogFileKeepOpen the file stays open. Each line is still passed to Windows by one call before Write
+    // returns, so that it survives the end of the process. Other programs may read, rename and delete the file; the
+    // first line of the next second then begins a new one. Without a limit of size, any number of processes that use
+    // this flag may write to one file, since Windows appends each line as a whole. With a limit, the process is the
+    // only writer, because it does not share writing; other processes lose their lines to that file. With the flag, an
+    // existing file that cannot be opened is treated like one that cannot be created, and is left as it is.
     void installFileHandlerExUtf8(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount);
 
     // Removes the file, if there is one, and turns the echo to the console off, until setEchoToConsole or a flag turns

@@ -6,8 +6,10 @@ namespace {
 
 constexpr xoEnumEntry<xoLogType> kLogTypes[] = {
     {xoLogDebug, "DEBUG"}, {xoLogInfo, "INFO"}, {xoLogWarning, "WARNING"}, {xoLogCritical, "CRITICAL"}};
-constexpr xoEnumEntry<xoLogFileFlag> kFileFlags[] = {
-    {xoLogFileTruncate, "Truncate"}, {xoLogFileRotate, "Rotate"}, {xoLogFileEcho, "Echo"}};
+constexpr xoEnumEntry<xoLogFileFlag> kFileFlags[] = {{xoLogFileTruncate, "Truncate"},
+                                                     {xoLogFileRotate, "Rotate"},
+                                                     {xoLogFileEcho, "Echo"},
+                                                     {xoLogFileKeepOpen, "KeepOpen"}};
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <tuple>
 #include <vector>
 
 #include "platform/wideText.h"
@@ -13,40 +14,54 @@ namespace {
 constexpr int kMostBackups = 128;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-platform::FileHandle open(const std::wstring& path, DWORD access, DWORD disposition,
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+platform::FileHandle open(const std::wstring& path, DWORD access, DWORD disposition, DWORD share = kShareAll,
                           DWORD flags = FILE_ATTRIBUTE_NORMAL) {
-    return platform::FileHandle(::CreateFileW(path.c_str(), access | SYNCHRONIZE,
-                                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+    return platform::FileHandle(::CreateFileW(path.c_str(), access | SYNCHRONIZE, share,
                                               /*lpSecurityAttributes=*/nullptr, disposition, flags,
                                               /*hTemplateFile=*/nullptr));
 }
 
 // With this right alone, each WriteFile appends atomically, also beside a process that does not take the mutex.
 // https://learn.microsoft.com/en-us/windows/win32/fileio/file-access-rights-constants
-platform::FileHandle openToAppend(const std::wstring& path, DWORD disposition) {
-    return open(path, FILE_APPEND_DATA, disposition);
+platform::FileHandle openToAppend(const std::wstring& path, DWORD disposition, DWORD share = kShareAll) {
+    return open(path, FILE_APPEND_DATA, disposition, share);
 }
 
 // DELETE is the right to rename. It is refused while another handle does not share deletion, and while it is held, such
 // a handle cannot be opened. Of a symbolic link the link is opened, since MoveFileExW moves the link.
 // https://learn.microsoft.com/en-us/windows/win32/fileio/creating-and-opening-files
 platform::FileHandle openToMove(const std::wstring& path) {
-    return open(path, DELETE, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT);
+    return open(path, DELETE, OPEN_EXISTING, kShareAll, FILE_FLAG_OPEN_REPARSE_POINT);
 }
 
-void write(HANDLE file, std::string_view bytes) {
+// Returns how many bytes were written.
+std::int64_t write(HANDLE file, std::string_view bytes) {
     constexpr std::size_t kMostPerCall = std::size_t{1} << 30;  // the size is passed in 32 bits
-    while (!bytes.empty()) {
-        DWORD written = 0;
+    const std::size_t total = bytes.size();
+    DWORD written = 1;
+    while (!bytes.empty() && written != 0) {
         const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMostPerCall));
-        if (!::WriteFile(file, bytes.data(), size, &written, nullptr) || written == 0) return;
+        if (!::WriteFile(file, bytes.data(), size, &written, nullptr)) break;
         bytes.remove_prefix(written);
     }
+    return static_cast<std::int64_t>(total - bytes.size());
 }
 
 bool isFile(const std::wstring& path) {
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+// Whether the open file is the one that the path names now. It is not when the file was renamed or deleted.
+bool isUnder(const std::wstring& path, HANDLE file) {
+    const platform::FileHandle named = open(path, /*access=*/0, OPEN_EXISTING);
+    BY_HANDLE_FILE_INFORMATION a;
+    BY_HANDLE_FILE_INFORMATION b;
+    return named && ::GetFileInformationByHandle(named.get(), &a) && ::GetFileInformationByHandle(file, &b) &&
+           std::tie(a.dwVolumeSerialNumber, a.nFileIndexHigh, a.nFileIndexLow) ==
+               std::tie(b.dwVolumeSerialNumber, b.nFileIndexHigh, b.nFileIndexLow);
 }
 
 }  // namespace
@@ -69,6 +84,7 @@ bool LogFile::install(const std::string& path, int flags, std::int64_t maxSizeBy
     mApiPath = platform::toExtendedPath(platform::toWide(path));
     mMaxSizeBytes = maxSizeBytes;
     mBackupCount = (std::min)(backupCount, kMostBackups);
+    mKeepsOpen = (flags & xoLogFileKeepOpen) != 0;
     if (shared) share();
 
     bool made = false;
@@ -82,10 +98,12 @@ bool LogFile::install(const std::string& path, int flags, std::int64_t maxSizeBy
 }
 
 void LogFile::share() {
-    if (isInstalled() && !mMutex) mMutex = std::make_unique<xoMutexSystem>(mPath.c_str(), impl::WithoutEarlyWarning());
+    if (isInstalled() && !mKeepsOpen && !mMutex)
+        mMutex = std::make_unique<xoMutexSystem>(mPath.c_str(), impl::WithoutEarlyWarning());
 }
 
 bool LogFile::prepare(int flags) {
+    if (mKeepsOpen && !openToKeep(OPEN_EXISTING) && isFile(mApiPath)) return false;
     const bool beginsAnew = (flags & xoLogFileTruncate) != 0;
     const bool rotates = beginsAnew && (flags & xoLogFileRotate) != 0 && mBackupCount > 0;
     if (rotates) moveAside();  // on failure the file is appended to
@@ -93,31 +111,65 @@ bool LogFile::prepare(int flags) {
 
     if (const auto file = openToAppend(mApiPath, isEmptied ? OPEN_ALWAYS : CREATE_NEW)) {
         write(file.get(), kByteOrderMark);
-        return true;
+    } else if (!isFile(mApiPath)) {
+        return false;
     }
-    return isFile(mApiPath);
+    if (mKeepsOpen) openKept();
+    return !mKeepsOpen || mKept;
 }
 
-void LogFile::writeLine(std::string& line, Access& access) {
+void LogFile::writeLine(std::string& line, std::int64_t second, Access& access) {
     const std::size_t length = line.size();
     line += "\r\n";
-    access.lock(mMutex.get());
-    access.file = openForLine();
-    if (access.file) write(access.file.get(), line);
-    access.release();
+    if (mKeepsOpen) {
+        writeToKept(line, second);
+    } else {
+        access.lock(mMutex.get());
+        access.file = openForLine();
+        if (access.file) write(access.file.get(), line);
+        access.release();
+    }
     line.resize(length);
+}
+
+// The path is looked at once in a second rather than for each line.
+void LogFile::writeToKept(std::string_view line, std::int64_t second) {
+    if (std::exchange(mCheckedSecond, second) != second && mKept && !isUnder(mApiPath, mKept.get())) mKept.reset();
+    if (!mKept) openKept();
+    if (mKept && hasLimit() && isTooLarge(mKeptSizeBytes)) {
+        mKept.reset();  // it does not share the right to empty the file
+        rotate(mKeptSizeBytes);
+        openKept();
+    }
+    if (mKept) mKeptSizeBytes += write(mKept.get(), line);
+}
+
+void LogFile::openKept() {
+    mKept.reset();  // first, because it may not share writing
+    mKept = openToKeep(OPEN_ALWAYS);
+    LARGE_INTEGER size{};
+    if (mKept && hasLimit()) ::GetFileSizeEx(mKept.get(), &size);
+    mKeptSizeBytes = size.QuadPart;
+}
+
+platform::FileHandle LogFile::openToKeep(DWORD disposition) const {
+    return openToAppend(mApiPath, disposition, hasLimit() ? FILE_SHARE_READ | FILE_SHARE_DELETE : kShareAll);
 }
 
 platform::FileHandle LogFile::openForLine() {
     platform::FileHandle file = openToAppend(mApiPath, OPEN_ALWAYS);
     LARGE_INTEGER size;
-    if (mMaxSizeBytes < 1 || !file || !::GetFileSizeEx(file.get(), &size) || !isTooLarge(size.QuadPart)) return file;
-
-    const bool isAnew = mBackupCount > 0 ? moveAside() : truncate();
-    const std::int64_t growth = (std::min)(mMaxSizeBytes, (std::numeric_limits<std::int64_t>::max)() - size.QuadPart);
-    mRetrySizeBytes = isAnew ? 0 : size.QuadPart + growth;
-    if (isAnew && mBackupCount > 0) file = openToAppend(mApiPath, OPEN_ALWAYS);
+    if (!hasLimit() || !file || !::GetFileSizeEx(file.get(), &size) || !isTooLarge(size.QuadPart)) return file;
+    if (rotate(size.QuadPart) && mBackupCount > 0) file = openToAppend(mApiPath, OPEN_ALWAYS);
     return file;
+}
+
+// Moves a file of that size into the backups or empties it. Returns whether the path names an empty file, or none, now.
+bool LogFile::rotate(std::int64_t sizeBytes) {
+    const bool isAnew = mBackupCount > 0 ? moveAside() : truncate();
+    const std::int64_t growth = (std::min)(mMaxSizeBytes, (std::numeric_limits<std::int64_t>::max)() - sizeBytes);
+    mRetrySizeBytes = isAnew ? 0 : sizeBytes + growth;
+    return isAnew;
 }
 
 // A failed rotation is tried again when the file has grown by the limit, not for each line.

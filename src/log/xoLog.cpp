@@ -210,7 +210,7 @@ void xoLog::Private::Writing::writeText() {
     log::appendPrefix(text, mType, mQualifier, mLog.localTime.of(mSecond));
     text += mMessage;
     if (mLog.echoToConsole.load(std::memory_order_relaxed)) log::writeLineToConsole(text);
-    if (mLog.file.isInstalled()) mLog.file.writeLine(text, mText->fileAccess);
+    if (mLog.file.isInstalled()) mLog.file.writeLine(text, mSecond, mText->fileAccess);
 }
 
 void xoLog::Private::Writing::releaseText() {

@@ -97,22 +97,25 @@ TEST_F(LogFile, InstallsAsItsFlagsSay) {
 
 TEST_F(LogFile, RotatesWhatIsTooLargeBeforeItWrites) {
     const std::string full(100, 'x');
-    mFolder.write("app.log", full);
-    mFolder.write("app.log_0.back", "zero");
-    mFolder.write("app.log_1.back", "one");
-    log().installFileHandlerExUtf8(path(), 0, 100, 2);
-    writeLine("one more");
-    EXPECT_EQ(texts(), full + "one more|") << "the limit itself is not too large";
-    writeLine("first");
-    EXPECT_EQ(texts("app.log_0.back"), full + "one more|");
-    EXPECT_EQ(mFolder.read("app.log_1.back"), "zero");
-    EXPECT_FALSE(mFolder.has("app.log_2.back"));
-    writeLine("second");
-    writeLine("third");
-    EXPECT_EQ(texts(), "first|second|third|") << "the file may exceed the limit by one line";
-    writeLine("fourth");
-    EXPECT_EQ(texts(), "fourth|");
-    EXPECT_EQ(texts("app.log_0.back"), "first|second|third|");
+    for (const int flags : {0, int{xo::xoLogFileKeepOpen}}) {
+        mFolder.write("app.log", full);
+        mFolder.write("app.log_0.back", "zero");
+        mFolder.write("app.log_1.back", "one");
+        log().installFileHandlerExUtf8(path(), flags, 100, 2);
+        writeLine("one more");
+        EXPECT_EQ(texts(), full + "one more|") << "the limit itself is not too large";
+        writeLine("first");
+        EXPECT_EQ(texts("app.log_0.back"), full + "one more|");
+        EXPECT_EQ(mFolder.read("app.log_1.back"), "zero");
+        EXPECT_FALSE(mFolder.has("app.log_2.back"));
+        writeLine("second");
+        writeLine("third");
+        EXPECT_EQ(texts(), "first|second|third|") << "the file may exceed the limit by one line";
+        writeLine("fourth");
+        EXPECT_EQ(texts(), "fourth|");
+        EXPECT_EQ(texts("app.log_0.back"), "first|second|third|");
+        log().removeFileHandler();
+    }
 }
 
 TEST_F(LogFile, KeepsAsManyBackupsAsAsked) {
@@ -188,6 +191,58 @@ TEST_F(LogFile, TriesARotationAgainOnlyWhenTheFileHasGrownByTheLimit) {
 BOOL WINAPI writeInPieces(HANDLE file, LPCVOID bytes, DWORD size, LPDWORD written, LPOVERLAPPED overlapped) {
     if (size < 20) return *written = 0, TRUE;  // a full disk
     return xo::tests::ImportHook::behind(&writeInPieces)(file, bytes, 20, written, overlapped);
+}
+
+TEST_F(LogFile, MayStayOpen) {
+    log().installFileHandlerExUtf8(path(), xo::xoLogFileKeepOpen, -1, 0);
+    {
+        const xo::tests::ImportHook hook("xoSystem.dll", "CreateFileW", &createFile);
+        ASSERT_TRUE(hook.isInstalled());
+        opened = 0;
+        for (int i = 0; i < 1000; ++i) writeLine("x");
+        EXPECT_LT(opened, 100);
+    }
+    EXPECT_EQ(mFolder.read("app.log").size(),
+              kMark.size() + 1000 * std::string_view("INFO : Tue Mar 03 14:05:09 2020 x\r\n").size());
+
+    const auto beginsAnew = [&] {
+        const ULONGLONG end = ::GetTickCount64() + 10'000;
+        for (; !mFolder.has("app.log") && ::GetTickCount64() < end; ::Sleep(1)) writeLine("y");
+        return mFolder.has("app.log");
+    };
+    std::filesystem::rename(wide("app.log"), wide("moved.log"));
+    EXPECT_TRUE(beginsAnew());
+    EXPECT_EQ(texts(), "y|");
+    std::filesystem::remove(wide("app.log"));
+    EXPECT_TRUE(beginsAnew());
+    log().removeFileHandler();
+    std::filesystem::remove(wide("app.log"));  // would fail if somebody had the file open without sharing
+    EXPECT_FALSE(mFolder.has("app.log"));
+}
+
+TEST_F(LogFile, WithALimitStaysOpenForOneWriterOnly) {
+    mFolder.write("app.log", "old\r\n");
+    const auto openToWrite = [&] {
+        return FileHandle(::CreateFileW(wide("app.log").c_str(), FILE_APPEND_DATA,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                        0, nullptr));
+    };
+    FileHandle other = openToWrite();
+    for (const int flags : {0, int{xo::xoLogFileTruncate}, xo::xoLogFileTruncate | xo::xoLogFileRotate}) {
+        log().installFileHandlerExUtf8(path(), flags | xo::xoLogFileKeepOpen, 5, 1);
+        EXPECT_THAT(takeLines(), ElementsAre("3()Fail to install log file handler to " + path()));
+        EXPECT_EQ(texts(), "old|") << "not touched";
+    }
+    log().installFileHandlerExUtf8(path(), xo::xoLogFileKeepOpen, -1, 0);
+    writeLine("shared");
+    EXPECT_EQ(texts(), "old|shared|");
+    other.reset();
+    log().installFileHandlerExUtf8(path(), xo::xoLogFileKeepOpen, 5, 0);
+    EXPECT_FALSE(openToWrite());
+    writeLine("the one writer");
+    EXPECT_EQ(texts(), "the one writer|");
+    log().removeFileHandler();
+    EXPECT_TRUE(openToWrite());
 }
 
 TEST_F(LogFile, IsInstalledThoughNothingCanBeWrittenYet) {

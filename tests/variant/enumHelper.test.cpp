@@ -175,7 +175,8 @@ bool isEnumerator(xo::xoLogFileFlag value) {
     switch (value) {
         case xo::xoLogFileTruncate:
         case xo::xoLogFileRotate:
-        case xo::xoLogFileEcho: return true;
+        case xo::xoLogFileEcho:
+        case xo::xoLogFileKeepOpen: return true;
     }
     return false;
 }
