@@ -7,6 +7,7 @@
 
 #include "dice.h"
 #include "families.h"
+#include "platform/handle.h"
 #include "xoSystem/xoDataStream.h"
 
 namespace bench {
@@ -290,6 +291,123 @@ void measureStacks(Suite& suite, std::size_t pieceSize) {
                       {{"the bare device", through(memory)}});
 }
 
+// ---- File and memory devices.
+
+constexpr int kWords = 4000000;
+
+__attribute__((noinline)) bool writeWords(xo::xoIoDevice& device) {
+    xo::xoDataStream stream(&device, xo::xoDataStream::EndiannessLittle);
+    for (int i = 0; i < kWords; ++i) stream << i;
+    return stream.isOk();
+}
+
+__attribute__((noinline)) bool readWords(xo::xoIoDevice& device) {
+    xo::xoDataStream stream(&device, xo::xoDataStream::EndiannessLittle);
+    int last = -1;
+    for (int i = 0; i < kWords; ++i) stream >> last;
+    return stream.isOk() && last == kWords - 1;
+}
+
+void rewind(xo::xoIoDevice& device) {
+    device.seekg(0, xo::xoIoDevice::SeekFromBegin);
+    device.seekp(0, xo::xoIoDevice::SeekFromBegin);
+}
+
+void measureWords(Suite& suite, const std::filesystem::path& folder) {
+    const std::string path = (folder / L"words.bin").u8string();
+    xo::xoIoDeviceMemory memory;
+    xo::xoIoDeviceFile file;
+    const auto stdFile = [&](std::ios::openmode mode, auto use) {
+        std::fstream stream(folder / L"peer.bin", mode | std::ios::binary);
+        xo::xoIoDeviceStdStreamProxy proxy(&stream, &stream);
+        require(use(proxy), "the stream has failed");
+    };
+    suite.compare("stream", "write 4 bytes, memory device", kWords,
+                  [&] {
+                      rewind(memory);
+                      require(writeWords(memory), "memory has failed");
+                  },
+                  {{"std::fstream proxy", [&] { stdFile(std::ios::out, writeWords); }}});
+    suite.compare("stream", "write 4 bytes, file device", kWords,
+                  [&] {
+                      file.openUtf8(path, xo::xoIoDeviceFile::OpenWrite);
+                      require(writeWords(file) && file.close(), "the file has failed");
+                  },
+                  {{"std::fstream proxy", [&] { stdFile(std::ios::out, writeWords); }}});
+    suite.compare("stream", "read 4 bytes, memory device", kWords,
+                  [&] {
+                      rewind(memory);
+                      require(readWords(memory), "memory has failed");
+                  },
+                  {{"std::fstream proxy", [&] { stdFile(std::ios::in, readWords); }}});
+    suite.compare("stream", "read 4 bytes, file device", kWords,
+                  [&] {
+                      file.openUtf8(path, xo::xoIoDeviceFile::OpenRead);
+                      require(readWords(file) && file.close(), "the file has failed");
+                  },
+                  {{"std::fstream proxy", [&] { stdFile(std::ios::in, readWords); }}});
+}
+
+void measureBlocks(Suite& suite, const std::filesystem::path& folder) {
+    constexpr DWORD kBlock = 65536;
+    constexpr int kBlocks = 512;
+    const std::string path = (folder / L"blocks.bin").u8string();
+    std::vector<char> block(kBlock, 'x');
+    const auto openRaw = [&](DWORD access, DWORD disposition) {
+        return xo::platform::FileHandle(::CreateFileW((folder / L"raw.bin").c_str(), access, FILE_SHARE_READ, nullptr,
+                                                      disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+    };
+    suite.compare("stream", "write 64 KiB blocks, file device", kBlocks,
+                  [&] {
+                      xo::xoIoDeviceFile file;
+                      file.openUtf8(path, xo::xoIoDeviceFile::OpenWrite);
+                      for (int i = 0; i < kBlocks; ++i) file.writeBytes(block.data(), kBlock);
+                      require(file.close(), "the file has failed");
+                  },
+                  {{"limit: WriteFile", [&] {
+                        const auto file = openRaw(GENERIC_WRITE, CREATE_ALWAYS);
+                        DWORD count = 0;
+                        for (int i = 0; i < kBlocks; ++i)
+                            require(::WriteFile(file.get(), block.data(), kBlock, &count, nullptr), "no write");
+                    }}});
+    suite.compare("stream", "read 64 KiB blocks, file device", kBlocks,
+                  [&] {
+                      xo::xoIoDeviceFile file;
+                      file.openUtf8(path, xo::xoIoDeviceFile::OpenRead);
+                      for (int i = 0; i < kBlocks; ++i)
+                          require(file.readBytes(block.data(), kBlock) == kBlock, "the file has failed");
+                  },
+                  {{"limit: ReadFile", [&] {
+                        const auto file = openRaw(GENERIC_READ, OPEN_EXISTING);
+                        DWORD count = 0;
+                        for (int i = 0; i < kBlocks; ++i)
+                            require(::ReadFile(file.get(), block.data(), kBlock, &count, nullptr), "no read");
+                    }}});
+}
+
+void measureFileAndMemory(Suite& suite) {
+    const std::filesystem::path folder = std::filesystem::temp_directory_path() / L"xoBench devices";
+    std::filesystem::create_directories(folder);
+    measureWords(suite, folder);
+    measureBlocks(suite, folder);
+    constexpr int kBytes = 100 << 20;
+    suite.compare("stream", "100 MiB byte by byte, memory device", kBytes,
+                  [] {
+                      xo::xoIoDeviceMemory memory;
+                      xo::xoIoDevice& device = memory;
+                      keep(device);
+                      for (int i = 0; i < kBytes; ++i) device.writeBytes("x", 1);
+                      require(memory.getSize() == kBytes, "memory has failed");
+                  },
+                  {{"std::string", [] {
+                        std::string text;
+                        for (int i = 0; i < kBytes; ++i) text += 'x';
+                        keep(text);
+                    }}});
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
 }  // namespace
 
 void measureStream(Suite& suite) {
@@ -298,6 +416,7 @@ void measureStream(Suite& suite) {
     for (const int order : {0, 1}) measureInMemory(suite, records, order);
     for (const int order : {0, 1}) measureInFile(suite, records, order);
     for (const int pieceSize : {8, 64, 4096}) measureStacks(suite, static_cast<std::size_t>(pieceSize));
+    measureFileAndMemory(suite);
 }
 
 }  // namespace bench

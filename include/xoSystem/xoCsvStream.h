@@ -114,7 +114,7 @@ private:
 
 // Writes to "<name>.csv" in the folder, then to "<name> (1).csv", "<name> (2).csv" and so on, each of at most a given
 // number of rows. Existing files are replaced. A file is buffered: what was written is in it when it is closed, which
-// the next file and the destructor do. The buffer has 64 KiB.
+// the next file and the destructor do. It is an xoIoDeviceFile that others may read and write meanwhile.
 class XOSYSTEM_API xoCsvFileWriter {
 public:
     // The folder must exist; an empty one is the root of the current drive, "." the working folder. The name has no
@@ -136,7 +136,7 @@ public:
     //
     // A file that cannot be created (the existing one is read-only, say) writes a CRITICAL line to the log, and the
     // first byte written to its stream clears the ok flag; the next call tries the next name. When a file cannot be
-    // written to its end, the ok flag is cleared, or, if that shows only at closing, a CRITICAL line is logged.
+    // written to its end, a CRITICAL line is logged, and unless that shows only at closing the ok flag is cleared.
     xoCsvStream& getStream();
 
 private:

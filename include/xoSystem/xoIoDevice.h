@@ -20,6 +20,8 @@
 #include "xoSystem/xoIoDeviceBroadcast.h"
 #include "xoSystem/xoIoDeviceByteCounter.h"
 #include "xoSystem/xoIoDeviceDelegable.h"
+#include "xoSystem/xoIoDeviceFile.h"
+#include "xoSystem/xoIoDeviceMemory.h"
 #include "xoSystem/xoIoDeviceSignaler.h"
 #include "xoSystem/xoIoDeviceStdStreamProxy.h"
 #include "xoSystem/xoIoDeviceWriteStreamModifier.h"

@@ -14,6 +14,8 @@
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoIoDevice.h"
+#include "xoSystem/xoIoDeviceFile.h"
+#include "xoSystem/xoIoDeviceMemory.h"
 #include "xoSystem/xoLegacyThread.h"
 #include "xoSystem/xoLockFile.h"
 #include "xoSystem/xoLog.h"

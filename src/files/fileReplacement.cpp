@@ -26,15 +26,15 @@ DWORD setDeleteOnClose(const platform::FileHandle& file, bool isDeleted) {
 bool mayBeTaken(DWORD error) { return error == ERROR_FILE_EXISTS || error == ERROR_ACCESS_DENIED; }
 
 // A new file under a name that no other thread of this machine chooses; a file that one of them may have left behind
-// stays. Written through, lest after a power failure the file has its name but not yet its bytes. Shared for reading,
-// because it is still open for a moment when it has got its final name.
-platform::FileHandle createBeside(const std::wstring& path) {
+// stays. Shared for reading, because it is still open for a moment when it has got its final name.
+platform::FileHandle createBeside(const std::wstring& path, DWORD flags) {
     if (path.empty()) return {};
     for (DWORD i = 0; i < kMostNames; ++i) {
         const std::wstring name = path + L"." + std::to_wstring(::GetCurrentThreadId() + i) + L".tmp";
-        platform::FileHandle file(::CreateFileW(name.c_str(), GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
-                                                FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr,
-                                                CREATE_NEW, FILE_FLAG_WRITE_THROUGH, /*hTemplateFile=*/nullptr));
+        platform::FileHandle file(
+            ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
+                          FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr, CREATE_NEW, flags,
+                          /*hTemplateFile=*/nullptr));
         if (!file) {
             if (mayBeTaken(::GetLastError())) continue;
             return {};
@@ -155,14 +155,14 @@ DWORD setSize(const platform::FileHandle& file, LARGE_INTEGER size) {
 
 // Writes over the file's bytes. It is made longer first, where that takes disk space, so that a full disk leaves the
 // old bytes alone; and shorter last.
-DWORD overwrite(const platform::FileHandle& file, std::string_view bytes) {
-    LARGE_INTEGER oldSize{}, newSize{};
-    newSize.QuadPart = static_cast<LONGLONG>(bytes.size());
+template <class Write>
+DWORD overwrite(const platform::FileHandle& file, LARGE_INTEGER newSize, Write write) {
+    LARGE_INTEGER oldSize{};
     const bool isSized = ::GetFileSizeEx(file.get(), &oldSize) != 0;  // devices such as NUL have no size
-    if (!isSized) return writeAll(file, bytes);
+    if (!isSized) return write();
     DWORD error = ERROR_SUCCESS;
     if (oldSize.QuadPart < newSize.QuadPart) error = setSize(file, newSize);
-    if (error == ERROR_SUCCESS) error = writeAll(file, bytes);
+    if (error == ERROR_SUCCESS) error = write();
     if (error != ERROR_SUCCESS) {
         setSize(file, oldSize);
         return error;
@@ -170,7 +170,45 @@ DWORD overwrite(const platform::FileHandle& file, std::string_view bytes) {
     return oldSize.QuadPart > newSize.QuadPart ? setSize(file, newSize) : ERROR_SUCCESS;
 }
 
+DWORD overwrite(const platform::FileHandle& file, std::string_view bytes) {
+    LARGE_INTEGER size{};
+    size.QuadPart = static_cast<LONGLONG>(bytes.size());
+    return overwrite(file, size, [&] { return writeAll(file, bytes); });
+}
+
+// Copies a file from its beginning to its end.
+DWORD copyAll(const platform::FileHandle& from, const platform::FileHandle& to) {
+    std::vector<char> block(std::size_t{64} << 10);
+    DWORD error = errorOf(::SetFilePointerEx(from.get(), LARGE_INTEGER{}, nullptr, FILE_BEGIN));
+    for (DWORD got = 1; error == ERROR_SUCCESS && got != 0;) {
+        error = errorOf(::ReadFile(from.get(), block.data(), static_cast<DWORD>(block.size()), &got,
+                                   /*lpOverlapped=*/nullptr));
+        if (error == ERROR_SUCCESS) error = writeAll(to, {block.data(), got});
+    }
+    return error;
+}
+
+DWORD overwriteWith(const platform::FileHandle& from, const platform::FileHandle& file) {
+    LARGE_INTEGER size{};
+    if (!::GetFileSizeEx(from.get(), &size)) return ::GetLastError();
+    return overwrite(file, size, [&] { return copyAll(from, file); });
+}
+
+platform::FileHandle createTemporary() {
+    const std::wstring folder =
+        platform::readWide([](wchar_t* buffer, DWORD size) { return ::GetTempPathW(size, buffer); });
+    if (folder.empty()) return {};
+    return createBeside(platform::toExtendedPath(folder + L"xoSystem"), FILE_ATTRIBUTE_TEMPORARY);
+}
+
 }  // namespace
+
+// A volume is a disk to GetFileType, but has no information of a file.
+bool isDiskFile(const platform::FileHandle& file) {
+    BY_HANDLE_FILE_INFORMATION information;
+    return ::GetFileType(file.get()) == FILE_TYPE_DISK && ::GetFileInformationByHandle(file.get(), &information) &&
+           (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
 
 // Repeats the attempt while others have the file, as readers, virus scanners and indexers do for moments.
 template <class Attempt>
@@ -185,20 +223,31 @@ DWORD FileReplacement::whileBusy(DWORD busyError, Attempt attempt) {
     }
 }
 
+// Written through, lest after a power failure the file has its name but not yet its bytes.
 DWORD FileReplacement::begin() {
-    mNew = createReplacement();
+    mNew = createReplacement(FILE_FLAG_WRITE_THROUGH);
     return mNew ? ERROR_SUCCESS : openInPlace();
 }
 
+// Many pieces are faster flushed once, at the end, than each written through.
+DWORD FileReplacement::beginInPieces() {
+    mNew = createReplacement(FILE_ATTRIBUTE_NORMAL);
+    if (mNew) return ERROR_SUCCESS;
+    if (const DWORD error = openInPlace()) return error;
+    if (!isDiskFile(mInPlace)) return ERROR_NOT_SUPPORTED;
+    mNew = createTemporary();
+    return errorOf(mNew.get() != INVALID_HANDLE_VALUE);
+}
+
 // No handle where the file is to be overwritten in place.
-platform::FileHandle FileReplacement::createReplacement() {
+platform::FileHandle FileReplacement::createReplacement(DWORD flags) {
     platform::FileHandle old;
     if (whileBusy(ERROR_SHARING_VIOLATION, [&] { return openExisting(mPath, old); }) != ERROR_SUCCESS) {
         mTarget = mPath;
-        return isFree(mPath) ? createBeside(mPath) : platform::FileHandle();
+        return isFree(mPath) ? createBeside(mPath, flags) : platform::FileHandle();
     }
     mTarget = withoutLinks(mPath, old);
-    platform::FileHandle file = createBeside(mTarget);
+    platform::FileHandle file = createBeside(mTarget, flags);
     if (file && !copyProperties(old, file)) file.reset();
     return file;
 }
@@ -221,6 +270,18 @@ DWORD FileReplacement::commit(std::string_view bytes) {
         if (const DWORD error = openInPlace()) return error;
     }
     return overwrite(mInPlace, bytes);
+}
+
+DWORD FileReplacement::commitPieces() {
+    if (!mInPlace) {
+        if (!::FlushFileBuffers(mNew.get())) return errorOf(FALSE);
+        if (takePlace() == ERROR_SUCCESS) {
+            mNew.reset();
+            return ERROR_SUCCESS;
+        }
+        if (const DWORD error = openInPlace()) return error;
+    }
+    return overwriteWith(mNew, mInPlace);
 }
 
 DWORD FileReplacement::takePlace() {

@@ -11,6 +11,9 @@
 
 namespace xo::files {
 
+// Whether it is a file on a disk: no folder, volume, pipe, console or other device.
+bool isDiskFile(const platform::FileHandle& file);
+
 // The bytes go to a new file beside the old one, which then gets its name; it has the old one's access list, attributes
 // and time of creation. Until then the new file is marked for deletion, so that Windows removes it with its last handle
 // whatever ends the attempt.
@@ -32,16 +35,23 @@ public:
     // and the disk failed in the middle of that.
     DWORD commit(std::string_view bytes);
 
+    // The same for content that comes piece by piece: between the two steps it is written to pieces(), which can be
+    // read too. Only for files on a disk. Where the file is overwritten in place, the pieces are gathered in a
+    // temporary file.
+    DWORD beginInPieces();
+    HANDLE pieces() const { return mNew.get(); }
+    DWORD commitPieces();
+
 private:
-    platform::FileHandle createReplacement();
+    platform::FileHandle createReplacement(DWORD flags);
     DWORD takePlace();
     DWORD openInPlace();
     template <class Attempt>
     DWORD whileBusy(DWORD busyError, Attempt attempt);
 
     std::wstring mPath;
-    std::wstring mTarget;           // of the link that mPath may be; valid while mNew is held
-    platform::FileHandle mNew;      // none where the file is overwritten in place
+    std::wstring mTarget;           // of the link that mPath may be; valid while mNew takes its place
+    platform::FileHandle mNew;      // none where the file is overwritten in place, or the temporary file of its pieces
     platform::FileHandle mInPlace;  // the file itself, with its old bytes
     ULONGLONG mPatienceMs = 125;    // what is left of the time to wait for others, in all
 };

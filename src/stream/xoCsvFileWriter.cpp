@@ -1,8 +1,8 @@
 #include <new>
 #include <string_view>
 
-#include "stream/fileDevice.h"
 #include "xoSystem/xoCsvStream.h"
+#include "xoSystem/xoIoDeviceFile.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoStringUtils.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// The destructor calls it too, so that it must not throw: without memory the line is lost.
+// Without memory the line is lost.
 void report(const char* message, const std::string& path) noexcept {
     try {
         xoLogObject(xoLogCritical) << message << path;
@@ -32,7 +32,7 @@ struct xoCsvFileWriter::Private {
     Settings settings;
     unsigned nextFile;
     std::string path;  // of the last file, for error messages
-    stream::FileDevice device;
+    xoIoDeviceFile device;
     xoCsvStream stream;  // writes to the device from the first file on
 
     std::string nextPath();
@@ -87,7 +87,7 @@ void xoCsvFileWriter::openNextFile() {
     bool isOpen = false;
     try {
         self.path = self.nextPath();
-        isOpen = self.device.open(self.path);
+        isOpen = self.device.openUtf8(self.path, xoIoDeviceFile::OpenWrite, xoIoDeviceFile::ShareAll);
     } catch (const std::bad_alloc&) {
     }
     self.stream.setDevice(&self.device);
@@ -98,10 +98,11 @@ void xoCsvFileWriter::openNextFile() {
     }
 }
 
+// The device logs what it could not write.
 void xoCsvFileWriter::finalizeCurrentFile() {
     Private& self = *mPrivate;
     self.stream.setDevice(nullptr);
-    if (!self.device.close()) report("Fail to write csv file ", self.path);
+    self.device.close();
 }
 
 }  // namespace xo

@@ -1,0 +1,151 @@
+#include "stream/openedFile.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include "files/fileWriting.h"
+#include "platform/wideText.h"
+
+namespace xo::stream {
+namespace {
+
+constexpr std::uint64_t kMaxTransfer = std::uint64_t{1} << 30;  // a single call takes a 32-bit size
+
+struct Opening {
+    DWORD access;
+    DWORD disposition;
+    bool reads, writes;
+};
+
+// By OpenMode. FILE_APPEND_DATA without FILE_WRITE_DATA makes the system write at the end, whoever else appends:
+// https://learn.microsoft.com/windows/win32/fileio/file-access-rights-constants
+//
+// OPEN_ALWAYS and then an empty file, because CREATE_ALWAYS refuses hidden and system files, and would empty a file
+// before it is known to be one.
+constexpr Opening kOpenings[] = {
+    {GENERIC_READ, OPEN_EXISTING, true, false},
+    {GENERIC_WRITE, OPEN_ALWAYS, false, true},
+    {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS, false, true},
+    {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, true, true},
+    {GENERIC_READ | GENERIC_WRITE, CREATE_NEW, true, true},
+    {0, 0, false, true},
+};
+
+DWORD sharedAccess(xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share) {
+    if (share == xoIoDeviceFile::ShareNone) return 0;
+    const bool isDefaultAll = share == xoIoDeviceFile::ShareDefault && mode == xoIoDeviceFile::OpenRead;
+    if (share == xoIoDeviceFile::ShareAll || isDefaultAll)
+        return FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    return FILE_SHARE_READ;
+}
+
+// Without the prefix of an extended path, for people and for other functions.
+std::string shownPath(const std::wstring& extended) {
+    constexpr std::wstring_view kUnc = LR"(\\?\UNC\)", kPrefix = LR"(\\?\)";
+    if (extended.compare(0, kUnc.size(), kUnc) == 0) return R"(\\)" + platform::toUtf8(extended.substr(kUnc.size()));
+    if (extended.compare(0, kPrefix.size(), kPrefix) == 0) return platform::toUtf8(extended.substr(kPrefix.size()));
+    return platform::toUtf8(extended);
+}
+
+// The position goes with each call, so that the file's own one does not matter.
+OVERLAPPED at(std::uint64_t position) {
+    OVERLAPPED place{};
+    place.Offset = static_cast<DWORD>(position);
+    place.OffsetHigh = static_cast<DWORD>(position >> 32);
+    return place;
+}
+
+DWORD setEnd(HANDLE file, std::uint64_t bytes) {
+    FILE_END_OF_FILE_INFO info{};
+    info.EndOfFile.QuadPart = static_cast<LONGLONG>(bytes);
+    return files::errorOf(::SetFileInformationByHandle(file, FileEndOfFileInfo, &info, sizeof info));
+}
+
+}  // namespace
+
+DWORD OpenedFile::open(const std::string& path, xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share,
+                       std::string& fullPath) {
+    if (static_cast<unsigned>(mode) >= std::size(kOpenings) || static_cast<unsigned>(share) > xoIoDeviceFile::ShareAll)
+        return ERROR_INVALID_PARAMETER;
+    std::wstring extended = platform::toExtendedPath(platform::toWide(path));
+    if (extended.empty()) {
+        fullPath = path;
+        return ERROR_INVALID_NAME;
+    }
+    fullPath = shownPath(extended);
+    mReads = kOpenings[mode].reads;
+    mWrites = kOpenings[mode].writes;
+    mAppends = mode == xoIoDeviceFile::OpenAppend;
+    if (mode == xoIoDeviceFile::OpenReplace) return openReplacement(std::move(extended));
+    return openItself(extended, mode, share);
+}
+
+DWORD OpenedFile::openReplacement(std::wstring path) {
+    mReplacement.emplace(std::move(path));
+    if (const DWORD error = mReplacement->beginInPieces()) return error;
+    mHandle = mReplacement->pieces();
+    return ERROR_SUCCESS;
+}
+
+DWORD OpenedFile::openItself(const std::wstring& path, xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share) {
+    const Opening& opening = kOpenings[mode];
+    mFile.reset(::CreateFileW(path.c_str(), opening.access, sharedAccess(mode, share), /*lpSecurityAttributes=*/nullptr,
+                              opening.disposition, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+    const DWORD state = ::GetLastError();
+    if (!mFile) return state != ERROR_SUCCESS ? state : DWORD{ERROR_GEN_FAILURE};
+    if (!files::isDiskFile(mFile)) return ERROR_NOT_SUPPORTED;
+    mHandle = mFile.get();
+    const bool isEmptied = mode == xoIoDeviceFile::OpenWrite && state == ERROR_ALREADY_EXISTS;
+    return isEmptied ? setEnd(mHandle, 0) : DWORD{ERROR_SUCCESS};
+}
+
+void OpenedFile::close() noexcept {
+    mHandle = INVALID_HANDLE_VALUE;
+    mFile.reset();
+    mReplacement.reset();
+    mReads = mWrites = mAppends = false;
+}
+
+std::uint64_t OpenedFile::size() const {
+    LARGE_INTEGER bytes{};
+    return ::GetFileSizeEx(mHandle, &bytes) ? static_cast<std::uint64_t>(bytes.QuadPart) : 0;
+}
+
+std::uint64_t OpenedFile::read(std::uint64_t position, char* bytes, std::uint64_t size, DWORD& error) const {
+    std::uint64_t done = 0;
+    while (done < size) {
+        OVERLAPPED place = at(position + done);
+        DWORD got = 0;
+        error = files::errorOf(
+            ::ReadFile(mHandle, bytes + done, static_cast<DWORD>((std::min)(size - done, kMaxTransfer)), &got, &place));
+        done += got;
+        if (got == 0 || error != ERROR_SUCCESS) break;
+    }
+    // At the end of the file a call with a position fails. Far behind it the sum of position and size may be no
+    // position any more, which is another error.
+    if (error != ERROR_SUCCESS && (error == ERROR_HANDLE_EOF || position + done >= this->size())) error = ERROR_SUCCESS;
+    return done;
+}
+
+DWORD OpenedFile::write(std::uint64_t position, const char* bytes, std::uint64_t size) const {
+    for (std::uint64_t done = 0; done < size;) {
+        OVERLAPPED place = at(mAppends ? UINT64_MAX : position + done);
+        DWORD written = 0;
+        const DWORD error = files::errorOf(::WriteFile(
+            mHandle, bytes + done, static_cast<DWORD>((std::min)(size - done, kMaxTransfer)), &written, &place));
+        if (error != ERROR_SUCCESS) return error;
+        if (written == 0) return ERROR_WRITE_FAULT;
+        done += written;
+    }
+    return ERROR_SUCCESS;
+}
+
+DWORD OpenedFile::resize(std::uint64_t bytes) const { return setEnd(mHandle, bytes); }
+
+DWORD OpenedFile::flushToDisk() const { return files::errorOf(::FlushFileBuffers(mHandle)); }
+
+DWORD OpenedFile::commit() { return mReplacement->commitPieces(); }
+
+}  // namespace xo::stream

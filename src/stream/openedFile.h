@@ -1,0 +1,55 @@
+// The file behind a file device: how each mode opens it, and transfers at a position.
+#ifndef XO_STREAM_OPENEDFILE_H
+#define XO_STREAM_OPENEDFILE_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "files/fileReplacement.h"
+#include "platform/handle.h"
+#include "xoSystem/xoIoDeviceFile.h"
+
+namespace xo::stream {
+
+// Errors are those of Windows, ERROR_SUCCESS for none. All but open needs an open file.
+class OpenedFile {
+public:
+    // Nothing may be open. Writes the absolute path to fullPath, also when the file cannot be opened. Throws
+    // std::bad_alloc.
+    DWORD open(const std::string& path, xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share,
+               std::string& fullPath);
+    // Closes it. A new file that has not taken the place of the old one goes.
+    void close() noexcept;
+    bool isOpen() const { return mHandle != INVALID_HANDLE_VALUE; }
+
+    bool reads() const { return mReads; }
+    bool writes() const { return mWrites; }
+    bool appends() const { return mAppends; }
+    bool isReplacement() const { return mReplacement.has_value(); }
+
+    std::uint64_t size() const;
+    // Reads at most that much, and less only at the end of the file or before an error.
+    std::uint64_t read(std::uint64_t position, char* bytes, std::uint64_t size, DWORD& error) const;
+    // All of the bytes. A file that is appended to takes them at its end, wherever the position is.
+    DWORD write(std::uint64_t position, const char* bytes, std::uint64_t size) const;
+    DWORD resize(std::uint64_t bytes) const;
+    DWORD flushToDisk() const;
+    // Puts the new file in the place of the old one.
+    DWORD commit();
+
+private:
+    DWORD openReplacement(std::wstring path);
+    DWORD openItself(const std::wstring& path, xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share);
+
+    HANDLE mHandle = INVALID_HANDLE_VALUE;  // owned by one of the two below
+    platform::FileHandle mFile;
+    std::optional<files::FileReplacement> mReplacement;
+    bool mReads = false;
+    bool mWrites = false;
+    bool mAppends = false;
+};
+
+}  // namespace xo::stream
+
+#endif
