@@ -12,6 +12,7 @@ constexpr Aim kAims[] = {
     {"csv", "write 10 million cells", "fmt", 1.0},
     {"files", "collect", "std::filesystem", 0.35},
     {"files", "collect", "limit: FindFirstFileW", 1.1},
+    {"files", "index 20000", "limit: FileSystemVisitor", 1.15},
     {"ini", "load and read 60 keys", "SimpleIni", 0.75},
     {"ini", "load and read 20000 keys", "SimpleIni", 0.25},
     {"ini", "load and read 20000 keys", "ifstream", 0.4},

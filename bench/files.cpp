@@ -7,6 +7,7 @@
 #include "families.h"
 #include "platform/handle.h"
 #include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoXRefResolverSearchPath.h"
 
 namespace bench {
 namespace {
@@ -15,6 +16,12 @@ using Paths = std::vector<std::string>;
 
 constexpr int kFolders = 100;
 constexpr int kFilesPerFolder = 200;
+
+void makeFile(const std::filesystem::path& path) {
+    const xo::platform::FileHandle file(
+        ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+    require(static_cast<bool>(file), "a file could not be made");
+}
 
 // Folders beside each other with files in them; Wine takes long to fill larger ones.
 class Tree {
@@ -36,12 +43,6 @@ public:
     const std::filesystem::path& top() const { return mTop; }
 
 private:
-    static void makeFile(const std::filesystem::path& path) {
-        const xo::platform::FileHandle file(
-            ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
-        require(static_cast<bool>(file), "a file could not be made");
-    }
-
     const std::filesystem::path mTop;
 };
 
@@ -73,6 +74,46 @@ int countBySearch(const std::wstring& folder) {
     return files;
 }
 
+// Only counts the files.
+class Counter : public xo::xoDirUtils::FileSystemVisitor {
+public:
+    bool onFile(const std::string&, const std::string&) override {
+        ++files;
+        return true;
+    }
+    int files = 0;
+};
+
+int countByVisitor(const std::string& top) {
+    Counter counter;
+    counter.visit(top);
+    return counter.files;
+}
+
+// The hit is one file of 20000 whose name no other has.
+void measureResolver(Suite& suite, const std::string& top) {
+    xo::xoXRefResolverSearchPath resolver;
+    resolver.addSearchPathUtf8(top);
+    require(resolver.refresh() && resolver.getFileCount() == kFolders * kFilesPerFolder + 1, "the index is not whole");
+    suite.compare("files", "index 20000 files for the resolver", kFolders * kFilesPerFolder,
+                  [&] { keep(resolver.refresh()); },
+                  {{"limit: FileSystemVisitor, count", [&] { keep(countByVisitor(top)); }}});
+    const std::string reference = "Q:/elsewhere/unique name.png", path = resolver.resolveUtf8(reference);
+    require(!path.empty(), "the file was not found");
+    const auto wide = [](const std::string& name) { return std::filesystem::u8path(name).wstring(); };
+    const std::wstring found = wide(path), tried = wide(reference), below = wide(top + "/elsewhere/unique name.png");
+    constexpr int kTimes = 100;
+    suite.compare("files", "resolve a reference by its name", kTimes,
+                  [&] {
+                      for (int i = 0; i < kTimes; ++i) keep(resolver.resolveUtf8(reference));
+                  },
+                  {{"limit: the existence checks", [&] {
+                        for (int i = 0; i < kTimes; ++i)
+                            for (const std::wstring* const each : {&tried, &below, &found})
+                                keep(::GetFileAttributesW(each->c_str()));
+                    }}});
+}
+
 }  // namespace
 
 void measureFiles(Suite& suite) {
@@ -88,6 +129,8 @@ void measureFiles(Suite& suite) {
     suite.compare("files", "collect the paths of 20000 files", kFiles, [&] { keep(collectByOurs(top)); },
                   {{"std::filesystem", [&] { keep(collectByStandard(tree.top())); }},
                    {"limit: FindFirstFileW, count", [&] { keep(countBySearch(tree.top())); }}});
+    makeFile(tree.top() / L"unique name.png");
+    measureResolver(suite, top);
 }
 
 }  // namespace bench

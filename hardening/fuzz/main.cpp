@@ -24,7 +24,7 @@ namespace {
 using namespace xo::fuzz;
 
 constexpr const Target* kTargets[] = {&kIni,        &kVariants,     &kVersions,   &kCsv,
-                                      &kDataStream, &kTables,       &kAmounts,
+                                      &kDataStream, &kTables,       &kAmounts,    &kReferences,
 #if defined(_WIN32)  // these call it
                                       &kCharSets,   &kNaturalOrder, &kCommandLine
 #endif

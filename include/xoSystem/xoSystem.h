@@ -43,5 +43,6 @@
 #include "xoSystem/xoVirtualMemory.h"
 #include "xoSystem/xoWaitCondition.h"
 #include "xoSystem/xoWorkThread.h"
+#include "xoSystem/xoXRefResolverSearchPath.h"
 
 #endif

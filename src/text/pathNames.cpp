@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "text/ascii.h"
+#include "text/fileNames.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
@@ -27,32 +27,7 @@ std::size_t extensionDot(std::string_view name) {
     return dot == std::string_view::npos || leading ? name.size() : dot;
 }
 
-bool mayStandInName(char c) {
-    return static_cast<unsigned char>(c) >= 0x20 && std::string_view("<>:\"/\\|?*").find(c) == std::string_view::npos;
-}
-
-bool mayEndName(char c) { return mayStandInName(c) && c != '.' && c != ' '; }
-
-// A decimal digit, or one of the superscripts that Windows counts as such here.
-bool isPortNumber(std::string_view text) {
-    if (text.size() == 1) return text[0] >= '0' && text[0] <= '9';
-    return text == "\xC2\xB9" || text == "\xC2\xB2" || text == "\xC2\xB3";
-}
-
-// The name without the extensions and the spaces before them, which a device name has no use for.
-std::string_view deviceStem(std::string_view name) {
-    name = name.substr(0, name.find('.'));
-    return name.substr(0, name.find_last_not_of(' ') + 1);
-}
-
-bool isDevice(std::string_view stem) {
-    for (const std::string_view device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"}) {
-        if (text::equalIgnoringCase(stem, device)) return true;
-    }
-    const std::string_view port = stem.substr(0, 3);
-    if (!text::equalIgnoringCase(port, "COM") && !text::equalIgnoringCase(port, "LPT")) return false;
-    return isPortNumber(stem.substr(3));
-}
+bool mayEndName(char c) { return text::mayStandInFileName(c) && c != '.' && c != ' '; }
 
 }  // namespace
 
@@ -80,11 +55,10 @@ std::string& xoStringUtils::GenerateValidFileName(std::string& name, char replac
     if (!mayEndName(replacement) || static_cast<unsigned char>(replacement) >= 0x80) replacement = '_';
     if (name.empty()) name = replacement;
     std::replace_if(
-        name.begin(), name.end(), [](char c) { return !mayStandInName(c); }, replacement);
+        name.begin(), name.end(), [](char c) { return !text::mayStandInFileName(c); }, replacement);
     for (auto last = name.rbegin(); last != name.rend() && !mayEndName(*last); ++last) *last = replacement;
 
-    const std::string_view stem = deviceStem(name);
-    if (isDevice(stem)) name.insert(stem.size(), 1, replacement);
+    if (text::isDeviceName(name)) name.insert(text::deviceStem(name).size(), 1, replacement);
     return name;
 }
 

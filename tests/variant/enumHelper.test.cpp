@@ -259,6 +259,38 @@ bool isEnumerator(xo::xoIoDeviceDelegable::DelegableFlag value) {
     return false;
 }
 
+bool isEnumerator(xo::xoIoDeviceFile::OpenMode value) {
+    switch (value) {
+        case xo::xoIoDeviceFile::OpenRead:
+        case xo::xoIoDeviceFile::OpenWrite:
+        case xo::xoIoDeviceFile::OpenAppend:
+        case xo::xoIoDeviceFile::OpenReadWrite:
+        case xo::xoIoDeviceFile::OpenNew:
+        case xo::xoIoDeviceFile::OpenReplace: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoIoDeviceFile::Share value) {
+    switch (value) {
+        case xo::xoIoDeviceFile::ShareDefault:
+        case xo::xoIoDeviceFile::ShareNone:
+        case xo::xoIoDeviceFile::ShareRead:
+        case xo::xoIoDeviceFile::ShareAll: return true;
+    }
+    return false;
+}
+
+bool isEnumerator(xo::xoXRefResolverSearchPath::How value) {
+    switch (value) {
+        case xo::xoXRefResolverSearchPath::FoundAsWritten:
+        case xo::xoXRefResolverSearchPath::FoundBesideDocument:
+        case xo::xoXRefResolverSearchPath::FoundBelowSearchPath:
+        case xo::xoXRefResolverSearchPath::FoundByName: return true;
+    }
+    return false;
+}
+
 bool isEnumerator(xo::xoDirUtils::GlobFlag value) {
     switch (value) {
         case xo::xoDirUtils::GlobAppend:
@@ -397,7 +429,8 @@ TEST(EnumHelper, NamesTheLibrarysOwn) {
     expectAllOfThemNamed<
         xo::xoLogType, xo::xoLogFileFlag, xo::ProcessPriority, xo::xoProcess::State, xo::InitType,
         xo::xoPowerStatus::AcLine, xo::xoLockFile::LockType, xoThreadCreationFlag, xo::xoDataStream::Endianness,
-        xo::xoIoDevice::SeekStart, xo::xoIoDeviceDelegable::DelegableFlag, xo::xoDirUtils::GlobFlag,
+        xo::xoIoDevice::SeekStart, xo::xoIoDeviceDelegable::DelegableFlag, xo::xoIoDeviceFile::OpenMode,
+        xo::xoIoDeviceFile::Share, xo::xoXRefResolverSearchPath::How, xo::xoDirUtils::GlobFlag,
         xo::xoStringUtils::xoCharSet, xo::xoStringUtils::SoftwareVersionComparisonResult, xo::xoMathUtils::xoByteUnit,
         xo::xoVariant::Type, xo::AsciiTableBuilder::Style, xo::AsciiTableBuilder::Align,
         xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase, xo::xoProgressConsole::Flag>();

@@ -1,0 +1,150 @@
+#include "xref/fileIndex.h"
+
+#include <algorithm>
+
+#include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoLog.h"
+#include "xref/nameKey.h"
+
+namespace xo::xref {
+
+class FileIndex::Builder : public xoDirUtils::FileSystemVisitor {
+public:
+    Builder(FileIndex& index, const IndexSettings& settings, const std::atomic<bool>* cancel)
+        : mIndex(index), mSettings(settings), mCancel(cancel) {}
+
+    // False when it was cancelled.
+    bool walkAll() {
+        for (mNumber = 0; mNumber < mSettings.searchPaths.size() && mIndex.mIsComplete; ++mNumber) {
+            const SearchPath& path = mSettings.searchPaths[mNumber];
+            if (isCovered(path.key)) continue;
+            mHasEntered = false;
+            mLevels.clear();
+            visit(path.folder, path.isRecursive);
+            if (mIsCanceled) return false;
+            if (!mHasEntered && mIndex.mIsComplete) reportMissing(path.folder);
+        }
+        if (!mIndex.mIsComplete)
+            xoLogObject(xoLogWarning, nullptr, xoLog::editPtr(), nullptr)
+                << "xoXRefResolverSearchPath too many files (more than " << mSettings.maxFiles << ")";
+        return true;
+    }
+
+private:
+    static void reportMissing(const std::string& folder) {
+        xoLogObject(xoLogDebug, "XRefResolver", xoLog::editPtr(), nullptr)
+            << "xoXRefResolverSearchPath cannot list \"" << std::string_view(folder) << "\"";
+    }
+
+    // Whether an earlier search path has the files of the folder already.
+    bool isCovered(std::string_view folderKey) const {
+        const auto end = mSettings.searchPaths.begin() + static_cast<std::ptrdiff_t>(mNumber);
+        return std::any_of(mSettings.searchPaths.begin(), end, [&](const SearchPath& path) {
+            return path.key == folderKey || (path.isRecursive && isBelow(folderKey, path.key));
+        });
+    }
+
+    bool onEnterFolder(const std::string& folder) override {
+        mIsCanceled = mCancel && mCancel->load(std::memory_order_relaxed);
+        if (mIsCanceled) return false;
+        mHasEntered = true;
+        const bool isSkipped = mNumber != 0 && isCovered(nameKey(folder));
+        mLevels.push_back({kNone, isSkipped});
+        return true;
+    }
+
+    bool onLeaveFolder(const std::string&) override {
+        mLevels.pop_back();
+        return true;
+    }
+
+    bool onFile(const std::string& folder, const std::string& file) override {
+        Level& level = mLevels.back();
+        if (level.isSkipped || !isWanted(file)) return true;
+        if (isFull()) {
+            mIndex.mIsComplete = false;
+            return false;
+        }
+        if (level.folder == kNone) level.folder = addFolder(folder);
+        const auto name = static_cast<std::uint32_t>(mIndex.mNames.size());
+        mIndex.mEntries.push_back({level.folder, name, hashOf(nameKey(file)), kNone});
+        mIndex.mNames.append(file).push_back('\0');
+        return true;
+    }
+
+    bool isFull() const {
+        constexpr std::size_t kMostNameBytes = 0xFFFF0000;  // offsets have 32 bits
+        return mIndex.mEntries.size() >= (std::min)(mSettings.maxFiles, std::size_t{kNone}) ||
+               mIndex.mNames.size() > kMostNameBytes;
+    }
+
+    std::uint32_t addFolder(const std::string& path) {
+        const auto depth = static_cast<unsigned>(mLevels.size() - 1);
+        mIndex.mFolders.push_back({path, static_cast<unsigned>(mNumber), depth});
+        return static_cast<std::uint32_t>(mIndex.mFolders.size() - 1);
+    }
+
+    bool isWanted(const std::string& file) const {
+        const auto& extensions = mSettings.extensionKeys;
+        if (extensions.empty()) return true;
+        const std::size_t dot = file.rfind('.');
+        if (dot == std::string::npos) return false;
+        const std::string key = nameKey(file);
+        return std::any_of(extensions.begin(), extensions.end(), [&](const std::string& end) {
+            return key.size() >= end.size() && key.compare(key.size() - end.size(), end.size(), end) == 0;
+        });
+    }
+
+    // A folder that the walk is inside of.
+    struct Level {
+        std::uint32_t folder;  // in the index, kNone until it has a file
+        bool isSkipped;        // its files are those of an earlier search path
+    };
+
+    FileIndex& mIndex;
+    const IndexSettings& mSettings;
+    const std::atomic<bool>* const mCancel;
+    std::size_t mNumber = 0;  // of the search path
+    std::vector<Level> mLevels;
+    bool mHasEntered = false;
+    bool mIsCanceled = false;
+};
+
+std::shared_ptr<const FileIndex> FileIndex::build(const IndexSettings& settings, const std::atomic<bool>* cancel) {
+    const auto index = std::make_shared<FileIndex>();
+    index->mGeneration = settings.generation;
+    if (!Builder(*index, settings, cancel).walkAll()) return nullptr;
+    index->link();
+    return index;
+}
+
+void FileIndex::link() {
+    mFolders.shrink_to_fit();
+    mEntries.shrink_to_fit();
+    mNames.shrink_to_fit();
+    std::size_t heads = 1;
+    while (heads < mEntries.size()) heads *= 2;
+    mHeads.assign(heads, kNone);
+    for (std::size_t i = 0; i < mEntries.size(); ++i) {
+        std::uint32_t& head = mHeads[mEntries[i].hash & (heads - 1)];
+        mEntries[i].next = head;
+        head = static_cast<std::uint32_t>(i);
+    }
+}
+
+std::vector<FileIndex::Found> FileIndex::find(std::string_view key) const {
+    std::vector<Found> found;
+    const std::uint32_t hash = hashOf(key);
+    for (std::uint32_t at = mHeads[hash & (mHeads.size() - 1)]; at != kNone; at = mEntries[at].next) {
+        const Entry& entry = mEntries[at];
+        const char* const name = mNames.c_str() + entry.name;
+        if (entry.hash != hash || nameKey(name) != key) continue;
+        const Folder& folder = mFolders[entry.folder];
+        std::string path = folder.path;
+        if (path.back() != '/') path += '/';
+        found.push_back({path + name, folder.searchPath, folder.depth});
+    }
+    return found;
+}
+
+}  // namespace xo::xref

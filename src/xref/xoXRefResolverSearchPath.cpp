@@ -1,0 +1,301 @@
+#include "xoSystem/xoXRefResolverSearchPath.h"
+
+#include <algorithm>
+#include <functional>
+#include <set>
+#include <tuple>
+
+#include "files/pathParts.h"
+#include "platform/slimLock.h"
+#include "platform/wideText.h"
+#include "xoSystem/xoDirUtils.h"
+#include "xref/fileIndex.h"
+#include "xref/nameKey.h"
+#include "xref/reference.h"
+
+namespace xo {
+namespace {
+
+using xref::FileIndex;
+using xref::Reference;
+using Match = xoXRefResolverSearchPath::Match;
+
+// Absolute with "/", without the prefix of an extended path and without a separator at its end unless it is a root.
+// Empty for what names nothing.
+std::string absolutePath(const std::string& path) {
+    std::wstring full = platform::toExtendedPath(platform::toWide(path));
+    constexpr std::wstring_view kUnc = LR"(\\?\UNC\)", kPrefix = LR"(\\?\)";
+    if (full.compare(0, kUnc.size(), kUnc) == 0) {
+        full.replace(0, kUnc.size(), LR"(\\)");
+    } else if (full.compare(0, kPrefix.size(), kPrefix) == 0) {
+        full.erase(0, kPrefix.size());
+    }
+    std::string text = platform::toUtf8(files::withoutTrailingSeparators(full));
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+}
+
+// The folder of a file's absolute path, cut by so many names more; a root stays. Empty for a relative path.
+std::string folderOf(const std::string& file, std::size_t leavesFolders) {
+    if (xoDirUtils::IsPathRelativeUtf8(file) && file.compare(0, 2, "//") != 0) return {};
+    std::string path = absolutePath(file);
+    const std::size_t root = files::rootLength(platform::toWide(path));
+    for (std::size_t i = 0; i <= leavesFolders && path.size() > root; ++i)
+        path.resize((std::max)(path.rfind('/'), root));
+    if (path.empty() || path.back() != '/') path += '/';
+    return path;
+}
+
+// "//server/share/" of a path there, else empty.
+std::string shareOf(const std::string& path) {
+    if (path.compare(0, 2, "//") != 0) return {};
+    const std::size_t share = path.find('/', 2);
+    const std::size_t end = share == std::string::npos ? share : path.find('/', share + 1);
+    return end == std::string::npos ? std::string() : path.substr(0, end + 1);
+}
+
+// The attributes of a link are its own; then the file behind it is asked for.
+bool isFile(const std::string& path) {
+    const std::wstring apiPath = platform::toApiPath(path);
+    const DWORD attributes = apiPath.empty() ? INVALID_FILE_ATTRIBUTES : ::GetFileAttributesW(apiPath.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return false;
+    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || xoDirUtils::FileExistsUtf8(path);
+}
+
+// Gives the matches that exist to a sink, each path once, until it takes no more.
+class Matches {
+public:
+    using Sink = std::function<bool(Match&&)>;
+
+    Matches(const Reference& reference, Sink sink) : mNames(xref::joinNames(reference.names)), mSink(std::move(sink)) {}
+
+    // False when the sink takes no more.
+    bool add(std::string path, xoXRefResolverSearchPath::How how) {
+        const unsigned shared = sharedNames(path);
+        return add(std::move(path), how, shared);
+    }
+    bool add(std::string path, xoXRefResolverSearchPath::How how, unsigned shared) {
+        if (!isFile(path)) return true;
+        if (!mKeys.insert(xref::nameKey(path)).second) return true;
+        return mSink({std::move(path), how, shared});
+    }
+
+    unsigned sharedNames(const std::string& path) const { return xref::countSharedNames(mNames, path); }
+
+private:
+    const std::string mNames;
+    const Sink mSink;
+    std::set<std::string> mKeys;  // of the paths that were given
+};
+
+}  // namespace
+
+struct xoXRefResolverSearchPath::Private {
+    mutable platform::SlimLock lock;
+    std::shared_ptr<const xref::IndexSettings> settings XO_GUARDED_BY(lock);  // never null, replaced when they change
+    bool allowsNetwork XO_GUARDED_BY(lock) = false;
+    mutable std::shared_ptr<const FileIndex> index XO_GUARDED_BY(lock);  // null until the first one is made
+
+    // Held while an index is made: by one thread at a time, and never the other lock's owner.
+    mutable platform::SlimLock building;
+
+    struct Snapshot {
+        std::shared_ptr<const xref::IndexSettings> settings;
+        bool allowsNetwork;
+    };
+    Snapshot snapshot() const;
+    template <class Change>
+    void change(Change change);
+    std::shared_ptr<const FileIndex> lastIndex() const;
+    std::shared_ptr<const FileIndex> upToDateIndex() const;
+    std::shared_ptr<const FileIndex> build(const std::atomic<bool>* cancel) const XO_REQUIRES(building);
+
+    void search(const std::string& reference, const std::string& document, Matches::Sink sink) const;
+    bool searchByName(const Reference& reference, Matches& matches) const;
+};
+
+// ---- the index
+
+xoXRefResolverSearchPath::Private::Snapshot xoXRefResolverSearchPath::Private::snapshot() const {
+    const platform::SlimLocker locker(lock);
+    return {settings, allowsNetwork};
+}
+
+// Replaces the settings, unless there was nothing to change. Readers keep those that they have.
+template <class Change>
+void xoXRefResolverSearchPath::Private::change(Change change) {
+    const platform::SlimLocker locker(lock);
+    auto changed = std::make_shared<xref::IndexSettings>(*settings);
+    if (!change(*changed)) return;
+    ++changed->generation;
+    settings = std::move(changed);
+}
+
+std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::lastIndex() const {
+    const platform::SlimLocker locker(lock);
+    return index;
+}
+
+std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::build(const std::atomic<bool>* cancel) const {
+    auto made = FileIndex::build(*snapshot().settings, cancel);
+    if (!made) return made;
+    const platform::SlimLocker locker(lock);
+    index = made;
+    return made;
+}
+
+// Makes the index if it is not that of the present settings, or waits while another thread does.
+std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::upToDateIndex() const {
+    const auto present = [this]() -> std::shared_ptr<const FileIndex> {
+        const platform::SlimLocker locker(lock);
+        return index && index->generation() == settings->generation ? index : nullptr;
+    };
+    if (auto found = present()) return found;
+    const platform::SlimLocker builder(building);
+    if (auto found = present()) return found;
+    return build(/*cancel=*/nullptr);
+}
+
+xoXRefResolverSearchPath::xoXRefResolverSearchPath(std::size_t maxFiles) : mPrivate(new Private) {
+    const platform::SlimLocker locker(mPrivate->lock);
+    auto settings = std::make_shared<xref::IndexSettings>();
+    settings->maxFiles = maxFiles;
+    mPrivate->settings = std::move(settings);
+}
+
+xoXRefResolverSearchPath::~xoXRefResolverSearchPath() = default;
+
+void xoXRefResolverSearchPath::addSearchPathUtf8(const std::string& folder, bool recursive) {
+    const std::string path = absolutePath(folder);
+    if (path.empty()) return;
+    const std::string key = xref::nameKey(path);
+    mPrivate->change([&](xref::IndexSettings& settings) {
+        auto& paths = settings.searchPaths;
+        const bool isThere = std::any_of(paths.begin(), paths.end(), [&](const auto& each) { return each.key == key; });
+        if (!isThere) paths.push_back({path, recursive, key});
+        return !isThere;
+    });
+}
+
+void xoXRefResolverSearchPath::clearSearchPaths() {
+    mPrivate->change([](xref::IndexSettings& settings) {
+        settings.searchPaths.clear();
+        return true;
+    });
+}
+
+std::vector<std::string> xoXRefResolverSearchPath::getSearchPaths() const {
+    std::vector<std::string> folders;
+    const auto settings = mPrivate->snapshot().settings;
+    for (const auto& path : settings->searchPaths) folders.push_back(path.folder);
+    return folders;
+}
+
+void xoXRefResolverSearchPath::setExtensions(const std::vector<std::string>& extensions) {
+    std::vector<std::string> keys;
+    for (const std::string& extension : extensions)
+        if (!extension.empty()) keys.push_back(xref::nameKey(extension[0] == '.' ? extension : '.' + extension));
+    mPrivate->change([&](xref::IndexSettings& settings) {
+        settings.extensionKeys = keys;
+        return true;
+    });
+}
+
+void xoXRefResolverSearchPath::setNetworkReferences(bool allowed) {
+    const platform::SlimLocker locker(mPrivate->lock);
+    mPrivate->allowsNetwork = allowed;
+}
+
+bool xoXRefResolverSearchPath::refresh(const std::atomic<bool>* cancel) {
+    const platform::SlimLocker builder(mPrivate->building);
+    const auto made = mPrivate->build(cancel);
+    return made && made->isComplete();
+}
+
+std::size_t xoXRefResolverSearchPath::getFileCount() const {
+    const auto index = mPrivate->lastIndex();
+    return index ? index->fileCount() : 0;
+}
+
+bool xoXRefResolverSearchPath::isComplete() const {
+    const auto index = mPrivate->lastIndex();
+    return index && index->isComplete();
+}
+
+// ---- the rules
+
+void xoXRefResolverSearchPath::Private::search(const std::string& text, const std::string& document,
+                                               Matches::Sink sink) const {
+    const Reference reference = xref::readReference(text);
+    if (reference.kind == Reference::Kind::Nowhere) return;
+    const std::string names = xref::joinNames(reference.names);
+    const Snapshot now = snapshot();
+    const auto& paths = now.settings->searchPaths;
+    Matches matches(reference, std::move(sink));
+
+    // Whether asking for the path may reach a computer that only the reference knows.
+    const auto mayAsk = [&](const std::string& path) {
+        if (reference.kind != Reference::Kind::Share || now.allowsNetwork) return true;
+        const std::string key = xref::nameKey(path);
+        const std::string share = xref::nameKey(shareOf(folderOf(document, 0)));
+        if (!share.empty() && key.compare(0, share.size(), share) == 0) return true;
+        return std::any_of(paths.begin(), paths.end(), [&](const auto& each) { return xref::isBelow(key, each.key); });
+    };
+    if (const std::string path = reference.root + names;
+        !reference.root.empty() && mayAsk(path) && !matches.add(path, FoundAsWritten))
+        return;
+    if (reference.kind == Reference::Kind::Relative) {
+        const std::string folder = folderOf(document, reference.leavesFolders);
+        if (!folder.empty() && !matches.add(folder + names, FoundBesideDocument)) return;
+    }
+    for (const auto& path : paths) {
+        const char* const separator = path.folder.back() == '/' ? "" : "/";
+        if (!matches.add(path.folder + separator + names, FoundBelowSearchPath)) return;
+    }
+    searchByName(reference, matches);
+}
+
+// The order does not depend on that of the walk.
+bool xoXRefResolverSearchPath::Private::searchByName(const Reference& reference, Matches& matches) const {
+    struct Candidate {
+        FileIndex::Found file;
+        unsigned sharedNames;
+        std::string key;
+
+        bool operator<(const Candidate& other) const {
+            return std::tie(other.sharedNames, file.searchPath, file.depth, key, file.path) <
+                   std::tie(sharedNames, other.file.searchPath, other.file.depth, other.key, other.file.path);
+        }
+    };
+    std::vector<Candidate> candidates;
+    for (FileIndex::Found& found : upToDateIndex()->find(xref::nameKey(reference.names.back()))) {
+        const unsigned shared = matches.sharedNames(found.path);
+        std::string key = xref::nameKey(found.path);
+        candidates.push_back({std::move(found), shared, std::move(key)});
+    }
+    std::sort(candidates.begin(), candidates.end());
+    return std::all_of(candidates.begin(), candidates.end(), [&](const Candidate& candidate) {
+        return matches.add(candidate.file.path, FoundByName, candidate.sharedNames);
+    });
+}
+
+std::string xoXRefResolverSearchPath::resolveUtf8(const std::string& reference, const std::string& document) const {
+    std::string best;
+    mPrivate->search(reference, document, [&](Match&& match) {
+        best = std::move(match.path);
+        return false;
+    });
+    return best;
+}
+
+std::vector<Match> xoXRefResolverSearchPath::findAllUtf8(const std::string& reference,
+                                                         const std::string& document) const {
+    std::vector<Match> all;
+    mPrivate->search(reference, document, [&](Match&& match) {
+        all.push_back(std::move(match));
+        return true;
+    });
+    return all;
+}
+
+}  // namespace xo
