@@ -144,6 +144,7 @@ BOOL WINAPI noteDeletion(HANDLE, FILE_INFO_BY_HANDLE_CLASS, void*, DWORD) { retu
 // A path longer than Windows takes any. The tree is put together in parts: no call needs all of it.
 TEST_F(FolderWalk, GoesToAnyDepthAtNoCostOfStackOrHandlesAndSoDoCopyingAndClearing) {
     constexpr int kParts = 13, kLevelsOfPart = 15;
+    mFolder.write("top/e.jpg", "at the end");
     std::string below;
     for (int level = 1; level < kLevelsOfPart; ++level) below += "/" + std::string(200, 'x');
     for (int i = 0; i < kParts; ++i) {
@@ -179,6 +180,7 @@ TEST_F(FolderWalk, GoesToAnyDepthAtNoCostOfStackOrHandlesAndSoDoCopyingAndCleari
             EXPECT_TRUE(xoDirUtils::ClearFolderUtf8(path(name), true));
             xoDirUtils::RenameFileUtf8(path("rest"), path(name));
         }
+    EXPECT_EQ(mFolder.read("copy/e.jpg"), "at the end");
 }
 
 // The folders on a long path are held open.
