@@ -19,6 +19,7 @@
 #include "support/importHook.h"
 #include "xoSystem/xoCsvFileReader.h"
 #include "xoSystem/xoCsvStream.h"
+#include "xoSystem/xoProgress.h"
 
 namespace bench {
 namespace {
@@ -45,6 +46,14 @@ std::size_t readWhole(const CsvFile& file, bool typed) {
     xo::xoCsvFileReader reader(typed);
     reader.setFileName(file.path.u8string());
     return reader.parseCsvFile() ? countCells(reader.getTable()) : 0;
+}
+
+// As a host that shows a bar: the notifier is called ten times a second.
+std::size_t readWatched(const CsvFile& file) {
+    xo::xoProgressNotifier notifier(/*intervalMs=*/100);
+    xo::xoCsvFileReader reader(/*enableTypeGuess=*/false);
+    reader.setFileName(file.path.u8string());
+    return reader.parseCsvFile(&notifier) ? countCells(reader.getTable()) : 0;
 }
 
 std::size_t readBatches(const CsvFile& file, bool typed) {
@@ -233,6 +242,8 @@ void compareReads(Suite& suite, const CsvFile& file) {
 
     suite.compare("csv", name + ", typed", file.bytes, ours(true), {boosts, splits, limit(true), scan});
     suite.compare("csv", name + ", texts", file.bytes, ours(false), {boosts, splits, limit(false)});
+    suite.compare("csv", name + ", texts, watched", file.bytes, [&] { keep(readWatched(file)); },
+                  {{"not watched", ours(false)}});
     suite.compare("csv", name + ", typed, in batches", file.bytes, batches(true), {splitsBatches, scan});
     suite.compare("csv", name + ", texts, in batches", file.bytes, batches(false), {splitsBatches, scan});
 
