@@ -1,11 +1,13 @@
 // Saving without ever losing the old version: the new one is written beside it under a temporary name, and takes its
-// place only when it is whole. Versions before go to a folder of backups, which is emptied in the end.
+// place only when it is whole. Versions before go to a folder of backups, which is emptied in the end; before that the
+// whole folder is copied for the next year.
 #include <fstream>
 #include <iostream>
 #include <string>
 
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoInit.h"
+#include "xoSystem/xoProgress.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace {
@@ -53,6 +55,12 @@ int main() {
     std::cout << info.path << ": " << info.size << " bytes\n"
               << "on disk: " << Files::GetActualPathNameUtf8("\xC3\xA5r/2020/REPORT.TXT") << '\n'
               << "room left: " << (Files::GetAvailableDiskSizeUtf8(path, error) > 0 ? "yes" : "no") << '\n';
+
+    // The whole folder, with a notifier that could also cancel it.
+    xo::xoProgressNotifier progress;
+    good = Files::CopyFolderUtf8("\xC3\xA5r/2020", "\xC3\xA5r/2021", /*failIfExists=*/true, &error, &progress) && good;
+    std::cout << "copied: " << progress.getState().fraction * 100 << " %, report "
+              << (Files::FileExistsUtf8("\xC3\xA5r/2021/report.txt") ? "included" : "missing") << '\n';
 
     good = Files::ClearFolderUtf8("\xC3\xA5r/2020/backups", /*removeFolderItself=*/true, &error) && good;
     std::cout << "backups " << (Files::DirExistsUtf8("\xC3\xA5r/2020/backups") ? "kept" : "gone") << '\n';
