@@ -84,7 +84,9 @@ void tick(void* ticks) {
 // Measures a step, from its construction to done().
 class Measured {
 public:
-    Measured(std::vector<catalogue::Step>& steps, const char* name) : mSteps(steps), mName(name) { mTimer.start(); }
+    Measured(std::vector<catalogue::Step>& steps, std::string name) : mSteps(steps), mName(std::move(name)) {
+        mTimer.start();
+    }
 
     void done(std::size_t items, std::uint64_t bytes) {
         mSteps.push_back({mName, items, bytes, mTimer.getElapsedTimeInSec()});
@@ -92,24 +94,24 @@ public:
 
 private:
     std::vector<catalogue::Step>& mSteps;
-    const char* mName;
+    const std::string mName;
     xoHighResTimer mTimer;
 };
 
 bool readTables(const std::vector<std::string>& tables, std::vector<Country>& countries,
                 std::vector<catalogue::Step>& steps, xo::xoProgressNotifier* progress) {
-    Measured step(steps, "read tables");
-    std::uint64_t bytes = 0;
     xo::xoProgressScope work(progress, tables.size(), "tables");
     for (const std::string& table : tables) {
-        work.setText(table);
+        const std::string name = table.substr(table.find_last_of("/\\") + 1);
+        Measured step(steps, "read " + name);
+        work.setText(name);
+        const std::size_t before = catalogue::countRegions(countries);
         if (!catalogue::readCountries(table, countries, progress)) return false;
         work.advance();
         xo::xoFileInfoUtf8 info;
         xo::xoDirUtils::GetFileInfoUtf8(table, info);
-        bytes += info.size;
+        step.done(catalogue::countRegions(countries) - before, info.size);
     }
-    step.done(catalogue::countRegions(countries), bytes);
     return true;
 }
 

@@ -26,7 +26,9 @@ void showMachine() {
 void showSteps(const std::vector<Step>& steps, xo::AsciiTableBuilder::Style style) {
     using xo::xoMathUtils;
     xo::AsciiTableBuilder table({"Step", "Items", "Size", "Time", "Speed"});
-    for (std::size_t column = 1; column <= 4; ++column) table.editColumn(column).align = table.AlignRight;
+    table.editColumn(0).overflow = xo::AsciiTableBuilder::OverflowCutMiddle;
+    for (std::size_t column = 1; column <= 4; ++column)
+        table.editColumn(column).align = xo::AsciiTableBuilder::AlignRight;
     table.setStyle(style).setMaxWidth(xo::AsciiTableBuilder::GetConsoleWidth());
     double seconds = 0;
     for (const Step& step : steps) {
