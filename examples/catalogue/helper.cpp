@@ -33,10 +33,10 @@ bool checkRecords(const std::string& programFolder, const std::string& recordFol
     const std::string program = programFolder + "/recordChecker";  // ".exe" is found
     const std::string count = std::to_string(expectedRegions);
     const bool read = endsWith(0, "reads the records back", program, {count}, recordFolder, 30000, progress);
-    work.advance();
+    if (read) work.advance();
     const bool late =
         endsWith(kTimedOut, "made to overrun", program, {count, "--overrun"}, recordFolder, 500, progress);
-    work.advance();
+    if (late) work.advance();
     return read && late;
 }
 
