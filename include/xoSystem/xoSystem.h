@@ -21,6 +21,7 @@
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoMathUtils.h"
 #include "xoSystem/xoMutex.h"
+#include "xoSystem/xoNamedPipe.h"
 #include "xoSystem/xoPowerStatus.h"
 #include "xoSystem/xoProcess.h"
 #include "xoSystem/xoProgress.h"

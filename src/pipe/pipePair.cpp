@@ -1,0 +1,34 @@
+#include "pipe/pipePair.h"
+
+#include "pipe/pipeName.h"
+#include "pipe/pipeSecurity.h"
+
+namespace xo::pipe {
+
+PipePair makePair(bool isReadByUs) {
+    constexpr DWORD kSystemBufferBytes = 65536;
+    constexpr DWORD kMode = PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS;
+    PipePair pair;
+    SecurityAttributes security(sameUserDescriptor());
+    if (!security) {
+        pair.error = ERROR_ACCESS_DENIED;
+        return pair;
+    }
+    const std::wstring name = randomName();
+    const DWORD ourAccess = isReadByUs ? PIPE_ACCESS_INBOUND : PIPE_ACCESS_OUTBOUND;
+    pair.ours = platform::FileHandle(::CreateNamedPipeW(
+        name.c_str(), ourAccess | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE, kMode,
+        /*nMaxInstances=*/1, kSystemBufferBytes, kSystemBufferBytes, /*nDefaultTimeOut=*/0, security.get()));
+    pair.error = pair.ours ? ERROR_SUCCESS : ::GetLastError();
+    if (!pair.ours) return pair;
+
+    // Runtime libraries ask a standard handle for its attributes, and change the mode of a pipe.
+    const DWORD theirAccess = isReadByUs ? GENERIC_WRITE | FILE_READ_ATTRIBUTES : GENERIC_READ | FILE_WRITE_ATTRIBUTES;
+    pair.theirs = platform::FileHandle(
+        ::CreateFileW(name.c_str(), theirAccess, /*dwShareMode=*/0, /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING,
+                      SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, /*hTemplateFile=*/nullptr));
+    pair.error = pair.theirs ? ERROR_SUCCESS : ::GetLastError();
+    return pair;
+}
+
+}  // namespace xo::pipe

@@ -1,0 +1,120 @@
+#include "pipe/pipeSecurity.h"
+
+#include <iterator>
+#include <vector>
+
+#include "platform/wideText.h"
+
+// After <windows.h>, which they need.
+#include <aclapi.h>
+#include <sddl.h>
+
+namespace xo::pipe {
+namespace {
+
+using platform::KernelHandle;
+using platform::LocalMemory;
+
+// A structure with what it points to, in one block. Empty when Windows does not tell.
+std::vector<char> tokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS kind) {
+    DWORD size = 0;
+    ::GetTokenInformation(token, kind, /*TokenInformation=*/nullptr, 0, &size);
+    std::vector<char> information(size);
+    if (size == 0 || !::GetTokenInformation(token, kind, information.data(), size, &size)) information.clear();
+    return information;
+}
+
+// Both structures consist of a pointer to an identifier, the first one with attributes behind it.
+PSID identifierIn(const std::vector<char>& information) {
+    return information.empty() ? nullptr : reinterpret_cast<const TOKEN_OWNER*>(information.data())->Owner;
+}
+
+std::string toText(PSID identifier) {
+    LocalMemory<wchar_t> text;
+    if (!identifier || !::ConvertSidToStringSidW(identifier, text.put())) return {};
+    return platform::toUtf8(text.get());
+}
+
+KernelHandle processToken() {
+    KernelHandle token;
+    ::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, token.put());
+    return token;
+}
+
+// The owner points into the descriptor.
+struct Ownership {
+    LocalMemory<void> descriptor;
+    PSID owner = nullptr;
+};
+
+Ownership ownership(HANDLE pipe) {
+    Ownership found;
+    ::GetSecurityInfo(pipe, SE_KERNEL_OBJECT, OWNER_SECURITY_INFORMATION, &found.owner, /*ppsidGroup=*/nullptr,
+                      /*ppDacl=*/nullptr, /*ppSacl=*/nullptr, found.descriptor.put());
+    return found;
+}
+
+}  // namespace
+
+std::string sameUserDescriptor() {
+    const std::string user = userOf(processToken().get());
+    return user.empty() ? user : "O:" + user + "D:P(A;;GA;;;" + user + ")";
+}
+
+// Network log-ons are denied. Interactive users get the rights to read and write, and not the right to make further
+// instances (FILE_CREATE_PIPE_INSTANCE), with which they could take clients away from the server.
+std::string localUsersDescriptor() {
+    const std::string user = userOf(processToken().get());
+    return user.empty() ? user : "O:" + user + "D:P(D;;GA;;;NU)(A;;GA;;;" + user + ")(A;;0x0012019B;;;IU)";
+}
+
+SecurityAttributes::SecurityAttributes(const std::string& descriptor) {
+    ::ConvertStringSecurityDescriptorToSecurityDescriptorW(platform::toWide(descriptor).c_str(), SDDL_REVISION_1,
+                                                           mDescriptor.put(), /*SecurityDescriptorSize=*/nullptr);
+    mAttributes.nLength = sizeof mAttributes;
+    mAttributes.lpSecurityDescriptor = mDescriptor.get();
+}
+
+bool hasTrustedOwner(HANDLE pipe) {
+    const Ownership pipes = ownership(pipe);
+    if (!pipes.owner) return false;
+    const KernelHandle token = processToken();
+    // What an elevated process makes may belong to administrators, its default owner.
+    for (const TOKEN_INFORMATION_CLASS kind : {TokenUser, TokenOwner}) {
+        const std::vector<char> information = tokenInformation(token.get(), kind);
+        const PSID own = identifierIn(information);
+        if (own && ::EqualSid(own, pipes.owner)) return true;
+    }
+    constexpr WELL_KNOWN_SID_TYPE kTrusted[] = {WinBuiltinAdministratorsSid, WinLocalSystemSid, WinLocalServiceSid,
+                                                WinNetworkServiceSid};
+    for (const WELL_KNOWN_SID_TYPE type : kTrusted)
+        if (::IsWellKnownSid(pipes.owner, type)) return true;
+    return false;
+}
+
+std::string ownerOf(HANDLE pipe) { return toText(ownership(pipe).owner); }
+
+std::string userOf(HANDLE token) { return toText(identifierIn(tokenInformation(token, TokenUser))); }
+
+bool isElevated(HANDLE token) {
+    TOKEN_ELEVATION elevation{};
+    DWORD size = 0;
+    return ::GetTokenInformation(token, TokenElevation, &elevation, sizeof elevation, &size) &&
+           elevation.TokenIsElevated != 0;
+}
+
+std::string accountName(const std::string& identifier) {
+    LocalMemory<void> binary;
+    if (!::ConvertStringSidToSidW(platform::toWide(identifier).c_str(), binary.put())) return {};
+    wchar_t name[256];  // longer than any account and domain:
+                        // https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-lookupaccountsidw
+    wchar_t domain[256];
+    auto nameSize = static_cast<DWORD>(std::size(name));
+    auto domainSize = static_cast<DWORD>(std::size(domain));
+    SID_NAME_USE kind{};
+    if (!::LookupAccountSidW(/*lpSystemName=*/nullptr, binary.get(), name, &nameSize, domain, &domainSize, &kind))
+        return {};
+    return platform::toUtf8(domain) + "\\" + platform::toUtf8(name);
+}
+
+}  // namespace xo::pipe

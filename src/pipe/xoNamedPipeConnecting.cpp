@@ -1,0 +1,181 @@
+#include <algorithm>
+#include <utility>
+
+#include "pipe/pipeAccess.h"
+#include "pipe/pipeName.h"
+#include "pipe/pipeRecord.h"
+#include "pipe/pipeSecurity.h"
+#include "platform/wideText.h"
+#include "xoSystem/xoEnumHelper.h"
+#include "xoSystem/xoLog.h"
+
+namespace xo {
+namespace {
+
+constexpr DWORD kLongestBusyWaitMs = 50;  // before the cancellation is looked at again
+constexpr DWORD kLongestPauseMs = 20;     // between two looks for a server that is not there yet
+
+// Not GENERIC_WRITE, which holds the right to make instances of the pipe: a server's descriptor need not grant it.
+constexpr DWORD kAccess = GENERIC_READ | FILE_WRITE_DATA | FILE_WRITE_ATTRIBUTES;
+
+// The server may learn who this process is, and not act in its name.
+// https://learn.microsoft.com/windows/win32/secauthz/impersonation-levels
+constexpr DWORD kFlags = FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+
+// ResultNotFound and ResultBusy can pass, the others stay.
+xoNamedPipe::Result resultOfOpening(DWORD error) {
+    switch (error) {
+        case ERROR_FILE_NOT_FOUND: return xoNamedPipe::ResultNotFound;
+        case ERROR_PIPE_BUSY: return xoNamedPipe::ResultBusy;
+        case ERROR_ACCESS_DENIED: return xoNamedPipe::ResultRefused;
+        case ERROR_INVALID_NAME:
+        case ERROR_BAD_PATHNAME: return xoNamedPipe::ResultInvalid;
+        default: return xoNamedPipe::ResultFailed;
+    }
+}
+
+std::string bareName(const std::wstring& name) { return platform::toUtf8(name.substr(name.rfind(L'\\') + 1)); }
+
+}  // namespace
+
+xoNamedPipe::xoNamedPipe() : mPrivate(std::make_unique<Private>()) {}
+
+xoNamedPipe::~xoNamedPipe() { mPrivate->close(); }
+
+xoNamedPipe::xoNamedPipe(xoNamedPipe&& other) : xoNamedPipe() { mPrivate.swap(other.mPrivate); }
+
+xoNamedPipe& xoNamedPipe::operator=(xoNamedPipe&& other) {
+    if (this == &other) return *this;
+    auto fresh = std::make_unique<Private>();
+    mPrivate->close();
+    mPrivate = std::exchange(other.mPrivate, std::move(fresh));
+    return *this;
+}
+
+void xoNamedPipe::setServerTrust(ServerTrust trust) { mPrivate->trust = trust; }
+
+void xoNamedPipe::setTimeLimits(unsigned readMs, unsigned writeMs) {
+    mPrivate->readLimitMs = readMs;
+    mPrivate->writeLimitMs = writeMs;
+}
+
+void xoNamedPipe::setMaxMessageBytes(std::uint32_t bytes) { mPrivate->maxMessageBytes = bytes; }
+
+bool xoNamedPipe::isConnected() const { return static_cast<bool>(mPrivate->handle); }
+
+void xoNamedPipe::cancel() { mPrivate->cancellation.request(); }
+
+void xoNamedPipe::Private::clear() {
+    cancellation.clear();
+    hasReadError = hasWriteError = false;
+    readTotal = writeTotal = 0;
+    incoming = {};
+    peer.reset();
+}
+
+void xoNamedPipe::Private::attach(platform::FileHandle connected, End newEnd, std::uint32_t newBufferBytes) {
+    if (newBufferBytes != bufferBytes) {
+        readBuffer.reset();
+        writeBuffer.reset();
+        bufferBytes = newBufferBytes;
+    }
+    const bool isUsable = readLane.isUsable() && writeLane.isUsable() && cancellation.event();
+    if (isUsable) handle = std::move(connected);
+    end = newEnd;
+    canRead = canWrite = true;
+    readResult = writeResult = isUsable ? ResultOk : ResultFailed;
+}
+
+bool xoNamedPipe::connectUtf8(const std::string& name, unsigned timeoutMs, ConnectMode mode) {
+    Private& self = *mPrivate;
+    self.close();
+    self.clear();
+    const Result result = self.connect(pipe::fullName(name), pipe::Deadline(timeoutMs), mode);
+    self.readResult = self.writeResult = result;
+    if (result == ResultOk) return true;
+    xoLogObject(xoLogDebug, "NamedPipe") << "cannot connect to \"" << name
+                                         << "\": " << EnumHelper<Result>::ToName(result);
+    return false;
+}
+
+xoNamedPipe::Result xoNamedPipe::Private::connect(const std::wstring& name, const pipe::Deadline& deadline,
+                                                  ConnectMode mode) {
+    if (name.empty()) return ResultInvalid;
+    DWORD pauseMs = 1;
+    while (!cancellation.isRequested()) {
+        platform::FileHandle opened(::CreateFileW(name.c_str(), kAccess, /*dwShareMode=*/0,
+                                                  /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, kFlags,
+                                                  /*hTemplateFile=*/nullptr));
+        const DWORD error = opened ? ERROR_SUCCESS : ::GetLastError();
+        if (opened) {
+            const Result result = admit(std::move(opened));
+            if (result == ResultRefused)
+                xoLogObject(xoLogWarning) << "xoNamedPipe does not trust the owner of \"" << bareName(name) << "\"";
+            return result;
+        }
+        const Result result = resultOfOpening(error);
+        const DWORD remainingMs = deadline.remainingMs();
+        const bool mayPass = result == ResultBusy || (result == ResultNotFound && mode != ConnectIfServing);
+        if (!mayPass || remainingMs == 0) return result;
+        if (result == ResultBusy && ::WaitNamedPipeW(name.c_str(), (std::min)(remainingMs, kLongestBusyWaitMs)))
+            continue;
+        ::WaitForSingleObject(cancellation.event(), (std::min)(remainingMs, pauseMs));
+        pauseMs = (std::min)(2 * pauseMs, kLongestPauseMs);
+    }
+    return ResultCanceled;
+}
+
+// Any process may have made a pipe of that name before the server did.
+xoNamedPipe::Result xoNamedPipe::Private::admit(platform::FileHandle opened) {
+    if (trust != TrustAnyone && !pipe::hasTrustedOwner(opened.get())) return ResultRefused;
+    attach(std::move(opened), End::Client, kDefaultBufferBytes);
+    return readResult;
+}
+
+// DisconnectNamedPipe would discard what the peer has not read yet; closing the handle keeps it.
+// https://learn.microsoft.com/windows/win32/api/namedpipeapi/nf-namedpipeapi-disconnectnamedpipe
+bool xoNamedPipe::Private::close() {
+    if (handle && !hasWriteError) send(pipe::Deadline(writeLimitMs));
+    if (handle) handle.reset();
+    readAt = readEnd = 0;
+    writeUsed = writeRoom = 0;
+    writer = 0;
+    return !hasWriteError;
+}
+
+bool xoNamedPipe::close() { return mPrivate->close(); }
+
+const pipe::Peer& xoNamedPipe::Private::askPeer() const {
+    if (peer) return *peer;
+    if (handle && end == End::Client)
+        peer = pipe::findServer(handle.get());
+    else if (handle && end == End::Server)
+        peer = pipe::findClient(handle.get());
+    else
+        peer.emplace();
+    return *peer;
+}
+
+std::uint32_t xoNamedPipe::getPeerProcessId() const { return mPrivate->askPeer().processId; }
+
+std::string xoNamedPipe::getPeerUser() const { return mPrivate->askPeer().user; }
+
+std::string xoNamedPipe::getPeerUserName() const { return pipe::accountName(mPrivate->askPeer().user); }
+
+bool xoNamedPipe::isPeerElevated() const { return mPrivate->askPeer().isElevated; }
+
+void pipe::PipeAccess::attachAccepted(xoNamedPipe& pipe, platform::FileHandle handle, std::uint32_t bufferBytes) {
+    xoNamedPipe::Private& record = *pipe.mPrivate;
+    record.close();
+    record.clear();
+    record.attach(std::move(handle), xoNamedPipe::Private::End::Server, bufferBytes);
+}
+
+void pipe::PipeAccess::attachOneWay(xoNamedPipe& pipe, platform::FileHandle handle, Direction direction) {
+    xoNamedPipe::Private& record = *pipe.mPrivate;
+    record.attach(std::move(handle), xoNamedPipe::Private::End::Child, xoNamedPipe::kDefaultBufferBytes);
+    record.canRead = direction == Direction::Read;
+    record.canWrite = direction == Direction::Write;
+}
+
+}  // namespace xo

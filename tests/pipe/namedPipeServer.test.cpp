@@ -1,0 +1,145 @@
+#include <atomic>
+
+#include "pipe/pipeFixture.h"
+#include "support/importHook.h"
+#include "support/openHandles.h"
+
+namespace xo::tests {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST_F(Pipe, IsOfOneServer) {
+    ASSERT_TRUE(mServer.listenUtf8(mName) && mServer.isListening());
+    xoNamedPipeServer second;
+    EXPECT_TRUE(!second.listenUtf8(mName) && second.getResult() == P::ResultRefused && !second.isListening());
+    EXPECT_THAT(takeLines(), ElementsAre(HasSubstr("3()xoNamedPipeServer cannot listen on \"" + mName + "\": ")));
+    EXPECT_TRUE(mServer.listenUtf8(mName)) << "the same server may begin again";
+    mServer.close();
+    EXPECT_TRUE(second.listenUtf8(mName) && !mServer.isListening());
+    EXPECT_TRUE(!mServer.waitForConnection(mPeer, 0) && mServer.getResult() == P::ResultFailed);
+    second.setSecurityDescriptor("nonsense");
+    EXPECT_TRUE(!second.listenUtf8(mName) && second.getResult() == P::ResultInvalid);
+    const Child child(L"pipePeer", arguments(L"serve"));
+    ASSERT_TRUE(mClient.connectUtf8(mName, kPatienceMs));
+    EXPECT_FALSE(mServer.listenUtf8(mName)) << "nor beside another process";
+    std::string message;
+    EXPECT_TRUE(mClient.readMessage(message) && message == "served");
+    EXPECT_EQ(mClient.getPeerUser().rfind("S-1-5-", 0), 0u);
+    EXPECT_NE(mClient.getPeerProcessId(), ::GetCurrentProcessId());
+    child.kill();
+    child.wait();
+    EXPECT_TRUE(!mClient.readMessage(message) && mClient.getReadResult() == P::ResultEnd);
+}
+
+TEST_F(Pipe, ServesItsClientsInTheirOrder) {
+    mServer.setBacklog(4);
+    ASSERT_TRUE(mServer.listenUtf8(mName));
+    xoNamedPipe clients[4];
+    for (int i = 0; i < 4; ++i) {
+        ASSERT_TRUE(clients[i].connectUtf8(mName, kPatienceMs));
+        clients[i].writeMessage(std::to_string(i));
+    }
+    clients[1].close();  // its message stays
+    clients[2] = xoNamedPipe();
+    std::string message;
+    for (int i = 0; i < 4; ++i) {
+        ASSERT_TRUE(mServer.waitForConnection(mPeer, kPatienceMs));
+        EXPECT_TRUE(mPeer.readMessage(message) && message == std::to_string(i)) << message;
+    }
+    mClient.connectUtf8(mName, kPatienceMs);
+    mClient.close();  // came and left
+    EXPECT_TRUE(!mServer.waitForConnection(mPeer, 50) && mServer.getResult() == P::ResultTimeout);
+    EXPECT_FALSE(mPeer.isConnected()) << "the connection before is closed";
+
+    std::atomic<int> served{0};
+    std::vector<std::thread> crowd;
+    for (int i = 0; i < 30; ++i)
+        crowd.emplace_back([&] {
+            xoNamedPipe client;
+            std::string answer;
+            client.setTimeLimits(kPatienceMs, kPatienceMs);
+            served += client.connectUtf8(mName, kPatienceMs) && client.writeMessage("x") && client.readMessage(answer);
+        });
+    for (int i = 0; i < 30 && mServer.waitForConnection(mPeer, kPatienceMs); ++i)
+        EXPECT_TRUE(mPeer.readMessage(message) && mPeer.writeMessage(message));
+    mPeer.close();
+    for (std::thread& client : crowd) client.join();
+    EXPECT_EQ(served, 30);
+}
+
+TEST_F(Pipe, IsClosedByAnyThread) {
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(mServer.listenUtf8(mName));
+        std::thread closer([&] { mServer.close(); });
+        const bool isConnected = mServer.waitForConnection(mPeer);
+        const P::Result result = mServer.getResult();
+        EXPECT_TRUE(!isConnected && (result == P::ResultCanceled || result == P::ResultFailed)) << result;
+        closer.join();
+    }
+    ASSERT_TRUE(connect());
+    mServer.close();
+    EXPECT_TRUE(mClient.writeMessage("on") && mPeer.isConnected()) << "connections outlive their server";
+    std::string message;
+    EXPECT_TRUE(mPeer.readMessage(message) && message == "on");
+}
+
+TEST_F(Pipe, OutlivesTheThreadThatListened) {
+    std::thread([&] { ASSERT_TRUE(mServer.listenUtf8(mName)); }).join();
+    std::thread client([&] { EXPECT_TRUE(mClient.connectUtf8(mName, kPatienceMs)); });
+    EXPECT_TRUE(mServer.waitForConnection(mPeer, kPatienceMs));
+    client.join();
+}
+
+std::atomic<int> instancesLeft{0};
+HANDLE WINAPI limitInstances(const wchar_t* name, DWORD mode, DWORD kind, DWORD most, DWORD out, DWORD in, DWORD limit,
+                             SECURITY_ATTRIBUTES* security) {
+    if (instancesLeft-- > 0)
+        return ImportHook::behind(&limitInstances)(name, mode, kind, most, out, in, limit, security);
+    return ::SetLastError(ERROR_NO_SYSTEM_RESOURCES), INVALID_HANDLE_VALUE;
+}
+
+TEST_F(Pipe, GoesOnWithFewerInstances) {
+    const ImportHook hook("xoSystem.dll", "CreateNamedPipeW", &limitInstances);
+    instancesLeft = 1;
+    mServer.setBacklog(2);
+    EXPECT_TRUE(!mServer.listenUtf8(mName) && mServer.getResult() == P::ResultFailed);
+    instancesLeft = 2;
+    takeLines();
+    ASSERT_TRUE(connect());
+    EXPECT_THAT(takeLines(), ElementsAre("2()xoNamedPipeServer has 1 of 2 instances"));
+    ASSERT_TRUE(connect());
+    EXPECT_TRUE(!mServer.waitForConnection(mPeer, 0) && mServer.getResult() == P::ResultFailed);
+    EXPECT_TRUE(takeLines().empty()) << "one line until there are enough again";
+    instancesLeft = 2;
+    EXPECT_TRUE(!mServer.waitForConnection(mPeer, 0) && mServer.getResult() == P::ResultTimeout);
+    EXPECT_TRUE(connect() || instancesLeft == 0);
+}
+
+TEST_F(Pipe, LeavesNothingBehind) {
+    ASSERT_TRUE(connect());
+    const int before = openHandles();
+    for (int i = 0; i < 200; ++i) {
+        ASSERT_TRUE(connect());
+        EXPECT_TRUE(mClient.writeMessage("x") && !mClient.connectUtf8("", 0));
+    }
+    ASSERT_TRUE(connect());
+    EXPECT_EQ(openHandles(), before);
+}
+
+TEST_F(Pipe, TrustsOnlyItsOwnUserAndTheSystem) {
+    ASSERT_TRUE(mServer.listenUtf8(mName));
+    const auto tellEveryone = +[](HANDLE, int, DWORD, PSID* owner, PSID*, ACL**, ACL**, void** descriptor) -> DWORD {
+        static SID everyone{SID_REVISION, 1, {{0, 0, 0, 0, 0, 1}}, {0}};
+        return *owner = &everyone, *descriptor = nullptr, ERROR_SUCCESS;
+    };
+    const ImportHook hook("xoSystem.dll", "GetSecurityInfo", tellEveryone);
+    ASSERT_TRUE(hook.isInstalled());
+    EXPECT_TRUE(!mClient.connectUtf8(mName, 0) && mClient.getReadResult() == P::ResultRefused);
+    EXPECT_THAT(takeLines(), ElementsAre("2()xoNamedPipe does not trust the owner of \"" + mName + "\"",
+                                         "0(NamedPipe)cannot connect to \"" + mName + "\": Refused"));
+    mClient.setServerTrust(P::TrustAnyone);
+    EXPECT_TRUE(mClient.connectUtf8(mName, kPatienceMs));
+}
+
+}  // namespace xo::tests
