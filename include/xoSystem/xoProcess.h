@@ -11,8 +11,14 @@
 //     if (!child.startProcess("verify", {recordFile})) return false;
 //     if (!child.waitForFinished(30000)) child.killProcess();
 //
-// A child gets a console without a window, no standard handles and none of this process's handles, not even inheritable
-// ones. It receives each argument unchanged, whatever characters it contains.
+// or, for what a program prints:
+//
+//     const auto result = xo::xoProcess::RunUtf8(xo::xoProcess::FindProgramUtf8("git"), {"status", "--short"});
+//     if (result.isSuccess()) show(xo::xoProcess::OutputToUtf8(result.output));
+//
+// A child gets a console without a window and none of this process's handles, not even inheritable ones. Its standard
+// input and outputs are what setInput(), setOutput() and setErrorOutput() say, by default no handles. It receives each
+// argument unchanged, whatever characters it contains.
 //
 // Two kinds of program are run through the command interpreter, cmd.exe in the system folder:
 // - A batch file (.bat, .cmd). The interpreter reads the arguments as program text, so an argument with " or % or a
@@ -24,15 +30,17 @@
 //   for what it puts in there.
 //
 // An object belongs to one thread at a time; the static functions may be called from any thread. Nothing throws except
-// std::bad_alloc. A failed start returns false and writes a DEBUG line: "CreateProcessW return an error " and the code
-// when Windows refuses it, "Process not started, error " with code and program when this class does.
+// std::bad_alloc and what a line handler or a device of the host throws. A failed start returns false and writes a
+// DEBUG line: "CreateProcessW return an error " and the code when Windows refuses it, "Process not started, error "
+// with code and program when this class does.
 //
-// The destructor does not end the child. Objects are neither copied nor moved.
+// The destructor does not end the child, unless setProcessTree() says so. Objects are neither copied nor moved.
 #ifndef XOSYSTEM_XOPROCESS_H
 #define XOSYSTEM_XOPROCESS_H
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,6 +48,14 @@
 #include "xoSystem/xoExport.h"
 
 namespace xo {
+
+class xoIoDevice;
+class xoNamedPipe;
+
+namespace process {
+struct InputChoice;
+struct OutputChoice;
+}  // namespace process
 
 template <class E>
 class xoEnumList;
@@ -69,6 +85,69 @@ public:
     };
 
     static constexpr unsigned kNoLimit = 0xFFFFFFFF;  // no time-out
+    static constexpr std::uint64_t kDefaultMaxOutputBytes = 64 << 20;
+
+    // What a child has as its standard input. A value that can be copied.
+    class XOSYSTEM_API Input {
+    public:
+        static Input None();     // no handle
+        static Input Null();     // the null device: reading ends at once
+        static Input Inherit();  // a copy of the standard input of this process, if it has one
+        static Input Pipe();     // what this process writes to getInputPipe(), until it closes that
+
+        // The file, which other processes may read meanwhile.
+        static Input FileUtf8(const std::string& path);
+
+        // These bytes, or all that the device returns. A child that does not read all of it is no failure. The device
+        // is not owned and must exist until the child has finished.
+        static Input Text(std::string bytes);
+        static Input Device(xoIoDevice* device);
+
+    private:
+        friend class xoProcess;
+        explicit Input(process::InputChoice choice);
+        std::shared_ptr<const process::InputChoice> mChoice;
+    };
+
+    // Gets each line without its end.
+    using LineHandler = std::function<void(const std::string& line)>;
+
+    // What a child has as its standard output or error output. A value that can be copied.
+    class XOSYSTEM_API Output {
+    public:
+        static Output None();     // no handle
+        static Output Null();     // the null device: what is written vanishes
+        static Output Inherit();  // a copy of the same handle of this process, if it has one
+        static Output Pipe();     // what this process reads from getOutputPipe() or getErrorPipe()
+        static Output Merged();   // of the error output: the same as the output, in the order in which it is written
+
+        // The file, made or emptied, which other processes may read meanwhile; or, with append, made or kept, and
+        // written at its end, also beside other writers.
+        static Output FileUtf8(const std::string& path, bool append = false);
+
+        // The first maxBytes bytes as a text, see getOutputText(). What follows is read and dropped.
+        static Output Text(std::uint64_t maxBytes = kDefaultMaxOutputBytes);
+
+        // Each line, as soon as it is complete. A line ends with "\n" or "\r\n"; the last one may have no end. A longer
+        // line than 1 MiB comes in pieces. The bytes are not converted.
+        static Output Lines(LineHandler handler);
+
+        // The bytes as they come, with writeBytes() of at most 64 KiB. After a failed write the rest is dropped. The
+        // device is not owned and must exist until the child has finished.
+        static Output Device(xoIoDevice* device);
+
+    private:
+        friend class xoProcess;
+        explicit Output(process::OutputChoice choice);
+        std::shared_ptr<const process::OutputChoice> mChoice;
+    };
+
+    // What is done with the processes that the child starts, and they start in turn.
+    enum ProcessTree : int {
+        ProcessTreeLoose = 0,  // nothing
+        ProcessTreeOwned = 1,  // killProcess() ends them too
+        ProcessTreeTied = 2    // they and the child also end with this object, its next start, and this process
+    };
 
     xoProcess();
     virtual ~xoProcess();
@@ -88,6 +167,28 @@ public:
     // NUL inside, no name or no "=", makes the start fail.
     void setEnvironmentUtf8(const std::vector<std::string>& environment);
     const std::vector<std::string>& getEnvironmentUtf8() const;
+
+    // The standard handles of the next children, by default None. A console handle that is inherited makes the child
+    // share the console of this process. A file that cannot be opened makes the start fail, with a DEBUG line; so does
+    // an empty handler, a null device, Merged as the output, or one file for both outputs without append.
+    //
+    // Text, lines and devices are moved by the calls that look at the child: by waitForFinished() for as long as it
+    // waits, and without waiting by getState(), exitCode(), hasCrashed(), hasFailedToStart() and resetState(). Handlers
+    // and devices are called there, in the thread of that call. Between two looks the child is held up once 64 KiB wait
+    // for it; a program with windows calls waitForFinished(0) from a timer. There is no order of sizes in which the two
+    // processes wait for each other. The thread that looks must not end before the child while there is input to move.
+    //
+    // All that the child has written is moved before it counts as finished, and then the pipes are closed, even while a
+    // process that the child has started still has them; what such a process writes later fails on its side.
+    //
+    // A handler may call killProcess() and nothing else of its object. What it throws comes out of the call that looks;
+    // its line counts as delivered, the child runs on, and the next look goes on behind that line.
+    void setInput(Input input);
+    void setOutput(Output output);
+    void setErrorOutput(Output output);
+
+    // What happens to the processes that the next children start; at first Loose.
+    void setProcessTree(ProcessTree tree);
 
     // ---- start and end ----
 
@@ -116,14 +217,15 @@ public:
 
     // Ends the child by force, with exit code 65535. Does nothing without a child. The child may still run for a
     // moment; waitForFinished() waits for its end. Processes that the child has started go on, such as the programs
-    // that a batch file runs.
+    // that a batch file runs, unless setProcessTree() has made them the object's: they are ended too, also when the
+    // child itself has ended before.
     void killProcess();
 
     // Asks the child to close: posts WM_CLOSE to its top-level windows, and to its main thread, which receives it only
     // if it has a message queue. The child may ignore it. Does nothing without a child.
     void terminateProcess();
 
-    // Closes the handle of the child, which runs on, and clears all that was set.
+    // Closes the handle of the child, which runs on unless it is tied, and clears all that was set and moved.
     void clearProcess();
 
     // Sets StateNone and exit code 0; what was set for the next start stays. Returns false and changes nothing while a
@@ -143,6 +245,23 @@ public:
 
     // True unless the last start succeeded; also true for an object that was never started.
     bool hasFailedToStart() const;
+
+    // ---- what the child has written ----
+
+    // Of outputs that are a Text, from the last start on, complete once the child has finished; otherwise empty. The
+    // references hold until the next start or clearProcess().
+    const std::string& getOutputText() const;
+    const std::string& getErrorText() const;
+
+    // Whether bytes were dropped: a Text was full, or a device took none.
+    bool wasOutputCut() const;
+
+    // The ends of the choice Pipe, from the start until the next start or clearProcess(); null otherwise. They serve
+    // one direction, with limits and cancellation; the other one raises the error flag, with a CRITICAL line. They do
+    // not know their peer. Closing the input pipe ends the child's input.
+    xoNamedPipe* getInputPipe();
+    xoNamedPipe* getOutputPipe();
+    xoNamedPipe* getErrorPipe();
 
     // ---- the child at work ----
 
@@ -177,6 +296,47 @@ public:
                         const std::string& workingDirectory, bool makeAbsolute, unsigned timeoutMs, std::string* error,
                         xoProgressNotifier* progress);
 
+    // How RunUtf8() runs a program.
+    struct RunOptions {
+        std::string workingDirectory;          // empty: that of this process
+        std::string input;                     // empty: the null device
+        std::vector<std::string> environment;  // as setEnvironmentUtf8() has it
+        bool makeAbsolute = true;              // as startProcess() has it
+        unsigned timeoutMs = kNoLimit;
+        bool mergeError = false;                                // whether the error output goes where the output goes
+        std::uint64_t maxOutputBytes = kDefaultMaxOutputBytes;  // of each output
+        ProcessTree tree = ProcessTreeOwned;
+    };
+
+    // What came of it.
+    struct RunResult {
+        enum Outcome : int { NotStarted = 0, Finished = 1, TimedOut = 2, Crashed = 3 };
+
+        Outcome outcome = NotStarted;
+        int exitCode = 0;                 // of a child that was started and has ended
+        std::string output, errorOutput;  // as bytes: OutputToUtf8() makes texts of them
+        bool outputCut = false;           // whether one of them is longer than maxOutputBytes
+        std::string message;              // empty on success, otherwise as the error of ExecUtf8()
+
+        bool isSuccess() const { return outcome == Finished && exitCode == 0; }
+    };
+
+    // Runs a program to its end, without a pause, and returns what it wrote. After a time-out the child is ended, with
+    // all that it has started; what it wrote until then is there. The message names the path of a program that does not
+    // exist.
+    static RunResult RunUtf8(const std::string& program, const std::vector<std::string>& arguments = {});
+    static RunResult RunUtf8(const std::string& program, const std::vector<std::string>& arguments,
+                             const RunOptions& options);
+
+    // The absolute path of a program that is named without a folder, from the folders of PATH in their order; never
+    // from the working directory, nor from entries that are relative. A name without one of the extensions of PATHEXT
+    // gets each of them in turn. Empty when there is none.
+    static std::string FindProgramUtf8(const std::string& name);
+
+    // The output of a console program as UTF-8: valid UTF-8 as it is, anything else from the OEM code page, in which
+    // such programs write by default.
+    static std::string OutputToUtf8(const std::string& bytes);
+
     // Starts a program as startProcess() does with makeAbsolute, and does not keep track of it. False when the start
     // fails, for the reasons given there. *pid, if not null, receives its identifier, or 0 on failure; the program may
     // have ended by then, and another process have its number.
@@ -206,6 +366,8 @@ private:
 // The names of the values, for EnumHelper.
 XOSYSTEM_API xoEnumList<ProcessPriority> xoEnumEntries(ProcessPriority);
 XOSYSTEM_API xoEnumList<xoProcess::State> xoEnumEntries(xoProcess::State);
+XOSYSTEM_API xoEnumList<xoProcess::ProcessTree> xoEnumEntries(xoProcess::ProcessTree);
+XOSYSTEM_API xoEnumList<xoProcess::RunResult::Outcome> xoEnumEntries(xoProcess::RunResult::Outcome);
 
 }  // namespace xo
 

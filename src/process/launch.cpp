@@ -1,6 +1,10 @@
 #include "process/launch.h"
 
+#include <utility>
+
+#include "platform/slimLock.h"
 #include "platform/wideText.h"
+#include "process/attributeList.h"
 #include "process/commandLine.h"
 #include "process/environmentBlock.h"
 #include "xoSystem/xoDirUtils.h"
@@ -25,11 +29,17 @@ DWORD prepareBatchFile(std::string& program) {
     return ERROR_SUCCESS;
 }
 
-STARTUPINFOW startupInformation() {
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwX = startup.dwY = startup.dwXSize = startup.dwYSize = static_cast<DWORD>(CW_USEDEFAULT);
-    startup.dwFlags = STARTF_USESTDHANDLES;  // the three handles are null
+HANDLE orNull(const platform::FileHandle& handle) { return handle ? handle.get() : nullptr; }
+
+STARTUPINFOEXW startupInformation(const StandardHandles& handles) {
+    STARTUPINFOEXW startup{};
+    STARTUPINFOW& basic = startup.StartupInfo;
+    basic.cb = sizeof basic;
+    basic.dwX = basic.dwY = basic.dwXSize = basic.dwYSize = static_cast<DWORD>(CW_USEDEFAULT);
+    basic.dwFlags = STARTF_USESTDHANDLES;  // null stands for none
+    basic.hStdInput = orNull(handles.input);
+    basic.hStdOutput = orNull(handles.output);
+    basic.hStdError = orNull(handles.isMerged ? handles.output : handles.error);
     return startup;
 }
 
@@ -60,32 +70,95 @@ DWORD prepare(const Launch& wanted, Prepared& prepared) {
     return ERROR_SUCCESS;
 }
 
-Child create(Prepared& prepared) {
-    STARTUPINFOW startup = startupInformation();
+// From making them inheritable to closing them. Another thread of this process that starts a child with all inheritable
+// handles, by other means than this class, may still pass them on; children of this class get what is listed for them.
+platform::SlimLock inheritanceLock;
+
+BOOL createProcess(Prepared& prepared, DWORD flags, STARTUPINFOEXW& startup, BOOL inherits,
+                   PROCESS_INFORMATION& created) {
+    return ::CreateProcessW(prepared.command.application.c_str(), prepared.command.line.data(),
+                            /*lpProcessAttributes=*/nullptr, /*lpThreadAttributes=*/nullptr, inherits, flags,
+                            prepared.environment.empty() ? nullptr : prepared.environment.data(),
+                            prepared.directory.empty() ? nullptr : prepared.directory.c_str(), &startup.StartupInfo,
+                            &created);
+}
+
+// The child inherits the standard handles that it has, and nothing else.
+// https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-updateprocthreadattribute
+BOOL createWithHandles(Prepared& prepared, DWORD flags, StandardHandles& handles, PROCESS_INFORMATION& created) {
+    STARTUPINFOEXW startup = startupInformation(handles);
+    AttributeList attributes;
+    for (const platform::FileHandle* handle : {&handles.input, &handles.output, &handles.error})
+        if (*handle) attributes.add(handle->get());
+    if (attributes.isEmpty()) return createProcess(prepared, flags, startup, /*inherits=*/FALSE, created);
+
+    const platform::SlimLocker locker(inheritanceLock);
+    startup.lpAttributeList = attributes.get();
+    startup.StartupInfo.cb = sizeof startup;
+    const BOOL isCreated =
+        startup.lpAttributeList && attributes.makeInheritable() &&
+        createProcess(prepared, flags | EXTENDED_STARTUPINFO_PRESENT, startup, /*inherits=*/TRUE, created);
+    const DWORD error = isCreated ? ERROR_SUCCESS : ::GetLastError();
+    for (platform::FileHandle* handle : {&handles.input, &handles.output, &handles.error}) handle->reset();
+    ::SetLastError(error);
+    return isCreated;
+}
+
+// Puts a child that does not run yet into a job of its own, which its own children cannot leave. None when Windows
+// refuses that.
+platform::KernelHandle makeJob(HANDLE process, xoProcess::ProcessTree tree) {
+    platform::KernelHandle job(::CreateJobObjectW(/*lpJobAttributes=*/nullptr, /*lpName=*/nullptr));
+    if (!job) return job;
+    if (tree == xoProcess::ProcessTreeTied) {
+        JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+        limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+        if (!::SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof limits)) return {};
+    }
+    if (!::AssignProcessToJobObject(job.get(), process)) return {};
+    return job;
+}
+
+Child failed(DWORD error) {
+    Child child;
+    child.error = error;
+    return child;
+}
+
+Child create(Prepared& prepared, const Launch& wanted, StandardHandles handles) {
+    const bool isLoose = wanted.tree != xoProcess::ProcessTreeOwned && wanted.tree != xoProcess::ProcessTreeTied;
+    const DWORD flags = prepared.priority | CREATE_UNICODE_ENVIRONMENT | (handles.hasConsole ? 0 : CREATE_NO_WINDOW) |
+                        (isLoose ? 0 : CREATE_SUSPENDED);
     PROCESS_INFORMATION created{};
-    const BOOL isCreated = ::CreateProcessW(
-        prepared.command.application.c_str(), prepared.command.line.data(), /*lpProcessAttributes=*/nullptr,
-        /*lpThreadAttributes=*/nullptr, /*bInheritHandles=*/FALSE,
-        prepared.priority | CREATE_NO_WINDOW | CREATE_UNICODE_ENVIRONMENT,
-        prepared.environment.empty() ? nullptr : prepared.environment.data(),
-        prepared.directory.empty() ? nullptr : prepared.directory.c_str(), &startup, &created);
-    if (!isCreated) {
+    if (!createWithHandles(prepared, flags, handles, created)) {
         const DWORD error = ::GetLastError();
         xoLogObject(xoLogDebug) << "CreateProcessW return an error " << error;
-        return {};
+        return failed(error);
     }
     const platform::KernelHandle mainThread(created.hThread);
-    return {platform::KernelHandle(created.hProcess), created.dwProcessId, created.dwThreadId};
+    Child child;
+    child.process.reset(created.hProcess);
+    child.processId = created.dwProcessId;
+    child.mainThreadId = created.dwThreadId;
+    child.handles = std::move(handles);
+    if (isLoose) return child;
+    child.job = makeJob(child.process.get(), wanted.tree);
+    if (child.job && ::ResumeThread(mainThread.get()) != static_cast<DWORD>(-1)) return child;
+    const DWORD error = ::GetLastError();
+    ::TerminateProcess(child.process.get(), static_cast<UINT>(-1));
+    xoLogObject(xoLogDebug) << "Process not started, error " << error << " : " << wanted.program;
+    return failed(error);
 }
 
 }  // namespace
 
 Child launch(const Launch& wanted) {
     Prepared prepared;
-    const DWORD error = prepare(wanted, prepared);
-    if (error == ERROR_SUCCESS) return create(prepared);
+    StandardHandles handles;
+    DWORD error = prepare(wanted, prepared);
+    if (error == ERROR_SUCCESS) error = openStandardHandles(wanted.redirection, handles);
+    if (error == ERROR_SUCCESS) return create(prepared, wanted, std::move(handles));
     xoLogObject(xoLogDebug) << "Process not started, error " << error << " : " << wanted.program;
-    return {};
+    return failed(error);
 }
 
 }  // namespace xo::process

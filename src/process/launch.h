@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/handle.h"
+#include "process/redirection.h"
 #include "xoSystem/xoProcess.h"
 
 namespace xo::process {
@@ -18,12 +19,17 @@ struct Launch {
     const std::string& workingDirectory;          // empty: that of this process
     bool makeAbsolute;
     ProcessPriority priority;
+    const Redirection& redirection;
+    xoProcess::ProcessTree tree;
 };
 
 struct Child {
     platform::KernelHandle process;  // none when the start failed; the identifiers are 0 then
     DWORD processId = 0;
     DWORD mainThreadId = 0;
+    platform::KernelHandle job;   // of a tree that is not loose
+    StandardHandles handles;      // of which this process's ends are left
+    DWORD error = ERROR_SUCCESS;  // why the start failed
 };
 
 // A failure is logged.

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "pipe/pipeAccess.h"
 #include "platform/exceptionCodes.h"
-#include "platform/handle.h"
 #include "process/closeRequest.h"
-#include "process/launch.h"
+#include "process/processRecord.h"
 #include "xoSystem/xoProgress.h"
 
 #include <psapi.h>
@@ -45,39 +45,40 @@ bool isExceptionStatus(DWORD code) {
 
 }  // namespace
 
-struct xoProcess::Private {
-    std::vector<std::string> arguments;
-    std::vector<std::string> environment;
-    std::string workingDirectory;
-    std::string program;
-    State state = StateNone;
-    platform::KernelHandle process;  // while running; none is null, because -1 is the pseudo handle of this process
-    DWORD processId = 0;             // valid while process is held
-    DWORD mainThreadId = 0;          // valid while process is held
-    int exitCode = 0;                // valid once the child has ended
-    bool hasCrashed = false;         // valid once the child has ended
-    bool hasStarted = false;         // by the last attempt
-
-    void poll();
-    bool isRunning() {
-        poll();
-        return state == StateRunning;
-    }
-    void reset(State newState);
-    void closeHandle();
-};
-
 // GetExitCodeProcess returns 259 for a running child, but a child may end with that code too, and the code is set a
 // little before the child has ended. So the handle decides.
 // https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-getexitcodeprocess
-void xoProcess::Private::poll() {
-    if (state != StateRunning || !process || ::WaitForSingleObject(process.get(), 0) != WAIT_OBJECT_0) return;
+//
+// What the child has written is in the pipes once it has ended, so that is asked before they are read.
+bool xoProcess::Private::poll() {
+    if (state != StateRunning || !process) return false;
+    if (::WaitForSingleObject(process.get(), 0) != WAIT_OBJECT_0) return streams && streams->move();
+    if (streams) streams->finish();
     DWORD code = 0;
-    if (!::GetExitCodeProcess(process.get(), &code)) return;
+    if (!::GetExitCodeProcess(process.get(), &code)) return false;
     closeHandle();
     exitCode = static_cast<int>(code);
     hasCrashed = isExceptionStatus(code);
     state = StateFinished;
+    return false;
+}
+
+void xoProcess::Private::wait(DWORD timeoutMs) {
+    if (!streams) {
+        ::WaitForSingleObject(process.get(), timeoutMs);
+        return;
+    }
+    HANDLE handles[4] = {process.get()};
+    DWORD count = 1;
+    streams->appendEvents(handles, count);
+    ::WaitForMultipleObjects(count, handles, /*bWaitAll=*/FALSE, timeoutMs);
+}
+
+void xoProcess::Private::kill() {
+    if (job)
+        ::TerminateJobObject(job.get(), kKilledExitCode);
+    else if (process)
+        ::TerminateProcess(process.get(), kKilledExitCode);
 }
 
 void xoProcess::Private::reset(State newState) {
@@ -105,24 +106,60 @@ void xoProcess::setEnvironmentUtf8(const std::vector<std::string>& environment) 
 
 const std::vector<std::string>& xoProcess::getEnvironmentUtf8() const { return mPrivate->environment; }
 
+void xoProcess::setInput(Input input) { mPrivate->redirection.input = std::move(input.mChoice); }
+
+void xoProcess::setOutput(Output output) { mPrivate->redirection.output = std::move(output.mChoice); }
+
+void xoProcess::setErrorOutput(Output output) { mPrivate->redirection.errorOutput = std::move(output.mChoice); }
+
+void xoProcess::setProcessTree(ProcessTree tree) { mPrivate->tree = tree; }
+
 bool xoProcess::startProcess(const std::string& program, const std::vector<std::string>& arguments, bool makeAbsolute,
                              ProcessPriority priority) {
-    Private& self = *mPrivate;
-    if (self.isRunning()) return false;
-    self.reset(StateFinished);
-    self.program = program;
-    self.arguments = arguments;
-
-    process::Child child = process::launch(
-        {self.program, self.arguments, self.environment, self.workingDirectory, makeAbsolute, priority});
-    if (!child.process) return false;
-    self.hasStarted = true;
-    self.state = StateRunning;
-    self.process = std::move(child.process);
-    self.processId = child.processId;
-    self.mainThreadId = child.mainThreadId;
+    if (!mPrivate->start(program, arguments, makeAbsolute, priority)) return false;
     ::Sleep(kSettlingMs);
     return true;
+}
+
+bool xoProcess::Private::start(const std::string& newProgram, const std::vector<std::string>& newArguments,
+                               bool makeAbsolute, ProcessPriority priority) {
+    if (isRunning()) return false;
+    reset(StateFinished);
+    program = newProgram;
+    arguments = newArguments;
+    job.reset();
+    streams.reset();
+    for (auto* const pipe : {&inputPipe, &outputPipe, &errorPipe}) pipe->reset();
+
+    process::Child child =
+        process::launch({program, arguments, environment, workingDirectory, makeAbsolute, priority, redirection, tree});
+    startError = child.error;
+    if (!child.process) return false;
+    hasStarted = true;
+    state = StateRunning;
+    process = std::move(child.process);
+    processId = child.processId;
+    mainThreadId = child.mainThreadId;
+    job = std::move(child.job);
+    connect(child.handles);
+    return true;
+}
+
+// What the channels do not take is for pipes that the host uses itself.
+void xoProcess::Private::connect(process::StandardHandles& handles) {
+    if (!handles.ourInput && !handles.ourOutput && !handles.ourError) return;
+    streams = std::make_unique<process::ChildStreams>(handles, redirection);
+    using pipe::PipeAccess;
+    const auto give = [](platform::FileHandle& handle, PipeAccess::Direction direction) {
+        std::unique_ptr<xoNamedPipe> pipe;
+        if (!handle) return pipe;
+        pipe = std::make_unique<xoNamedPipe>();
+        PipeAccess::attachOneWay(*pipe, std::move(handle), direction);
+        return pipe;
+    };
+    inputPipe = give(handles.ourInput, PipeAccess::Direction::Write);
+    outputPipe = give(handles.ourOutput, PipeAccess::Direction::Read);
+    errorPipe = give(handles.ourError, PipeAccess::Direction::Read);
 }
 
 bool xoProcess::waitForFinished(unsigned timeoutMs) { return waitForFinished(timeoutMs, /*progress=*/nullptr); }
@@ -132,7 +169,9 @@ bool xoProcess::waitForFinished(unsigned timeoutMs, xoProgressNotifier* progress
     const DWORD longestWaitMs = progress ? kProgressMs : kLongestWaitMs;
     xoProgressScope work(progress, /*total=*/0);
     const ULONGLONG start = ::GetTickCount64();
-    while (self.isRunning()) {
+    for (;;) {
+        const bool hasMore = self.poll();
+        if (self.state != StateRunning) break;
         if (!self.process || !work.advance(0)) return false;
         DWORD waitMs = longestWaitMs;
         if (timeoutMs != kNoLimit) {
@@ -140,15 +179,13 @@ bool xoProcess::waitForFinished(unsigned timeoutMs, xoProgressNotifier* progress
             if (elapsedMs >= timeoutMs) return false;
             waitMs = static_cast<DWORD>((std::min<ULONGLONG>)(timeoutMs - elapsedMs, longestWaitMs));
         }
-        ::WaitForSingleObject(self.process.get(), waitMs);
+        if (!hasMore) self.wait(waitMs);
     }
     work.finish();
     return true;
 }
 
-void xoProcess::killProcess() {
-    if (mPrivate->process) ::TerminateProcess(mPrivate->process.get(), kKilledExitCode);
-}
+void xoProcess::killProcess() { mPrivate->kill(); }
 
 void xoProcess::terminateProcess() {
     if (mPrivate->process && mPrivate->processId != 0)
@@ -182,6 +219,35 @@ bool xoProcess::hasFailedToStart() const {
     mPrivate->poll();
     return !mPrivate->hasStarted;
 }
+
+namespace {
+
+const std::string& textOf(const process::OutputChannel* channel) {
+    static const std::string none;
+    return channel ? channel->text() : none;
+}
+
+}  // namespace
+
+const std::string& xoProcess::getOutputText() const {
+    return textOf(mPrivate->streams ? mPrivate->streams->output() : nullptr);
+}
+
+const std::string& xoProcess::getErrorText() const {
+    return textOf(mPrivate->streams ? mPrivate->streams->error() : nullptr);
+}
+
+bool xoProcess::wasOutputCut() const {
+    if (!mPrivate->streams) return false;
+    const auto wasCut = [](const process::OutputChannel* channel) { return channel && channel->wasCut(); };
+    return wasCut(mPrivate->streams->output()) || wasCut(mPrivate->streams->error());
+}
+
+xoNamedPipe* xoProcess::getInputPipe() { return mPrivate->inputPipe.get(); }
+
+xoNamedPipe* xoProcess::getOutputPipe() { return mPrivate->outputPipe.get(); }
+
+xoNamedPipe* xoProcess::getErrorPipe() { return mPrivate->errorPipe.get(); }
 
 std::uint32_t xoProcess::getPid() const { return mPrivate->process ? ::GetProcessId(mPrivate->process.get()) : 0; }
 
@@ -234,8 +300,14 @@ bool xoProcess::StartDetachedUtf8(const std::string& program, const std::vector<
 
 bool xoProcess::StartDetachedUtf8(const std::string& program, const std::vector<std::string>& arguments,
                                   const std::string& workingDirectory, std::uint32_t* pid) {
-    const process::Child child =
-        process::launch({program, arguments, {}, workingDirectory, /*makeAbsolute=*/true, ProcessPriorityInherit});
+    const process::Child child = process::launch({program,
+                                                  arguments,
+                                                  {},
+                                                  workingDirectory,
+                                                  /*makeAbsolute=*/true,
+                                                  ProcessPriorityInherit,
+                                                  /*redirection=*/{},
+                                                  ProcessTreeLoose});
     if (pid) *pid = child.processId;
     return static_cast<bool>(child.process);
 }

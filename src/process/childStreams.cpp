@@ -1,0 +1,237 @@
+#include "process/childStreams.h"
+
+#include <algorithm>
+
+#include "xoSystem/xoIoDeviceBase.h"
+
+namespace xo::process {
+namespace {
+
+constexpr std::size_t kBufferBytes = 65536;
+constexpr int kMostRounds = 16;  // of one look, so that a child that writes without end does not keep its host there
+
+// Sets a flag while it lives.
+class FlagGuard {
+public:
+    explicit FlagGuard(bool& flag) : mFlag(flag) { mFlag = true; }
+    ~FlagGuard() { mFlag = false; }
+    FlagGuard(const FlagGuard&) = delete;
+    FlagGuard& operator=(const FlagGuard&) = delete;
+
+private:
+    bool& mFlag;
+};
+
+}  // namespace
+
+// ---- PendingOperation ----
+
+void PendingOperation::begin() {
+    mOverlapped = {};
+    mOverlapped.hEvent = mEvent.get();
+}
+
+// The event of an operation that has ended at once is set too.
+void PendingOperation::end(BOOL isDone, DWORD error) {
+    mHasFailed = !isDone && error != ERROR_IO_PENDING;
+    mIsRunning = !mHasFailed;
+}
+
+void PendingOperation::read(HANDLE pipe, char* buffer, DWORD size) {
+    begin();
+    const BOOL isDone = ::ReadFile(pipe, buffer, size, /*lpNumberOfBytesRead=*/nullptr, &mOverlapped);
+    end(isDone, ::GetLastError());
+}
+
+void PendingOperation::write(HANDLE pipe, const char* bytes, DWORD size) {
+    begin();
+    const BOOL isDone = ::WriteFile(pipe, bytes, size, /*lpNumberOfBytesWritten=*/nullptr, &mOverlapped);
+    end(isDone, ::GetLastError());
+}
+
+PendingOperation::State PendingOperation::result(HANDLE pipe, bool wait, DWORD& moved) {
+    moved = 0;
+    if (mHasFailed) return mHasFailed = false, State::Failed;
+    if (!mIsRunning) return State::Idle;
+    const BOOL isDone = ::GetOverlappedResult(pipe, &mOverlapped, &moved, wait);
+    const DWORD error = isDone ? ERROR_SUCCESS : ::GetLastError();
+    if (error == ERROR_IO_INCOMPLETE) return State::Running;
+    mIsRunning = false;
+    if (isDone) return State::Done;
+    return error == ERROR_OPERATION_ABORTED ? State::Aborted : State::Failed;
+}
+
+PendingOperation::State PendingOperation::look(HANDLE pipe, DWORD& moved) {
+    return result(pipe, /*wait=*/false, moved);
+}
+
+PendingOperation::State PendingOperation::cancel(HANDLE pipe, DWORD& moved) {
+    if (mIsRunning) ::CancelIoEx(pipe, &mOverlapped);
+    return result(pipe, /*wait=*/true, moved);
+}
+
+// ---- OutputChannel ----
+
+OutputChannel::OutputChannel(platform::FileHandle ours, std::shared_ptr<const OutputChoice> choice)
+    : mPipe(std::move(ours)), mChoice(std::move(choice)), mBuffer(new char[kBufferBytes]) {
+    if (mChoice->kind == OutputChoice::Kind::Lines) mLines.emplace(mChoice->handler);
+}
+
+OutputChannel::~OutputChannel() {
+    DWORD unused = 0;
+    mOperation.cancel(mPipe.get(), unused);
+}
+
+bool OutputChannel::step() {
+    if (mAt != mEnd) return pass(), true;  // what an exception has left
+    if (mIsFinished) return false;
+    if (!mPipe || mRest == std::uint64_t{0}) return end(), true;
+    if (!mOperation.isRunning()) {
+        const std::uint64_t size = (std::min)(mRest.value_or(kBufferBytes), std::uint64_t{kBufferBytes});
+        mOperation.read(mPipe.get(), mBuffer.get(), static_cast<DWORD>(size));
+    }
+    DWORD arrived = 0;
+    switch (mOperation.look(mPipe.get(), arrived)) {
+        case PendingOperation::State::Running:
+            if (mRest) mPipe.reset();  // cannot be: that much was there
+            return mRest.has_value();
+        case PendingOperation::State::Done: break;
+        case PendingOperation::State::Aborted: return true;
+        case PendingOperation::State::Idle:
+        case PendingOperation::State::Failed: return end(), true;
+    }
+    if (mRest) *mRest -= arrived;
+    mAt = mBuffer.get();
+    mEnd = mAt + arrived;
+    pass();
+    return true;
+}
+
+// A read that waits found the pipe empty, unless it ends just now. What comes later is not the child's.
+void OutputChannel::limitToRest() {
+    if (!mPipe || mRest) return;
+    DWORD arrived = 0;
+    if (mOperation.cancel(mPipe.get(), arrived) == PendingOperation::State::Done) {
+        mAt = mBuffer.get();
+        mEnd = mAt + arrived;
+    }
+    DWORD available = 0;
+    ::PeekNamedPipe(mPipe.get(), /*lpBuffer=*/nullptr, /*nBufferSize=*/0, /*lpBytesRead=*/nullptr, &available,
+                    /*lpBytesLeftThisMessage=*/nullptr);
+    mRest = available;
+}
+
+// Whatever is called here may throw, so that what it gets counts as passed on before.
+void OutputChannel::pass() {
+    if (mLines) return mLines->take(mAt, mEnd);
+    const char* const bytes = std::exchange(mAt, mEnd);
+    const auto size = static_cast<std::size_t>(mEnd - bytes);
+    if (mChoice->kind == OutputChoice::Kind::Text)
+        keep(bytes, size);
+    else if (mWasCut || mChoice->device->writeBytes(bytes, size) != size)
+        mWasCut = true;
+}
+
+void OutputChannel::keep(const char* bytes, std::size_t size) {
+    const std::uint64_t room = mChoice->maxBytes - mText.size();
+    mText.append(bytes, static_cast<std::size_t>((std::min)(room, std::uint64_t{size})));
+    if (size > room) mWasCut = true;
+}
+
+void OutputChannel::end() {
+    mPipe.reset();
+    if (mLines) mLines->finish();
+    mIsFinished = true;
+}
+
+// ---- InputChannel ----
+
+InputChannel::InputChannel(platform::FileHandle ours, std::shared_ptr<const InputChoice> choice)
+    : mPipe(std::move(ours)), mChoice(std::move(choice)) {
+    mIsLast = mChoice->kind == InputChoice::Kind::Text;
+    if (mIsLast) {
+        mAt = mChoice->text.data();
+        mEnd = mAt + mChoice->text.size();
+    } else {
+        mBuffer.reset(new char[kBufferBytes]);
+    }
+}
+
+bool InputChannel::step() {
+    if (!mPipe) return false;
+    if (!mOperation.isRunning()) {
+        if (mAt == mEnd && !refill()) return close(), true;
+        const auto size = (std::min)(static_cast<std::size_t>(mEnd - mAt), kBufferBytes);
+        mOperation.write(mPipe.get(), mAt, static_cast<DWORD>(size));
+    }
+    DWORD written = 0;
+    switch (mOperation.look(mPipe.get(), written)) {
+        case PendingOperation::State::Running: return false;
+        case PendingOperation::State::Done: mAt += written; return true;
+        default: return close(), true;  // the child reads no more
+    }
+}
+
+bool InputChannel::refill() {
+    if (mIsLast) return false;
+    const std::uint64_t size =
+        (std::min)(mChoice->device->readBytes(mBuffer.get(), kBufferBytes), std::uint64_t{kBufferBytes});
+    mIsLast = size < kBufferBytes;
+    mAt = mBuffer.get();
+    mEnd = mAt + size;
+    return size != 0;
+}
+
+void InputChannel::close() {
+    DWORD unused = 0;
+    mOperation.cancel(mPipe.get(), unused);
+    mPipe.reset();
+}
+
+// ---- ChildStreams ----
+
+ChildStreams::ChildStreams(StandardHandles& handles, const Redirection& choices) {
+    const auto moves = [](OutputChoice::Kind kind) {
+        return kind == OutputChoice::Kind::Text || kind == OutputChoice::Kind::Lines ||
+               kind == OutputChoice::Kind::Device;
+    };
+    if (choices.input && handles.ourInput && choices.input->kind != InputChoice::Kind::Pipe)
+        mInput = std::make_unique<InputChannel>(std::move(handles.ourInput), choices.input);
+    if (choices.output && handles.ourOutput && moves(choices.output->kind))
+        mOutput = std::make_unique<OutputChannel>(std::move(handles.ourOutput), choices.output);
+    if (choices.errorOutput && handles.ourError && moves(choices.errorOutput->kind))
+        mError = std::make_unique<OutputChannel>(std::move(handles.ourError), choices.errorOutput);
+}
+
+// All channels take turns, so that no order of sizes can hold the child up.
+bool ChildStreams::move() {
+    if (mIsMoving) return false;
+    const FlagGuard guard(mIsMoving);
+    bool hasMoved = true;
+    for (int round = 0; hasMoved && round < kMostRounds; ++round) {
+        hasMoved = mInput && mInput->step();
+        if (mOutput && mOutput->step()) hasMoved = true;
+        if (mError && mError->step()) hasMoved = true;
+    }
+    return hasMoved;
+}
+
+void ChildStreams::finish() {
+    if (mIsMoving) return;
+    if (mInput) mInput->close();
+    for (OutputChannel* const channel : {mOutput.get(), mError.get()})
+        if (channel) channel->limitToRest();
+    while (move()) {
+    }
+}
+
+void ChildStreams::appendEvents(HANDLE* events, DWORD& count) const {
+    const auto append = [&](HANDLE event) {
+        if (event) events[count++] = event;
+    };
+    if (mInput) append(mInput->pendingEvent());
+    if (mOutput) append(mOutput->pendingEvent());
+    if (mError) append(mError->pendingEvent());
+}
+
+}  // namespace xo::process

@@ -1,0 +1,82 @@
+// Programs by name, and the texts that they print.
+#include "platform/ordinalText.h"
+#include "platform/wideText.h"
+#include "platform/windows.h"
+#include "process/commandLine.h"
+#include "text/utf8Checks.h"
+#include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoProcess.h"
+
+namespace xo {
+namespace {
+
+std::wstring environmentVariable(const wchar_t* name) {
+    return platform::readWide(
+        [name](wchar_t* buffer, DWORD size) { return ::GetEnvironmentVariableW(name, buffer, size); });
+}
+
+// The entries of a list such as PATH. Quotes hold a semicolon inside a folder's name.
+std::vector<std::wstring> entriesOf(const std::wstring& list) {
+    std::vector<std::wstring> entries(1);
+    bool isQuoted = false;
+    for (const wchar_t c : list) {
+        if (c == L'"')
+            isQuoted = !isQuoted;
+        else if (c == L';' && !isQuoted)
+            entries.emplace_back();
+        else
+            entries.back() += c;
+    }
+    return entries;
+}
+
+bool isSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
+
+bool isAbsolute(const std::wstring& folder) {
+    if (folder.size() < 3) return false;
+    return (isSeparator(folder[0]) && isSeparator(folder[1])) || (folder[1] == L':' && isSeparator(folder[2]));
+}
+
+std::vector<std::wstring> programExtensions() {
+    const std::wstring list = environmentVariable(L"PATHEXT");
+    return entriesOf(list.empty() ? L".COM;.EXE;.BAT;.CMD" : list);
+}
+
+// Those to try: none if the name has one already.
+std::vector<std::wstring> extensionsFor(const std::wstring& name) {
+    std::vector<std::wstring> extensions = programExtensions();
+    const std::size_t dot = name.rfind(L'.');
+    if (dot == std::wstring::npos) return extensions;
+    for (const std::wstring& extension : extensions)
+        if (platform::equalsIgnoringCase(name.substr(dot), extension)) return {L""};
+    return extensions;
+}
+
+bool isFile(const std::string& path) { return xoDirUtils::FileExistsUtf8(path) && !xoDirUtils::DirExistsUtf8(path); }
+
+}  // namespace
+
+std::string xoProcess::FindProgramUtf8(const std::string& name) {
+    if (name.empty() || !process::isPlainText(name) || name.find_first_of("\\/:") != std::string::npos) return {};
+    const std::wstring wide = platform::toWide(name);
+    const std::vector<std::wstring> extensions = extensionsFor(wide);
+    for (const std::wstring& folder : entriesOf(environmentVariable(L"PATH"))) {
+        if (!isAbsolute(folder)) continue;
+        for (const std::wstring& extension : extensions) {
+            const std::string path = platform::toUtf8(folder + L'\\' + wide + extension);
+            if (isFile(path)) return xoDirUtils::GetAbsolutePathUtf8(path);
+        }
+    }
+    return {};
+}
+
+std::string xoProcess::OutputToUtf8(const std::string& bytes) {
+    if (text::isUtf8(bytes)) return bytes;
+    const auto size = static_cast<int>(bytes.size());
+    const int length = ::MultiByteToWideChar(CP_OEMCP, 0, bytes.data(), size, /*lpWideCharStr=*/nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(length), L'\0');
+    ::MultiByteToWideChar(CP_OEMCP, 0, bytes.data(), size, wide.data(), length);
+    return platform::toUtf8(wide);
+}
+
+}  // namespace xo

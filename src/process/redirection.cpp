@@ -1,0 +1,203 @@
+#include "process/redirection.h"
+
+#include <utility>
+
+#include "pipe/pipePair.h"
+#include "platform/wideText.h"
+#include "xoSystem/xoLog.h"
+#include "xoSystem/xoSystemError.h"
+
+namespace xo {
+namespace process {
+namespace {
+
+using platform::FileHandle;
+
+// One standard handle, as it is being opened.
+struct Slot {
+    FileHandle& theirs;
+    FileHandle& ours;
+    DWORD standardHandle;  // STD_INPUT_HANDLE and the like
+};
+
+DWORD logged(const std::string& path, DWORD error) {
+    if (error != ERROR_SUCCESS)
+        xoLogObject(xoLogDebug) << "xoProcess cannot open \"" << path << "\": " << SystemError(error).toString();
+    return error;
+}
+
+DWORD openFile(const std::string& path, DWORD access, DWORD share, DWORD creation, FileHandle& file) {
+    file = FileHandle(::CreateFileW(platform::toApiPath(path).c_str(), access, share,
+                                    /*lpSecurityAttributes=*/nullptr, creation, FILE_ATTRIBUTE_NORMAL,
+                                    /*hTemplateFile=*/nullptr));
+    return logged(path, file ? ERROR_SUCCESS : ::GetLastError());
+}
+
+DWORD openNull(DWORD access, FileHandle& file) {
+    return openFile("NUL", access, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING, file);
+}
+
+DWORD openPipe(bool isReadByUs, const Slot& slot) {
+    pipe::PipePair pair = pipe::makePair(isReadByUs);
+    slot.theirs = std::move(pair.theirs);
+    slot.ours = std::move(pair.ours);
+    return logged("pipe", pair.error);
+}
+
+// A process without a console, or whose handle was closed, has none to give.
+DWORD copyOwn(const Slot& slot, bool& hasConsole) {
+    const HANDLE own = ::GetStdHandle(slot.standardHandle);
+    if (!own || own == INVALID_HANDLE_VALUE) return ERROR_SUCCESS;
+    const HANDLE self = ::GetCurrentProcess();
+    HANDLE copy = nullptr;
+    if (!::DuplicateHandle(self, own, self, &copy, 0, /*bInheritHandle=*/FALSE, DUPLICATE_SAME_ACCESS))
+        return ERROR_SUCCESS;
+    slot.theirs.reset(copy);
+    DWORD mode = 0;
+    if (::GetConsoleMode(copy, &mode)) hasConsole = true;
+    return ERROR_SUCCESS;
+}
+
+DWORD openInput(const InputChoice& choice, const Slot& slot, bool& hasConsole) {
+    switch (choice.kind) {
+        case InputChoice::Kind::None: return ERROR_SUCCESS;
+        case InputChoice::Kind::Null: return openNull(GENERIC_READ, slot.theirs);
+        case InputChoice::Kind::Inherit: return copyOwn(slot, hasConsole);
+        case InputChoice::Kind::File:
+            return openFile(choice.text, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING, slot.theirs);
+        case InputChoice::Kind::Device:
+            if (!choice.device) return ERROR_INVALID_PARAMETER;
+            break;
+        case InputChoice::Kind::Text:
+        case InputChoice::Kind::Pipe: break;
+    }
+    return openPipe(/*isReadByUs=*/false, slot);
+}
+
+DWORD openOutputFile(const OutputChoice& choice, FileHandle& file) {
+    if (choice.append)
+        return openFile(choice.path, FILE_APPEND_DATA | SYNCHRONIZE, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS,
+                        file);
+    return openFile(choice.path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS, file);
+}
+
+DWORD openOutput(const OutputChoice& choice, const Slot& slot, bool& hasConsole) {
+    switch (choice.kind) {
+        case OutputChoice::Kind::None: return ERROR_SUCCESS;
+        case OutputChoice::Kind::Null: return openNull(GENERIC_WRITE, slot.theirs);
+        case OutputChoice::Kind::Inherit: return copyOwn(slot, hasConsole);
+        case OutputChoice::Kind::File: return openOutputFile(choice, slot.theirs);
+        case OutputChoice::Kind::Merged: return ERROR_INVALID_PARAMETER;  // of the output; that of errors is not asked
+        case OutputChoice::Kind::Lines:
+            if (!choice.handler) return ERROR_INVALID_PARAMETER;
+            break;
+        case OutputChoice::Kind::Device:
+            if (!choice.device) return ERROR_INVALID_PARAMETER;
+            break;
+        case OutputChoice::Kind::Text:
+        case OutputChoice::Kind::Pipe: break;
+    }
+    return openPipe(/*isReadByUs=*/true, slot);
+}
+
+}  // namespace
+
+DWORD openStandardHandles(const Redirection& wanted, StandardHandles& handles) {
+    DWORD error = ERROR_SUCCESS;
+    if (wanted.input)
+        error = openInput(*wanted.input, {handles.input, handles.ourInput, STD_INPUT_HANDLE}, handles.hasConsole);
+    if (error == ERROR_SUCCESS && wanted.output)
+        error = openOutput(*wanted.output, {handles.output, handles.ourOutput, STD_OUTPUT_HANDLE}, handles.hasConsole);
+    if (error != ERROR_SUCCESS || !wanted.errorOutput) return error;
+    handles.isMerged = wanted.errorOutput->kind == OutputChoice::Kind::Merged;
+    if (handles.isMerged) return ERROR_SUCCESS;
+    return openOutput(*wanted.errorOutput, {handles.error, handles.ourError, STD_ERROR_HANDLE}, handles.hasConsole);
+}
+
+}  // namespace process
+
+namespace {
+
+using process::InputChoice;
+using process::OutputChoice;
+
+InputChoice inputOf(InputChoice::Kind kind) {
+    InputChoice choice;
+    choice.kind = kind;
+    return choice;
+}
+
+OutputChoice outputOf(OutputChoice::Kind kind) {
+    OutputChoice choice;
+    choice.kind = kind;
+    return choice;
+}
+
+}  // namespace
+
+xoProcess::Input::Input(InputChoice choice) : mChoice(std::make_shared<const InputChoice>(std::move(choice))) {}
+
+xoProcess::Input xoProcess::Input::None() { return Input(inputOf(InputChoice::Kind::None)); }
+
+xoProcess::Input xoProcess::Input::Null() { return Input(inputOf(InputChoice::Kind::Null)); }
+
+xoProcess::Input xoProcess::Input::Inherit() { return Input(inputOf(InputChoice::Kind::Inherit)); }
+
+xoProcess::Input xoProcess::Input::Pipe() { return Input(inputOf(InputChoice::Kind::Pipe)); }
+
+xoProcess::Input xoProcess::Input::FileUtf8(const std::string& path) {
+    InputChoice choice = inputOf(InputChoice::Kind::File);
+    choice.text = path;
+    return Input(std::move(choice));
+}
+
+xoProcess::Input xoProcess::Input::Text(std::string bytes) {
+    InputChoice choice = inputOf(InputChoice::Kind::Text);
+    choice.text = std::move(bytes);
+    return Input(std::move(choice));
+}
+
+xoProcess::Input xoProcess::Input::Device(xoIoDevice* device) {
+    InputChoice choice = inputOf(InputChoice::Kind::Device);
+    choice.device = device;
+    return Input(std::move(choice));
+}
+
+xoProcess::Output::Output(OutputChoice choice) : mChoice(std::make_shared<const OutputChoice>(std::move(choice))) {}
+
+xoProcess::Output xoProcess::Output::None() { return Output(outputOf(OutputChoice::Kind::None)); }
+
+xoProcess::Output xoProcess::Output::Null() { return Output(outputOf(OutputChoice::Kind::Null)); }
+
+xoProcess::Output xoProcess::Output::Inherit() { return Output(outputOf(OutputChoice::Kind::Inherit)); }
+
+xoProcess::Output xoProcess::Output::Pipe() { return Output(outputOf(OutputChoice::Kind::Pipe)); }
+
+xoProcess::Output xoProcess::Output::Merged() { return Output(outputOf(OutputChoice::Kind::Merged)); }
+
+xoProcess::Output xoProcess::Output::FileUtf8(const std::string& path, bool append) {
+    OutputChoice choice = outputOf(OutputChoice::Kind::File);
+    choice.path = path;
+    choice.append = append;
+    return Output(std::move(choice));
+}
+
+xoProcess::Output xoProcess::Output::Text(std::uint64_t maxBytes) {
+    OutputChoice choice = outputOf(OutputChoice::Kind::Text);
+    choice.maxBytes = maxBytes;
+    return Output(std::move(choice));
+}
+
+xoProcess::Output xoProcess::Output::Lines(LineHandler handler) {
+    OutputChoice choice = outputOf(OutputChoice::Kind::Lines);
+    choice.handler = std::move(handler);
+    return Output(std::move(choice));
+}
+
+xoProcess::Output xoProcess::Output::Device(xoIoDevice* device) {
+    OutputChoice choice = outputOf(OutputChoice::Kind::Device);
+    choice.device = device;
+    return Output(std::move(choice));
+}
+
+}  // namespace xo

@@ -1,0 +1,73 @@
+// Programs that are run to their end by one call.
+#include <utility>
+
+#include "process/processRecord.h"
+#include "xoSystem/xoDirUtils.h"
+
+namespace xo {
+namespace {
+
+constexpr unsigned kKilledWaitMs = 5000;  // a killed child ends only when its pending input and output has completed
+
+using RunResult = xoProcess::RunResult;
+
+std::string startFailure(DWORD error, const std::string& program, bool makeAbsolute) {
+    const std::string text = "Fail to start process";
+    if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) return text;
+    return text + " : " + (makeAbsolute ? xoDirUtils::GetAbsolutePathUtf8(program) : program);
+}
+
+void setUp(xoProcess& child, const xoProcess::RunOptions& options) {
+    using Input = xoProcess::Input;
+    using Output = xoProcess::Output;
+    child.setWorkingDirectoryUtf8(options.workingDirectory);
+    child.setEnvironmentUtf8(options.environment);
+    child.setInput(options.input.empty() ? Input::Null() : Input::Text(options.input));
+    child.setOutput(Output::Text(options.maxOutputBytes));
+    child.setErrorOutput(options.mergeError ? Output::Merged() : Output::Text(options.maxOutputBytes));
+    child.setProcessTree(options.tree);
+}
+
+// What came of a child that was started.
+void describeEnd(const xoProcess& child, bool wasInTime, RunResult& result) {
+    result.exitCode = child.exitCode();
+    if (!wasInTime) {
+        result.outcome = RunResult::TimedOut;
+        result.message = "timeout";
+    } else if (child.hasCrashed()) {
+        result.outcome = RunResult::Crashed;
+        result.message = "process has crashed";
+    } else {
+        result.outcome = RunResult::Finished;
+        if (result.exitCode != 0) result.message = "process return an error";
+    }
+}
+
+}  // namespace
+
+xoProcess::RunResult xoProcess::RunUtf8(const std::string& program, const std::vector<std::string>& arguments) {
+    return RunUtf8(program, arguments, RunOptions());
+}
+
+xoProcess::RunResult xoProcess::RunUtf8(const std::string& program, const std::vector<std::string>& arguments,
+                                        const RunOptions& options) {
+    RunResult result;
+    xoProcess child;
+    setUp(child, options);
+    if (!child.mPrivate->start(program, arguments, options.makeAbsolute, ProcessPriorityInherit)) {
+        result.message = startFailure(child.mPrivate->startError, program, options.makeAbsolute);
+        return result;
+    }
+    const bool wasInTime = child.waitForFinished(options.timeoutMs);
+    if (!wasInTime) {
+        child.killProcess();
+        child.waitForFinished(kKilledWaitMs);
+    }
+    describeEnd(child, wasInTime, result);
+    result.output = child.getOutputText();
+    result.errorOutput = child.getErrorText();
+    result.outputCut = child.wasOutputCut();
+    return result;
+}
+
+}  // namespace xo
