@@ -1,8 +1,10 @@
 // Texts for a terminal: what is shown of them against a reader of one code point at a time; tables, whose lines all
-// have one width. An input is the style and the limits, a byte each, and cells with a byte 1E between them.
+// have one width within the limit; cells, of which breaking loses nothing. An input is the style and the limits, a byte
+// each, and cells with a byte 1E between them.
 #include <algorithm>
 
 #include "fuzz.h"
+#include "text/displayWidth.h"
 #include "utf8Model.h"
 #include "xoSystem/xoAsciiTableBuilder.h"
 #include "xoSystem/xoStringUtils.h"
@@ -49,32 +51,76 @@ void checkText(const std::string& text, std::size_t columns) {
         xoStringUtils::CutToDisplayWidth(cut, columns, "\xE2\x80\xA6", inMiddle);
         require(fits ? cut == text : xoStringUtils::GetDisplayWidth(cut) <= columns, "cut to ", cut);
     }
+    std::string start = text, middle = text;
+    xoStringUtils::CutToDisplayWidth(start, columns, "");
+    require(text.compare(0, start.size(), start) == 0, "cut to ", start);
+    xoStringUtils::CutToDisplayWidth(middle, columns, "..", /*inMiddle=*/true);
+    const bool isCut = xoStringUtils::GetDisplayWidth(text) > columns && columns >= 2;
+    require(!isCut || xoStringUtils::GetDisplayWidth(middle) + 2 >= columns, "more cut than it must: ", middle);
+
+    std::size_t sum = 0;
+    for (const char *at = text.data(), *const end = at + text.size(); at != end;) {
+        const text::Cluster cluster = text::nextCluster(at, end);
+        require(at < cluster.end && cluster.end <= end, "a cluster of ", cluster.end - at, " bytes");
+        sum += cluster.width;
+        at = cluster.end;
+    }
+    require(sum == xoStringUtils::GetDisplayWidth(text), "clusters of ", sum, " columns");
+}
+
+std::string withoutBlanks(std::string text) { return xoStringUtils::replace(text, " ", ""); }
+
+void checkBreaking(const std::string& text, unsigned width) {
+    if (printable(text) != text) return;
+    AsciiTableBuilder table;
+    table.editColumn(0).maxWidth = width;
+    std::string joined;
+    const std::string built = table.setStyle(AsciiTableBuilder::StylePlain).addRow({text}).build();
+    for (const std::string& line : xoStringUtils::Split(built, '\n')) {
+        require(xoStringUtils::GetDisplayWidth(line) <= width, "too wide: ", line);
+        joined += line;
+    }
+    require(withoutBlanks(joined) == withoutBlanks(text), "broken to ", built);
 }
 
 void checkTables(const std::string& input) {
     Bytes bytes(input);
-    AsciiTableBuilder table;
-    const auto style = static_cast<AsciiTableBuilder::Style>(bytes.byte() % 4);
-    table.setStyle(style).setMaxWidth(bytes.byte() % 64);
+    const unsigned look = bytes.byte();
+    const unsigned most = bytes.byte() % 64;
     const unsigned columns = 1 + bytes.byte() % 4;
     const unsigned limit = bytes.byte();
+    std::vector<std::vector<std::string>> rows;
+    while (!bytes.atEnd()) {
+        rows.emplace_back();
+        for (unsigned i = 0; i != columns && !bytes.atEnd(); ++i) rows.back().push_back(bytes.until('\x1E'));
+        for (const std::string& cell : rows.back()) {
+            checkText(cell, limit % 23);
+            checkBreaking(cell, 2 + limit % 20);
+        }
+    }
+    const bool isTitled = !rows.empty() && (look & 4) != 0;
+    AsciiTableBuilder table(isTitled ? rows[0] : std::vector<std::string>());
+    const auto style = static_cast<AsciiTableBuilder::Style>(look % 4);
+    table.setStyle(style).setMaxWidth(most);
     for (unsigned i = 0; i != columns; ++i) {
         table.editColumn(i).overflow = static_cast<AsciiTableBuilder::Overflow>((limit + i) % 3);
+        table.editColumn(i).align = static_cast<AsciiTableBuilder::Align>((limit / 3 + i) % 4);
         table.editColumn(i).maxWidth = limit % 11;
     }
-    while (!bytes.atEnd()) {
-        std::vector<std::string> row;
-        for (unsigned i = 0; i != columns && !bytes.atEnd(); ++i) row.push_back(bytes.until('\x1E'));
-        for (const std::string& cell : row) checkText(cell, limit % 23);
-        table.addRow(row);
-    }
+    for (std::size_t i = isTitled ? 1 : 0; i < rows.size(); ++i) table.addRow(rows[i]);
     const std::string built = table.build();
+    require(table.build() == built, "another table the second time:\n", built);
+    const bool isLimited = most > 4 * columns && style != AsciiTableBuilder::StyleMarkdown;
     std::size_t width = SIZE_MAX;
     for (const std::string& line : xoStringUtils::Split(built, '\n')) {
         require(printable(line) == line, "a line that is not printable: ", line);
         const std::size_t ofLine = xoStringUtils::GetDisplayWidth(line);
         if (width == SIZE_MAX) width = ofLine;
-        if (style != AsciiTableBuilder::StylePlain) require(ofLine == width, "lines of several widths:\n", built);
+        require(!isLimited || ofLine <= most, "wider than ", most, ":\n", built);
+        if (style == AsciiTableBuilder::StylePlain)
+            require(line.empty() || line.back() != ' ', "blanks at the end:\n", built);
+        else
+            require(ofLine == width, "lines of several widths:\n", built);
     }
 }
 

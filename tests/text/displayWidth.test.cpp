@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
-#include <vector>
 
-#include "text/displayWidth.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace {
@@ -86,38 +83,6 @@ TEST(DisplayWidth, CutsAtTheEndOrInTheMiddle) {
     EXPECT_EQ(cut("日本語日本語", 6, "…", true), "日…語") << "the start leaves a column, too few for the end";
     EXPECT_EQ(cut("ae\u0301b", 2, ""), "ae\u0301");
     EXPECT_EQ(cut("👩\u200d🔧x", 2, ""), "👩\u200d🔧");
-}
-
-TEST(DisplayWidth, CutsWhateverTheTextIs) {
-    const std::vector<std::string> pieces = {"a",      "1", "日",     "\u0301", "👩",  "\u200d", "🏽",
-                                             "\ufe0f", "🇸", "\u1161", "\u009b", "\n", "\x80",   "\xf0\x9f"};
-    std::mt19937 random(1);
-    for (int round = 0; round < 3000; ++round) {
-        std::string text;
-        for (auto count = random() % 30; count != 0; --count) text += pieces[random() % pieces.size()];
-        SCOPED_TRACE(testing::PrintToString(text));
-
-        std::size_t clusters = 0;
-        for (const char *at = text.data(), *const end = at + text.size(); at != end;) {
-            const xo::text::Cluster cluster = xo::text::nextCluster(at, end);
-            ASSERT_LT(at, cluster.end);
-            ASSERT_LE(cluster.end, end);
-            clusters += cluster.width;
-            at = cluster.end;
-        }
-        ASSERT_EQ(clusters, widthOf(text));
-        const std::string shown = printable(text);
-        ASSERT_EQ(printable(shown), shown);
-
-        const std::size_t columns = random() % 20;
-        const std::string first = cut(text, columns, ""), middle = cut(text, columns, "..", true);
-        ASSERT_LE(widthOf(first), columns);
-        ASSERT_EQ(text.compare(0, first.size(), first), 0);
-        ASSERT_LE(widthOf(middle), columns);
-        if (widthOf(text) > columns && columns >= 2) {
-            ASSERT_GE(widthOf(middle) + 2, columns) << middle;
-        }
-    }
 }
 
 }  // namespace
