@@ -5,6 +5,8 @@
 #include <thread>
 
 #include "fault/faultFixture.h"
+#include "support/heapBlocks.h"
+#include "support/openHandles.h"
 
 #undef __try
 
@@ -16,8 +18,10 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using xo::tests::faultLine;
 using xo::tests::firstLine;
+using xo::tests::heapBlocks;
 using xo::tests::ImportHook;
 using xo::tests::kFaultReport;
+using xo::tests::openHandles;
 using xo::tests::outcomeOf;
 using xo::tests::Reports;
 
@@ -35,38 +39,23 @@ void raiseAndTake(void* code) {
 
 TEST_F(ProcessorFaults, AreNamedByTheirCode) {
     leaveOutTraces();
-    const struct {
-        DWORD code;
-        const char* text;
-    } rows[] = {
-        {0xC0000005, "EXCEPTION_ACCESS_VIOLATION 0xc0000005"},
-        {0x80000002, "EXCEPTION_DATATYPE_MISALIGNMENT 0x80000002"},
-        {0x80000003, "EXCEPTION_BREAKPOINT 0x80000003"},
-        {0x80000004, "EXCEPTION_SINGLE_STEP 0x80000004"},
-        {0xC0000006, "EXCEPTION_IN_PAGE_ERROR 0xc0000006"},
-        {0xC000001D, "EXCEPTION_ILLEGAL_INSTRUCTION 0xc000001d"},
-        {0xC0000025, "EXCEPTION_NONCONTINUABLE_EXCEPTION 0xc0000025"},
-        {0xC0000026, "EXCEPTION_INVALID_DISPOSITION 0xc0000026"},
-        {0xC000008C, "EXCEPTION_ARRAY_BOUNDS_EXCEEDED 0xc000008c"},
-        {0xC000008D, "EXCEPTION_FLT_DENORMAL_OPERAND 0xc000008d"},
-        {0xC000008E, "EXCEPTION_FLT_DIVIDE_BY_ZERO 0xc000008e"},
-        {0xC000008F, "EXCEPTION_FLT_INEXACT_RESULT 0xc000008f"},
-        {0xC0000090, "EXCEPTION_FLT_INVALID_OPERATION 0xc0000090"},
-        {0xC0000091, "EXCEPTION_FLT_OVERFLOW 0xc0000091"},
-        {0xC0000092, "EXCEPTION_FLT_STACK_CHECK 0xc0000092"},
-        {0xC0000093, "EXCEPTION_FLT_UNDERFLOW 0xc0000093"},
-        {0xC0000094, "EXCEPTION_INT_DIVIDE_BY_ZERO 0xc0000094"},
-        {0xC0000095, "EXCEPTION_INT_OVERFLOW 0xc0000095"},
-        {0xC0000096, "EXCEPTION_PRIV_INSTRUCTION 0xc0000096"},
-        {0xC00000FD, "EXCEPTION_STACK_OVERFLOW 0xc00000fd"},
-        {0xE0001234, "Unknown Exception Code 0xe0001234"},
-        {0x00000007, "Unknown Exception Code 0x7"},
+    std::vector<std::pair<DWORD, std::string>> rows = {
+        {0x80000003, "BREAKPOINT"},     {0xC0000092, "FLT_STACK_CHECK"},     {0xC0000026, "INVALID_DISPOSITION"},
+        {0x80000004, "SINGLE_STEP"},    {0xC0000005, "ACCESS_VIOLATION"},    {0xC000008D, "FLT_DENORMAL_OPERAND"},
+        {0xC0000091, "FLT_OVERFLOW"},   {0xC0000096, "PRIV_INSTRUCTION"},    {0x80000002, "DATATYPE_MISALIGNMENT"},
+        {0xC0000095, "INT_OVERFLOW"},   {0xC000008E, "FLT_DIVIDE_BY_ZERO"},  {0xC000008C, "ARRAY_BOUNDS_EXCEEDED"},
+        {0xC0000006, "IN_PAGE_ERROR"},  {0xC000008F, "FLT_INEXACT_RESULT"},  {0xC0000090, "FLT_INVALID_OPERATION"},
+        {0xC0000093, "FLT_UNDERFLOW"},  {0xC0000094, "INT_DIVIDE_BY_ZERO"},  {0xC0000025, "NONCONTINUABLE_EXCEPTION"},
+        {0xC00000FD, "STACK_OVERFLOW"}, {0xC000001D, "ILLEGAL_INSTRUCTION"},
     };
-    for (const auto& row : rows) {
-        DWORD code = row.code;
-        EXPECT_EQ(outcomeOf(&raise, static_cast<void*>(&code)), kOutcome) << row.text;
-        EXPECT_THAT(takeFirstLines(), ElementsAre(faultLine(row.text), kFaultReport));
-        EXPECT_EQ(outcomeOf(&raiseAndTake, static_cast<void*>(&code)), "returned") << row.text;
+    for (auto& row : rows) row.second.insert(0, "EXCEPTION_");
+    for (const DWORD unknown : {0xE0001234u, 7u}) rows.emplace_back(unknown, "Unknown Exception Code");
+    for (auto& [code, name] : rows) {
+        char number[16];
+        std::snprintf(number, sizeof number, " 0x%lx", code);
+        EXPECT_EQ(outcomeOf(&raise, static_cast<void*>(&code)), kOutcome) << name;
+        EXPECT_THAT(takeFirstLines(), ElementsAre(faultLine(name + number), kFaultReport));
+        EXPECT_EQ(outcomeOf(&raiseAndTake, static_cast<void*>(&code)), "returned") << name;
         EXPECT_THAT(takeReports(), testing::IsEmpty()) << "a frame of the client's own has taken it";
     }
 }
@@ -131,9 +120,9 @@ TEST_F(ProcessorFaults, OfTheProcessorItself) {
 // Without an end, which the compiler does not see, and without a loop in place of the calls.
 volatile int lastDepth = -1;
 int recurse(int depth) {
-    volatile char room[256];
-    room[depth % 256] = 1;
-    return depth == lastDepth ? 0 : recurse(depth + 1) + room[0];
+    volatile char frame[256];
+    frame[depth % 256] = 1;
+    return depth == lastDepth ? 0 : recurse(depth + 1) + frame[0];
 }
 void exhaustStack() { lastDepth = recurse(0); }
 
@@ -221,20 +210,6 @@ TEST_F(ProcessorFaults, OfSomeThreadsAtOnceGiveAReportEach) {
     EXPECT_EQ(expected.size(), kThreads);
 }
 
-std::size_t busyBlocks() {
-    std::size_t count = 0;
-    PROCESS_HEAP_ENTRY entry{};
-    while (::HeapWalk(::GetProcessHeap(), &entry)) count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
-    return count;
-}
-
-// The system gives out the lowest number that is free.
-std::uintptr_t lowestFreeHandle() {
-    const HANDLE event = ::CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    ::CloseHandle(event);
-    return reinterpret_cast<std::uintptr_t>(event);
-}
-
 TEST_F(ProcessorFaults, LeaveNothingBehind) {
     const auto faultOften = [&](int times) {
         for (int i = 0; i < times; ++i) {
@@ -246,16 +221,16 @@ TEST_F(ProcessorFaults, LeaveNothingBehind) {
         takeEvents();
     };
     faultOften(1);
-    const std::uintptr_t handle = lowestFreeHandle();
+    const int handles = openHandles();
     faultOften(1);
-    EXPECT_EQ(lowestFreeHandle(), handle);
+    EXPECT_EQ(openHandles(), handles);
     leaveOutTraces();  // Wine's DbgHelp leaves blocks behind each time
     faultOften(10);
-    const std::size_t blocks = busyBlocks();
-    ASSERT_GT(blocks, 100U);
+    const int blocks = heapBlocks();
+    ASSERT_GT(blocks, 100);
     faultOften(300);
-    EXPECT_LT(busyBlocks(), blocks + 50);
-    EXPECT_EQ(lowestFreeHandle(), handle);
+    EXPECT_LT(heapBlocks(), blocks + 50);
+    EXPECT_EQ(openHandles(), handles);
 }
 
 }  // namespace

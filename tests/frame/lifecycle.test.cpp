@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/importHook.h"
+#include "support/logLines.h"
 #include "xoSystem/xoSystem.h"
 
 namespace {
@@ -19,18 +20,7 @@ using xo::initializeXoSystem;
 using xo::IsXoSystemThreadSafe;
 using xo::terminateXoSystem;
 using xo::xoLog;
-
-std::vector<std::string> lines;
-
-// Collects the lines of the present log, and keeps them off the console.
-void collectLines() {
-    xoLog::edit().setEchoToConsole(false);
-    xoLog::edit().installCustomHandler([](const std::string& message, xo::xoLogType type, const std::string&,
-                                          void*) { lines.push_back(std::to_string(type) + " " + message); },
-                                       nullptr);
-}
-
-std::vector<std::string> takeLines() { return std::exchange(lines, {}); }
+using xo::tests::LogLines;
 
 bool isUp() { return xoLog::editPtr() != nullptr && xo::xoStringUtils::GetCLocale() != nullptr; }
 
@@ -101,43 +91,45 @@ TEST(Lifecycle, HasAPoolOfTheThreadsThatCanBeStarted) {
 
 TEST(Lifecycle, KeepsAndFinallyDestroysTheHostsLog) {
     xoLog::createInstance(false);
-    const xoLog* const log = xoLog::editPtr();
-    collectLines();
+    const xoLog* const present = xoLog::editPtr();
+    LogLines log;
+    log.collect();
     xoLog::createInstance(true);
     initializeXoSystem(xo::InitTypeFull);
-    EXPECT_EQ(xoLog::editPtr(), log);
+    EXPECT_EQ(xoLog::editPtr(), present);
     xo::xoLogObject(xo::xoLogInfo) << "kept";
-    EXPECT_THAT(takeLines(), ElementsAre("1 kept")) << "its own locks say nothing either";
+    EXPECT_THAT(log.take(), ElementsAre("1()kept")) << "its own locks say nothing either";
     terminateXoSystem();
     EXPECT_EQ(xoLog::editPtr(), nullptr);
 }
 
 TEST(Lifecycle, WarnsOncePerLockMadeTooEarly) {
     { const xo::xoMutex withoutALog; }
-    const std::string mutexLine = "3 Mutex created before full init of xoSystem";
-    const std::string conditionLine = "3 WaitCondition created before full init of xoSystem";
+    const std::string mutexLine = "3()Mutex created before full init of xoSystem";
+    const std::string conditionLine = "3()WaitCondition created before full init of xoSystem";
     xoLog::createInstance(true);
-    collectLines();
-    EXPECT_THAT(takeLines(), IsEmpty());
+    LogLines log;
+    log.collect();
+    EXPECT_THAT(log.take(), IsEmpty());
 
     { const xo::xoMutex mutex; }
-    EXPECT_THAT(takeLines(), ElementsAre(mutexLine));
+    EXPECT_THAT(log.take(), ElementsAre(mutexLine));
     { const xo::xoMutex2 mutex; }
-    EXPECT_THAT(takeLines(), ElementsAre(mutexLine));
+    EXPECT_THAT(log.take(), ElementsAre(mutexLine));
     { const xo::xoMutexSystem mutex("xo early"); }
-    EXPECT_THAT(takeLines(), ElementsAre(mutexLine));
+    EXPECT_THAT(log.take(), ElementsAre(mutexLine));
     { const xo::xoWaitCondition condition; }
-    EXPECT_THAT(takeLines(), ElementsAre(conditionLine));
+    EXPECT_THAT(log.take(), ElementsAre(conditionLine));
     initializeXoSystem(xo::InitTypeBasic);
     { const xo::xoSemaphore semaphore(1); }
-    EXPECT_THAT(takeLines(), ElementsAre(mutexLine, conditionLine));
+    EXPECT_THAT(log.take(), ElementsAre(mutexLine, conditionLine));
     xoLog::edit().setLogTypeEnabled(xo::xoLogCritical, false);
     { const xo::xoMutex mutex; }
     xoLog::edit().setLogTypeEnabled(xo::xoLogCritical, true);
 
     initializeXoSystem(xo::InitTypeFull);
     { const xo::xoSemaphore semaphore(1); }
-    EXPECT_THAT(takeLines(), IsEmpty());
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST(LibInitCounter, CountsWithoutAFloor) {

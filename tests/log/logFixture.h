@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "xoSystem/xoLog.h"
+#include "support/logLines.h"
 
 namespace xo::tests {
 
@@ -16,23 +16,17 @@ class LogTest : public testing::Test {
 protected:
     LogTest() {
         xoLog::createInstance(false);
-        log().setEchoToConsole(false);
-        log().installCustomHandler(&collect, &mLines);
+        mLines.collect();
     }
     ~LogTest() override { xoLog::destroyInstance(); }
 
     static xoLog& log() { return xoLog::edit(); }
 
     // The lines since the last call, each as "<type>(<qualifier>)<message>".
-    std::vector<std::string> takeLines() { return std::exchange(mLines, {}); }
+    std::vector<std::string> takeLines() { return mLines.take(); }
 
 private:
-    static void collect(const std::string& message, xoLogType type, const std::string& qualifier, void* lines) {
-        static_cast<std::vector<std::string>*>(lines)->push_back(std::to_string(type) + "(" + qualifier + ")" +
-                                                                 message);
-    }
-
-    std::vector<std::string> mLines;
+    LogLines mLines;
 };
 
 }  // namespace xo::tests

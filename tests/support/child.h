@@ -1,4 +1,4 @@
-// A child process of a test: another program of the same folder.
+// A child process of a test: another program in the same folder.
 #ifndef XO_TESTS_CHILD_H
 #define XO_TESTS_CHILD_H
 
@@ -11,7 +11,7 @@ namespace xo::tests {
 
 class Child {
 public:
-    // Starts the program of that name, which lies beside this one, with arguments that hold no quotes.
+    // Starts the program of that name in the folder of this one. The arguments are passed as they are, not quoted.
     explicit Child(const std::wstring& program, const std::wstring& arguments = {}, DWORD creationFlags = 0) {
         wchar_t self[MAX_PATH];
         ::GetModuleFileNameW(nullptr, self, MAX_PATH);
@@ -23,13 +23,13 @@ public:
         if (!::CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, /*bInheritHandles=*/FALSE,
                               creationFlags, nullptr, nullptr, &startup, &information))
             return;
+        const platform::KernelHandle thread(information.hThread);
         mProcess.reset(information.hProcess);
-        ::CloseHandle(information.hThread);
     }
 
     bool isStarted() const { return static_cast<bool>(mProcess); }
 
-    // Waits for the end; the exit code, or -1 when the child did not start or does not end within a minute.
+    // Waits for the end. Returns the exit code, or -1 if the child did not start or does not end within a minute.
     int wait() const {
         DWORD code = 0;
         if (!mProcess || ::WaitForSingleObject(mProcess.get(), 60000) != WAIT_OBJECT_0) return -1;

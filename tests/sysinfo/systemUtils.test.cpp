@@ -1,15 +1,13 @@
 #include "xoSystem/xoSystemUtils.h"
 
-#include <gmock/gmock.h>
-
 #include <set>
 #include <string>
 #include <vector>
 
+#include "log/logFixture.h"
 #include "platform/handle.h"
 #include "sysinfo/mainDisk.h"
 #include "xoSystem/xoDirUtils.h"
-#include "xoSystem/xoLog.h"
 
 #include <objbase.h>
 
@@ -17,28 +15,10 @@ namespace {
 
 using xo::xoSystemUtils;
 
-// The lines of the log, each with its type in front.
-class LogLines {
-public:
-    LogLines() {
-        xo::xoLog::createInstance(false);
-        xo::xoLog::edit().setEchoToConsole(false);
-        xo::xoLog::edit().installCustomHandler(
-            [](const std::string& message, xo::xoLogType type, const std::string&, void* user) {
-                static_cast<std::vector<std::string>*>(user)->push_back(std::to_string(type) + " " + message);
-            },
-            &lines);
-    }
-    ~LogLines() { xo::xoLog::destroyInstance(); }
-    LogLines(const LogLines&) = delete;
-    LogLines& operator=(const LogLines&) = delete;
+using ProcessorCount = xo::tests::LogTest;
 
-    std::vector<std::string> lines;
-};
-
-TEST(ProcessorCount, IsReadFromTheEnvironment) {
+TEST_F(ProcessorCount, IsReadFromTheEnvironment) {
     EXPECT_EQ(xoSystemUtils::GetProcessorCount(), 1u);
-    const LogLines log;
     const struct {
         const wchar_t* value;
         unsigned count;
@@ -49,19 +29,18 @@ TEST(ProcessorCount, IsReadFromTheEnvironment) {
         xoSystemUtils::InitializeSystemUtils();
         EXPECT_EQ(xoSystemUtils::GetProcessorCount(), row.count);
     }
-    EXPECT_THAT(log.lines, testing::IsEmpty());
+    EXPECT_THAT(takeLines(), testing::IsEmpty());
     ::SetEnvironmentVariableW(L"NUMBER_OF_PROCESSORS", L"2");
     EXPECT_EQ(xoSystemUtils::GetProcessorCount(), 0x7FFFFFFFu);  // read once
     xoSystemUtils::TerminateSystemUtils();
     EXPECT_EQ(xoSystemUtils::GetProcessorCount(), 1u);
 }
 
-TEST(ProcessorCount, IsOneWithALineInTheLogWhenItIsMissing) {
-    const LogLines log;
+TEST_F(ProcessorCount, IsOneWithALineInTheLogWhenItIsMissing) {
     ::SetEnvironmentVariableW(L"NUMBER_OF_PROCESSORS", nullptr);
     xoSystemUtils::InitializeSystemUtils();
     EXPECT_EQ(xoSystemUtils::GetProcessorCount(), 1u);
-    EXPECT_THAT(log.lines, testing::ElementsAre("3 Failed to retrieve NUMBER_OF_PROCESSORS"));
+    EXPECT_THAT(takeLines(), testing::ElementsAre("3()Failed to retrieve NUMBER_OF_PROCESSORS"));
 }
 
 // Two sources that know nothing of each other.

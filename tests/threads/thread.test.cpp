@@ -149,15 +149,15 @@ TEST_F(Thread, RunsNothingWhenItsObjectIsGoneBeforeItBegins) {
     const ImportHook wait("xoSystem.dll", "WaitForSingleObject", &letGoAndWait);
     ASSERT_TRUE(resume.isInstalled() && wait.isInstalled());
     Careless().startThread("careless");
-    EXPECT_THAT(mLines, ElementsAre(testing::HasSubstr("before its body began: careless ")));
+    EXPECT_THAT(mLog.take(), ElementsAre(testing::HasSubstr("before its body began: careless ")));
 }
 
 TEST_F(Thread, WarnsWhenItIsMadeTooEarly) {
     xo::terminateXoSystem();
     xo::initializeXoSystem(xo::InitTypeBasic);
-    collectLines();
+    mLog.collect();
     FunctionThread([] {}).startThread();
-    EXPECT_THAT(mLines, ElementsAre("Thread create before full init of xoSystem"));
+    EXPECT_THAT(mLog.take(), ElementsAre("3()Thread create before full init of xoSystem"));
 }
 
 class Updater : public xo::tests::ThreadsTest {

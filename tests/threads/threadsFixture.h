@@ -1,4 +1,4 @@
-// The library fully up for each test, its log collected, and what threads meet on.
+// Full initialisation for each test, the collected lines of the log, and an event that threads meet on.
 #ifndef XO_TESTS_THREADS_THREADSFIXTURE_H
 #define XO_TESTS_THREADS_THREADSFIXTURE_H
 
@@ -14,33 +14,25 @@
 
 #include "platform/handle.h"
 #include "support/importHook.h"
+#include "support/logLines.h"
 #include "xoSystem/xoInit.h"
-#include "xoSystem/xoLog.h"
 #include "xoSystem/xoThread.h"
 
 namespace xo::tests {
 
 inline int exhaustStack(int depth) {
-    volatile char room[1000];
-    room[0] = static_cast<char>(depth);
-    return depth < 0 ? 0 : exhaustStack(depth + 1) + room[0];
+    volatile char frame[1000];
+    frame[0] = static_cast<char>(depth);
+    return depth < 0 ? 0 : exhaustStack(depth + 1) + frame[0];
 }
 
 class ThreadsTest : public testing::Test {
 protected:
     ThreadsTest() {
         initializeXoSystem(InitTypeFull);
-        collectLines();
+        mLog.collect();
     }
     ~ThreadsTest() override { terminateXoSystem(); }
-
-    void collectLines() {
-        const auto collect = [](const std::string& line, xoLogType, const std::string&, void* lines) {
-            static_cast<std::vector<std::string>*>(lines)->push_back(line);
-        };
-        xoLog::edit().setEchoToConsole(false);
-        xoLog::edit().installCustomHandler(collect, &mLines);
-    }
 
     // Calls the test once for each way in which a body can fail, with a body that does, and wants the guard's report.
     void forEachFailure(const std::function<void(const std::function<void()>& fail)>& test) {
@@ -52,14 +44,14 @@ protected:
         };
         for (const auto& [fail, line] : rows) {
             test(fail);
-            EXPECT_THAT(std::exchange(mLines, {}), testing::Contains(testing::HasSubstr(line)));
+            EXPECT_THAT(mLog.take(), testing::Contains(testing::HasSubstr(line)));
         }
     }
 
-    std::vector<std::string> mLines;  // of the log
+    LogLines mLog;
 };
 
-// Stays set once it is. The wait is false after a time in which everything here should have happened.
+// Stays set. wait() returns false after a time in which everything here should have happened.
 class Event {
 public:
     void set() { ::SetEvent(mEvent.get()); }
@@ -69,14 +61,14 @@ private:
     platform::KernelHandle mEvent{::CreateEventW(nullptr, /*bManualReset=*/TRUE, /*bInitialState=*/FALSE, nullptr)};
 };
 
-// For what tells nobody when it happens.
+// Waits for what gives no signal when it happens.
 inline bool becomesTrue(const std::function<bool()>& condition) {
     for (int i = 0; i < 4000; ++i, ::Sleep(5))
         if (condition()) return true;
     return false;
 }
 
-// The system has no threads left, for as long as the object lives.
+// While the object lives, the system starts no threads.
 class NoMoreThreads {
 public:
     bool isInstalled() const { return mHook.isInstalled(); }

@@ -1,51 +1,34 @@
-// Many rounds of everything; what they take from the system they give back.
+// Many rounds of threads, work threads and pools: no handle and no block of memory may be left.
 #include <algorithm>
 
-#include "threadsFixture.h"
+#include "support/heapBlocks.h"
+#include "support/openHandles.h"
+#include "threads/threadsFixture.h"
 #include "xoSystem/xoConcurrentPool.h"
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoWorkThread.h"
 
 namespace {
 
-class Soak : public xo::tests::ThreadsTest {
+class ThreadsSoak : public xo::tests::ThreadsTest {
 protected:
-    // The value of the next handle: Windows gives the lowest free one again and again.
-    static std::uintptr_t nextHandle() {
-        const xo::platform::KernelHandle event(::CreateEventW(nullptr, FALSE, FALSE, nullptr));
-        return reinterpret_cast<std::uintptr_t>(event.get());
-    }
-
-    static int heapBlocks() {
-        HANDLE heaps[64];
-        const DWORD count = ::GetProcessHeaps(64, heaps);
-        int blocks = 0;
-        for (DWORD i = 0; i < count; ++i) {
-            PROCESS_HEAP_ENTRY entry{};
-            ::HeapLock(heaps[i]);
-            while (::HeapWalk(heaps[i], &entry)) blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
-            ::HeapUnlock(heaps[i]);
-        }
-        return blocks;
-    }
-
-    // Warms up, then wants the same handles and blocks after many rounds as before.
+    // Fails unless the rounds after the first ones leave the numbers of handles and blocks as they were.
     static void repeat(int rounds, const std::function<void()>& round) {
         for (int i = 0; i < 50; ++i) round();
-        const std::uintptr_t handle = nextHandle();
-        // A leak grows in both halves; another thread of the library that only now comes up counts in one.
+        const int handles = xo::tests::openHandles();
+        // A leak grows in both halves. A thread of the library that starts only now counts in one.
         int growth[2];
         for (int& grown : growth) {
-            const int blocks = heapBlocks();
+            const int blocks = xo::tests::heapBlocks();
             for (int i = 0; i < rounds / 2; ++i) round();
-            grown = heapBlocks() - blocks;
+            grown = xo::tests::heapBlocks() - blocks;
         }
-        EXPECT_EQ(nextHandle(), handle);
+        EXPECT_EQ(xo::tests::openHandles(), handles);
         EXPECT_LE((std::min)(growth[0], growth[1]), 20) << "in " << rounds << " rounds";
     }
 };
 
-TEST_F(Soak, Threads) {
+TEST_F(ThreadsSoak, Threads) {
     int runs = 0;
     xo::tests::FunctionThread again([&] { ++runs; });
     repeat(2000, [&] {
@@ -56,7 +39,7 @@ TEST_F(Soak, Threads) {
     EXPECT_EQ(runs, 2300);
 }
 
-TEST_F(Soak, WorkThreadAndSemaphore) {
+TEST_F(ThreadsSoak, WorkThreadAndSemaphore) {
     struct Counter final : xo::xoWorkThread {
         ~Counter() override {
             msleep(20);  // asleep by then
@@ -75,7 +58,7 @@ TEST_F(Soak, WorkThreadAndSemaphore) {
     });
 }
 
-TEST_F(Soak, Pool) {
+TEST_F(ThreadsSoak, Pool) {
     struct Task final : xo::ConcurrentPool::SolverBase {
         void solve(xo::xoMutex*, xo::xoWaitCondition*) override { ++count; }
         int count = 0;
