@@ -43,8 +43,8 @@ std::string printByReusedStream(std::ostringstream& stream, Number value) {
 
 template <class Number, class... Format>
 std::string printByToChars(Number value, Format... format) {
-    char room[32];
-    return {room, std::to_chars(room, std::end(room), value, format...).ptr};
+    char buffer[32];
+    return {buffer, std::to_chars(buffer, std::end(buffer), value, format...).ptr};
 }
 
 template <class Number>

@@ -213,14 +213,14 @@ void measureInFile(Suite& suite, Records& records, int order) {
     std::filesystem::create_directories(folder);
     const auto ourPath = folder / L"ours.bin", peerPath = folder / L"cereal.bin", rawPath = folder / L"raw.bin";
     std::vector<char> raw(kRecords * kBytesPerRecord);
-    std::vector<char> room(64 * 1024);  // the runtime's own buffer of 512 bytes would be what is measured
+    std::vector<char> buffer(64 * 1024);  // the runtime's own buffer of 512 bytes would be what is measured
     const auto openOut = [&](std::ofstream& file, const std::filesystem::path& path) -> std::ofstream& {
-        file.rdbuf()->pubsetbuf(room.data(), static_cast<std::streamsize>(room.size()));
+        file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         file.open(path, std::ios::binary);
         return file;
     };
     const auto openIn = [&](std::ifstream& file, const std::filesystem::path& path) -> std::ifstream& {
-        file.rdbuf()->pubsetbuf(room.data(), static_cast<std::streamsize>(room.size()));
+        file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         file.open(path, std::ios::binary);
         return file;
     };

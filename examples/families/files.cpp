@@ -36,7 +36,7 @@ bool save(const std::string& path, const std::string& text, std::string& error) 
     }
     const std::string half = Files::GetTempFileUtf8(folder, "new");
     if (!write(half, text)) {
-        error = "no room for " + half;
+        error = "no space for " + half;
         return false;
     }
     return Files::RenameFileUtf8(half, path, &error);
@@ -54,7 +54,7 @@ int main() {
     Files::GetFileInfoUtf8(path, info);
     std::cout << info.path << ": " << info.size << " bytes\n"
               << "on disk: " << Files::GetActualPathNameUtf8("\xC3\xA5r/2020/REPORT.TXT") << '\n'
-              << "room left: " << (Files::GetAvailableDiskSizeUtf8(path, error) > 0 ? "yes" : "no") << '\n';
+              << "space left: " << (Files::GetAvailableDiskSizeUtf8(path, error) > 0 ? "yes" : "no") << '\n';
 
     // The whole folder, with a notifier that could also cancel it.
     xo::xoProgressNotifier progress;

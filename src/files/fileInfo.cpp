@@ -1,4 +1,4 @@
-// What is there, how big, how old; and how much room is left.
+// What a path names, its size and times; and the free space of a disk.
 #include <algorithm>
 #include <utility>
 

@@ -10,7 +10,7 @@
 namespace xo {
 namespace {
 
-constexpr DWORD kTempPathRoom = 2048;
+constexpr DWORD kTempPathCapacity = 2048;
 constexpr DWORD kLongestTempPath = 260;
 
 std::string knownFolder(int id) {
@@ -20,8 +20,8 @@ std::string knownFolder(int id) {
 }
 
 std::wstring systemTempFolder() {
-    wchar_t path[kTempPathRoom];
-    const DWORD length = ::GetTempPathW(kTempPathRoom, path);
+    wchar_t path[kTempPathCapacity];
+    const DWORD length = ::GetTempPathW(kTempPathCapacity, path);
     if (length == 0 || length > kLongestTempPath) return {};
     return {path, length};
 }

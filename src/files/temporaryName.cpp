@@ -73,12 +73,12 @@ struct TemporaryFile {
 
     // The path for a number, ending in ".tmp".
     std::wstring name(UINT number) const {
-        wchar_t room[MAX_PATH];
-        if (folder.size() <= kLongestFolder && ::GetTempFileNameW(folder.c_str(), prefix.c_str(), number, room) != 0)
-            return room;
-        ::swprintf_s(room, L"%x.tmp", number);
+        wchar_t buffer[MAX_PATH];
+        if (folder.size() <= kLongestFolder && ::GetTempFileNameW(folder.c_str(), prefix.c_str(), number, buffer) != 0)
+            return buffer;
+        ::swprintf_s(buffer, L"%x.tmp", number);
         const bool separated = !folder.empty() && files::isSeparator(folder.back());
-        return folder + (separated ? L"" : L"\\") + prefix + room;
+        return folder + (separated ? L"" : L"\\") + prefix + buffer;
     }
 
 private:

@@ -137,7 +137,7 @@ void xoLogObject::appendUnsigned(std::uint64_t value) {
 }
 
 void xoLogObject::appendReal(double value) {
-    char digits[text::kRealRoom];
+    char digits[text::kRealCapacity];
     append({digits, static_cast<std::size_t>(text::printReal(digits, value) - digits)});
 }
 

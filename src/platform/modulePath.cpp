@@ -5,12 +5,12 @@ namespace xo::platform {
 std::wstring modulePath(HMODULE module) {
     constexpr std::size_t kLongestPath = 32768;  // its end included
     std::wstring path;
-    for (std::size_t room = MAX_PATH; room < 2 * kLongestPath; room *= 2) {
-        path.resize(room);
-        // A path that does not fit is cut to the room, not refused.
-        const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(room));
+    for (std::size_t capacity = MAX_PATH; capacity < 2 * kLongestPath; capacity *= 2) {
+        path.resize(capacity);
+        // A path that does not fit is cut to the capacity, not refused.
+        const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(capacity));
         path.resize(length);
-        if (length < room) return path;
+        if (length < capacity) return path;
     }
     return {};
 }

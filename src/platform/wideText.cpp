@@ -8,7 +8,7 @@
 namespace xo::platform {
 namespace {
 
-// Directories need room for an 8.3 name below MAX_PATH, so their limit is the one that always holds.
+// CreateDirectoryW leaves space for an 8.3 name below MAX_PATH, so its limit is the lowest one.
 constexpr std::size_t kShortPathLimit = MAX_PATH - 12;
 
 bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)()); }
@@ -27,9 +27,9 @@ std::string narrow(UINT codePage, std::wstring_view wide) {
     std::string text;
     if (wide.empty() || !fitsInt(wide.size())) return text;
     const int size = static_cast<int>(wide.size());
-    const int room = ::WideCharToMultiByte(codePage, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
-    text.resize(static_cast<std::size_t>(room));
-    ::WideCharToMultiByte(codePage, 0, wide.data(), size, text.data(), room, nullptr, nullptr);
+    const int length = ::WideCharToMultiByte(codePage, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
+    text.resize(static_cast<std::size_t>(length));
+    ::WideCharToMultiByte(codePage, 0, wide.data(), size, text.data(), length, nullptr, nullptr);
     return text;
 }
 

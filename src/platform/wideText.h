@@ -1,5 +1,5 @@
 // The library's own conversions at the border to Windows. They convert a text whole, whatever its length or content;
-// the public ones of xoStringUtils keep a fixed output room.
+// the public ones of xoStringUtils have an output buffer of a fixed size.
 #ifndef XO_PLATFORM_WIDETEXT_H
 #define XO_PLATFORM_WIDETEXT_H
 
@@ -14,7 +14,7 @@ std::wstring toWide(std::string_view utf8);
 // UTF-16 to UTF-8. Each lone surrogate becomes U+FFFD; NULs are kept. Empty for a text beyond 2 GB.
 std::string toUtf8(std::wstring_view wide);
 
-// Appends what toUtf8 gives, in the room that the text has already if it is enough. Nothing for a text beyond 1 GB.
+// Appends what toUtf8 gives, without an allocation if the text has the capacity. Nothing for a text beyond 1 GB.
 void appendUtf8(std::string& text, std::wstring_view wide);
 
 // UTF-8 to the process's ANSI code page; what that page lacks becomes its default character. Cut, at a character, to at
@@ -35,7 +35,7 @@ std::wstring toApiPath(std::wstring path);
 // a path that names nothing.
 std::wstring toExtendedPath(const std::wstring& path);
 
-// Calls fill(buffer, size) as the "returns the length, or the room needed" functions want it (GetFullPathNameW,
+// Calls fill(buffer, size) as the "returns the length, or the size needed" functions want it (GetFullPathNameW,
 // GetCurrentDirectoryW, GetTempPathW, GetEnvironmentVariableW) until the text fits. Empty when the call fails.
 template <class Fill>
 std::wstring readWide(Fill&& fill) {
@@ -43,7 +43,7 @@ std::wstring readWide(Fill&& fill) {
     for (;;) {
         const auto length = fill(text.data(), static_cast<unsigned long>(text.size()));
         const bool fits = length < text.size();
-        text.resize(length);  // either the text's length, or the room that the next round needs
+        text.resize(length);  // either the text's length, or the size that the next round needs
         if (fits || text.empty()) return text;
     }
 }

@@ -75,7 +75,7 @@ xoCsvStream& xoCsvStream::operator<<(float value) { return *this << static_cast<
 
 xoCsvStream& xoCsvStream::operator<<(double value) {
     constexpr int kDigits = 3;
-    char text[text::kRealRoom];
+    char text[text::kRealCapacity];
     writeCell(text, static_cast<std::size_t>(text::printReal(text, value, kDigits) - text));
     return *this;
 }

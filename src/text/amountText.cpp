@@ -88,12 +88,12 @@ int floorOfThird(int exponent) { return exponent >= 0 ? exponent / 3 : -((2 - ex
 
 std::string xoMathUtils::printBytes(std::uint64_t bytes, bool isNegative, xoByteUnit unit, int digits) {
     const std::uint64_t base = unit == ByteUnitDecimal ? 1000 : 1024;
-    char room[64];
-    char* out = room;
+    char buffer[64];
+    char* out = buffer;
     if (isNegative) *out++ = '-';
     if (bytes < base) {
-        out = append(std::to_chars(out, std::end(room), bytes).ptr, " B");
-        return {room, out};
+        out = append(std::to_chars(out, std::end(buffer), bytes).ptr, " B");
+        return {buffer, out};
     }
     constexpr std::string_view kPrefixes = "KMGTPE";
     std::uint64_t divisor = base;
@@ -107,25 +107,25 @@ std::string xoMathUtils::printBytes(std::uint64_t bytes, bool isNegative, xoByte
         ++prefix;
         number = divide(bytes, divisor * base, withinDigits(digits));
     }
-    out = printFixed(out, std::end(room), number);
+    out = printFixed(out, std::end(buffer), number);
     *out++ = ' ';
     *out++ = prefix == 0 && unit == ByteUnitDecimal ? 'k' : kPrefixes[prefix];
     if (unit != ByteUnitDecimal && unit != ByteUnitWindows) *out++ = 'i';
     *out++ = 'B';
-    return {room, out};
+    return {buffer, out};
 }
 
 std::string xoMathUtils::printCount(std::uint64_t value, bool isNegative, char separator) {
     char digits[20];
     const char* const end = std::to_chars(digits, std::end(digits), value).ptr;
-    char room[32];
-    char* out = room;
+    char buffer[32];
+    char* out = buffer;
     if (isNegative) *out++ = '-';
     for (const char* at = digits; at != end; ++at) {
         if (separator != '\0' && at != digits && (end - at) % 3 == 0) *out++ = separator;
         *out++ = *at;
     }
-    return {room, out};
+    return {buffer, out};
 }
 
 char* text::printWithPrefix(char* out, double value, int digits, int leastPrefix, int mostPrefix, int& prefix) {
@@ -149,8 +149,8 @@ char* text::printWithPrefix(char* out, double value, int digits, int leastPrefix
 std::string xoMathUtils::SiToText(double value, std::string_view unit, int digits) {
     std::string notFinite;
     if (printNotFinite(value, unit, notFinite)) return notFinite;
-    char room[text::kPlainRoom];
-    char* out = room;
+    char buffer[text::kPlainCapacity];
+    char* out = buffer;
     int prefix = 0;
     if (value == 0) {
         *out++ = '0';
@@ -159,21 +159,21 @@ std::string xoMathUtils::SiToText(double value, std::string_view unit, int digit
         out = text::printWithPrefix(out, std::fabs(value), withinDigits(digits), text::kLeastPrefix, text::kMostPrefix,
                                     prefix);
     }
-    return withUnit(room, out, text::kPrefixes[prefix - text::kLeastPrefix], unit);
+    return withUnit(buffer, out, text::kPrefixes[prefix - text::kLeastPrefix], unit);
 }
 
 std::string xoMathUtils::PercentToText(double fraction, int decimals) {
     std::string text;
     if (printNotFinite(fraction, "%", text)) return text;
     decimals = (std::max)(0, (std::min)(decimals, kMostDigits));
-    char room[text::kPlainRoom];
+    char buffer[text::kPlainCapacity];
     // The point moves by two places, which is exact.
     char* const end =
-        std::to_chars(room, std::end(room), std::fabs(fraction), std::chars_format::fixed, decimals + 2).ptr;
-    char* const point = std::find(room, end, '.');
+        std::to_chars(buffer, std::end(buffer), std::fabs(fraction), std::chars_format::fixed, decimals + 2).ptr;
+    char* const point = std::find(buffer, end, '.');
     std::memmove(point, point + 1, 2);
     point[2] = '.';
-    char* begin = room;
+    char* begin = buffer;
     while (begin != point + 1 && *begin == '0') ++begin;
     char* const last = decimals == 0 ? point + 2 : end;
     const bool isZero = std::all_of(begin, last, [](char c) { return c == '0' || c == '.'; });
@@ -187,12 +187,12 @@ std::string xoMathUtils::SignificantToText(double value, int digits) {
     if (value == 0) return "0";
     Digits number;
     text::roundToDigits(std::fabs(value), withinDigits(digits), number);
-    char room[text::kPlainRoom];
-    char* out = room;
+    char buffer[text::kPlainCapacity];
+    char* out = buffer;
     if (value < 0) *out++ = '-';
     const bool isPlain = number.exponent >= -5 && number.exponent < 15;
     out = isPlain ? text::printPlain(out, number) : text::printScientific(out, number);
-    return {room, out};
+    return {buffer, out};
 }
 
 namespace {
@@ -201,18 +201,18 @@ template <class Real>
 std::string printShortest(Real value) {
     std::string notFinite;
     if (printNotFinite(static_cast<double>(value), {}, notFinite)) return notFinite;
-    char room[64];
-    char* out = room;
+    char buffer[64];
+    char* out = buffer;
     if (std::signbit(value)) *out++ = '-';
     if (value == 0) {
         *out++ = '0';
-        return {room, out};
+        return {buffer, out};
     }
     Digits number;
     text::shortestDigits(std::fabs(value), number);
     const bool isPlain = number.exponent >= -4 && number.exponent < 16;
     out = isPlain ? text::printPlain(out, number) : text::printScientific(out, number);
-    return {room, out};
+    return {buffer, out};
 }
 
 }  // namespace

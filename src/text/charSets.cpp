@@ -32,10 +32,10 @@ bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::n
 
 template <UINT codePage>
 std::wstring widen(const std::string& text) {
-    const std::size_t room = text.size() + 1;
-    if (!fitsInt(room)) return failed<std::wstring>(kWideningFailed);
-    std::wstring wide(room, L'\0');
-    const int count = ::MultiByteToWideChar(codePage, 0, text.c_str(), -1, wide.data(), static_cast<int>(room));
+    const std::size_t capacity = text.size() + 1;
+    if (!fitsInt(capacity)) return failed<std::wstring>(kWideningFailed);
+    std::wstring wide(capacity, L'\0');
+    const int count = ::MultiByteToWideChar(codePage, 0, text.c_str(), -1, wide.data(), static_cast<int>(capacity));
     if (count == 0) return failed<std::wstring>(kWideningFailed);
     cutAtNul(wide, count);
     return wide;
@@ -43,11 +43,11 @@ std::wstring widen(const std::string& text) {
 
 template <UINT codePage>
 std::string narrow(const std::wstring& text) {
-    const std::size_t room = 2 * text.size() + 1;
-    if (!fitsInt(room)) return failed<std::string>(kNarrowingFailed);
-    std::string narrowed(room, '\0');
-    const int count =
-        ::WideCharToMultiByte(codePage, 0, text.c_str(), -1, narrowed.data(), static_cast<int>(room), nullptr, nullptr);
+    const std::size_t capacity = 2 * text.size() + 1;
+    if (!fitsInt(capacity)) return failed<std::string>(kNarrowingFailed);
+    std::string narrowed(capacity, '\0');
+    const int count = ::WideCharToMultiByte(codePage, 0, text.c_str(), -1, narrowed.data(), static_cast<int>(capacity),
+                                            nullptr, nullptr);
     if (count == 0) return failed<std::string>(kNarrowingFailed);
     cutAtNul(narrowed, count);
     return narrowed;

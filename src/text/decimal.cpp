@@ -110,9 +110,9 @@ bool takeDecimal(std::string_view& text, DecimalText& number) {
 }
 
 bool toReal(const DecimalText& number, int exponent, double& value) {
-    char room[64];
+    char local[64];
     std::string longer;
-    char* text = room;
+    char* text = local;
     // Zeros in front count as no digits, those of a fraction as a smaller exponent.
     std::string_view whole = number.whole;
     std::string_view fraction = number.fraction;
@@ -147,7 +147,7 @@ bool toReal(const DecimalText& number, int exponent, double& value) {
 
     std::string buffer;
     const std::size_t needed = whole.size() + fraction.size() + 26;  // "0.", "e" and the exponent
-    if (needed > sizeof room) {
+    if (needed > sizeof local) {
         buffer.resize(needed);
         text = buffer.data();
     }

@@ -23,9 +23,9 @@ void roundToDigits(double value, int count, Digits& digits);
 template <class Real>
 void shortestDigits(Real value, Digits& digits);
 
-// Writes 0.0012, 12.3 or 1200, and returns the end. kPlainRoom bytes fit any double; digits in front of the point that
-// there are none of are zeros.
-constexpr int kPlainRoom = 1024;
+// Writes 0.0012, 12.3 or 1200, and returns the end. kPlainCapacity bytes fit any double; digits in front of the point
+// that there are none of are zeros.
+constexpr int kPlainCapacity = 1024;
 char* printPlain(char* out, const Digits& digits);
 
 // Writes 1.2e-05.

@@ -26,20 +26,20 @@ bool isContinuation(unsigned byte) { return (byte & 0xC0) == 0x80; }
 // sequences, surrogates and values beyond U+10FFFF.
 CodePoint decodeLong(const char* at, const char* end) {
     constexpr CodePoint broken{kBroken, 1};
-    const std::ptrdiff_t room = end - at;
+    const std::ptrdiff_t left = end - at;
     const unsigned lead = byteAt(at);
-    if (lead < 0xC2 || lead > 0xF4 || room < 2) return broken;
+    if (lead < 0xC2 || lead > 0xF4 || left < 2) return broken;
     const unsigned second = byteAt(at + 1);
     if (!isContinuation(second)) return broken;
     if (lead < 0xE0) return {(lead & 0x1F) << 6 | (second & 0x3F), 2};
 
-    if (room < 3 || !isContinuation(byteAt(at + 2))) return broken;
+    if (left < 3 || !isContinuation(byteAt(at + 2))) return broken;
     const unsigned third = byteAt(at + 2) & 0x3F;
     if (lead < 0xF0) {
         if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second >= 0xA0)) return broken;
         return {(lead & 0x0F) << 12 | (second & 0x3F) << 6 | third, 3};
     }
-    if (room < 4 || !isContinuation(byteAt(at + 3))) return broken;
+    if (left < 4 || !isContinuation(byteAt(at + 3))) return broken;
     if ((lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second >= 0x90)) return broken;
     return {(lead & 0x07) << 18 | (second & 0x3F) << 12 | third << 6 | (byteAt(at + 3) & 0x3F), 4};
 }
@@ -241,13 +241,13 @@ void cutToWidth(std::string& text, std::size_t columns, std::string_view mark, b
     if (width <= columns) return;
     const std::size_t markWidth = displayWidth(mark);
     if (markWidth > columns) mark = {};
-    const std::size_t room = columns - (mark.empty() ? 0 : markWidth);
+    const std::size_t available = columns - (mark.empty() ? 0 : markWidth);
 
-    const std::string_view start = fittingStart(text, inMiddle ? room / 2 : room);
+    const std::string_view start = fittingStart(text, inMiddle ? available / 2 : available);
     const std::string_view rest = std::string_view(text).substr(start.size());
     const std::size_t startWidth = displayWidth(start);
     const std::string_view last =
-        inMiddle ? fittingEnd(rest, width - startWidth, room - startWidth) : std::string_view();
+        inMiddle ? fittingEnd(rest, width - startWidth, available - startWidth) : std::string_view();
     std::string cut;
     cut.reserve(start.size() + mark.size() + last.size());
     cut.append(start).append(mark).append(last);

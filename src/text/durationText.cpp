@@ -79,10 +79,10 @@ std::string xoMathUtils::DurationToText(double seconds) {
     if (std::isnan(seconds)) return "nan s";
     if (std::isinf(seconds)) return seconds < 0 ? "-inf s" : "inf s";
     if (seconds == 0) return "0 s";
-    char room[text::kPlainRoom];
-    char* out = room;
+    char buffer[text::kPlainCapacity];
+    char* out = buffer;
     if (seconds < 0) *out++ = '-';
-    return {room, printDuration(out, std::end(room), std::fabs(seconds))};
+    return {buffer, printDuration(out, std::end(buffer), std::fabs(seconds))};
 }
 
 std::string xoMathUtils::DurationToClock(double seconds, int decimals) {
@@ -92,7 +92,7 @@ std::string xoMathUtils::DurationToClock(double seconds, int decimals) {
     decimals = decimals < 0 ? 0 : decimals > kMostDecimals ? kMostDecimals : decimals;
 
     // Rounded as a text, which is exact: the fraction is taken from there.
-    char rounded[text::kPlainRoom];
+    char rounded[text::kPlainCapacity];
     const double magnitude = std::fabs(seconds);
     const char* const end =
         std::to_chars(rounded, std::end(rounded), magnitude, std::chars_format::fixed, decimals).ptr;
@@ -107,13 +107,13 @@ std::string xoMathUtils::DurationToClock(double seconds, int decimals) {
     const double hours = std::round((whole - inHour) / kHour);
     const auto minutes = static_cast<unsigned>(inHour / kMinute);
 
-    char room[text::kPlainRoom];
-    char* out = room;
+    char buffer[text::kPlainCapacity];
+    char* out = buffer;
     bool isZero = whole == 0;
     for (const char* at = fraction; at != end; ++at) isZero = isZero && (*at == '0' || *at == '.');
     if (seconds < 0 && !isZero) *out++ = '-';
     if (hours != 0) {
-        out = printWhole(out, std::end(room), hours);
+        out = printWhole(out, std::end(buffer), hours);
         *out++ = ':';
         out = printTwo(out, minutes);
     } else {
@@ -121,7 +121,7 @@ std::string xoMathUtils::DurationToClock(double seconds, int decimals) {
     }
     *out++ = ':';
     out = printTwo(out, static_cast<unsigned>(inHour) % 60);
-    return {room, append(out, {fraction, static_cast<std::size_t>(end - fraction)})};
+    return {buffer, append(out, {fraction, static_cast<std::size_t>(end - fraction)})};
 }
 
 }  // namespace xo

@@ -30,9 +30,9 @@ Fraction nearestFraction(double value, std::int64_t maxDenominator) {
     while (divisor > 0.0) {
         const double remainder = std::fmod(dividend, divisor);
         const double quotient = std::round((dividend - remainder) / divisor);
-        const std::int64_t room = (maxDenominator - previous.denominator) / current.denominator;
-        const bool fits = quotient <= static_cast<double>(room);
-        const std::int64_t steps = fits ? static_cast<std::int64_t>(quotient) : room;
+        const std::int64_t mostSteps = (maxDenominator - previous.denominator) / current.denominator;
+        const bool fits = quotient <= static_cast<double>(mostSteps);
+        const std::int64_t steps = fits ? static_cast<std::int64_t>(quotient) : mostSteps;
         const Fraction next{previous.numerator + steps * current.numerator,
                             previous.denominator + steps * current.denominator};
         if (!fits) {  // the last step in part: nearer than the step before, or not

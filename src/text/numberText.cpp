@@ -107,7 +107,7 @@ bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
     return true;
 }
 
-// Copies kSpan bytes whatever the count: that needs no call, and the room for any value holds them.
+// Copies kSpan bytes whatever the count: that needs no call, and every buffer for a value has them.
 char* append(char* out, const char* text, int count) {
     std::memcpy(out, text, kSpan);
     return out + count;
@@ -193,14 +193,14 @@ bool roundShortly(double value, int count, char* digits, int& exponent) {
     return true;
 }
 
-char* printReal(char* out, double value, int precision, int room) {
+char* printReal(char* out, double value, int precision, int capacity) {
     Rounded rounded{};
     if (roundQuickly(std::fabs(value), precision, rounded)) {
         if (value < 0) *out++ = '-';
         return printRounded(out, rounded, precision);
     }
     if (std::isnan(value)) value = std::fabs(value);  // its sign means nothing, and a stream prints none
-    return std::to_chars(out, out + room, value, std::chars_format::general, precision).ptr;
+    return std::to_chars(out, out + capacity, value, std::chars_format::general, precision).ptr;
 }
 
 }  // namespace xo::text

@@ -28,10 +28,10 @@ inline bool parseReal(std::string_view text, double& value) {
 }
 
 // Writes the value as a stream with the given precision does by default ("%g"): 0.1, 1e+20, inf, nan. Returns the end.
-// kRealRoom bytes fit any value of up to 17 digits; each digit more wants one byte more. All of the room may be
-// written.
-constexpr int kRealRoom = 32;
-char* printReal(char* out, double value, int precision = 6, int room = kRealRoom);
+// kRealCapacity bytes fit any value of up to 17 digits; each further digit needs one byte more. All of the buffer may
+// be written to.
+constexpr int kRealCapacity = 32;
+char* printReal(char* out, double value, int precision = 6, int capacity = kRealCapacity);
 
 // Writes that many digits, without a point, of a positive finite value rounded to them, and the power of ten that the
 // first of them stands for. False, where more than a multiplication is needed: for many digits, for values far from 1

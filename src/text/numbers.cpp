@@ -37,10 +37,10 @@ std::string xoStringUtils::fromFloat(float value, int precision) {
 
 std::string xoStringUtils::fromFloat(double value, int precision) {
     constexpr int kMostDigits = 767;  // of any double; more precision changes nothing
-    constexpr int kRoom = text::kRealRoom + kMostDigits;
-    char text[kRoom];
+    constexpr int kCapacity = text::kRealCapacity + kMostDigits;
+    char text[kCapacity];
     const int digits = precision < 0 ? 6 : (std::min)(precision, kMostDigits);
-    return {text, text::printReal(text, value, digits, kRoom)};
+    return {text, text::printReal(text, value, digits, kCapacity)};
 }
 
 std::string xoStringUtils::roundNumber(double value, unsigned char digits, char decimalPoint, bool keepZeros,
@@ -48,9 +48,9 @@ std::string xoStringUtils::roundNumber(double value, unsigned char digits, char 
     if (std::isnan(value)) return "nan";
     if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
 
-    char room[std::numeric_limits<double>::max_exponent10 + std::numeric_limits<unsigned char>::max() + 2];
-    const auto result = std::to_chars(room, std::end(room), std::fabs(value), std::chars_format::fixed, digits);
-    std::string text(room, result.ptr);
+    char buffer[std::numeric_limits<double>::max_exponent10 + std::numeric_limits<unsigned char>::max() + 2];
+    const auto result = std::to_chars(buffer, std::end(buffer), std::fabs(value), std::chars_format::fixed, digits);
+    std::string text(buffer, result.ptr);
     const std::size_t point = (std::min)(text.find('.'), text.size());
     const bool negative = std::signbit(value) && text.find_first_not_of("0.") != std::string::npos;
     if (point != text.size()) {

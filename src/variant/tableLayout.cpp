@@ -182,15 +182,15 @@ private:
         if (mContent.maxWidth == 0) return;
 
         constexpr std::size_t kLeastBesideNumbers = 3;
-        const std::size_t room = mContent.maxWidth > frameWidth() ? mContent.maxWidth - frameWidth() : 0;
-        limitWidths(room, kLeastBesideNumbers, [](const Place& place) { return !place.isNumeric; });
-        limitWidths(room, 1, [](const Place&) { return true; });
+        const std::size_t available = mContent.maxWidth > frameWidth() ? mContent.maxWidth - frameWidth() : 0;
+        limitWidths(available, kLeastBesideNumbers, [](const Place& place) { return !place.isNumeric; });
+        limitWidths(available, 1, [](const Place&) { return true; });
     }
 
     // Brings the widest of the chosen columns to one common width, the greatest from least up with which all columns
-    // together take no more than the room, or least.
+    // together take no more than that, or least.
     template <class Choice>
-    void limitWidths(std::size_t room, std::size_t least, Choice isChosen) {
+    void limitWidths(std::size_t available, std::size_t least, Choice isChosen) {
         std::vector<std::size_t> widths;
         std::size_t others = 0;
         for (const Place& place : mPlaces) {
@@ -204,8 +204,8 @@ private:
         std::size_t narrow = others;  // the columns that keep their widths, and all others
         for (std::size_t i = 0; i != widths.size(); ++i) {
             const std::size_t wide = widths.size() - i;
-            if (narrow + widths[i] * wide > room) {
-                const std::size_t common = (std::max)(least, room > narrow ? (room - narrow) / wide : 0);
+            if (narrow + widths[i] * wide > available) {
+                const std::size_t common = (std::max)(least, available > narrow ? (available - narrow) / wide : 0);
                 for (Place& place : mPlaces)
                     if (isChosen(place)) place.width = (std::min)(place.width, common);
                 return;

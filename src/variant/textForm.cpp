@@ -14,7 +14,7 @@ void appendInteger(std::string& out, std::int64_t value) {
 }
 
 void appendReal(std::string& out, double value) {
-    char digits[text::kRealRoom];
+    char digits[text::kRealCapacity];
     out.append(digits, text::printReal(digits, value));
 }
 

@@ -253,9 +253,9 @@ TEST_F(FolderWalk, BearsChangesOnItsWay) {
 }
 
 // Shows a folder by a name that is no valid UTF-16, under which alone it can be opened.
-BOOL WINAPI listBroken(HANDLE folder, FILE_INFO_BY_HANDLE_CLASS kind, void* room, DWORD size) {
-    if (!ImportHook::behind(&listBroken)(folder, kind, room, size)) return FALSE;
-    for (auto* at = static_cast<std::byte*>(room);;) {
+BOOL WINAPI listBroken(HANDLE folder, FILE_INFO_BY_HANDLE_CLASS kind, void* buffer, DWORD size) {
+    if (!ImportHook::behind(&listBroken)(folder, kind, buffer, size)) return FALSE;
+    for (auto* at = static_cast<std::byte*>(buffer);;) {
         auto& info = *reinterpret_cast<FILE_FULL_DIR_INFO*>(at);
         if (info.FileName[0] == L'd') info.FileName[2] = 0xD83D;
         if (info.NextEntryOffset == 0) return TRUE;

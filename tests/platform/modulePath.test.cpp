@@ -9,9 +9,9 @@ namespace {
 std::wstring installed;
 
 // Cuts a path that does not fit, and tells it by nothing but the length.
-DWORD WINAPI tellInstalled(HMODULE, wchar_t* room, DWORD size) {
-    const std::size_t length = installed.copy(room, size);
-    if (length < size) room[length] = L'\0';
+DWORD WINAPI tellInstalled(HMODULE, wchar_t* buffer, DWORD size) {
+    const std::size_t length = installed.copy(buffer, size);
+    if (length < size) buffer[length] = L'\0';
     return static_cast<DWORD>(length);
 }
 

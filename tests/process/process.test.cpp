@@ -191,9 +191,9 @@ TEST_F(Process, GetsEachArgumentThroughItsOwnSplitter) {
     EXPECT_EQ(run(texts), 0);
     EXPECT_EQ(mFolder.read("result"), expected);
 
-    const std::size_t room = 32766 - mHelper.size() - std::string("\"\" \"exit\" \"3\" \"\"").size();
-    EXPECT_EQ(run({"exit", "3", std::string(room, 'x')}), 3);
-    EXPECT_EQ(run({"exit", "3", std::string(room + 1, 'x')}), -1);
+    const std::size_t longest = 32766 - mHelper.size() - std::string("\"\" \"exit\" \"3\" \"\"").size();
+    EXPECT_EQ(run({"exit", "3", std::string(longest, 'x')}), 3);
+    EXPECT_EQ(run({"exit", "3", std::string(longest + 1, 'x')}), -1);
     EXPECT_THAT(takeLines(), ElementsAre("0()Process not started, error 206 : " + mHelper));
     for (const std::string& bad : Texts{{"a\0b", 3}, "\xFF"}) EXPECT_EQ(run({"exit", "3", bad}), -1);
 }
@@ -227,11 +227,16 @@ TEST_F(Process, OfABatchFileRunsWhereItsPathIsKept) {
         mFolder.write(folder + "/b.bat", "@exit /b 5\r\n");
         return mFolder.path(folder) + "\\b.bat";
     };
-    const std::size_t room = 259 - mFolder.widePath().wstring().size() - std::string("\\\\b.bat").size();
-    const std::pair<std::string, int> rows[] = {
-        {"100%", 5},      {"%xo none%%%", 5},          {"%none%x%", 5},
-        {"%pAth%", -1},   {"a%x%b%cD%", -1},           {"%=C%", -1},
-        {"%xo set%", -1}, {std::string(room, 'x'), 5}, {std::string(room + 1, 'x'), -1}};
+    const std::size_t longest = 259 - mFolder.widePath().wstring().size() - std::string("\\\\b.bat").size();
+    const std::pair<std::string, int> rows[] = {{"100%", 5},
+                                                {"%xo none%%%", 5},
+                                                {"%none%x%", 5},
+                                                {"%pAth%", -1},
+                                                {"a%x%b%cD%", -1},
+                                                {"%=C%", -1},
+                                                {"%xo set%", -1},
+                                                {std::string(longest, 'x'), 5},
+                                                {std::string(longest + 1, 'x'), -1}};
     ::SetEnvironmentVariableW(L"XO set", L"1");
     for (const auto& [folder, code] : rows) EXPECT_EQ(runOther(makeBatch(folder), {}), code) << folder;
     ::SetEnvironmentVariableW(L"XO set", nullptr);

@@ -47,9 +47,9 @@ TEST(CsvStream, MarksAreSeenAnywhereInACell) {
 }
 
 TEST(CsvStream, NothingIsWrittenAfterAWriteThatFailed) {
-    for (std::size_t room = 0; room != 11; ++room) {
+    for (std::size_t capacity = 0; capacity != 11; ++capacity) {
         MemoryDevice device;
-        device.room = room;
+        device.capacity = capacity;
         xoCsvStream stream(&device);
         stream << "a"
                << "b\"c" << kRowEnd << "d"
@@ -57,7 +57,7 @@ TEST(CsvStream, NothingIsWrittenAfterAWriteThatFailed) {
         EXPECT_FALSE(stream.isOk());
         const std::size_t pieces[] = {0, 1, 2, 3, 7, 8, 9, 10};
         EXPECT_EQ(device.bytes,
-                  std::string("a,\"b\"\"c\"\nd", *(std::upper_bound(pieces, std::end(pieces), room) - 1)));
+                  std::string("a,\"b\"\"c\"\nd", *(std::upper_bound(pieces, std::end(pieces), capacity) - 1)));
     }
     xoCsvStream none(nullptr);
     none << kRowEnd;
@@ -66,17 +66,7 @@ TEST(CsvStream, NothingIsWrittenAfterAWriteThatFailed) {
 
 TEST_F(CsvFiles, WhatIsWrittenReadsBack) {
     std::mt19937 dice(7);
-    const std::string pieces[] = {";",
-                                  "'",
-                                  "''",
-                                  "\r\n;",
-                                  " ",
-                                  "\xC3\xA9",
-                                  "0x1F",
-                                  std::string(1, '\0'),
-                                  "a hundred and one",
-                                  "thirty and five of them",
-                                  ""};
+    const char* const pieces[] = {";", "'", "''", "\r\n;", " ", "\xC3\xA9", "0x1F", "a hundred and one", ""};
     xoCsvFileReader::Table rows(300);
     for (auto& row : rows) {
         row.resize(1 + dice() % 4, "");
@@ -84,7 +74,7 @@ TEST_F(CsvFiles, WhatIsWrittenReadsBack) {
             for (unsigned count = dice() % 4; count != 0; --count)
                 cell.editString() += pieces[dice() % std::size(pieces)];
     }
-    rows.front() = {std::string(65535, 'h'), "fills the buffer"};
+    rows.front() = {std::string(65535, 'h'), "fills the buffer", std::string(1, '\0')};
     rows.back().emplace_back(std::string(100000, 'l'));  // longer than any buffer, and the last cell is not empty
     for (const char* const lineEnd : {"\n", "\r\n"}) {
         {

@@ -108,13 +108,17 @@ TEST(DataStream, DoesNothingOnceItFailed) {
 
 TEST(DataStream, FailsQuietlyOnAFullDeviceOrNone) {
     const std::string all = "ff0102000000026162";
-    for (const int room : {0, 1, 2, 3, 6, 7, 8, 9}) {
+    for (const int capacity : {0, 1, 2, 3, 6, 7, 8, 9}) {
         MemoryDevice device;
-        device.room = static_cast<std::uint64_t>(room);
+        device.capacity = static_cast<std::uint64_t>(capacity);
         xoDataStream stream(&device, kBig);
         stream << true << static_cast<short>(0x0102) << "ab"s << 'd' << false;
         EXPECT_FALSE(stream.isOk());
-        const std::size_t whole = room < 1 ? 0 : room < 3 ? 1 : room < 7 ? 3 : room < 9 ? 7 : 9;  // values
+        const std::size_t whole = capacity < 1   ? 0
+                                  : capacity < 3 ? 1
+                                  : capacity < 7 ? 3
+                                  : capacity < 9 ? 7
+                                                 : 9;  // values
         EXPECT_EQ(hex(device.bytes), all.substr(0, 2 * whole));
     }
     int number = 7;

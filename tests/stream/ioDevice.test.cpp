@@ -45,9 +45,9 @@ struct Devices {
 };
 
 std::uint64_t perform(const std::string& operation, xoIoDevice& device) {
-    char room[4] = {'x', 'y'};
-    if (operation == "readBytes") return device.readBytes(room, 4);
-    if (operation == "writeBytes") return device.writeBytes(room, 2);
+    char buffer[4] = {'x', 'y'};
+    if (operation == "readBytes") return device.readBytes(buffer, 4);
+    if (operation == "writeBytes") return device.writeBytes(buffer, 2);
     if (operation == "hasError") return device.hasError();
     if (operation == "atEnd") return device.atEnd();
     if (operation == "seekg") return device.seekg(3, Start::SeekFromBegin);
@@ -122,11 +122,11 @@ TEST_F(IoDevice, WritesTextAndSkipsBytes) {
 
 TEST_F(IoDevice, BroadcastKeepsItsErrorAndItsOrder) {
     MemoryDevice first, full, last;
-    full.room = 5;
+    full.capacity = 5;
     xoIoDeviceBroadcast broadcast({&first, &full, &last});
     for (const char* const text : {"1234", "5678"}) broadcast << text;
     EXPECT_EQ(first.bytes + "," + full.bytes + "," + last.bytes, "12345678,1234,1234");
-    full.room = 100;
+    full.capacity = 100;
     EXPECT_EQ(broadcast.writeBytes("9", 1), 0U) << "the error stays";
     EXPECT_EQ(last.bytes, "12349") << "yet the bytes are written";
 
@@ -187,8 +187,8 @@ TEST_F(IoDevice, SignalerCallsBeforeTheBytesThatReachTheThreshold) {
 
 // Takes 24 bytes, as a disk that fills up.
 struct FullBuffer final : std::streambuf {
-    FullBuffer() { setp(room, room + sizeof room); }
-    char room[24];
+    FullBuffer() { setp(buffer, buffer + sizeof buffer); }
+    char buffer[24];
 };
 
 TEST_F(IoDevice, ProxyTellsOfEndAndFailureWithoutThrowing) {
@@ -199,20 +199,20 @@ TEST_F(IoDevice, ProxyTellsOfEndAndFailureWithoutThrowing) {
         if (throwing) full.exceptions(std::ios::badbit | std::ios::failbit);
         if (throwing) in.exceptions(std::ios::badbit | std::ios::failbit | std::ios::eofbit);
         xoIoDeviceStdStreamProxy device(&in, &full);
-        char room[24];
+        char bytes[24];
         EXPECT_EQ(device.readBytes(nullptr, size) + device.writeBytes(nullptr, size), 0U);
         for (unsigned left = 24; left != 0; left -= (std::min)(left, size)) {
             EXPECT_FALSE(device.atEnd()) << "nobody has looked beyond";
-            EXPECT_EQ(device.readBytes(room, size), (std::min)(left, size));
-            EXPECT_EQ(device.good() ? device.writeBytes(room, size) : 0, left < size ? 0 : size);
+            EXPECT_EQ(device.readBytes(bytes, size), (std::min)(left, size));
+            EXPECT_EQ(device.good() ? device.writeBytes(bytes, size) : 0, left < size ? 0 : size);
         }
         EXPECT_TRUE(device.hasError() && in.eof() && in.fail());
         in.exceptions(std::ios::goodbit);
         in.clear(std::ios::failbit);
         full.exceptions(std::ios::goodbit);
         full.clear();
-        EXPECT_TRUE(device.readBytes(room, 0) == 0 && !device.atEnd()) << "nothing was asked for";
-        EXPECT_EQ(device.readBytes(room, size), 0U);
+        EXPECT_TRUE(device.readBytes(bytes, 0) == 0 && !device.atEnd()) << "nothing was asked for";
+        EXPECT_EQ(device.readBytes(bytes, size), 0U);
         EXPECT_TRUE(device.atEnd() && device.good());
     }
     const auto path = xo::tests::TemporaryFolder().widePath() / L"a";  // the folder is gone already
@@ -236,7 +236,7 @@ struct MessageBuffer final : std::streambuf {
     std::vector<std::string> messages;
 };
 
-TEST_F(IoDevice, ProxyMovesAPieceThatTheBufferHasNoRoomForInOneCall) {
+TEST_F(IoDevice, ProxyMovesAPieceThatTheBufferCannotHoldInOneCall) {
     MessageBuffer buffer;
     std::iostream stream(&buffer);
     xoIoDeviceStdStreamProxy device(&stream, &stream);
@@ -250,10 +250,10 @@ TEST_F(IoDevice, ProxyMovesAPieceThatTheBufferHasNoRoomForInOneCall) {
     EXPECT_EQ(std::string(bytes), std::string(17, 'x'));
 
     std::stringstream text(std::string(100, 'x'));  // in its buffer, yet a tied stream is to be flushed first
-    xoIoDeviceStdStreamProxy roomy(&text, &text);
+    xoIoDeviceStdStreamProxy buffered(&text, &text);
     text.tie(&stream);
     for (const bool isRead : {false, true}) {
-        EXPECT_EQ(isRead ? roomy.readBytes(bytes, 2) : roomy.writeBytes("ab", 2), 2U);
+        EXPECT_EQ(isRead ? buffered.readBytes(bytes, 2) : buffered.writeBytes("ab", 2), 2U);
         EXPECT_THAT(std::exchange(buffer.messages, {}), ElementsAre("flush")) << isRead;
     }
     struct : std::stringbuf {
@@ -261,7 +261,7 @@ TEST_F(IoDevice, ProxyMovesAPieceThatTheBufferHasNoRoomForInOneCall) {
         int count = 0;
     } counting;
     std::ostream unbuffered(&counting);
-    unbuffered << "some room" << std::unitbuf;
+    unbuffered << "some bytes" << std::unitbuf;
     xoIoDeviceStdStreamProxy(nullptr, &unbuffered) << "a";
     EXPECT_EQ(counting.count, 1);
 }

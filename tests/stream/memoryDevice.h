@@ -19,8 +19,8 @@ struct MemoryDevice final : xoIoDevice {
         return count;
     }
     std::uint64_t writeBytes(const char* buffer, std::uint64_t size) override {
-        if (broken || size > room) return 0;
-        room -= size;
+        if (broken || size > capacity) return 0;
+        capacity -= size;
         bytes.replace((std::min)(writeAt, bytes.size()), size, buffer, size);
         writeAt += size;
         return size;
@@ -34,7 +34,7 @@ struct MemoryDevice final : xoIoDevice {
 
     std::string bytes;
     std::size_t readAt = 0, writeAt = 0;
-    std::uint64_t room = UINT64_MAX;  // bytes that can still be written
+    std::uint64_t capacity = UINT64_MAX;  // bytes that can still be written
     std::uint64_t largestRead = 0;
     bool broken = false;
 };

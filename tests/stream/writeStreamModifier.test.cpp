@@ -109,17 +109,17 @@ TEST_F(WriteStreamModifier, ReportsWhatFails) {
     }
     xoIoDeviceByteCounter plain;
     Modifier modifier(&plain);
-    device.room = 0x100000;
+    device.capacity = 0x100000;
     modifier.beginDelegation(&device);
     EXPECT_TRUE((modifier << sample(kThreshold + 10)).good());
     EXPECT_EQ(device.bytes.size(), 0x100000U) << "fewer than the threshold wait";
-    char room[10];
-    EXPECT_EQ(modifier.readBytes(room, 10) + modifier.readBytes(room, 0), 1U) << "the tail goes byte by byte";
+    char buffer[10];
+    EXPECT_EQ(modifier.readBytes(buffer, 10) + modifier.readBytes(buffer, 0), 1U) << "the tail goes byte by byte";
     EXPECT_EQ(modifier.readBytes(nullptr, 10), 0U);
     EXPECT_FALSE(modifier.endDelegation()) << "the device took only the first block";
     modifier << "kept";
     EXPECT_FALSE(modifier.endDelegation()) << "no device to take it";
-    device.room = UINT64_MAX;
+    device.capacity = UINT64_MAX;
     EXPECT_TRUE(modifier.beginDelegation(&device) && modifier.endDelegation() && modifier.endDelegation());
     EXPECT_EQ(device.bytes.substr(device.bytes.size() - 4), "kept");
     for (const auto& [bytes, size] : {std::pair("x", UINT64_MAX), {static_cast<const char*>(nullptr), 1}}) {
