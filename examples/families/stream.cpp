@@ -1,8 +1,10 @@
 // A day's measurements, kept twice: exactly, in a binary file with a mark and a version of its own, and as a table for
-// people. The binary file is read back; a truncated one is noticed.
+// people. The binary file is read back; a truncated one is noticed. Devices are stacked to write lines in
+// capitals, with marks, to two places at once.
 #include <cstdint>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -71,6 +73,45 @@ bool showTable(const std::string& path) {
     return true;
 }
 
+// Makes capitals of the text that it reads from the device that it is attached to.
+class Capitals final : public xo::xoIoDeviceDelegable {
+public:
+    Capitals() : xoIoDeviceDelegable(DelegableFlagRead, /*type=*/1000) {}
+
+    std::uint64_t readBytes(char* buffer, std::uint64_t size) override {
+        const std::uint64_t count = mDevice ? mDevice->readBytes(buffer, size) : 0;
+        for (char* c = buffer; c != buffer + count; ++c)
+            if (*c >= 'a' && *c <= 'z') *c = static_cast<char>(*c - 'a' + 'A');
+        return count;
+    }
+    std::uint64_t writeBytes(const char*, std::uint64_t) override { return 0; }
+    bool hasError() const override { return mDevice && mDevice->hasError(); }
+    bool atEnd() const override { return !mDevice || mDevice->atEnd(); }
+    bool seekg(std::int64_t, SeekStart) override { return false; }
+    bool seekp(std::int64_t, SeekStart) override { return false; }
+    std::uint64_t tellg() override { return 0; }
+    std::uint64_t tellp() override { return 0; }
+    bool beginDelegation(xo::xoIoDevice* device) override { return mDevice = device, true; }
+    bool endDelegation() override { return mDevice = nullptr, true; }
+    void clearDelegation() override { mDevice = nullptr; }
+
+private:
+    xo::xoIoDevice* mDevice = nullptr;
+};
+
+// Writes a line at a time: in capitals, with "|" in front of the line that completes 16 bytes, and to two streams.
+bool copyLines(const std::vector<std::string>& lines, std::ostream& first, std::ostream& second) {
+    xo::xoIoDeviceStdStreamProxy firstFile(nullptr, &first), secondFile(nullptr, &second);
+    xo::xoIoDeviceBroadcast both({&firstFile, &secondFile});
+    Capitals capitals;
+    xo::xoIoDeviceWriteStreamModifier modifier(&capitals);
+    xo::xoIoDeviceSignaler::Signal mark = [](xo::xoIoDevice* device) { *device << "|"; };
+    xo::xoIoDeviceSignaler marked(&mark, /*threshold=*/16);
+    if (!modifier.beginDelegation(&both) || !marked.beginDelegation(&modifier)) return false;
+    for (const std::string& line : lines) marked << line;
+    return marked.endDelegation() && modifier.endDelegation();
+}
+
 }  // namespace
 
 int main() {
@@ -99,6 +140,10 @@ int main() {
 
     const bool good = writeTable(day) && showTable("day.csv") && showTable("day (1).csv");
     showTable("day (2).csv");
+
+    std::ostringstream copy, backup;
+    const bool isCopied = copyLines({"roof 12.1;", "cellar 8.5;", "roof 13.1;"}, copy, backup);
+    std::cout << copy.str() << (copy.str() == backup.str() ? ", twice\n" : ", unlike its backup\n");
     xo::terminateXoSystem();
-    return good ? 0 : 1;
+    return good && isCopied ? 0 : 1;
 }

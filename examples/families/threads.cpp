@@ -1,6 +1,6 @@
-// Three kinds of background work: the pool of the process for one big computation, a work thread for jobs that are
-// queued now and then, and a periodic updater.
-#include <cstdint>
+// Kinds of background work: the pool of the process for one big computation, a work thread for jobs that are queued now
+// and then, a periodic updater, and a thread of the older kind, which hosts still have.
+#include <atomic>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -8,6 +8,7 @@
 
 #include "xoSystem/xoConcurrentPool.h"
 #include "xoSystem/xoInit.h"
+#include "xoSystem/xoLegacyThread.h"
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoThread.h"
 #include "xoSystem/xoWorkThread.h"
@@ -92,6 +93,16 @@ private:
     xo::xoJob mUntilStop;
 };
 
+// Counts until it is asked to end. Its last act frees the thread object for destruction.
+struct Counter final : xo::xoRunnable {
+    void run() override {
+        for (; !thread.mustEnd(); xo::xoLegacyThread::yield()) ++count;
+        thread.setAlive(false);
+    }
+    std::atomic<int> count{0};
+    xo::xoLegacyThread thread{this};
+};
+
 void tick(void* ticks) { static_cast<xo::xoSemaphore*>(ticks)->release(); }
 
 }  // namespace
@@ -113,6 +124,12 @@ int main() {
 
         ticks.acquire(2);  // the first one at once, the second one a second later
         std::cout << "two ticks\n";
+
+        Counter counter;
+        if (!counter.thread.create(xoThreadCreationFlagRun)) return 1;
+        while (counter.count == 0) xo::xoLegacyThread::yield();
+        counter.thread.end(/*wait=*/true);
+        std::cout << "counted, " << (counter.thread.isAlive() ? "and goes on" : "then ended") << '\n';
     }  // every thread has ended before the library does
     xo::terminateXoSystem();
     return 0;

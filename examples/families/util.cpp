@@ -1,5 +1,6 @@
 // The loop of a game: it draws less often on battery, rebuilds its cache only when the map has changed, measures how
-// long that takes, and tells versions apart.
+// long that takes, keeps the map's heights in memory of their own, computes with four of them at once, and tells
+// versions apart.
 #include <iostream>
 #include <string>
 
@@ -8,7 +9,9 @@
 #include "xoSystem/xoStamp.h"
 #include "xoSystem/xoThread.h"
 #include "xoSystem/xoTimer.h"
+#include "xoSystem/xoVectorConstants.h"
 #include "xoSystem/xoVersion.h"
+#include "xoSystem/xoVirtualMemory.h"
 
 namespace {
 
@@ -39,6 +42,21 @@ int pictureIntervalMs(const xo::xoPowerStatus& power) {
     return power.mAcLine == xo::xoPowerStatus::AcLineOffline ? (isLow ? 100 : 33) : 16;
 }
 
+// The sum of the magnitudes of many heights, four at a time; negative where there is no memory.
+float sumOfDepths(int count) {
+    xo::VirtualMemoryAllocatorDisk block;
+    auto* const heights = static_cast<float*>(block.allocateMemory(sizeof(float) * static_cast<std::uint64_t>(count)));
+    if (!heights) return -1;
+    for (int i = 0; i < count; i += 2) heights[i] = -1;  // the others are 0, as all memory of a new block
+    __m128 sum = xo::sSSEZero;
+    for (int i = 0; i + 4 <= count; i += 4)
+        sum = _mm_add_ps(sum, _mm_andnot_ps(xo::sSSESignBitMask, _mm_load_ps(heights + i)));
+    block.freeMemory();  // the object does not own it
+    float lanes[4];
+    _mm_storeu_ps(lanes, sum);
+    return lanes[0] + lanes[1] + lanes[2] + lanes[3];
+}
+
 }  // namespace
 
 int main() {
@@ -60,6 +78,8 @@ int main() {
     xo::xoPowerStatusReader power(/*intervalMs=*/1000);  // however often it is asked
     const int intervalMs = pictureIntervalMs(power.getPowerStatus());
     std::cout << "pictures: " << (intervalMs >= 16 && intervalMs <= 100 ? "on time" : "never") << '\n';
+
+    std::cout << "depths: " << sumOfDepths(4000) << '\n';
 
     const xo::xoVersion saved(1, 9, 5, "of the file"), ours(1, 10, 0, "of the program");
     std::cout << "the file is " << (saved < ours ? "older" : "not older") << '\n'
