@@ -6,8 +6,10 @@
 
 #include "families.h"
 #include "platform/windows.h"
+#include "xoSystem/xoCpuInfo.h"
 #include "xoSystem/xoPowerStatus.h"
 #include "xoSystem/xoStamp.h"
+#include "xoSystem/xoSystemUtils.h"
 #include "xoSystem/xoTimer.h"
 
 namespace bench {
@@ -46,6 +48,28 @@ void measureStamps(Suite& suite) {
                   {{"limit: atomic increment", onEightThreads(kEach, limit)}});
 }
 
+void measureMachine(Suite& suite) {
+    using Utils = xo::xoSystemUtils;
+    static const xo::CPUInfo& cpu = xo::CPUInfo::Get();
+    suite.compare("util", "a feature of the processor", kCalls,
+                  many([] { return cpu.hasFeature(xo::CPUInfo::FeatureAVX2); }),
+                  {{"__builtin_cpu_supports", many([] { return __builtin_cpu_supports("avx2"); })}});
+    constexpr int kAtOnce = Utils::ReportAll & ~(Utils::ReportGraphics | Utils::ReportVolumes | Utils::ReportDisks);
+    suite.compare(
+        "util", "report, what answers at once", 1, [] { keep(Utils::GetReport(kAtOnce)); },
+        {{"limit: the firmware's tables, EnumDisplay...", [] {
+              char tables[8192];
+              keep(::GetSystemFirmwareTable('R' << 24 | 'S' << 16 | 'M' << 8 | 'B', 0, tables, sizeof tables));
+              DISPLAY_DEVICEW display{};
+              display.cb = sizeof display;
+              for (DWORD i = 0; ::EnumDisplayDevicesW(nullptr, i, &display, 0); ++i) {
+                  DEVMODEW mode{};
+                  mode.dmSize = sizeof mode;
+                  keep(::EnumDisplaySettingsExW(display.DeviceName, ENUM_CURRENT_SETTINGS, &mode, 0));
+              }
+          }}});
+}
+
 void measureTimers(Suite& suite) {
     static const xo::xoTimer timer(/*snapNow=*/true);
     static xoHighResTimer fineTimer;
@@ -74,6 +98,7 @@ void measureTimers(Suite& suite) {
 void measureUtil(Suite& suite) {
     if (!suite.wants("util")) return;
     measureStamps(suite);
+    measureMachine(suite);
     measureTimers(suite);
 }
 

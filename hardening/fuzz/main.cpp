@@ -28,7 +28,7 @@ constexpr const Target* kTargets[] = {
     &kIni,      &kVariants,     &kVersions,    &kCsv,   &kCsvParser,  &kDataStream,
     &kTables,   &kAmounts,      &kNumbers,     &kTexts, &kReferences,
 #if defined(_WIN32)  // these call it
-    &kCharSets, &kNaturalOrder, &kCommandLine,
+    &kCharSets, &kNaturalOrder, &kCommandLine, &kMachine,
 #endif
 };
 constexpr std::chrono::seconds kPatience{30};

@@ -4,10 +4,12 @@
 
 #include "xoSystem/xoAsciiTableBuilder.h"
 #include "xoSystem/xoConcurrentPool.h"
+#include "xoSystem/xoCpuInfo.h"
 #include "xoSystem/xoCsvFileReader.h"
 #include "xoSystem/xoCsvStream.h"
 #include "xoSystem/xoDataStream.h"
 #include "xoSystem/xoDirUtils.h"
+#include "xoSystem/xoDirectXDeviceInfo.h"
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoException.h"
 #include "xoSystem/xoExport.h"

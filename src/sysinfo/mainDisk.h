@@ -2,6 +2,7 @@
 #ifndef XO_SYSINFO_MAINDISK_H
 #define XO_SYSINFO_MAINDISK_H
 
+#include <optional>
 #include <string>
 
 namespace xo::sysinfo {
@@ -13,6 +14,12 @@ std::string findMainDisk();
 // initialised COM, and takes as long as the management service does.
 std::string diskFromManagementService(const std::wstring& drive);
 std::string diskFromVolume(const std::wstring& drive);
+
+// "C:", for instance. Empty when the folder of Windows has no drive letter.
+std::wstring systemDrive();
+
+// The number of the disk that holds a volume, which is given as a device without a separator at its end: "\\.\C:".
+std::optional<unsigned> diskNumberOf(const std::wstring& volumeDevice);
 
 }  // namespace xo::sysinfo
 

@@ -182,7 +182,9 @@ TEST(EnumHelper, NamesTheLibrarysOwn) {
         xo::xoIoDevice::SeekStart, xo::xoIoDeviceDelegable::DelegableFlag, xo::xoDirUtils::GlobFlag,
         xo::xoStringUtils::xoCharSet, xo::xoStringUtils::SoftwareVersionComparisonResult, xo::xoMathUtils::xoByteUnit,
         xo::xoVariant::Type, xo::AsciiTableBuilder::Style, xo::AsciiTableBuilder::Align,
-        xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase, xo::xoProgressConsole::Flag>();
+        xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase, xo::xoProgressConsole::Flag,
+        xo::xoIoDeviceFile::OpenMode, xo::xoIoDeviceFile::Share, xo::xoXRefResolverSearchPath::How, xo::CPUInfo::Feature,
+        xo::CPUInfo::Cache::Kind>();
 
     for (const auto& entry : xo::EnumHelper<xoVariant::Type>::GetEntries())
         if (entry.value < xoVariant::DATETIME) EXPECT_EQ(xoVariant(entry.value).getTypeAsString(), entry.name);

@@ -1,0 +1,20 @@
+#include "sysinfo/comService.h"
+
+namespace xo::sysinfo {
+
+ComObject<IWbemServices> connectManagement(const Com& com, const std::wstring& nameSpace) {
+    ComObject<IWbemLocator> locator;
+    if (FAILED(com.coCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
+                                    reinterpret_cast<void**>(locator.put()))))
+        return {};
+    ComObject<IWbemServices> services;
+    if (FAILED(locator.get()->ConnectServer(Bstr(com, nameSpace).get(), nullptr, nullptr, nullptr,
+                                            WBEM_FLAG_CONNECT_USE_MAX_WAIT, nullptr, nullptr, services.put())))
+        return {};
+    if (FAILED(com.coSetProxyBlanket(services.get(), RPC_C_AUTHN_WINNT, RPC_C_AUTHZ_NONE, nullptr,
+                                     RPC_C_AUTHN_LEVEL_CALL, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE)))
+        return {};
+    return services;
+}
+
+}  // namespace xo::sysinfo

@@ -1,0 +1,93 @@
+// COM and the management service, Windows Management Instrumentation, for threads of the library's own.
+#ifndef XO_SYSINFO_COMSERVICE_H
+#define XO_SYSINFO_COMSERVICE_H
+
+#include <string>
+
+#include "platform/handle.h"
+#include "platform/moduleFunction.h"
+
+#include <objbase.h>
+#include <oleauto.h>
+#include <wbemidl.h>
+
+namespace xo::sysinfo {
+
+template <class Interface>
+struct ComPolicy {
+    using Type = Interface*;
+    static Type none() noexcept { return nullptr; }
+    static void close(Type object) noexcept { object->Release(); }
+};
+template <class Interface>
+using ComObject = platform::Owned<ComPolicy<Interface>>;
+
+// COM, loaded at run time, because no other part of the library needs it. It belongs to the thread that makes it, which
+// must not have initialised COM itself.
+class Com {
+public:
+    Com() {
+        if (isLoaded()) mInitialized = SUCCEEDED(coInitialize(nullptr, COINIT_MULTITHREADED));
+    }
+    ~Com() {
+        if (mInitialized) coUninitialize();
+    }
+    Com(const Com&) = delete;
+    Com& operator=(const Com&) = delete;
+
+    bool isReady() const { return mInitialized; }
+
+private:
+    platform::LibraryHandle mOle{load(L"ole32.dll")};  // loaded before the functions below are looked up in it
+    platform::LibraryHandle mOleAut{load(L"oleaut32.dll")};
+
+    static HMODULE load(const wchar_t* name) { return ::LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32); }
+
+    template <class Function>
+    static Function* find(const platform::LibraryHandle& library, const char* name) {
+        return platform::findFunction<Function>(library.get(), name);
+    }
+
+    bool safeArrayGetBounds() const { return safeArrayGetLBound && safeArrayGetUBound && safeArrayGetElement; }
+    bool isLoaded() const {
+        return coInitialize && coUninitialize && coCreateInstance && coSetProxyBlanket && sysAllocString &&
+               sysFreeString && variantClear && safeArrayGetBounds();
+    }
+
+    decltype(::CoInitializeEx)* coInitialize = find<decltype(::CoInitializeEx)>(mOle, "CoInitializeEx");
+    decltype(::CoUninitialize)* coUninitialize = find<decltype(::CoUninitialize)>(mOle, "CoUninitialize");
+    bool mInitialized = false;
+
+public:
+    decltype(::CoCreateInstance)* coCreateInstance = find<decltype(::CoCreateInstance)>(mOle, "CoCreateInstance");
+    decltype(::CoSetProxyBlanket)* coSetProxyBlanket = find<decltype(::CoSetProxyBlanket)>(mOle, "CoSetProxyBlanket");
+    decltype(::SysAllocString)* sysAllocString = find<decltype(::SysAllocString)>(mOleAut, "SysAllocString");
+    decltype(::SysFreeString)* sysFreeString = find<decltype(::SysFreeString)>(mOleAut, "SysFreeString");
+    decltype(::VariantClear)* variantClear = find<decltype(::VariantClear)>(mOleAut, "VariantClear");
+    decltype(::SafeArrayGetLBound)* safeArrayGetLBound =
+        find<decltype(::SafeArrayGetLBound)>(mOleAut, "SafeArrayGetLBound");
+    decltype(::SafeArrayGetUBound)* safeArrayGetUBound =
+        find<decltype(::SafeArrayGetUBound)>(mOleAut, "SafeArrayGetUBound");
+    decltype(::SafeArrayGetElement)* safeArrayGetElement =
+        find<decltype(::SafeArrayGetElement)>(mOleAut, "SafeArrayGetElement");
+};
+
+class Bstr {
+public:
+    Bstr(const Com& com, const std::wstring& text) : mCom(com), mText(com.sysAllocString(text.c_str())) {}
+    ~Bstr() { mCom.sysFreeString(mText); }
+    Bstr(const Bstr&) = delete;
+    Bstr& operator=(const Bstr&) = delete;
+    BSTR get() const { return mText; }
+
+private:
+    const Com& mCom;
+    BSTR mText;
+};
+
+// A connection to the management service; none when it fails.
+ComObject<IWbemServices> connectManagement(const Com& com, const std::wstring& nameSpace);
+
+}  // namespace xo::sysinfo
+
+#endif

@@ -1,0 +1,123 @@
+#include "sysinfo/errand.h"
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+#include "platform/handle.h"
+#include "platform/threadDescription.h"
+
+namespace xo::sysinfo {
+namespace {
+
+class Locker {
+public:
+    explicit Locker(SRWLOCK& lock) : mLock(lock) { ::AcquireSRWLockExclusive(&mLock); }
+    ~Locker() { ::ReleaseSRWLockExclusive(&mLock); }
+    Locker(const Locker&) = delete;
+    Locker& operator=(const Locker&) = delete;
+
+private:
+    SRWLOCK& mLock;
+};
+
+}  // namespace
+
+DWORD Deadline::left() const {
+    if (mTimeoutMs == INFINITE) return INFINITE;
+    const ULONGLONG passed = ::GetTickCount64() - mBegin;
+    return passed < mTimeoutMs ? static_cast<DWORD>(mTimeoutMs - passed) : 0;
+}
+
+ULONGLONG Lane::enter(const Deadline& deadline) {
+    const Locker locker(mLock);
+    for (;;) {
+        const DWORD left = deadline.left();
+        if (left == 0 || mIsLate) return 0;
+        if (!mIsBusy) break;
+        ::SleepConditionVariableSRW(&mChanged, &mLock, left, /*Flags=*/0);
+    }
+    mIsBusy = true;
+    return ++mTurn;
+}
+
+void Lane::leave() {
+    {
+        const Locker locker(mLock);
+        mIsBusy = mIsLate = false;
+    }
+    ::WakeAllConditionVariable(&mChanged);
+}
+
+// Those who wait for the lane are late with it.
+void Lane::setLate(ULONGLONG turn) {
+    {
+        const Locker locker(mLock);
+        if (mIsBusy && mTurn == turn) mIsLate = true;
+    }
+    ::WakeAllConditionVariable(&mChanged);
+}
+
+struct Errand::Shared {
+    std::function<void()> work;
+    platform::KernelHandle ended{::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/TRUE,
+                                                /*bInitialState=*/FALSE, /*lpName=*/nullptr)};
+};
+
+struct Errand::Argument {
+    std::shared_ptr<Shared> shared;
+    Lane* lane;
+    platform::LibraryHandle ownLibrary;  // keeps the code of the thread loaded
+};
+
+DWORD WINAPI Errand::run(void* given) {
+    std::unique_ptr<Argument> argument(static_cast<Argument*>(given));
+    try {
+        argument->shared->work();
+    } catch (...) {  // out of memory: there is no answer
+    }
+    argument->shared->work = nullptr;
+    argument->lane->leave();
+    ::SetEvent(argument->shared->ended.get());
+    // The thread cannot release its own code by an ordinary call, which would return to code that is gone.
+    // https://learn.microsoft.com/windows/win32/api/libloaderapi/nf-libloaderapi-freelibraryandexitthread
+    const HMODULE ownLibrary = argument->ownLibrary.release();
+    argument.reset();
+    ::FreeLibraryAndExitThread(ownLibrary, 0);
+}
+
+Errand::Errand(Lane& lane, const Deadline& deadline, std::function<void()> work) : mLane(lane) {
+    auto argument = std::make_unique<Argument>();
+    argument->shared = std::make_shared<Shared>();
+    argument->shared->work = std::move(work);
+    argument->lane = &lane;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&run),
+                         argument->ownLibrary.put());
+    if (!argument->ownLibrary || !argument->shared->ended) return;
+    mTurn = lane.enter(deadline);
+    if (mTurn == 0) return;
+    const std::shared_ptr<Shared> shared = argument->shared;
+    const platform::KernelHandle thread(::CreateThread(/*lpThreadAttributes=*/nullptr, /*dwStackSize=*/0, &run,
+                                                       argument.get(), /*dwCreationFlags=*/0, nullptr));
+    if (!thread) {
+        lane.leave();
+        return;
+    }
+    [[maybe_unused]] const Argument* const belongsToTheThread = argument.release();
+    platform::describeThread(thread.get(), lane.mThreadName);
+    mShared = shared;
+}
+
+Errand::~Errand() {
+    if (mShared) mLane.setLate(mTurn);
+}
+
+bool Errand::wait(const Deadline& deadline) {
+    if (!mShared) return false;
+    const bool hasEnded = ::WaitForSingleObject(mShared->ended.get(), deadline.left()) == WAIT_OBJECT_0;
+    if (!hasEnded) mLane.setLate(mTurn);
+    mShared.reset();
+    return hasEnded;
+}
+
+}  // namespace xo::sysinfo

@@ -1,0 +1,176 @@
+// Queries of the management service, as maps.
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "platform/wideText.h"
+#include "sysinfo/comService.h"
+#include "sysinfo/errand.h"
+#include "xoSystem/xoLog.h"
+#include "xoSystem/xoSystemUtils.h"
+
+namespace xo::sysinfo {
+namespace {
+
+Lane managementLane(L"xoSystem management");
+
+class Value {
+public:
+    explicit Value(const Com& com) : mCom(com) { mValue.vt = VT_EMPTY; }
+    ~Value() { mCom.variantClear(&mValue); }
+    Value(const Value&) = delete;
+    Value& operator=(const Value&) = delete;
+
+    VARIANT* put() { return &mValue; }
+    const VARIANT& get() const { return mValue; }
+
+private:
+    const Com& mCom;
+    VARIANT mValue;
+};
+
+class OwnedText {
+public:
+    explicit OwnedText(const Com& com) : mCom(com) {}
+    ~OwnedText() { mCom.sysFreeString(mText); }
+    OwnedText(const OwnedText&) = delete;
+    OwnedText& operator=(const OwnedText&) = delete;
+
+    BSTR* put() { return &mText; }
+    std::string utf8() const { return mText ? platform::toUtf8(mText) : std::string(); }
+
+private:
+    const Com& mCom;
+    BSTR mText = nullptr;
+};
+
+// Integers of 64 bits arrive as text, and unsigned ones of 32 bits as signed: the type of the property decides.
+// https://learn.microsoft.com/windows/win32/wmisdk/numbers
+xoVariant textOrNumber(BSTR text, CIMTYPE type) {
+    const std::string utf8 = text ? platform::toUtf8(text) : std::string();
+    if (type == CIM_SINT64) return static_cast<std::int64_t>(std::strtoll(utf8.c_str(), nullptr, 10));
+    if (type == CIM_UINT64) return static_cast<std::int64_t>(std::strtoull(utf8.c_str(), nullptr, 10));
+    return utf8;
+}
+
+// UNKNOWN for what has no counterpart: null, and objects.
+xoVariant toVariant(const void* data, VARTYPE kind, CIMTYPE type) {
+    const auto read = [data](auto value) {
+        std::memcpy(&value, data, sizeof value);
+        return value;
+    };
+    switch (kind) {
+        case VT_BOOL: return read(VARIANT_BOOL{}) != VARIANT_FALSE;
+        case VT_I1: return std::int64_t{read(std::int8_t{})};
+        case VT_UI1: return std::int64_t{read(std::uint8_t{})};
+        case VT_I2:
+            if (type == CIM_UINT16 || type == CIM_CHAR16) return std::int64_t{read(std::uint16_t{})};
+            return std::int64_t{read(std::int16_t{})};
+        case VT_UI2: return std::int64_t{read(std::uint16_t{})};
+        case VT_I4:
+            if (type == CIM_UINT32) return std::int64_t{read(std::uint32_t{})};
+            return std::int64_t{read(std::int32_t{})};
+        case VT_UI4: return std::int64_t{read(std::uint32_t{})};
+        case VT_I8:
+        case VT_UI8: return read(std::int64_t{});
+        case VT_R4: return double{read(float{})};
+        case VT_R8: return read(double{});
+        case VT_BSTR: return textOrNumber(read(BSTR{}), type);
+        default: return {};
+    }
+}
+
+xoVariant toList(const Com& com, SAFEARRAY* array, VARTYPE kind, CIMTYPE type) {
+    xoVariant::xoVariantListImpl list;
+    LONG begin = 0, end = -1;
+    if (FAILED(com.safeArrayGetLBound(array, 1, &begin)) || FAILED(com.safeArrayGetUBound(array, 1, &end))) return {};
+    for (LONG i = begin; i <= end; ++i) {
+        std::uint64_t element = 0;  // the largest of the kinds above
+        if (FAILED(com.safeArrayGetElement(array, &i, &element))) return {};
+        list.push_back(toVariant(&element, kind, type));
+        if (kind == VT_BSTR) {
+            BSTR text = nullptr;
+            std::memcpy(&text, &element, sizeof text);
+            com.sysFreeString(text);
+        }
+    }
+    return list;
+}
+
+bool isSimple(VARTYPE kind) {
+    return kind == VT_BOOL || kind == VT_BSTR || kind == VT_R4 || kind == VT_R8 || kind == VT_I1 || kind == VT_I2 ||
+           kind == VT_I4 || kind == VT_I8 || kind == VT_UI1 || kind == VT_UI2 || kind == VT_UI4 || kind == VT_UI8;
+}
+
+xoVariant toVariant(const Com& com, const VARIANT& value, CIMTYPE type) {
+    const auto kind = static_cast<VARTYPE>(value.vt & VT_TYPEMASK);
+    const CIMTYPE elementType = type & ~CIM_FLAG_ARRAY;
+    if (!isSimple(kind)) return {};
+    if ((value.vt & VT_ARRAY) != 0) return value.parray ? toList(com, value.parray, kind, elementType) : xoVariant();
+    return toVariant(&value.llVal, kind, elementType);
+}
+
+bool readRow(const Com& com, IWbemClassObject& object, xoVariant::xoVariantMapImpl& row) {
+    if (FAILED(object.BeginEnumeration(WBEM_FLAG_NONSYSTEM_ONLY))) return false;
+    for (;;) {
+        OwnedText name(com);
+        Value value(com);
+        CIMTYPE type = 0;
+        const HRESULT result = object.Next(0, name.put(), value.put(), &type, nullptr);
+        if (result == WBEM_S_NO_MORE_DATA) return true;
+        if (FAILED(result)) return false;
+        xoVariant converted = toVariant(com, value.get(), type);
+        if (!converted.isNull()) row[name.utf8()] = std::move(converted);
+    }
+}
+
+struct Answer {
+    bool isWhole = false;
+    xoVariant::xoVariantListImpl rows;
+};
+
+void query(const std::string& wql, const std::string& nameSpace, Answer& answer) {
+    const Com com;
+    if (!com.isReady()) return;
+    const ComObject<IWbemServices> services = connectManagement(com, platform::toWide(nameSpace));
+    ComObject<IEnumWbemClassObject> objects;
+    if (!services || FAILED(services.get()->ExecQuery(Bstr(com, L"WQL").get(), Bstr(com, platform::toWide(wql)).get(),
+                                                      WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr,
+                                                      objects.put())))
+        return;
+    for (;;) {
+        ComObject<IWbemClassObject> object;
+        ULONG count = 0;
+        const HRESULT result = objects.get()->Next(static_cast<LONG>(WBEM_INFINITE), 1, object.put(), &count);
+        if (FAILED(result)) return;
+        if (count == 0) break;
+        xoVariant::xoVariantMapImpl row;
+        if (!readRow(com, *object.get(), row)) return;
+        answer.rows.push_back(std::move(row));
+    }
+    answer.isWhole = true;
+}
+
+}  // namespace
+}  // namespace xo::sysinfo
+
+namespace xo {
+
+bool xoSystemUtils::QueryManagementUtf8(const std::string& wql, xoVariant::xoVariantListImpl& rows, unsigned timeoutMs,
+                                        const std::string& nameSpace) {
+    rows.clear();
+    const auto answer = std::make_shared<sysinfo::Answer>();
+    const sysinfo::Deadline deadline(timeoutMs);
+    sysinfo::Errand errand(sysinfo::managementLane, deadline, [=] { sysinfo::query(wql, nameSpace, *answer); });
+    const bool isInTime = errand.wait(deadline);
+    if (isInTime && answer->isWhole) {
+        rows = std::move(answer->rows);
+        return true;
+    }
+    xoLogObject(xoLogDebug, "SystemInfo", xoLog::editPtr(), nullptr)
+        << "the management service " << (isInTime ? "refused" : "did not answer in time") << ": "
+        << std::string_view(wql);
+    return false;
+}
+
+}  // namespace xo

@@ -1,0 +1,96 @@
+// Counts, caches and kinds of cores, from the system's records. The processor's own instruction counts what a processor
+// of its kind can have, not what is there and switched on.
+#include <algorithm>
+#include <bitset>
+#include <tuple>
+
+#include "platform/windows.h"
+#include "sysinfo/processorFacts.h"
+#include "sysinfo/recordBytes.h"
+
+namespace xo::sysinfo {
+namespace {
+
+// https://learn.microsoft.com/windows/win32/api/winnt/ns-winnt-system_logical_processor_information_ex
+enum Relation : std::uint32_t { Core = 0, CacheOfCores = 2, Package = 3, Group = 4 };
+
+// The masks of the threads that a record is about; older systems leave the count 0 where there is always one.
+unsigned countThreads(const RecordBytes& record, std::size_t countAt, std::size_t masksAt) {
+    constexpr std::size_t kMaskBytes = 16;
+    const unsigned masks = (std::max)(unsigned{record.number<std::uint16_t>(countAt)}, 1u);
+    unsigned threads = 0;
+    for (unsigned i = 0; i < masks && masksAt + (i + 1) * kMaskBytes <= record.size(); ++i)
+        threads +=
+            static_cast<unsigned>(std::bitset<64>(record.number<std::uint64_t>(masksAt + i * kMaskBytes)).count());
+    return threads;
+}
+
+void addCore(const RecordBytes& record, std::vector<CPUInfo::CoreClass>& classes) {
+    const unsigned efficiencyClass = record.byte(9);
+    auto place = std::find_if(classes.begin(), classes.end(),
+                              [&](const auto& each) { return each.efficiencyClass >= efficiencyClass; });
+    if (place == classes.end() || place->efficiencyClass != efficiencyClass)
+        place = classes.insert(place, CPUInfo::CoreClass{efficiencyClass, 0, 0});
+    ++place->cores;
+    place->threads += countThreads(record, 30, 32);
+}
+
+void addCache(const RecordBytes& record, std::vector<CPUInfo::Cache>& caches) {
+    constexpr unsigned kFullyAssociative = 0xFF;
+    CPUInfo::Cache cache;
+    const auto kind = record.number<std::uint32_t>(16);
+    if (kind > CPUInfo::Cache::Data) return;  // a trace cache, or something newer
+    cache.level = record.byte(8);
+    cache.kind = static_cast<CPUInfo::Cache::Kind>(kind);
+    cache.bytes = record.number<std::uint32_t>(12);
+    cache.lineBytes = record.number<std::uint16_t>(10);
+    cache.ways = record.byte(9) == kFullyAssociative ? 0 : record.byte(9);
+    cache.threadsEach = countThreads(record, 38, 40);
+    const auto properties = [](const CPUInfo::Cache& each) {
+        return std::tuple(each.level, static_cast<int>(each.kind), ~each.bytes, each.lineBytes, each.ways,
+                          each.threadsEach);
+    };
+    const auto isBefore = [&](const auto& a, const auto& b) { return properties(a) < properties(b); };
+    auto place = std::lower_bound(caches.begin(), caches.end(), cache, isBefore);
+    if (place == caches.end() || properties(*place) != properties(cache)) place = caches.insert(place, cache);
+    ++place->count;
+}
+
+}  // namespace
+
+void ProcessorFacts::readTopology(std::string_view records, CPUInfo& facts) {
+    constexpr std::size_t kHead = 8;
+    while (records.size() >= kHead) {
+        const RecordBytes head(records);
+        const auto size = head.number<std::uint32_t>(4);
+        if (size < kHead || size > records.size()) break;
+        const RecordBytes record(records.substr(0, size));
+        switch (head.number<std::uint32_t>(0)) {
+            case Core: addCore(record, facts.mCoreClasses); break;
+            case CacheOfCores: addCache(record, facts.mCaches); break;
+            case Package: ++facts.mPackages; break;
+            case Group: facts.mGroups += record.number<std::uint16_t>(10); break;
+            default: break;
+        }
+        records.remove_prefix(size);
+    }
+    for (const CPUInfo::CoreClass& each : facts.mCoreClasses) {
+        facts.mCores += each.cores;
+        facts.mThreads += each.threads;
+    }
+}
+
+// Processors may be added while it is asked.
+std::string topologyRecords() {
+    std::string records;
+    for (DWORD size = 0;;) {
+        auto* const buffer = reinterpret_cast<SYSTEM_LOGICAL_PROCESSOR_INFORMATION_EX*>(records.data());
+        const bool isDone = ::GetLogicalProcessorInformationEx(RelationAll, buffer, &size) != 0;
+        const DWORD error = ::GetLastError();
+        if (!isDone && (error != ERROR_INSUFFICIENT_BUFFER || size <= records.size())) return {};
+        records.resize(size);
+        if (isDone) return records;
+    }
+}
+
+}  // namespace xo::sysinfo

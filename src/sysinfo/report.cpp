@@ -1,0 +1,143 @@
+// The report, and the facts of the system that change.
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "platform/moduleFunction.h"
+#include "platform/registryKey.h"
+#include "sysinfo/errand.h"
+#include "sysinfo/graphics.h"
+#include "sysinfo/reportParts.h"
+#include "xoSystem/xoLog.h"
+#include "xoSystem/xoStringUtils.h"
+
+#include <psapi.h>
+
+namespace xo {
+namespace {
+
+using Map = xoVariant::xoVariantMapImpl;
+using sysinfo::Deadline;
+using sysinfo::Errand;
+using sysinfo::Lane;
+using sysinfo::Section;
+
+Lane volumeLane(L"xoSystem volumes");
+Lane diskLane(L"xoSystem disks");
+
+// A section that is made on a thread of its own.
+struct SlowPart {
+    const char* name;
+    std::shared_ptr<Map> map = std::make_shared<Map>();
+    std::unique_ptr<Errand> errand = nullptr;
+
+    void begin(Lane& lane, const Deadline& deadline, std::function<Map()> make) {
+        errand = std::make_unique<Errand>(lane, deadline, [map = map, make = std::move(make)] { *map = make(); });
+    }
+};
+
+void collect(std::vector<SlowPart>& parts, const Deadline& deadline, Map& report) {
+    std::string incomplete;
+    for (SlowPart& part : parts) {
+        if (part.errand->wait(deadline)) {
+            if (!part.map->empty()) report[part.name] = std::move(*part.map);
+            continue;
+        }
+        incomplete += (incomplete.empty() ? "" : ",") + std::string(part.name);
+        xoLogObject(xoLogDebug, "SystemInfo", xoLog::editPtr(), nullptr)
+            << "the part " << part.name << " of the report was late";
+    }
+    if (!incomplete.empty()) report["incomplete"] = incomplete;
+}
+
+// What is empty has no section.
+template <class Make>
+void addSection(Map& report, const char* name, Make make) {
+    Map map;
+    make(Section(map));
+    if (!map.empty()) report[name] = std::move(map);
+}
+
+}  // namespace
+
+xoSystemUtils::OsVersion xoSystemUtils::GetOsVersion() {
+    OsVersion version;
+    // GetVersionEx tells a program the version that its manifest knows.
+    // https://learn.microsoft.com/windows-hardware/drivers/ddi/wdm/nf-wdm-rtlgetversion
+    using RtlGetVersion = LONG WINAPI(OSVERSIONINFOEXW*);
+    OSVERSIONINFOEXW info{};
+    info.dwOSVersionInfoSize = sizeof info;
+    auto* const get = platform::findFunction<RtlGetVersion>(::GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
+    if (get && get(&info) == 0) {
+        version.major = info.dwMajorVersion;
+        version.minor = info.dwMinorVersion;
+        version.build = info.dwBuildNumber;
+        version.isServer = info.wProductType != VER_NT_WORKSTATION;
+    }
+    const platform::RegistryKey key(HKEY_LOCAL_MACHINE, LR"(SOFTWARE\Microsoft\Windows NT\CurrentVersion)");
+    version.revision = key.number(L"UBR").value_or(0);
+    version.wineVersion = sysinfo::wineVersion();
+    return version;
+}
+
+xoSystemUtils::MemoryStatus xoSystemUtils::GetMemoryStatus() {
+    MemoryStatus status;
+    MEMORYSTATUSEX memory{};
+    memory.dwLength = sizeof memory;
+    if (::GlobalMemoryStatusEx(&memory)) {
+        status.physicalBytes = memory.ullTotalPhys;
+        status.availableBytes = memory.ullAvailPhys;
+    }
+    // MEMORYSTATUSEX has the limits of this process, which a job may have narrowed.
+    PERFORMANCE_INFORMATION performance{};
+    if (::K32GetPerformanceInfo(&performance, sizeof performance)) {
+        status.commitLimitBytes = std::uint64_t{performance.CommitLimit} * performance.PageSize;
+        status.commitUsedBytes = std::uint64_t{performance.CommitTotal} * performance.PageSize;
+    }
+    ULONGLONG kilobytes = 0;
+    if (::GetPhysicallyInstalledSystemMemory(&kilobytes)) status.installedBytes = kilobytes * 1024;
+    return status;
+}
+
+Map xoSystemUtils::GetReport(int parts, unsigned timeoutMs) {
+    const Deadline deadline(timeoutMs);
+    const bool withIdentity = (parts & ReportIdentity) != 0;
+    Map report;
+    std::vector<SlowPart> slow;
+    if ((parts & ReportGraphics) != 0) {
+        slow.push_back({"graphics"});
+        slow.back().begin(sysinfo::graphicsLane(), deadline, &sysinfo::reportGraphics);
+    }
+    if ((parts & ReportVolumes) != 0) {
+        slow.push_back({"volume"});
+        slow.back().begin(volumeLane, deadline, [=] { return sysinfo::reportVolumes(withIdentity); });
+    }
+    if ((parts & ReportDisks) != 0) {
+        slow.push_back({"disk"});
+        slow.back().begin(diskLane, deadline, [=] { return sysinfo::reportDisks(withIdentity); });
+    }
+    if ((parts & ReportCpu) != 0) addSection(report, "cpu", sysinfo::reportCpu);
+    if ((parts & ReportOs) != 0) addSection(report, "os", [=](Section os) { sysinfo::reportOs(os, withIdentity); });
+    if ((parts & ReportMemory) != 0) addSection(report, "memory", sysinfo::reportMemory);
+    if ((parts & ReportMachine) != 0)
+        addSection(report, "machine", [=](Section machine) { sysinfo::reportMachine(machine, withIdentity); });
+    if ((parts & ReportDisplays) != 0) addSection(report, "display", sysinfo::reportDisplays);
+    collect(slow, deadline, report);
+    return report;
+}
+
+std::string xoSystemUtils::ReportToText(const Map& report) {
+    Map leaves;
+    report.toFlattenMap(leaves, '/');
+    std::size_t widest = 0;
+    for (const auto& [key, value] : leaves) widest = (std::max)(widest, key.size());
+    std::string text;
+    for (const auto& [key, value] : leaves) {
+        std::string shown = value.toString();
+        text.append(key).append(widest + 3 - key.size(), ' ').append(xoStringUtils::MakePrintable(shown)) += '\n';
+    }
+    return text;
+}
+
+}  // namespace xo
