@@ -2,8 +2,8 @@
 // library, loads its settings, keeps a rotating log, walks its data folder, reads a table of regions, lets jobs write
 // them as binary records and a helper program read those back, writes a summary, saves its settings, and ends. On a
 // console a bar shows how far it is; a table at the end shows what was done. With --crash it shows how it survives a
-// crash, with --style=name it chooses the table's style and keeps that in its settings. Every failure is logged; the
-// exit status tells whether all went well.
+// crash, with --system it only shows what machine it runs on, with --style=name it chooses the table's style and keeps
+// that in its settings. Every failure is logged; the exit status tells whether all went well.
 #include <deque>
 #include <string_view>
 
@@ -12,6 +12,7 @@
 #include "helper.h"
 #include "report.h"
 #include "settings.h"
+#include "tables.h"
 #include "xoSystem/xoSystem.h"
 
 namespace {
@@ -26,6 +27,7 @@ using Styles = xo::EnumHelper<xo::AsciiTableBuilder::Style>;
 
 struct Options {
     bool withCrash = false;
+    bool withSystem = false;
     std::string style;
 };
 
@@ -64,15 +66,6 @@ void installLog(const Places& places, const Settings& settings) {
                                            static_cast<int>(settings.number("log/backups", 3)));
     xoProgressConsole::WriteLine("settings: " + places.settings);
     xoProgressConsole::WriteLine("log:      " + path);
-}
-
-// Every table in the data folder and the folders below it.
-std::vector<std::string> findTables(const Places& places) {
-    std::vector<std::string> tables;
-    const std::vector<std::string> extensions = {"csv"};
-    xo::xoDirUtils::GlobFileAndFolderUtf8(places.data, &tables, nullptr, &extensions, xo::xoDirUtils::GlobRecursive);
-    for (const std::string& table : tables) xoProgressConsole::WriteLine("table:    " + table);
-    return tables;
 }
 
 // A periodic updater calls this on its own thread: at once when it is added, then every second.
@@ -140,7 +133,7 @@ bool makeCatalogue(const Places& places, const Settings& settings, std::vector<c
                    xo::xoProgressNotifier* progress) {
     xo::xoProgressScope work(progress, {1, 4, 5}, "Catalogue");
     std::vector<Country> countries;
-    const std::vector<std::string> tables = findTables(places);
+    const std::vector<std::string> tables = catalogue::findTables(settings, places.settings, places.data);
     if (tables.empty()) xoLogObject(xo::xoLogWarning) << "no table in " << places.data;
     if (!readTables(tables, countries, steps, progress)) return false;
     work.advance();
@@ -211,10 +204,12 @@ int main(int count, char** arguments) {
     for (int i = 1; i < count; ++i) {
         const std::string_view argument = arguments[i];
         if (argument == "--crash") options.withCrash = true;
+        if (argument == "--system") options.withSystem = true;
         if (argument.substr(0, kStyle.size()) == kStyle) options.style = argument.substr(kStyle.size());
     }
     xo::initializeXoSystem(2, false);
-    const bool good = run(options);
+    if (options.withSystem) catalogue::showInventory();
+    const bool good = options.withSystem || run(options);
     xo::terminateXoSystem();
     xoProgressConsole::WriteLine(good ? "all well" : "failed, see the log");
     return good ? 0 : 1;

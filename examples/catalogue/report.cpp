@@ -5,6 +5,7 @@
 #include "xoSystem/xoMathUtils.h"
 #include "xoSystem/xoPowerStatus.h"
 #include "xoSystem/xoProgressConsole.h"
+#include "xoSystem/xoSystemUtils.h"
 #include "xoSystem/xoVersion.h"
 
 namespace catalogue {
@@ -21,6 +22,13 @@ void showMachine() {
     if (power.mBatteryPercent != xo::xoPowerStatus::BatteryUnknown)
         line += ", battery at " + std::to_string(power.mBatteryPercent) + " %";
     xoProgressConsole::WriteLine(line);
+}
+
+void showInventory() {
+    auto table = xo::AsciiTableBuilder::FromMap(xo::xoSystemUtils::GetReport());
+    table.editColumn(1).maxWidth = 80;  // the features of the processor are many
+    const std::string text = table.setMaxWidth(xo::AsciiTableBuilder::GetConsoleWidth()).build();
+    xo::xoProgressConsole::WriteLine(text.substr(0, text.size() - 1));  // without the last line end
 }
 
 void showSteps(const std::vector<Step>& steps, xo::AsciiTableBuilder::Style style) {

@@ -16,6 +16,9 @@ namespace catalogue {
 // The version of the library and the state of the power line, on standard output.
 void showMachine();
 
+// What is known of the machine, as a table on standard output: "./dev demo --system".
+void showInventory();
+
 // A step of the work, and what it has done.
 struct Step {
     std::string name;
