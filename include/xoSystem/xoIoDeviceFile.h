@@ -34,6 +34,7 @@ namespace xo {
 
 class XOSYSTEM_API xoIoDeviceFile : public xoIoDevice {
 public:
+    // How a file is opened, and for what.
     enum OpenMode : int {
         OpenRead = 0,       // the file must exist
         OpenWrite = 1,      // created, or emptied; only writes
@@ -83,6 +84,7 @@ public:
     // OpenAppend, and for a size above 2^63-1.
     bool resize(std::uint64_t bytes);
 
+    // True from a successful openUtf8 to close().
     bool isOpen() const;
     // The absolute path of the last openUtf8, with backslashes.
     const std::string& getPathUtf8() const;

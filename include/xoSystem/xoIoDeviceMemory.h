@@ -44,6 +44,7 @@ public:
 
     xoIoDeviceMemory(const xoIoDeviceMemory&) = delete;
     xoIoDeviceMemory& operator=(const xoIoDeviceMemory&) = delete;
+    // What getData() gave stays valid.
     xoIoDeviceMemory(xoIoDeviceMemory&& other) noexcept;
     xoIoDeviceMemory& operator=(xoIoDeviceMemory&& other) noexcept;
     ~xoIoDeviceMemory() override;

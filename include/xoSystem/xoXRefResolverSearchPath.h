@@ -51,13 +51,14 @@ public:
 
     // A file that existed when it was found.
     struct Match {
-        std::string path;  // absolute, with "/"
-        How how = FoundAsWritten;
+        std::string path;          // absolute, with "/"
+        How how = FoundAsWritten;  // the rule
         // How many names of the reference and of the path are equal, counted from the end. 1 says that only the file's
         // own name is; two first matches with equal how and sharedNames are equally good.
         unsigned sharedNames = 0;
     };
 
+    // Of the files in the index.
     static constexpr std::size_t kDefaultMaxFiles = 200000;
 
     // maxFiles limits the files in the index.

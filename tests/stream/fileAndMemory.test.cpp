@@ -104,7 +104,6 @@ void compareWithModel(xoIoDevice& device, Model model, unsigned seed) {
 }
 
 TEST_F(Devices, DoWhatTheirModelDoes) {
-    std::vector<char> room(2000000, '\0');
     for (unsigned seed = 1; seed != 9; ++seed) {
         File file;
         ASSERT_TRUE(open(file, seed % 2 == 0 ? File::OpenReadWrite : File::OpenNew));
