@@ -25,8 +25,8 @@ namespace {
 using namespace xo::fuzz;
 
 constexpr const Target* kTargets[] = {
-    &kIni,      &kVariants,     &kVersions,    &kCsv,   &kCsvParser,  &kDataStream,
-    &kTables,   &kAmounts,      &kNumbers,     &kTexts, &kReferences,
+    &kIni,      &kVariants,     &kVersions,    &kCsv,     &kCsvParser,  &kDataStream,
+    &kTables,   &kAmounts,      &kNumbers,     &kTexts,   &kReferences,
 #if defined(_WIN32)  // these call it
     &kCharSets, &kNaturalOrder, &kCommandLine, &kMachine,
 #endif

@@ -83,12 +83,13 @@ public:
 
     // Caches of one kind. Hybrid processors have several kinds of one level.
     struct Cache {
+        // What it is for.
         enum Kind : int { Unified = 0, Instruction = 1, Data = 2 };
 
-        unsigned level = 0;
-        Kind kind = Unified;
-        std::uint64_t bytes = 0;
-        unsigned lineBytes = 0;
+        unsigned level = 0;        // 1 is the nearest to the core
+        Kind kind = Unified;       // of one cache
+        std::uint64_t bytes = 0;   // the size of one
+        unsigned lineBytes = 0;    // what is loaded at a time
         unsigned ways = 0;         // 0: fully associative, or unknown
         unsigned count = 0;        // how many of them there are
         unsigned threadsEach = 0;  // how many hardware threads share one
@@ -96,9 +97,9 @@ public:
 
     // Cores of one kind: the higher the class, the faster the core. Only hybrid processors have more than one.
     struct CoreClass {
-        unsigned efficiencyClass = 0;
-        unsigned cores = 0;
-        unsigned threads = 0;
+        unsigned efficiencyClass = 0;  // as the system numbers them, from 0
+        unsigned cores = 0;            // of this kind
+        unsigned threads = 0;          // of these cores
     };
 
     // The processor of this machine. The first call reads it.
@@ -116,10 +117,12 @@ public:
 
     const std::string& getVendor() const { return mVendor; }  // "AuthenticAMD"
     const std::string& getBrand() const { return mBrand; }    // "AMD EPYC 7763 64-Core Processor", for people
+    // As the instruction CPUID tells them, with their extended parts.
     unsigned getFamily() const { return mFamily; }
     unsigned getModel() const { return mModel; }
     unsigned getStepping() const { return mStepping; }
 
+    // What there is and is switched on.
     unsigned getPackageCount() const { return mPackages; }
     unsigned getCoreCount() const { return mCores; }
     unsigned getThreadCount() const { return mThreads; }  // logical processors

@@ -23,12 +23,15 @@ namespace xo {
 
 // A plain value. What is not known is 0 or empty.
 struct XOSYSTEM_API DirectXDeviceInfo {
-    std::string name;
+    std::string name;           // for people
     std::string driverVersion;  // "31.0.15.3623"
+
+    // The numbers by which the PCI bus knows it; NVIDIA's vendor number is 0x10DE.
     std::uint32_t vendorId = 0;
     std::uint32_t deviceId = 0;
     std::uint32_t subSystemId = 0;
     std::uint32_t revision = 0;
+
     std::uint64_t dedicatedVideoBytes = 0;   // memory of the adapter's own
     std::uint64_t dedicatedSystemBytes = 0;  // of the machine's memory, kept for the adapter
     std::uint64_t sharedSystemBytes = 0;     // of the machine's memory, as much as the adapter may use

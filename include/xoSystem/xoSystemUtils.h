@@ -52,11 +52,14 @@ public:
 
     // The version of the system, whatever the program's manifest says of versions.
     struct OsVersion {
-        unsigned major = 0, minor = 0, build = 0;
-        unsigned revision = 0;  // of the updates: 3296 in 10.0.22631.3296
-        bool isServer = false;
+        unsigned major = 0;       // 10 of Windows 10 and 11
+        unsigned minor = 0;       // 0 of both
+        unsigned build = 0;       // 22000 and above of Windows 11
+        unsigned revision = 0;    // of the updates: 3296 in 10.0.22631.3296
+        bool isServer = false;    // a server edition
         std::string wineVersion;  // "8.0"; empty on Windows
     };
+    // Reads it anew.
     static OsVersion GetOsVersion();
 
     // The memory of the machine now.
@@ -67,6 +70,7 @@ public:
         std::uint64_t commitLimitBytes = 0;  // memory and page files
         std::uint64_t commitUsedBytes = 0;   // of these
     };
+    // Reads it anew.
     static MemoryStatus GetMemoryStatus();
 
     // Asks the management service (WMI). Each row becomes a MAP of its properties: BOOL, INTEGER, REAL, STRING, or a

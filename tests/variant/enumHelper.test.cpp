@@ -176,15 +176,15 @@ void expectEachNamed() {
 }
 
 TEST(EnumHelper, NamesTheLibrarysOwn) {
-    expectEachNamed<
-        xo::xoLogType, xo::xoLogFileFlag, xo::ProcessPriority, xo::xoProcess::State, xo::InitType,
-        xo::xoPowerStatus::AcLine, xo::xoLockFile::LockType, xoThreadCreationFlag, xo::xoDataStream::Endianness,
-        xo::xoIoDevice::SeekStart, xo::xoIoDeviceDelegable::DelegableFlag, xo::xoDirUtils::GlobFlag,
-        xo::xoStringUtils::xoCharSet, xo::xoStringUtils::SoftwareVersionComparisonResult, xo::xoMathUtils::xoByteUnit,
-        xo::xoVariant::Type, xo::AsciiTableBuilder::Style, xo::AsciiTableBuilder::Align,
-        xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase, xo::xoProgressConsole::Flag,
-        xo::xoIoDeviceFile::OpenMode, xo::xoIoDeviceFile::Share, xo::xoXRefResolverSearchPath::How, xo::CPUInfo::Feature,
-        xo::CPUInfo::Cache::Kind>();
+    expectEachNamed<xo::xoLogType, xo::xoLogFileFlag, xo::ProcessPriority, xo::xoProcess::State, xo::InitType,
+                    xo::xoPowerStatus::AcLine, xo::xoLockFile::LockType, xoThreadCreationFlag,
+                    xo::xoDataStream::Endianness, xo::xoIoDevice::SeekStart, xo::xoIoDeviceDelegable::DelegableFlag,
+                    xo::xoDirUtils::GlobFlag, xo::xoStringUtils::xoCharSet,
+                    xo::xoStringUtils::SoftwareVersionComparisonResult, xo::xoMathUtils::xoByteUnit,
+                    xo::xoVariant::Type, xo::AsciiTableBuilder::Style, xo::AsciiTableBuilder::Align,
+                    xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase,
+                    xo::xoProgressConsole::Flag, xo::xoIoDeviceFile::OpenMode, xo::xoIoDeviceFile::Share,
+                    xo::xoXRefResolverSearchPath::How, xo::CPUInfo::Feature, xo::CPUInfo::Cache::Kind>();
 
     for (const auto& entry : xo::EnumHelper<xoVariant::Type>::GetEntries())
         if (entry.value < xoVariant::DATETIME) EXPECT_EQ(xoVariant(entry.value).getTypeAsString(), entry.name);
