@@ -55,7 +55,8 @@ protected:
         EXPECT_TRUE(::SetFileTime(opened.get(), nullptr, nullptr, &old)) << name;
     }
 
-    // All below a folder: the path, the content of a file, the attributes and the time of the last change.
+    // All below a folder: the path, the content of a file, the attributes, the times of creation and of the last
+    // change.
     using Tree = std::map<std::string, std::string>;
     Tree treeOf(const std::string& folder) const {
         Tree tree;
@@ -67,10 +68,10 @@ protected:
             WIN32_FILE_ATTRIBUTE_DATA data{};
             ::GetFileAttributesExW(entry.path().c_str(), GetFileExInfoStandard, &data);
             const DWORD kept = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
-            tree[name] = std::to_string(data.dwFileAttributes & kept) + " " +
-                         std::to_string(data.ftLastWriteTime.dwHighDateTime) + " " +
-                         std::to_string(data.ftLastWriteTime.dwLowDateTime) + " " +
-                         (entry.is_directory() ? "" : mFolder.read(folder + "/" + name));
+            tree[name] = std::to_string(data.dwFileAttributes & kept);
+            for (const FILETIME& time : {data.ftCreationTime, data.ftLastWriteTime})
+                tree[name] += " " + std::to_string(time.dwHighDateTime) + " " + std::to_string(time.dwLowDateTime);
+            if (!entry.is_directory()) tree[name] += " " + mFolder.read(folder + "/" + name);
         }
         return tree;
     }

@@ -53,8 +53,12 @@ BOOL WINAPI copyInParts(const wchar_t* from, const wchar_t* to, LPPROGRESS_ROUTI
 
 class Task final : public xo::ConcurrentPool::SolverBase {
 public:
-    void solve(xo::xoMutex*, xo::xoWaitCondition*) override { ++begun; }
+    void solve(xo::xoMutex*, xo::xoWaitCondition*) override {
+        ++begun;
+        if (canceled) canceled->cancel();
+    }
     int begun = 0;
+    xoProgressNotifier* canceled = nullptr;
 };
 
 class Visitor : public xoDirUtils::FileSystemVisitor {
@@ -166,6 +170,22 @@ TEST_F(LongWorks, AreCompleteOrEndWhenTheyAreCanceled) {
         EXPECT_EQ(row.work(&whole), row.whole) << row.name;
         EXPECT_EQ(whole.getState().phase, xoProgressState::PhaseDone) << row.name;
         EXPECT_LE(whole.calls, row.mostCalls) << row.name;
+    }
+    xo::terminateXoSystem();
+}
+
+TEST_F(LongWorks, APoolBeginsNoTaskOnceItIsCanceled) {
+    xo::initializeXoSystem(xo::InitTypeFull, false);
+    {
+        xo::ConcurrentPool pool(1);
+        for (const std::size_t tasks : {3u, 1u}) {
+            Looker looker;
+            Task task;
+            task.canceled = &looker;
+            const std::vector<xo::ConcurrentPool::SolverBase*> all(tasks, &task);
+            EXPECT_EQ(pool.solve(all, &looker), tasks == 1) << "too late when the last one has begun";
+            EXPECT_EQ(task.begun, 1);
+        }
     }
     xo::terminateXoSystem();
 }
