@@ -151,7 +151,8 @@ public:
     // A link, to a file or a folder, is copied as a link and not followed; only the folder given may be a link to the
     // one that is meant. Files, and folders that are made, get the times and attributes of their source as far as the
     // file system has them, and the permissions of the folder they are made in. If `to` lies inside of `from`, it is
-    // left out of the copy; a folder is not copied to itself.
+    // left out of the copy (where only its identity shows that it does, this is reported); a folder is not copied to
+    // itself.
     //
     // A failure does not keep the rest from being copied. The result is false then, and the error has a line for each
     // of the first 100 failures and, if there are more, their number: "CopyFileExW error ", "CreateDirectoryW error ",

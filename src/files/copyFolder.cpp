@@ -118,6 +118,7 @@ public:
         const Target target(finalPath(source.handle.get(), mSourceTop), finalPath(top.opened.handle.get(), mTargetTop));
         if (target.isSource) return report(mGiven + " cannot be copied to itself");
         mTargetPlace = &target;
+        mTargetIdentity = FolderWalk::identityOf(top.opened.handle.get());
         mIsTopNew = top.isNew;
         copyAll();
         return !mHasFailed && !mIsCanceled;
@@ -130,14 +131,18 @@ public:
         return mErrors + "\nand " + std::to_string(mReportCount - kMostReports) + " more";
     }
 
-    // The copy of a folder is made once the folder has been listed, so that it is never among its own entries. Thus the
-    // walk comes to an end also where a target inside of the source was not recognised.
+    // A target inside of the source would grow while it is copied, without an end.
     bool onEnter(FolderWalk& walk) override {
         if (walk.depth() == 1) {
             mFolders.push_back({mTarget.length(), /*isThere=*/true, mIsTopNew});
             return true;
         }
         mTarget.append(mName);
+        if (isTarget(walk)) {
+            mFolders.push_back({mTarget.length(), /*isThere=*/false, /*isNew=*/false});
+            report(shown(walk.below()) + " is the target and is not copied");
+            return true;
+        }
         Created folder = mTarget.create(kToListFolder, Existing::IsOpened);
         mFolders.push_back({mTarget.length(), static_cast<bool>(folder.opened.handle), folder.isNew});
         if (folder.opened.handle)
@@ -185,6 +190,13 @@ private:
 
     // Only what is noticed before the end counts.
     bool isCanceled() { return mIsCanceled = mIsCanceled || (mProgress && mProgress->isCanceled()); }
+
+    // Its path has not told, for instance because it leads over a share. The failure is reported, because identities of
+    // two folders may be equal by chance where a file system has longer ones.
+    bool isTarget(FolderWalk& walk) const {
+        const Opened folder = walk.openFolder({FILE_READ_ATTRIBUTES, kFolder, /*followsLink=*/true});
+        return mTargetIdentity && folder.handle && FolderWalk::identityOf(folder.handle.get()) == mTargetIdentity;
+    }
 
     // As FindFirstFileW reports a folder that is missing.
     static DWORD missingFolder(DWORD error) {
@@ -311,7 +323,8 @@ private:
     const bool mFailsIfExists;
     xoProgressNotifier* const mProgress;
     WalkedPath mTarget;                    // the copy of the folder that the walk is in
-    const Target* mTargetPlace = nullptr;  // these three are valid while the walk runs
+    const Target* mTargetPlace = nullptr;  // these four are valid while the walk runs
+    FolderWalk::Identity mTargetIdentity;
     bool mIsTopNew = false;
     xoProgressScope* mBytes = nullptr;
     std::uint64_t mTotal = 0;

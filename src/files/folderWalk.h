@@ -67,10 +67,11 @@ public:
     Opened openEntry(std::wstring_view name, const OpenMode& mode);
     Opened openFolder(const OpenMode& mode) const { return mPath.open(mPath.length(), mode); }
 
-private:
     // The same for two handles if they stand for the same folder. None where the file system does not tell.
     using Identity = std::optional<std::pair<DWORD, std::uint64_t>>;
+    static Identity identityOf(HANDLE folder);
 
+private:
     // A folder that has been entered and not left yet.
     struct Level {
         std::size_t pathLength;
@@ -79,7 +80,6 @@ private:
         Identity identity;     // known once a link was met below
     };
 
-    static Identity identityOf(HANDLE folder);
     bool goOn();
     bool enterBelow(const FolderEntry& entry);
     bool list(Opened folder);

@@ -18,6 +18,7 @@ class Canceler : public xo::xoProgressNotifier {
 public:
     explicit Canceler(double at) : xoProgressNotifier(0), mAt(at) {}
     double before = 0;
+    double first = 0;  // above 0
     std::uint64_t total = 0;
     std::string texts;
 
@@ -25,6 +26,7 @@ private:
     void onProgress(const xo::xoProgressState& state) override {
         EXPECT_GE(state.fraction, before);
         before = state.fraction;
+        if (first == 0) first = before;
         total = state.unit == xo::ProgressUnitBytes ? state.total : total;
         if (texts.find(state.text) == std::string::npos) texts += state.text + "|";
         if (state.fraction >= mAt) cancel();
@@ -119,6 +121,7 @@ TEST_F(CopyFolder, ReportsWhatItCannotCopyAndCopiesTheRest) {
 }
 
 TEST_F(CopyFolder, NeverCopiesAFolderIntoItself) {
+    xoDirUtils::MkpathUtf8(path("top/empty"));
     const Tree source = treeOf("top");
     for (const char* to : {"top/A \xC3\x89/inside", "top/backup"}) {
         Canceler whole(2);
@@ -127,6 +130,17 @@ TEST_F(CopyFolder, NeverCopiesAFolderIntoItself) {
     }
     EXPECT_EQ(treeOf("top/a \xC3\xA9/inside").size(), source.size());
     EXPECT_EQ(treeOf("top/backup").size(), 2 * source.size() + 1);
+
+    // Where paths do not tell: the top's sub-folder under another name.
+    xo::tests::makeLink(mFolder.widePath() / "alias", "top/empty");
+    const auto refuse = +[](HANDLE, wchar_t*, DWORD, DWORD) -> DWORD { return 0; };
+    if (xo::tests::isLink(mFolder.widePath() / "alias")) {
+        const ImportHook hook("xoSystem.dll", "GetFinalPathNameByHandleW", refuse);
+        EXPECT_FALSE(copy("alias/inside", /*failIfExists=*/false));
+        EXPECT_EQ(mError, path("top") + "\\empty\\inside is the target and is not copied");
+        EXPECT_TRUE(mFolder.has("top/empty/inside/backup") && !mFolder.has("top/empty/inside/empty/inside"));
+        if (!::RemoveDirectoryW((mFolder.widePath() / "alias").c_str())) xo::tests::runUnix(path(), L"rm alias");
+    }
     EXPECT_FALSE(xoDirUtils::CopyFolderUtf8(path("top"), path("TOP/a \xC3\xA9/.."), false, &mError));
     EXPECT_EQ(mError, path("top") + " cannot be copied to itself");
 }
@@ -136,6 +150,7 @@ TEST_F(CopyFolder, CountsBytesAndCanBeCanceled) {
     EXPECT_TRUE(copy("whole", true, &whole));
     EXPECT_EQ(whole.getState().phase, xo::xoProgressState::PhaseDone);
     EXPECT_EQ(whole.total, 40u);
+    EXPECT_GE(whole.first, 0.2) << "a file fills as many steps as it has bytes";
     EXPECT_NE(whole.texts.find("counting|"), std::string::npos);
     EXPECT_NE(whole.texts.find("a \xC3\xA9\\x|"), std::string::npos);
 
