@@ -88,7 +88,7 @@ void writeScratch(const char* name, const std::string& bytes);
 std::string readScratch(const char* name);
 
 extern const Target kIni, kVariants, kCharSets, kVersions, kNaturalOrder, kCsv, kDataStream, kCommandLine, kTables,
-    kAmounts, kNumbers, kTexts, kCsvParser, kReferences, kMachine;
+    kAmounts, kNumbers, kTexts, kCsvParser, kReferences, kMachine, kPipeMessages;
 
 }  // namespace xo::fuzz
 

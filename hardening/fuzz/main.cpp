@@ -25,10 +25,10 @@ namespace {
 using namespace xo::fuzz;
 
 constexpr const Target* kTargets[] = {
-    &kIni,      &kVariants,     &kVersions,    &kCsv,     &kCsvParser,  &kDataStream,
+    &kIni,      &kVariants,     &kVersions,    &kCsv,     &kCsvParser,    &kDataStream,
     &kTables,   &kAmounts,      &kNumbers,     &kTexts,   &kReferences,
 #if defined(_WIN32)  // these call it
-    &kCharSets, &kNaturalOrder, &kCommandLine, &kMachine,
+    &kCharSets, &kNaturalOrder, &kCommandLine, &kMachine, &kPipeMessages,
 #endif
 };
 constexpr std::chrono::seconds kPatience{30};
