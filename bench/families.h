@@ -12,6 +12,7 @@ void measureFiles(Suite& suite);
 void measureIni(Suite& suite);
 void measureLog(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
+void measurePipe(Suite& suite);     // and children that print
 void measureProcess(Suite& suite);
 void measureProgress(Suite& suite);
 void measureStream(Suite& suite);
@@ -20,6 +21,9 @@ void measureText(Suite& suite);
 void measureThreads(Suite& suite);
 void measureUtil(Suite& suite);
 void measureVariant(Suite& suite);
+
+// What a child of measurePipe does: prints that many bytes.
+int writeOutput(std::uint64_t size);
 
 }  // namespace bench
 

@@ -1,11 +1,14 @@
 // xoBench file.csv [family]: measures this library against what a user would take instead, and against physical limits.
 // Writes the rows to the file, and to file.md as a table for a README.
+#include <cwchar>
 #include <filesystem>
 
 #include "aims.h"
 #include "families.h"
 
 int wmain(int count, wchar_t** arguments) {
+    if (count == 3 && std::wcscmp(arguments[1], L"--write") == 0)
+        return bench::writeOutput(std::wcstoull(arguments[2], nullptr, 10));
     if (count < 2) {
         std::fputs("usage: xoBench file.csv [family]\n", stderr);
         return 2;
@@ -18,6 +21,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureFiles(suite);
     bench::measureIni(suite);
     bench::measureLog(suite);
+    bench::measurePipe(suite);
     bench::measureProcess(suite);
     bench::measureProgress(suite);
     bench::measureStream(suite);
