@@ -84,7 +84,7 @@ TEST_F(Streams, GiveAllInputToAChildThatReadsIt) {
 
     for (const std::size_t size : {std::size_t{0}, std::size_t{65536}, std::size_t{65537}}) {
         MemoryDevice source(pattern(size)), target, full;
-        full.room = 10;
+        full.capacity = 10;
         mChild.setInput(Input::Device(&source));
         mChild.setOutput(Output::Device(&target));
         mChild.setErrorOutput(Output::Device(&full));
