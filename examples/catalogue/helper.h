@@ -9,8 +9,8 @@
 
 namespace catalogue {
 
-// Lets the helper read the record files of a folder back: once as it should be, once made to overrun its time. True
-// when both end as they must.
+// Lets the helper read the record files of a folder back, then the same records over a pipe, shows what it prints, and
+// makes it overrun its time. True when all three end as they must.
 bool checkRecords(const std::string& programFolder, const std::string& recordFolder, std::size_t expectedRegions,
                   xo::xoProgressNotifier* progress);
 

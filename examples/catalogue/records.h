@@ -14,7 +14,15 @@
 
 #include "countries.h"
 
+namespace xo {
+class xoDataStream;
+}
+
 namespace catalogue {
+
+// The record of a country over any device. False once the stream is not ok, or when the version is another one.
+bool writeRecord(xo::xoDataStream& stream, const Country& country);
+bool readRecord(xo::xoDataStream& stream, Country& country);
 
 // Sets bytes to the size of the file. False when the disk did not take all of it.
 bool writeRecords(const std::string& path, const Country& country, std::uint64_t& bytes);
