@@ -82,7 +82,7 @@ bool Level::isComplete() const {
 
 Level* Work::open(const Description& description, bool hasCalls, bool& isOutermost, bool& isForeign) {
     const unsigned long thread = ::GetCurrentThreadId();
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     if ((mDepth > 0 || mIsInCall) && mOwner != thread) {
         isForeign = !std::exchange(mHasReportedForeignScope, true);
         return nullptr;
@@ -115,7 +115,7 @@ Level* Work::open(const Description& description, bool hasCalls, bool& isOutermo
 }
 
 bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     if (!find(serial)) return false;
     mIsInCall = false;  // a fault has ended the call
     for (bool isClosed = false; !isClosed;) {
@@ -152,7 +152,7 @@ void Work::end(bool isComplete, bool isCanceled) {
 }
 
 void Work::setSpan(std::uint64_t serial, std::uint64_t steps) {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     Level* const level = find(serial);
     if (!level) return;
     level->spanStep = level->count();
@@ -160,7 +160,7 @@ void Work::setSpan(std::uint64_t serial, std::uint64_t steps) {
 }
 
 void Work::setText(std::uint64_t serial, std::string_view text) {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     Level* const level = find(serial);
     try {
         if (level) level->text.assign(text);
@@ -169,7 +169,7 @@ void Work::setText(std::uint64_t serial, std::string_view text) {
 }
 
 void Work::setTotal(std::uint64_t serial, std::uint64_t total) {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     Level* const level = find(serial);
     if (!level || !level->ends.empty()) return;
     level->total = total == 0 ? 0 : (std::max)(total, level->count());
@@ -177,19 +177,19 @@ void Work::setTotal(std::uint64_t serial, std::uint64_t total) {
 }
 
 void Work::finish(std::uint64_t serial) {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     if (Level* const level = find(serial)) level->isFinished = true;
 }
 
 void Work::reset() {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     mDepth = 0;
     mIsInCall = false;
     mLast = xoProgressState();
 }
 
 bool Work::addTask(std::uint64_t serial, const TaskShare& share) {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     Level* const level = find(serial);
     try {
         if (level) level->tasks.push_back(share);
@@ -200,7 +200,7 @@ bool Work::addTask(std::uint64_t serial, const TaskShare& share) {
 }
 
 void Work::removeTask(std::uint64_t serial, const TaskShare& share, bool counts) {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     Level* const level = find(serial);
     if (!level) return;
     const auto isShare = [&share](const TaskShare& task) { return task.work == share.work; };
@@ -211,7 +211,7 @@ void Work::removeTask(std::uint64_t serial, const TaskShare& share, bool counts)
 }
 
 xoProgressState Work::state() {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     try {
         return mDepth == 0 ? mLast : snapshot(tickMs());
     } catch (const std::bad_alloc&) {
@@ -220,27 +220,27 @@ xoProgressState Work::state() {
 }
 
 double Work::fraction() const {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     return mDepth == 0 ? mLast.fraction : overallFraction();
 }
 
 bool Work::wasCompleted() const {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     return mDepth == 0 && mLast.phase == xoProgressState::PhaseDone;
 }
 
 bool Work::isOpen() const {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     return mDepth > 0;
 }
 
 bool Work::beginCall() {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     return !std::exchange(mIsInCall, true);
 }
 
 void Work::endCall() {
-    const std::lock_guard<std::mutex> locker(mMutex);
+    const platform::SlimLocker locker(mLock);
     mIsInCall = false;
 }
 

@@ -6,11 +6,11 @@
 #define XO_PROGRESS_WORK_H
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/slimLock.h"
 #include "progress/estimate.h"
 #include "xoSystem/xoProgress.h"
 
@@ -98,27 +98,26 @@ public:
     void endCall();
 
 private:
-    // All of these with the lock held.
-    Level* find(std::uint64_t serial);
-    double spanFractionOf(std::size_t index) const;
-    double overallFraction() const;
-    xoProgressState snapshot(std::int64_t nowMs);
-    void end(bool isComplete, bool isCanceled);
+    Level* find(std::uint64_t serial) XO_REQUIRES(mLock);
+    double spanFractionOf(std::size_t index) const XO_REQUIRES(mLock);
+    double overallFraction() const XO_REQUIRES(mLock);
+    xoProgressState snapshot(std::int64_t nowMs) XO_REQUIRES(mLock);
+    void end(bool isComplete, bool isCanceled) XO_REQUIRES(mLock);
 
-    mutable std::mutex mMutex;                    // guards what follows, and the levels but for their counters
-    std::vector<std::unique_ptr<Level>> mLevels;  // kept for the next scopes
-    std::size_t mDepth = 0;                       // how many of them are open
-    std::uint64_t mLastSerial = 0;
-    unsigned long mOwner = 0;  // the thread that opened the first level
-    bool mIsInCall = false;
-    bool mHasReportedForeignScope = false;
+    mutable platform::SlimLock mLock;                                  // also guards the levels, except their counters
+    std::vector<std::unique_ptr<Level>> mLevels XO_GUARDED_BY(mLock);  // kept for the next scopes
+    std::size_t mDepth XO_GUARDED_BY(mLock) = 0;                       // how many of them are open
+    std::uint64_t mLastSerial XO_GUARDED_BY(mLock) = 0;
+    unsigned long mOwner XO_GUARDED_BY(mLock) = 0;  // the thread that opened the first level
+    bool mIsInCall XO_GUARDED_BY(mLock) = false;
+    bool mHasReportedForeignScope XO_GUARDED_BY(mLock) = false;
 
-    std::int64_t mBeginMs = 0;
-    double mHighestFraction = 0;  // that was read so far
-    RemainingTime mRemaining;
-    SmoothedSpeed mUnits;
-    std::uint64_t mUnitsSerial = 0;  // of the level that mUnits is about
-    xoProgressState mLast;           // of the work that has ended
+    std::int64_t mBeginMs XO_GUARDED_BY(mLock) = 0;
+    double mHighestFraction XO_GUARDED_BY(mLock) = 0;  // that was read so far
+    RemainingTime mRemaining XO_GUARDED_BY(mLock);
+    SmoothedSpeed mUnits XO_GUARDED_BY(mLock);
+    std::uint64_t mUnitsSerial XO_GUARDED_BY(mLock) = 0;  // of the level that mUnits is about
+    xoProgressState mLast XO_GUARDED_BY(mLock);           // of the work that has ended
 };
 
 // Writes the log's line about a scope of a thread that does not own the notifier. Defined beside start-up.

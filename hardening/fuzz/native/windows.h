@@ -1,4 +1,4 @@
-// The little of Windows that the rooms without a system and the fuzzer ask for. Only what they pass is understood.
+// The functions of Windows that the fuzzed sources call. Only the arguments that they pass are supported.
 #ifndef XO_FUZZ_NATIVE_WINDOWS_H
 #define XO_FUZZ_NATIVE_WINDOWS_H
 
@@ -12,8 +12,11 @@ using HMODULE = void*;
 union LARGE_INTEGER {
     long long QuadPart;
 };
+struct SRWLOCK {};  // one thread calls the library
 
 #define WINAPI
+#define SRWLOCK_INIT \
+    {}
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(-1))
 
 enum : DWORD { ERROR_SUCCESS, ERROR_FILE_NOT_FOUND = 2, ERROR_PATH_NOT_FOUND, ERROR_WRITE_FAULT = 29 };
@@ -37,6 +40,10 @@ void SecureZeroMemory(void* bytes, std::size_t size);
 DWORD GetLastError();
 DWORD GetCurrentThreadId();
 ULONGLONG GetTickCount64();
+inline void AcquireSRWLockExclusive(SRWLOCK*) {}
+inline BOOL TryAcquireSRWLockExclusive(SRWLOCK*) { return 1; }
+inline void ReleaseSRWLockExclusive(SRWLOCK*) {}
+inline void Sleep(DWORD) {}
 void SetLastError(DWORD error);
 
 #endif
