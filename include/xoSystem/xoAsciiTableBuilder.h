@@ -19,8 +19,8 @@
 // xoStringUtils::MakePrintable makes all other control characters harmless, so that a cell cannot write to the
 // terminal. Widths are those of xoStringUtils::GetDisplayWidth: in a box, all lines of a table have the same.
 //
-// A builder is a plain value: copies are independent, and one thread at a time may use it. Nothing fails, short of
-// memory running out. A builder that was moved from is an empty one.
+// A builder is a plain value: copies are independent, and one thread at a time may use it. Nothing fails or throws,
+// except that memory may run out. A builder that was moved from is empty.
 #ifndef XOSYSTEM_XOASCIITABLEBUILDER_H
 #define XOSYSTEM_XOASCIITABLEBUILDER_H
 
@@ -33,6 +33,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoVariant.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 template <class E>
@@ -44,7 +49,7 @@ struct TableContent;
 
 class XOSYSTEM_API AsciiTableBuilder {
 public:
-    // What the table looks like. Any other number is StyleAscii.
+    // The look of a table. Any other number counts as StyleAscii.
     enum Style : int {
         StyleAscii = 0,     // a box of + - |, as above
         StyleBox = 1,       // a box of the Unicode line characters, which are not in every console's font
@@ -52,7 +57,7 @@ public:
         StylePlain = 3,  // columns with two blanks between, no blanks at the ends of lines, separators are empty lines
     };
 
-    // Where a column's cells and its title stand. Any other number is AlignAuto.
+    // The position of a title and of cells in their column. Any other number counts as AlignAuto.
     enum Align : int {
         AlignAuto = 0,  // right if all cells that are not empty are INTEGER or REAL and there is one, else left
         AlignLeft = 1,
@@ -60,16 +65,17 @@ public:
         AlignCenter = 3,
     };
 
-    // What becomes of a cell that is wider than its column. Any other number is OverflowWrap.
+    // What happens to a cell that is wider than its column. Any other number counts as OverflowWrap.
     enum Overflow : int {
-        // Goes on in the next line: behind a blank, which goes, a slash, a backslash or the hyphen of a word, between
-        // two characters of width 2, and inside a word that alone is wider than the column.
+        // Continues in the next line. The line is broken at a blank, which is removed, behind a slash, a backslash or
+        // the hyphen of a word, between two characters of width 2, and inside a word that alone is wider than the
+        // column.
         OverflowWrap = 0,
         OverflowCutEnd = 1,     // ends in "...", in a box of line characters in U+2026
-        OverflowCutMiddle = 2,  // loses its middle: for paths
+        OverflowCutMiddle = 2,  // its middle is removed: for paths
     };
 
-    // What a column is, for all its cells.
+    // The properties of a column.
     struct Column {
         std::string title;                 // a line break in it becomes a blank
         Align align = AlignAuto;           // of cells and title
@@ -81,8 +87,8 @@ public:
     // The most columns that a table has.
     static constexpr std::size_t kMaxColumns = 4096;
 
-    // A column for each title, as far as kMaxColumns go. Where no column has a title the table has no title line; in
-    // Markdown, which wants one, it is empty.
+    // A column for each title, as far as kMaxColumns go. If no column has a title, the table has no title line, or an
+    // empty one in Markdown, which requires it.
     explicit AsciiTableBuilder(const std::vector<std::string>& titles = {});
     AsciiTableBuilder(const AsciiTableBuilder& other);
     AsciiTableBuilder(AsciiTableBuilder&& other) noexcept;
@@ -91,7 +97,7 @@ public:
     ~AsciiTableBuilder();
 
     // The column of that index, counted from 0; makes all columns up to it. An index from kMaxColumns up means the last
-    // possible one. What it refers to lasts as long as the builder keeps its value.
+    // possible one. The reference is valid until the builder is assigned to, moved from or destroyed.
     Column& editColumn(std::size_t index);
 
     // Missing cells at the end of a row are empty; additional ones make further columns, and what lies beyond
@@ -100,15 +106,15 @@ public:
     AsciiTableBuilder& addRow(const std::vector<xoVariant>& cells);
     AsciiTableBuilder& addRow(const std::vector<std::string>& cells);
 
-    // A line before the row that comes next, if one does. Two are one, and beside the frame or the titles' line it is
-    // none.
+    // Draws a line before the next row, if there is one. Several separators in succession count as one. A separator
+    // beside the frame or the line below the titles is not drawn.
     AsciiTableBuilder& addSeparator();
 
     // For the whole table, whenever they are called before build().
     AsciiTableBuilder& setStyle(Style style);
-    // In terminal columns; 0 is without limit. Takes from the widest columns what they have more than the others, from
-    // columns of numbers only when no other is wider than 3, and leaves each column one: a limit that this does not
-    // reach is exceeded.
+    // In terminal columns; 0 is without limit. The widest columns are narrowed first, columns of numbers only when no
+    // other column is wider than 3. Each column keeps a width of at least 1, so that the table may exceed a very small
+    // limit.
     AsciiTableBuilder& setMaxWidth(unsigned columns);
     // Whether there is a line between all rows, for cells of several lines.
     AsciiTableBuilder& setRowLines(bool on);
@@ -125,7 +131,8 @@ public:
     // Such as the rows that xoCsvFileReader reads. The titles are the texts of the first row's cells.
     static AsciiTableBuilder FromRows(const std::vector<std::vector<xoVariant>>& rows, bool firstRowIsTitles = true);
 
-    // The width of standard output's window, for setMaxWidth; 0 when that is no console but a file or a pipe, say.
+    // The width of standard output's window, for setMaxWidth; 0 when standard output is not a console, for example a
+    // file or a pipe.
     static unsigned GetConsoleWidth();
 
 private:
@@ -140,5 +147,9 @@ XOSYSTEM_API xoEnumList<AsciiTableBuilder::Align> xoEnumEntries(AsciiTableBuilde
 XOSYSTEM_API xoEnumList<AsciiTableBuilder::Overflow> xoEnumEntries(AsciiTableBuilder::Overflow);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

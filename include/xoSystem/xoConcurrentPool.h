@@ -42,6 +42,11 @@
 #include "xoSystem/xoThread.h"
 #include "xoSystem/xoWaitCondition.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 class ConcurrentPool {
@@ -346,5 +351,9 @@ XOSYSTEM_API ConcurrentPool& GetConcurrentPool();
 
 }  // namespace concurrent
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -26,6 +26,11 @@
 
 #include "xoSystem/xoExport.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 template <class E>
@@ -270,5 +275,9 @@ public:
 XOSYSTEM_API xoEnumList<xoDirUtils::GlobFlag> xoEnumEntries(xoDirUtils::GlobFlag);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -15,23 +15,24 @@
 //     const auto colour = Colours::FromVariantOr(settings.getValuePath("wine/colour"), shop::Colour::Green);
 //
 // The owner of an enumeration, or of code that uses somebody else's, writes a table and the function xoEnumEntries,
-// which is found by its argument: it stands in the namespace of the enumeration, or is a friend of the class that the
-// enumeration is in. The enumeration itself stays as it is. Any values and spellings are possible; of two entries with
-// one value the first is shown, and both are understood. A list of flags says so: return {kTable, /*areFlags=*/true}.
-// The library's own enumerations have such lists:
+// which argument-dependent lookup must find: it is in the namespace of the enumeration, or a friend of the class that
+// the enumeration is in. The enumeration itself is not changed. Any values and spellings are possible. If two entries
+// have the same value, the first name is written and both are read. For an enumeration of flags, the function returns
+// {kTable, /*areFlags=*/true}. The library's own enumerations have such lists:
 //
 //     xo::EnumHelper<xo::xoLogType>::ToText(xo::xoLogWarning);     // "WARNING"
 //
-// Names are compared without the case of ASCII letters, an exact match before others. As a text, a value is
+// Names are compared ignoring the case of ASCII letters; an exact match is preferred. As a text, a value is
 //
 //   the name of its entry, if it has one;
 //   without an entry and without flags, its decimal number;
 //   of flags, the names of the entries that it is made of, those with most bits chosen first, in the order of the
 //   table, with "|" between, and what is left as "0x40"; "0" for none.
 //
-// Values are 64-bit integers where the type is not known: one beyond INT64_MAX is the negative number of the same bits.
+// Where the type is not known, values are 64-bit integers; a value beyond INT64_MAX is the negative number with the
+// same bits.
 //
-// Nothing here changes, so that any thread may use it at any time. Nothing throws, short of memory running out.
+// All of this is immutable, so any thread may use it at any time. Nothing throws except std::bad_alloc.
 #ifndef XOSYSTEM_XOENUMHELPER_H
 #define XOSYSTEM_XOENUMHELPER_H
 
@@ -47,7 +48,8 @@ namespace xo {
 
 class xoVariant;
 
-// A value and its name; the label is for people, and is the name where it is empty. The texts last for ever.
+// A value, its name, and a label for people; an empty label stands for the name. The texts must have static storage
+// duration, as literals have.
 template <class E>
 struct xoEnumEntry {
     E value;                      // may stand in several entries
@@ -55,28 +57,28 @@ struct xoEnumEntry {
     std::string_view label = {};  // for people
 };
 
-// A table of entries, which lasts for ever: it is not copied.
+// Refers to a table of entries with static storage duration.
 template <class E>
 class xoEnumList {
     static_assert(std::is_enum_v<E>);
 
 public:
-    // The type that a standard sequence has.
+    // The member type of a standard container.
     using value_type = xoEnumEntry<E>;
 
-    // areFlags: values are combined of bits.
+    // areFlags: values are combinations of bits.
     template <std::size_t N>
     constexpr xoEnumList(const xoEnumEntry<E> (&table)[N], bool areFlags = false)
         : mBegin(table), mSize(N), mAreFlags(areFlags) {}
 
-    // As in an array.
+    // As in std::array.
     constexpr const xoEnumEntry<E>* begin() const { return mBegin; }
     constexpr const xoEnumEntry<E>* end() const { return mBegin + mSize; }
     constexpr std::size_t size() const { return mSize; }
     // The index must be below size().
     constexpr const xoEnumEntry<E>& operator[](std::size_t index) const { return mBegin[index]; }
 
-    // Whether values are combined of bits.
+    // Whether values are combinations of bits.
     constexpr bool areFlags() const { return mAreFlags; }
 
 private:
@@ -87,10 +89,10 @@ private:
 
 namespace impl {
 
-// Of ASCII letters.
+// The lower case of an ASCII letter.
 constexpr char lowerLetter(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
-// Without the case of ASCII letters.
+// Ignores the case of ASCII letters.
 constexpr bool isSameName(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) return false;
     for (std::size_t i = 0; i != a.size(); ++i)
@@ -98,7 +100,7 @@ constexpr bool isSameName(std::string_view a, std::string_view b) {
     return true;
 }
 
-// Whether an INI file brings the name back as the text that it is.
+// Whether the name, written to an INI file, is read back as the same STRING.
 constexpr bool isPlainName(std::string_view name) {
     if (name.empty() || name.back() == ' ') return false;
     for (const char& c : name) {
@@ -112,8 +114,8 @@ constexpr bool isPlainName(std::string_view name) {
 
 }  // namespace impl
 
-// The enumerator as the source spells it, without its scope; of several with one value the first. Empty for a value
-// without enumerator. Taken from what the compiler calls this function.
+// The enumerator as it is spelled in the source, without its scope; if several have the value, the first one. Empty for
+// a value without an enumerator. The text is part of the name that the compiler gives this function.
 template <auto Value>
 constexpr std::string_view EnumeratorName() {
     static_assert(std::is_enum_v<decltype(Value)>);
@@ -132,13 +134,13 @@ constexpr std::string_view EnumeratorName() {
     return isNumber || name.find(")") != std::string_view::npos ? std::string_view() : name;
 }
 
-// The names of an enumeration whose type the code does not know. What EnumHelper's function Get returns is one; one
-// that exists only at run time derives from this class.
+// The names of an enumeration for code that does not know its type. The function Get of EnumHelper returns one. Derive
+// from this class for an enumeration that is known only at run time.
 class XOSYSTEM_API EnumHelperInterface {
 public:
     virtual ~EnumHelperInterface();
 
-    // The entries, in the order of their table.
+    // The number of entries; they are in the order of their table.
     virtual std::size_t getCount() const = 0;
     // 0 and "" from getCount() on.
     virtual std::int64_t getValue(std::size_t index) const = 0;
@@ -147,14 +149,15 @@ public:
     virtual std::string_view getLabel(std::size_t index) const = 0;
     virtual bool areFlags() const = 0;
 
-    // As described above. Nothing is lost: fromText gives the value back, but where it has no entry only with flags.
+    // The text of a value, as described above. fromText reads it back, except the number of a value that has no entry,
+    // unless there are flags.
     std::string toText(std::int64_t value) const;
-    // Takes a name, or a number (decimal or "0x1F") that is an entry's value; with flags any number, several of all
-    // these with "|" or "," between them, and the empty text for 0. Blanks around names do not matter. Labels are not
-    // understood: they may be translated. False leaves the value alone.
+    // Reads a name, or the number (decimal or "0x1F") of an entry. With flags it reads any number, several names and
+    // numbers with "|" or "," between them, and the empty text as 0. Blanks around names are ignored. Labels are not
+    // read, because they may be translated. If it returns false, the value is unchanged.
     bool fromText(std::string_view text, std::int64_t& value) const;
-    // Takes a STRING as a text, an INTEGER as a number; with flags a STRINGLIST or a LIST of these, which are combined.
-    // False for anything else; it leaves the value alone.
+    // Reads a STRING as a text and an INTEGER as a number. With flags it combines the elements of a STRINGLIST or LIST.
+    // If it returns false, as for any other type, the value is unchanged.
     bool fromVariant(const xoVariant& variant, std::int64_t& value) const;
 
 protected:
@@ -163,11 +166,11 @@ protected:
     EnumHelperInterface& operator=(const EnumHelperInterface&) = default;
 };
 
-// The names of E, whose xoEnumEntries(E) is found by its argument.
+// The names of E, for which there is a function xoEnumEntries(E).
 template <class E>
 class EnumHelper final : public EnumHelperInterface {
 public:
-    // The one object there is, for code that does not know E.
+    // The only object of this class, for code that does not know E.
     static const EnumHelper& Get() {
         static const EnumHelper helper;
         return helper;
@@ -188,8 +191,8 @@ public:
         return {};
     }
 
-    // Each returns false, and leaves the value alone, for what it does not understand. FromName takes a name and
-    // nothing else; the others are fromText and fromVariant of the interface, and refuse a number that E cannot hold.
+    // If one of these returns false, the value is unchanged. FromName reads a name only. The others are fromText and
+    // fromVariant of the interface, and return false for a number that E cannot represent.
     static constexpr bool FromName(std::string_view name, E& value) {
         const xoEnumEntry<E>* found = nullptr;
         for (const xoEnumEntry<E>& entry : GetEntries()) {
@@ -216,16 +219,16 @@ public:
         return fallback;
     }
 
-    // The text as described above, and a STRING of it; for the latter include xoVariant.h.
+    // The text as described above, and a STRING with it, which needs xoVariant.h.
     static std::string ToText(E value) { return Get().toText(static_cast<std::int64_t>(value)); }
     template <class Variant = xoVariant>
     static Variant ToVariant(E value) {
         return Variant(ToText(value));
     }
 
-    // Whether the names are fit for INI files, where all of them come back as STRING: they are unique without case,
-    // begin with an ASCII letter, have only such letters, digits, "_", "-", "." and inner blanks, and are none of
-    // "true", "false", "inf" and "nan". For a static_assert.
+    // Whether all names, written to an INI file, are read back as the same STRING: they are unique when case is
+    // ignored, begin with an ASCII letter, have only such letters, digits, "_", "-", "." and inner blanks, and are none
+    // of "true", "false", "inf" and "nan". For a static_assert.
     static constexpr bool IsValid() {
         for (const xoEnumEntry<E>& entry : GetEntries()) {
             if (!impl::isPlainName(entry.name)) return false;

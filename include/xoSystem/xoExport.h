@@ -13,11 +13,6 @@
 #    define XOSYSTEM_API __declspec(dllimport)
 #endif
 
-// Private members of standard types in exported classes are safe here: host and DLL share one C++ runtime.
-#if defined(_MSC_VER)
-#    pragma warning(disable : 4251)
-#endif
-
 // Clang's thread safety analysis, https://clang.llvm.org/docs/ThreadSafetyAnalysis.html
 #if defined(__clang__)
 #    define XO_THREAD_ATTRIBUTE(x) __attribute__((x))

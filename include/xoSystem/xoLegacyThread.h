@@ -36,6 +36,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoThread.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 template <class E>
 class xoEnumList;
@@ -115,5 +120,9 @@ private:
 };
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -20,6 +20,11 @@
 
 #include "xoSystem/xoExport.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 template <class E>
@@ -75,5 +80,9 @@ private:
 XOSYSTEM_API xoEnumList<xoLockFile::LockType> xoEnumEntries(xoLockFile::LockType);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -26,6 +26,11 @@
 
 #include "xoSystem/xoExport.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 template <class E>
@@ -249,5 +254,9 @@ XOSYSTEM_API xoEnumList<xoLogType> xoEnumEntries(xoLogType);
 XOSYSTEM_API xoEnumList<xoLogFileFlag> xoEnumEntries(xoLogFileFlag);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -7,16 +7,16 @@
 //     std::uint64_t limit = 0;
 //     if (!xo::xoMathUtils::ParseBytes(typed, limit)) complain();     // "1.5 MiB", "250Mi", "10 mb"
 //
-// The classic locale always: a full stop in front of decimals. Texts are rounded to the nearest of the exact value, a
-// tie to the even digit, and the prefix or unit is chosen by the rounded number: never "1000 kB" or "60 s". A blank
-// stands before every unit. What rounds to zero has no sign. What is not finite is "nan", "inf" or "-inf" with the base
-// unit: "inf s".
+// Texts are in the classic locale, with a full stop in front of decimals. The exact value is rounded to the nearest, a
+// tie to the even digit. The prefix or unit is chosen after rounding, so neither "1000 kB" nor "60 s" occurs. A blank
+// precedes every unit. A value that rounds to zero has no sign. A value that is not finite is "nan", "inf" or "-inf"
+// with the base unit: "inf s".
 //
-// Each parser reads what its counterpart writes, and more. It takes the whole text, with white space around it and
-// between number and unit, or none of it: for anything else it returns false and leaves its target alone. Numbers are
-// digits with at most one point; "0.1 kB" is exactly 100.
+// Each parser reads what its counterpart writes, and more. White space may surround the text and separate number and
+// unit. If a parser cannot read the whole text, it returns false and does not change its target. Numbers are digits
+// with at most one point; "0.1 kB" is exactly 100.
 //
-// Any thread may call anything at any time. Nothing throws, short of memory running out.
+// All functions may be called from any thread at any time. Nothing throws except std::bad_alloc.
 #ifndef XOSYSTEM_XOMATHUTILS_H
 #define XOSYSTEM_XOMATHUTILS_H
 
@@ -43,8 +43,8 @@ public:
 
     xoMathUtils() = delete;
 
-    // ---- Texts. Digits are significant ones, from 1 to 17 (what is outside means the nearest of these); zeros at the
-    // end are kept, and no digit in front of the point is left out: "1023 KiB".
+    // ---- Texts. digits is the number of significant digits, from 1 to 17; any other number means the nearest of
+    // these. Trailing zeros are kept, and all digits in front of the point are shown: "1023 KiB".
 
     // "0 B", "1023 B", "1.00 KiB", "-3.00 MiB", up to "16.0 EiB".
     template <class Integer>
@@ -58,24 +58,24 @@ public:
         return printCount(magnitudeOf(value), isNegative(value), separator);
     }
 
-    // To be read: "14.2 ns", "42.1 s", "2 min 05 s", "2 h 03 min", "3 d 04 h", from 1000 days on "1000 d". Below a
+    // For reading: "14.2 ns", "42.1 s", "2 min 05 s", "2 h 03 min", "3 d 04 h", from 1000 days on "1000 d". Below a
     // minute with three significant digits.
     static std::string DurationToText(double seconds);
-    // To be watched: "0:17", "2:03:09", "100:00:00", with up to 9 decimals "0:17.25".
+    // As on a clock: "0:17", "2:03:09", "100:00:00", with up to 9 decimals "0:17.25".
     static std::string DurationToClock(double seconds, int decimals = 0);
 
     // With a prefix from q (10^-30) to Q (10^30): "1.50 kHz", "12.3 µF" (U+00B5), "1.00 M" without a unit; 0 is "0 V".
-    // Beyond these prefixes the last one goes on, with zeros.
+    // Values beyond these prefixes have the last one, with zeros.
     static std::string SiToText(double value, std::string_view unit = {}, int digits = 3);
 
-    // Of the fraction 0.4711 "47 %", with up to 17 decimals "47.1 %".
+    // "47 %" for the fraction 0.4711, or with one of up to 17 decimals "47.1 %".
     static std::string PercentToText(double fraction, int decimals = 0);
 
     // "1230", "0.00012", "2.00"; scientific, "1.00e+20", below 1e-5 and from 1e15 on. 0 is "0".
     static std::string SignificantToText(double value, int digits);
 
     // The shortest text that ParseReal reads back as the same value: "0.1", "-0"; scientific, "1e+22", below 1e-4 and
-    // from 1e16 on. Of a float the shortest that makes the same float.
+    // from 1e16 on. For a float, the shortest text that is read back as the same float.
     static std::string RealToText(double value);
     static std::string RealToText(float value);
     template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
@@ -86,12 +86,12 @@ public:
     // ---- Parsers.
 
     // "10", "10 B", "1.5MiB", "250Mi", "10 mb", "2 bytes", in any case. With an "i" a prefix is of 1024; without, of
-    // 1000 for ByteUnitDecimal and of 1024 otherwise. Rounds to whole bytes. False for bits, for what is negative and
-    // for what is beyond 2^64 - 1.
+    // 1000 for ByteUnitDecimal and of 1024 otherwise. The result is rounded to whole bytes. False for bits, for a
+    // negative number and for one beyond 2^64 - 1.
     static bool ParseBytes(std::string_view text, std::uint64_t& bytes, xoByteUnit unit = ByteUnitDecimal);
 
-    // A decimal number with "-" or nothing in front, in groups of three digits or without; a separator 0 allows no
-    // groups. False beyond 64 bits.
+    // A decimal number with "-" or nothing in front, in groups of three digits or without; with the separator 0, groups
+    // are not accepted. False for a number beyond 64 bits.
     static bool ParseCount(std::string_view text, std::int64_t& value, char separator = ',');
 
     // "90" (seconds), "2h 3m", "1h30m", "1.5 h", "14.2ms", "3 days 4 hours", "2:03:09", "0:17.2", with "-" or nothing
@@ -101,11 +101,12 @@ public:
     static bool ParseDuration(std::string_view text, double& seconds);
 
     // "1.5 kHz", "12.3uF", "-5". K too is 1000, and u, U+00B5 and U+03BC are 10^-6; otherwise case counts. The unit may
-    // be left out; what may be a prefix or the unit is the unit: "5 m" of "m" is 5. False out of range.
+    // be omitted. A letter that could be a prefix or the unit is the unit: "5 m" with the unit "m" is 5. False for a
+    // number out of range.
     static bool ParseSi(std::string_view text, double& value, std::string_view unit = {});
 
-    // Also with "+" in front and an exponent; "inf", "infinity" and "nan" in any case; not hexadecimal. False out of
-    // range, as 1e999 and 1e-999 are.
+    // Also with "+" in front and an exponent; "inf", "infinity" and "nan" in any case; not hexadecimal. False for a
+    // number out of range, such as 1e999 and 1e-999.
     static bool ParseReal(std::string_view text, double& value);
 
 private:

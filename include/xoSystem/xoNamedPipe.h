@@ -31,6 +31,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoIoDeviceBase.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 namespace pipe {
@@ -246,5 +251,9 @@ XOSYSTEM_API xoEnumList<xoNamedPipe::ServerTrust> xoEnumEntries(xoNamedPipe::Ser
 XOSYSTEM_API xoEnumList<xoNamedPipeServer::Access> xoEnumEntries(xoNamedPipeServer::Access);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

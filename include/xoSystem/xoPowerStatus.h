@@ -13,6 +13,11 @@
 
 #include "xoSystem/xoExport.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 template <class E>
@@ -66,5 +71,9 @@ private:
 XOSYSTEM_API xoEnumList<xoPowerStatus::AcLine> xoEnumEntries(xoPowerStatus::AcLine);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -47,6 +47,11 @@
 
 #include "xoSystem/xoExport.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 class xoIoDevice;
@@ -370,5 +375,9 @@ XOSYSTEM_API xoEnumList<xoProcess::ProcessTree> xoEnumEntries(xoProcess::Process
 XOSYSTEM_API xoEnumList<xoProcess::RunResult::Outcome> xoEnumEntries(xoProcess::RunResult::Outcome);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -36,6 +36,11 @@
 
 #include "xoSystem/xoExport.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 template <class E>
@@ -266,5 +271,9 @@ XOSYSTEM_API xoEnumList<xoProgressUnit> xoEnumEntries(xoProgressUnit);
 XOSYSTEM_API xoEnumList<xoProgressState::Phase> xoEnumEntries(xoProgressState::Phase);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

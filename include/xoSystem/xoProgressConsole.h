@@ -27,6 +27,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoProgress.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 class XOSYSTEM_API xoProgressConsole final : public xoProgressNotifier {
@@ -64,5 +69,9 @@ private:
 XOSYSTEM_API xoEnumList<xoProgressConsole::Flag> xoEnumEntries(xoProgressConsole::Flag);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -23,6 +23,11 @@
 #include "xoSystem/xoMutex.h"
 #include "xoSystem/xoWaitCondition.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 class XOSYSTEM_API xoSemaphore {
@@ -49,5 +54,9 @@ private:
 };
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

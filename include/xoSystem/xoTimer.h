@@ -19,6 +19,11 @@
 
 #include "xoSystem/xoExport.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 // The time since a moment that was stored, the snap. It advances in steps of 10 to 16 milliseconds.
@@ -82,5 +87,9 @@ private:
     struct Private;
     std::unique_ptr<Private> mPrivate;
 };
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

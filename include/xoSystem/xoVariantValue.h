@@ -17,6 +17,11 @@
 
 #include "xoSystem/xoExport.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 template <class E>
@@ -302,5 +307,9 @@ static_assert(sizeof(xoVariant) == 16, "a table of variants is an array of tag a
 XOSYSTEM_API xoEnumList<xoVariant::Type> xoEnumEntries(xoVariant::Type);
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

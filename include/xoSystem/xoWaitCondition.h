@@ -18,6 +18,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoMutex.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 class xoWaitConditionPrivate;
@@ -51,5 +56,9 @@ private:
 };
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif

@@ -40,6 +40,11 @@
 #include "xoSystem/xoExport.h"
 #include "xoSystem/xoThread.h"
 
+#if defined(_MSC_VER)
+#    pragma warning(push)
+#    pragma warning(disable : 4251)  // private members of standard types: host and DLL share one C++ runtime
+#endif
+
 namespace xo {
 
 // Something to do for an xoWorkThread, whose class knows what is in it.
@@ -111,5 +116,9 @@ private:
 };
 
 }  // namespace xo
+
+#if defined(_MSC_VER)
+#    pragma warning(pop)
+#endif
 
 #endif
