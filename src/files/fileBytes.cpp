@@ -1,4 +1,5 @@
 #include "files/fileBytes.h"
+#include "platform/openFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -18,15 +19,15 @@ void deleteBytes(char* bytes) { delete[] bytes; }
 
 void releasePages(char* bytes) { ::VirtualFree(bytes, 0, MEM_RELEASE); }
 
-// Not filled with zeros first.
+// The memory is not initialised.
 FileBytes::Bytes allocate(std::size_t size) {
     if (size < kOwnPages) return {new (std::nothrow) char[size], &deleteBytes};
     void* const pages = ::VirtualAlloc(/*lpAddress=*/nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
     return {static_cast<char*>(pages), &releasePages};
 }
 
-// Not so for a drive that is not ready or a computer that does not answer: the file may be there at the next call, and
-// whoever takes it for missing would then write over it.
+// An error such as a drive that is not ready or a computer that does not answer does not mean that the file is missing:
+// a caller would then overwrite the existing file.
 bool isAbsent(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME;
 }
@@ -34,9 +35,7 @@ bool isAbsent(DWORD error) {
 }  // namespace
 
 FileBytes::State FileBytes::read(const std::wstring& path) {
-    const platform::FileHandle file(::CreateFileW(
-        path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-        /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+    const platform::FileHandle file = platform::openFile(path, GENERIC_READ, platform::kShareAll, OPEN_EXISTING);
     if (!file) return isAbsent(::GetLastError()) ? Missing : Unreadable;
     return fill(file);
 }

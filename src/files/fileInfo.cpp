@@ -4,7 +4,7 @@
 
 #include "files/pathParts.h"
 #include "platform/fileTime.h"
-#include "platform/handle.h"
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
 
@@ -38,9 +38,8 @@ bool readFromFolder(const std::wstring& path, Facts& facts) {
 
 // Of what a link leads to.
 bool readTarget(const std::wstring& path, Facts& facts) {
-    const platform::FileHandle file(::CreateFileW(
-        path.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-        /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, /*hTemplateFile=*/nullptr));
+    const platform::FileHandle file =
+        platform::openFile(path, FILE_READ_ATTRIBUTES, platform::kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
     BY_HANDLE_FILE_INFORMATION target;
     if (!file || !::GetFileInformationByHandle(file.get(), &target)) return false;
     facts = factsOf(target);

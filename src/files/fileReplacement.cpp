@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "files/fileWriting.h"
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 
 namespace xo::files {
@@ -12,7 +13,7 @@ namespace {
 
 constexpr DWORD kMostNames = 16;
 
-// A new file would not have these properties of the old one.
+// Attributes that a new file would not get, so that a file with one of them is overwritten in place.
 constexpr DWORD kOnlyInPlace = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_COMPRESSED;
 
 DWORD setDeleteOnClose(const platform::FileHandle& file, bool isDeleted) {
@@ -25,16 +26,16 @@ DWORD setDeleteOnClose(const platform::FileHandle& file, bool isDeleted) {
 // pending"), which Windows reports as denied access.
 bool mayBeTaken(DWORD error) { return error == ERROR_FILE_EXISTS || error == ERROR_ACCESS_DENIED; }
 
-// A new file under a name that no other thread of this machine chooses; a file that one of them may have left behind
-// stays. Shared for reading, because it is still open for a moment when it has got its final name.
+// Creates a file under a name that contains the number of this thread, so that no other thread of the machine chooses
+// it. A file with that name that a crash has left behind is kept. The new file is shared for reading, because it is
+// still open for a moment after it was renamed.
 platform::FileHandle createBeside(const std::wstring& path, DWORD flags) {
     if (path.empty()) return {};
     for (DWORD i = 0; i < kMostNames; ++i) {
         const std::wstring name = path + L"." + std::to_wstring(::GetCurrentThreadId() + i) + L".tmp";
-        platform::FileHandle file(
-            ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
-                          FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr, CREATE_NEW, flags,
-                          /*hTemplateFile=*/nullptr));
+        platform::FileHandle file =
+            platform::openFile(name, GENERIC_READ | GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
+                               FILE_SHARE_READ | FILE_SHARE_DELETE, CREATE_NEW, flags);
         if (!file) {
             if (mayBeTaken(::GetLastError())) continue;
             return {};
@@ -47,11 +48,10 @@ platform::FileHandle createBeside(const std::wstring& path, DWORD flags) {
     return {};
 }
 
-// Without shared writing: a program that is writing the file would go on in the old one.
+// Not shared for writing: a program that writes to the file would continue to write to the old one.
 DWORD openExisting(const std::wstring& path, platform::FileHandle& file) {
-    file.reset(::CreateFileW(path.c_str(), GENERIC_WRITE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                             /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                             /*hTemplateFile=*/nullptr));
+    file = platform::openFile(path, GENERIC_WRITE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                              OPEN_EXISTING);
     return errorOf(file.get() != INVALID_HANDLE_VALUE);
 }
 
@@ -73,7 +73,7 @@ std::wstring withoutLinks(const std::wstring& path, const platform::FileHandle& 
     return isKnown ? real : path;
 }
 
-// Whether there is nothing of that name, not even a link that leads nowhere.
+// Whether nothing has that name, not even a dangling link.
 bool isFree(const std::wstring& path) {
     return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && ::GetLastError() == ERROR_FILE_NOT_FOUND;
 }
@@ -110,7 +110,7 @@ bool copyAccess(const platform::FileHandle& from, const platform::FileHandle& to
     return wanted == inherited || wanted.write(to);
 }
 
-// Gives the new file the old one's attributes, time of creation and access list. False where it cannot be like it.
+// Gives the new file the attributes, creation time and access list of the old one. False if that is not possible.
 bool copyProperties(const platform::FileHandle& from, const platform::FileHandle& to) {
     BY_HANDLE_FILE_INFORMATION old;
     if (!::GetFileInformationByHandle(from.get(), &old)) return false;
@@ -153,8 +153,8 @@ DWORD setSize(const platform::FileHandle& file, LARGE_INTEGER size) {
     return errorOf(::SetFileInformationByHandle(file.get(), FileEndOfFileInfo, &info, sizeof info));
 }
 
-// Writes over the file's bytes. It is made longer first, where that takes disk space, so that a full disk leaves the
-// old bytes alone; and shorter last.
+// Overwrites the content of the file. The file is extended first, which allocates the disk space, so that a full disk
+// leaves the old content intact; it is shortened last.
 template <class Write>
 DWORD overwrite(const platform::FileHandle& file, LARGE_INTEGER newSize, Write write) {
     LARGE_INTEGER oldSize{};
@@ -210,7 +210,7 @@ bool isDiskFile(const platform::FileHandle& file) {
            (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-// Repeats the attempt while others have the file, as readers, virus scanners and indexers do for moments.
+// Repeats the attempt while another process has the file open, as virus scanners and indexers do for a moment.
 template <class Attempt>
 DWORD FileReplacement::whileBusy(DWORD busyError, Attempt attempt) {
     const ULONGLONG end = ::GetTickCount64() + mPatienceMs;
@@ -239,7 +239,7 @@ DWORD FileReplacement::beginInPieces() {
     return errorOf(mNew.get() != INVALID_HANDLE_VALUE);
 }
 
-// No handle where the file is to be overwritten in place.
+// Returns no handle if the file is to be overwritten in place.
 platform::FileHandle FileReplacement::createReplacement(DWORD flags) {
     platform::FileHandle old;
     if (whileBusy(ERROR_SHARING_VIOLATION, [&] { return openExisting(mPath, old); }) != ERROR_SUCCESS) {
@@ -252,12 +252,10 @@ platform::FileHandle FileReplacement::createReplacement(DWORD flags) {
     return file;
 }
 
-// Not CREATE_ALWAYS, which refuses hidden and system files, and destroys the old bytes before there are new ones.
-// Shares all, so that only a program that itself shares no writing is in the way.
+// Not CREATE_ALWAYS, which refuses hidden and system files, and destroys the old bytes before there are new ones. All
+// sharing is allowed, so that it fails only if another program does not share writing.
 DWORD FileReplacement::openInPlace() {
-    mInPlace.reset(::CreateFileW(mPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                 /*lpSecurityAttributes=*/nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL,
-                                 /*hTemplateFile=*/nullptr));
+    mInPlace = platform::openFile(mPath, GENERIC_WRITE, platform::kShareAll, OPEN_ALWAYS);
     return errorOf(mInPlace.get() != INVALID_HANDLE_VALUE);
 }
 
@@ -265,7 +263,7 @@ DWORD FileReplacement::commit(std::string_view bytes) {
     if (mNew) {
         if (const DWORD error = writeAll(mNew, bytes)) return error;
         const bool isDone = takePlace() == ERROR_SUCCESS;
-        mNew.reset();  // at once: it keeps out readers that do not share writing, or disk space that is needed below
+        mNew.reset();  // now: it excludes readers that share no writing, and takes disk space
         if (isDone) return ERROR_SUCCESS;
         if (const DWORD error = openInPlace()) return error;
     }

@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 
 namespace xo::files {
 
 platform::FileHandle openForWriting(const std::string& path) {
-    return platform::FileHandle(::CreateFileW(platform::toApiPath(path).c_str(), GENERIC_WRITE,
-                                              FILE_SHARE_READ | FILE_SHARE_DELETE, /*lpSecurityAttributes=*/nullptr,
-                                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+    return platform::openFile(platform::toApiPath(path), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                              CREATE_ALWAYS);
 }
 
 DWORD errorOf(BOOL isDone) {

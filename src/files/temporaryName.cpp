@@ -1,4 +1,5 @@
-// Names for temporary files: the system chooses a number, and this process gives none twice before all have been given.
+// Names for temporary files. The system chooses a number; this process does not use a number again before all have been
+// used.
 #include <io.h>
 
 #include <algorithm>
@@ -6,7 +7,7 @@
 #include <cerrno>
 
 #include "files/pathParts.h"
-#include "platform/handle.h"
+#include "platform/openFile.h"
 #include "platform/slimLock.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
@@ -17,18 +18,19 @@ namespace {
 using platform::toApiPath;
 
 constexpr UINT kLastNumber = 0xFFFF;                   // the numbers are 1 to this
-constexpr std::size_t kPrefixLength = 3;               // all that GetTempFileNameW takes of a prefix
+constexpr std::size_t kPrefixLength = 3;               // GetTempFileNameW ignores further characters of a prefix
 constexpr std::size_t kSystemExtension = 4;            // ".tmp"
-constexpr std::size_t kLongestFolder = MAX_PATH - 14;  // beyond it GetTempFileNameW gives up
+constexpr std::size_t kLongestFolder = MAX_PATH - 14;  // GetTempFileNameW fails for longer ones
 constexpr int kMostDenied = 100;
 
 UINT after(UINT number) noexcept { return number % kLastNumber + 1; }
 
-// Which numbers have been given away. The file that proved a name free is gone when the name is returned, so the
-// system, whose numbers follow its clock, may offer the same one to the next caller.
+// The numbers that have been used. The file that reserved a name is deleted before the name is returned, so the system,
+// which derives numbers from its clock, may choose the same number for the next caller.
 class NumberRegister {
 public:
-    // Gives away a number: the first free one from the given one on. Once none is free, all are again.
+    // Returns the first unused number from the given one on, and marks it as used. When none is left, all become unused
+    // again.
     UINT give(UINT number) noexcept {
         mLock.lock();
         if (mCount == kLastNumber) {
@@ -53,8 +55,8 @@ NumberRegister& numbers() noexcept {
     return instance;
 }
 
-// Whether a file can be made there. The name of a file that waits for its deletion is no free one: the answer is then
-// that access is denied.
+// Whether a file can be created there. A name whose file is in the state "delete pending" is not free; Windows then
+// reports that access is denied.
 bool isFree(const std::wstring& path) { return ::_waccess(toApiPath(path).c_str(), 0) != 0 && errno == ENOENT; }
 
 struct TemporaryFile {
@@ -88,10 +90,8 @@ private:
         int denied = 0;
         UINT number = ::GetTickCount() % kLastNumber + 1;
         for (UINT tries = 0; tries < kLastNumber; ++tries, number = after(number)) {
-            const platform::FileHandle made(::CreateFileW(toApiPath(name(number)).c_str(), GENERIC_WRITE,
-                                                          /*dwShareMode=*/0, /*lpSecurityAttributes=*/nullptr,
-                                                          CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE,
-                                                          /*hTemplateFile=*/nullptr));
+            const platform::FileHandle made = platform::openFile(toApiPath(name(number)), GENERIC_WRITE, /*share=*/0,
+                                                                 CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE);
             if (made) return number;
             const DWORD error = ::GetLastError();
             const bool mayBePending = error == ERROR_ACCESS_DENIED && ++denied < kMostDenied;
@@ -109,7 +109,7 @@ bool fitsName(std::wstring_view text) {
     return std::none_of(text.begin(), text.end(), forbidden);
 }
 
-// Not more than GetTempFileNameW takes, and no half of a surrogate pair.
+// The part of the prefix that GetTempFileNameW uses, without half of a surrogate pair.
 std::wstring shortPrefix(std::wstring prefix) {
     if (prefix.size() <= kPrefixLength) return prefix;
     const bool cutsPair = IS_HIGH_SURROGATE(prefix[kPrefixLength - 1]) && IS_LOW_SURROGATE(prefix[kPrefixLength]);

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/handle.h"
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
 
@@ -11,9 +11,7 @@ namespace {
 
 platform::FileHandle open(const std::wstring& path, xoLockFile::LockType type, DWORD creation) {
     const DWORD share = type == xoLockFile::LockTypeShared ? FILE_SHARE_READ | FILE_SHARE_WRITE : 0;
-    return platform::FileHandle(::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, share,
-                                              /*lpSecurityAttributes=*/nullptr, creation, FILE_ATTRIBUTE_NORMAL,
-                                              /*hTemplateFile=*/nullptr));
+    return platform::openFile(path, GENERIC_READ | GENERIC_WRITE, share, creation);
 }
 
 // Overwrites the beginning of the file, and leaves what is longer. The text is for people who look, so that the lock

@@ -5,22 +5,21 @@
 #include <tuple>
 #include <vector>
 
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoLog.h"
 
 namespace xo::log {
 namespace {
 
+using platform::kShareAll;
+
 constexpr int kMostBackups = 128;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
 platform::FileHandle open(const std::wstring& path, DWORD access, DWORD disposition, DWORD share = kShareAll,
                           DWORD flags = FILE_ATTRIBUTE_NORMAL) {
-    return platform::FileHandle(::CreateFileW(path.c_str(), access | SYNCHRONIZE, share,
-                                              /*lpSecurityAttributes=*/nullptr, disposition, flags,
-                                              /*hTemplateFile=*/nullptr));
+    return platform::openFile(path, access | SYNCHRONIZE, share, disposition, flags);
 }
 
 // With this right alone, each WriteFile appends atomically, also beside a process that does not take the mutex.

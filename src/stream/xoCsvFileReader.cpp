@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include "platform/handle.h"
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 #include "stream/csvParser.h"
 #include "xoSystem/xoProgress.h"
@@ -17,9 +17,8 @@ constexpr char kOpenFailed[] = "Failed to open the file";
 
 // Shares everything: a file that another program appends to or wants to delete can be read.
 platform::FileHandle openForReading(const std::string& path) {
-    return platform::FileHandle(::CreateFileW(
-        platform::toApiPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-        /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, /*hTemplateFile=*/nullptr));
+    return platform::openFile(platform::toApiPath(path), GENERIC_READ, platform::kShareAll, OPEN_EXISTING,
+                              FILE_FLAG_SEQUENTIAL_SCAN);
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "platform/handle.h"
+#include "platform/openFile.h"
 #include "sysinfo/errand.h"
 
 #include <winioctl.h>
@@ -35,10 +35,8 @@ std::wstring systemDrive() {
 std::optional<unsigned> diskNumberOf(const std::wstring& volumeDevice) {
     // A query needs no access rights, so this works without an administrator's rights.
     // https://learn.microsoft.com/windows/win32/api/winioctl/ni-winioctl-ioctl_volume_get_volume_disk_extents
-    const platform::FileHandle volume(::CreateFileW(volumeDevice.c_str(), /*dwDesiredAccess=*/0,
-                                                    FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                                    /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING,
-                                                    /*dwFlagsAndAttributes=*/0, /*hTemplateFile=*/nullptr));
+    const platform::FileHandle volume =
+        platform::openFile(volumeDevice, /*access=*/0, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING, /*flags=*/0);
     if (!volume) return std::nullopt;
     struct {
         VOLUME_DISK_EXTENTS extents;
