@@ -11,7 +11,8 @@ namespace {
 using stream::CsvDialect;
 using stream::CsvParser;
 
-constexpr std::uint64_t kAll = ~std::uint64_t{0};
+constexpr std::size_t kWhole = SIZE_MAX;
+constexpr std::uint64_t kAll = UINT64_MAX;
 
 struct Outcome {
     std::vector<std::vector<std::string>> rows;
@@ -21,7 +22,7 @@ struct Outcome {
 // How a text reaches the parser: the buffer's size, where the first read stops short, and in what batches.
 struct Way {
     std::size_t blockSize = CsvParser::kBlockSize;
-    std::size_t firstRead = kAll;
+    std::size_t firstRead = kWhole;
     std::uint64_t batch = kAll;
     bool clear = false;
 };
@@ -56,7 +57,7 @@ void checkParser(const std::string& input) {
     const unsigned choice = bytes.byte();
     const CsvDialect& dialect = dialects[choice % 2 == 0 ? 0 : choice / 2 % 8];
     const std::string text = bytes.rest();
-    std::vector<Way> ways = {{text.size() + 1}, {64, kAll, 1}, {1, kAll, 1, true}, {7, kAll, 2, true}};
+    std::vector<Way> ways = {{text.size() + 1}, {64, kWhole, 1}, {1, kWhole, 1, true}, {7, kWhole, 2, true}};
     for (const unsigned blockSize : {1u, 2u, 3u, 4u, 5u, 16u, 63u, 64u, 65u}) ways.push_back({blockSize});
     for (std::size_t split = 1; split < text.size(); ++split) ways.push_back({CsvParser::kBlockSize, split});
     const Outcome atOnce = parse(text, dialect, {});
