@@ -21,9 +21,10 @@ constexpr auto kDispositionInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
 constexpr ULONG kFile = FILE_NON_DIRECTORY_FILE;
 constexpr ULONG kFolder = FILE_DIRECTORY_FILE;
 
-// Deletes as DeleteFileW and RemoveDirectoryW do it: the name goes at once, even where another program still has the
-// file open, and the read-only attribute is no obstacle. Windows before version 1809, and some file systems, know no
-// such call.
+// Deletes as DeleteFileW and RemoveDirectoryW do (POSIX semantics): the name is removed at once, even while another
+// program has the file open, and read-only files are deleted too. Windows before version 1809 and some file systems do
+// not support it.
+// https://learn.microsoft.com/windows-hardware/drivers/ddi/ntddk/ns-ntddk-_file_disposition_information_ex
 bool deleteAtOnce(HANDLE target) {
     FILE_DISPOSITION_INFO_EX info{};
     info.Flags = FILE_DISPOSITION_FLAG_DELETE | FILE_DISPOSITION_FLAG_POSIX_SEMANTICS |
@@ -37,13 +38,13 @@ DWORD attributesOf(HANDLE file) {
 }
 
 void setAttributes(HANDLE file, DWORD attributes) {
-    FILE_BASIC_INFO info{};  // times of 0 stay
+    FILE_BASIC_INFO info{};  // times of 0 are not changed
     info.FileAttributes = attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
     ::SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info);
 }
 
-// Deletes what open(access) opens; gives the error. The read-only attribute belongs to the file, not to the name: where
-// it must be taken off for the deletion, it is put on again, for the other names that the file may have.
+// Deletes the file that open(access) opens, and returns the error. The read-only attribute belongs to the file, not to
+// its name: if it has to be removed for the deletion, it is set again, because the file may have other hard links.
 template <class Open>
 DWORD deleteOpened(Open open) {
     const Opened target = open(DELETE | FILE_READ_ATTRIBUTES);
@@ -60,7 +61,7 @@ DWORD deleteOpened(Open open) {
     return error;
 }
 
-// Whether the path is that of a link to a folder. A tag that is not told is taken for a link's.
+// Whether the path is that of a link to a folder. A reparse point whose tag is unknown counts as a link.
 bool isFolderLink(const std::wstring& path) {
     WIN32_FIND_DATAW found;
     const platform::FindHandle search(::FindFirstFileW(path.c_str(), &found));
@@ -120,7 +121,7 @@ public:
         return true;
     }
 
-    // The root of an empty volume has not even the two dots.
+    // The root of an empty volume has no entries at all, not even "." and "..".
     void onListingFailed(FolderWalk&, DWORD error) override {
         if (error != ERROR_FILE_NOT_FOUND) fail("FindFirstFileW", error);
     }
@@ -143,7 +144,7 @@ private:
         return true;
     }
 
-    // Keeps the first failure alone.
+    // Only the first failure is kept.
     void fail(const char* call, DWORD error, const std::string& detail = {}) {
         if (!mHasFailed && mError != nullptr) *mError = call + (" error " + std::to_string(error)) + detail;
         mHasFailed = true;

@@ -30,8 +30,8 @@ constexpr std::size_t kMostReports = 100;
 
 // The path that a handle stands for, without links and short names; the fallback where the system does not tell it.
 std::wstring finalPath(HANDLE folder, const std::wstring& fallback) {
-    const std::wstring path = platform::readWide([folder](wchar_t* room, DWORD size) {
-        return ::GetFinalPathNameByHandleW(folder, room, size, FILE_NAME_NORMALIZED);
+    const std::wstring path = platform::readWide([folder](wchar_t* buffer, DWORD size) {
+        return ::GetFinalPathNameByHandleW(folder, buffer, size, FILE_NAME_NORMALIZED);
     });
     return path.empty() ? fallback : path;
 }

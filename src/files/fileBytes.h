@@ -1,4 +1,4 @@
-// A file's bytes, all at once.
+// Reads a whole file.
 #ifndef XO_FILES_FILEBYTES_H
 #define XO_FILES_FILEBYTES_H
 

@@ -1,5 +1,5 @@
-// A file's new content, which takes the place of the old one in one step: a reader, and whoever opens the file after a
-// crash, finds one of the two, whole.
+// Replaces the content of a file atomically: a reader, also one after a crash, finds either the old or the new content,
+// complete.
 #ifndef XO_FILES_FILEREPLACEMENT_H
 #define XO_FILES_FILEREPLACEMENT_H
 
@@ -14,13 +14,13 @@ namespace xo::files {
 // Whether it is a file on a disk: no folder, volume, pipe, console or other device.
 bool isDiskFile(const platform::FileHandle& file);
 
-// The bytes go to a new file beside the old one, which then gets its name; it has the old one's access list, attributes
-// and time of creation. Until then the new file is marked for deletion, so that Windows removes it with its last handle
-// whatever ends the attempt.
+// The bytes are written to a new file in the same folder, which gets the access list, attributes and creation time of
+// the old file and is then renamed to its name. Until then the new file is marked for deletion, so that Windows deletes
+// it with its last handle if the attempt ends for any reason.
 //
-// A symbolic link stays, and its target is replaced. The file is overwritten in place where a new one cannot take its
-// place: where the folder takes no new file, where the old one has other hard links, is encrypted or compressed, and
-// where another process keeps it open without sharing deletion.
+// A symbolic link is kept, and its target is replaced. The file is overwritten in place if it cannot be replaced: if no
+// file can be created in the folder, if the old file has other hard links, is encrypted or compressed, or if another
+// process has it open without sharing deletion.
 //
 // Both steps return the error of Windows, or ERROR_SUCCESS.
 class FileReplacement {
@@ -31,8 +31,8 @@ public:
     // Fails when there is no such folder, or when the file cannot be opened for writing.
     DWORD begin();
 
-    // Once, after a begin that succeeded. After a failure the old file is as it was, unless it is overwritten in place
-    // and the disk failed in the middle of that.
+    // Called once, after begin has succeeded. If it fails, the old file is unchanged, unless it was overwritten in
+    // place and the disk failed during that.
     DWORD commit(std::string_view bytes);
 
     // The same for content that comes piece by piece: between the two steps it is written to pieces(), which can be
@@ -51,9 +51,9 @@ private:
 
     std::wstring mPath;
     std::wstring mTarget;           // of the link that mPath may be; valid while mNew takes its place
-    platform::FileHandle mNew;      // none where the file is overwritten in place, or the temporary file of its pieces
+    platform::FileHandle mNew;      // null if the file is overwritten in place, or the temporary file of its pieces
     platform::FileHandle mInPlace;  // the file itself, with its old bytes
-    ULONGLONG mPatienceMs = 125;    // what is left of the time to wait for others, in all
+    ULONGLONG mPatienceMs = 125;    // the remaining time to wait for other processes
 };
 
 }  // namespace xo::files

@@ -1,4 +1,4 @@
-// The walks of visitors: from the names of Windows to theirs.
+// The walks of visitors: converts the paths and names of a walk to UTF-8.
 #include <string_view>
 #include <vector>
 

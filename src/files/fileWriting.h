@@ -1,4 +1,4 @@
-// Opening a file to write it anew, and writing to it.
+// Creates files and writes to them.
 #ifndef XO_FILES_FILEWRITING_H
 #define XO_FILES_FILEWRITING_H
 
@@ -9,10 +9,10 @@
 
 namespace xo::files {
 
-// Creates the file, or empties it. No handle where that fails.
+// Creates the file, or empties an existing one. Null if that fails.
 platform::FileHandle openForWriting(const std::string& path);
 
-// The error of the call that has just returned isDone, and never ERROR_SUCCESS for one that failed.
+// The error of the call that has just returned isDone; never ERROR_SUCCESS if it failed.
 DWORD errorOf(BOOL isDone);
 
 // The error of Windows when not all of the bytes were written, else ERROR_SUCCESS.

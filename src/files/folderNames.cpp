@@ -16,8 +16,8 @@ constexpr wchar_t kLink = 2;
 constexpr wchar_t kReparsePoint = 4;
 
 // The tag of a reparse point stands in place of the size of its extended attributes:
-// https://learn.microsoft.com/openspecs/windows_protocols/ms-fscc/e8d926d1-3a22-4654-be9c-58317a85540b
-// Wine gives none. What then may be a link is taken for one.
+// https://learn.microsoft.com/openspecs/windows_protocols/ms-fscc/e8d926d1-3a22-4654-be9c-58317a85540b Wine returns 0.
+// An entry that may be a link then counts as one.
 wchar_t kindOf(const FILE_FULL_DIR_INFO& info) {
     if ((info.FileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return 0;
     if ((info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return kFolder;

@@ -1,4 +1,4 @@
-// What folders hold, read at once and looked at later.
+// The entries of folders, read in one step and used later.
 #ifndef XO_FILES_FOLDERNAMES_H
 #define XO_FILES_FOLDERNAMES_H
 
@@ -13,15 +13,15 @@
 namespace xo::files {
 
 struct FolderEntry {
-    std::wstring_view name;  // until the next reading
+    std::wstring_view name;  // valid until the next read
     bool isFolder;
     bool isLink;          // a folder that leads to another one: a junction, a symbolic link, a mounted volume
     bool isReparsePoint;  // a link, or a folder whose content another service keeps
     std::uint64_t size;   // of a file, in bytes, as the folder has it; 0 unless sizes are kept
 };
 
-// The entries of some folders, one after the other, in the order in which the system lists them. They are stacked: the
-// folder read last is the first to be forgotten.
+// The entries of some folders, one after the other, in the order in which the system lists them. They form a stack: the
+// folder that was read last is removed first.
 class FolderNames {
 public:
     explicit FolderNames(bool keepsSizes);
@@ -31,17 +31,17 @@ public:
         DWORD error;   // why it does not, or not to the end
     };
 
-    // Adds what the folder holds but "." and "..".
+    // Adds the entries of the folder except "." and "..".
     Reading read(HANDLE folder);
 
     std::size_t size() const noexcept { return mEntries.size(); }
     void cut(std::size_t size) { mEntries.resize(size); }
 
-    // The entry at a position below size(), which moves to the one behind.
+    // Returns the entry at a position below size(), and advances the position.
     FolderEntry next(std::size_t& position) const noexcept;
 
 private:
-    // Adds the next entries that the system gives; its error when there are none.
+    // Adds the next entries that Windows returns. Returns its error if there are none.
     DWORD readSome(HANDLE folder);
 
     std::unique_ptr<std::byte[]> mBuffer;  // for the system's answers

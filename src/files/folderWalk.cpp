@@ -33,7 +33,8 @@ bool FolderWalk::goOn() {
     return step == Step::Enter ? enterBelow(entry) : step != Step::Stop;
 }
 
-// A folder that was listed as no reparse point is opened as none: by now another may have put a link in its place.
+// A folder that was listed without a reparse point is opened without following links: it may have been replaced by a
+// link meanwhile.
 bool FolderWalk::enterBelow(const FolderEntry& entry) {
     mPath.append(entry.name);
     Opened folder = openFolder(toList(/*followsLink=*/entry.isReparsePoint));
@@ -43,10 +44,10 @@ bool FolderWalk::enterBelow(const FolderEntry& entry) {
     return true;
 }
 
-// Lists the folder and makes it the one that the walk is in. False when it cannot be listed.
+// Lists the folder and enters it. False if it cannot be listed.
 bool FolderWalk::list(Opened folder) {
     const std::size_t names = mNames.size();
-    // As FindFirstFileW reports a folder that is missing.
+    // The error of FindFirstFileW for a missing folder.
     if (folder.error == ERROR_FILE_NOT_FOUND) folder.error = ERROR_PATH_NOT_FOUND;
     const FolderNames::Reading reading =
         folder.handle ? mNames.read(folder.handle.get()) : FolderNames::Reading{/*isBegun=*/false, folder.error};
@@ -77,7 +78,7 @@ Opened FolderWalk::openEntry(std::wstring_view name, const OpenMode& mode) {
     return mFolder ? openRelative(mFolder.get(), name, mode) : mPath.openEntry(name, mode);
 }
 
-// Some redirectors give every file the index 0.
+// Some network redirectors report the index 0 for every file.
 FolderWalk::Identity FolderWalk::identityOf(HANDLE folder) {
     BY_HANDLE_FILE_INFORMATION info;
     if (!::GetFileInformationByHandle(folder, &info)) return {};

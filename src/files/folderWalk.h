@@ -1,4 +1,4 @@
-// A walk through a tree of folders, depth first, for whoever visits the tree, clears it or copies it.
+// A depth-first walk through a tree of folders, for visiting, clearing and copying it.
 #ifndef XO_FILES_FOLDERWALK_H
 #define XO_FILES_FOLDERWALK_H
 
@@ -14,10 +14,10 @@
 
 namespace xo::files {
 
-// The folders on the way wait on a list of their own, so that depth costs neither stack nor open handles.
+// The enclosing folders are stored in a list, so that the depth of a tree costs neither stack nor open handles.
 class FolderWalk {
 public:
-    // What becomes of an entry. Only a folder can be entered.
+    // What to do with an entry. Only a folder can be entered.
     enum class Step { PassOver, Enter, Stop };
 
     // What the walk is made for. The operations come in the order of the walk; a false result, or Stop, ends it at
@@ -27,7 +27,7 @@ public:
         // A folder has been listed. Its entries come next.
         virtual bool onEnter(FolderWalk& walk) = 0;
         virtual Step onEntry(FolderWalk& walk, const FolderEntry& entry) = 0;
-        // All of its entries have been seen. The walk holds the folder open no longer.
+        // All entries of the folder have been visited. The walk no longer holds it open.
         virtual bool onLeave(FolderWalk& walk) = 0;
 
         // The folder at the path could not be listed and is not entered, or was not listed to its end.

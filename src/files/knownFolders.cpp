@@ -1,4 +1,4 @@
-// Folders that the system knows by number, and the one for temporary files.
+// The known folders of the system, and the folder for temporary files.
 #include <shlobj.h>
 
 #include <algorithm>

@@ -62,7 +62,7 @@ std::wstring_view withoutTrailingSeparators(std::wstring_view path) {
     return path.substr(0, length);
 }
 
-// Asked without the "\*", Windows would drop dots and blanks at the end and take "..." for the working directory.
+// Without the "\*" Windows would remove trailing dots and blanks, so that "..." would mean the working directory.
 std::wstring searchedFolder(const std::string& folder) {
     std::wstring pattern(withoutTrailingSeparators(platform::toWide(folder)));
     if (pattern.empty()) return {};

@@ -1,4 +1,4 @@
-// Where the names of a path begin and end.
+// The parts of a path: its root and its names.
 #ifndef XO_FILES_PATHPARTS_H
 #define XO_FILES_PATHPARTS_H
 
@@ -10,7 +10,7 @@ namespace xo::files {
 
 inline bool isSeparator(wchar_t c) noexcept { return c == L'\\' || c == L'/'; }
 
-// Whether it is one of the two names that stand for a folder itself and the one above it.
+// Whether the name is "." or "..".
 inline bool isDots(std::wstring_view name) noexcept { return name == L"." || name == L".."; }
 
 // The length of what stands before the first name, separators included: "C:", "C:\", "\", "\\server\share\",

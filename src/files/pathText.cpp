@@ -21,8 +21,8 @@ using platform::toWide;
 
 bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
 
-// The shell may hide an extension or translate a name, and it knows neither long paths nor "\\?\": only what differs in
-// nothing but case is taken from it.
+// The shell may hide an extension or translate a name, and it accepts neither long paths nor "\\?\". Its answer is used
+// only if it differs in nothing but case.
 std::wstring nameInShell(const std::wstring& path, std::wstring_view name) {
     SHFILEINFOW info{};
     if (path.size() >= MAX_PATH || ::SHGetFileInfoW(path.c_str(), 0, &info, sizeof info, SHGFI_DISPLAYNAME) == 0)
@@ -39,7 +39,7 @@ std::wstring nameInFolder(const std::wstring& path) {
 // The stored name of the last name of the path; empty when there is no such file.
 std::wstring storedName(const std::wstring& path, std::wstring_view name) {
     if (files::isDots(name)) return std::wstring(name);
-    // A pattern would find some other file. Besides "*" and "?" the kernel knows three that no name can hold:
+    // A name with a wildcard would match another file. Besides "*" and "?" the kernel has three further wildcards:
     // https://learn.microsoft.com/windows-hardware/drivers/ddi/ntifs/nf-ntifs-_fsrtl_advanced_fcb_header-fsrtlisnameinexpression
     if (name.find_first_of(LR"(*?<>")") != std::wstring_view::npos) return {};
     std::wstring stored = nameInShell(path, name);

@@ -1,4 +1,4 @@
-// The path along which a tree is walked, and the means to open what lies on it however deep it is.
+// The current path of a walk, which can be opened at any depth.
 #ifndef XO_FILES_WALKEDPATH_H
 #define XO_FILES_WALKEDPATH_H
 
@@ -12,7 +12,7 @@
 
 namespace xo::files {
 
-// How a file or folder is opened. Everyone else may go on reading, writing, renaming and deleting it.
+// The way to open a file or folder. It is shared for reading, writing and deletion.
 struct OpenMode {
     ACCESS_MASK access;  // FILE_READ_ATTRIBUTES, DELETE, ...; SYNCHRONIZE is added
     ULONG kind;          // FILE_DIRECTORY_FILE, FILE_NON_DIRECTORY_FILE, or 0 for either
@@ -24,7 +24,7 @@ struct Opened {
     DWORD error;  // the Win32 code when there is no handle
 };
 
-// Opens what the path leads to from an open folder; from null, a path as the kernel takes it.
+// Opens a path relative to an open folder, or for null a path in the form of the kernel.
 Opened openRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode);
 
 // What becomes of a file or folder that is there.
@@ -38,8 +38,8 @@ struct Created {
 // Makes what the path leads to, as NtCreateFile does.
 Created createRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode, Existing existing);
 
-// Windows takes 32,767 characters at once. So every now and then a folder on the path is held open, and what lies below
-// is opened from there; that also saves the system the long way from the root each time.
+// Windows accepts at most 32,767 characters. So from time to time a folder on the path is held open, and deeper files
+// are opened relative to it, which is also faster than from the root.
 class WalkedPath {
 public:
     // Begins at a folder that is given by its extended path; an empty one names no folder.
@@ -47,13 +47,13 @@ public:
 
     std::size_t length() const noexcept { return mPath.size(); }
 
-    // What has been appended, without a separator in front.
+    // The appended part, without a leading separator.
     std::wstring_view below() const noexcept;
 
     void append(std::wstring_view name);
     void cut(std::size_t length) { mPath.resize(length); }
 
-    // Opens what the first `length` characters lead to.
+    // Opens the path of the first `length` characters.
     Opened open(std::size_t length, const OpenMode& mode) const;
     // Opens an entry of the folder to which the whole path leads.
     Opened openEntry(std::wstring_view name, const OpenMode& mode);

@@ -1,4 +1,4 @@
-// Times of Windows in the units of everyone else.
+// Conversions between the times of Windows and Unix time.
 #ifndef XO_PLATFORM_FILETIME_H
 #define XO_PLATFORM_FILETIME_H
 

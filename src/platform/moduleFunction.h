@@ -1,4 +1,4 @@
-// Functions that are looked up in loaded modules, because not every Windows has them.
+// Looks up functions in loaded modules that not every version of Windows has.
 #ifndef XO_PLATFORM_MODULEFUNCTION_H
 #define XO_PLATFORM_MODULEFUNCTION_H
 

@@ -1,4 +1,4 @@
-// Where the program and its libraries lie.
+// The paths of the program and its libraries.
 #ifndef XO_PLATFORM_MODULEPATH_H
 #define XO_PLATFORM_MODULEPATH_H
 
@@ -8,7 +8,7 @@
 
 namespace xo::platform {
 
-// The full path of a loaded module; null stands for the program. Empty for what is no module.
+// The full path of a loaded module; null stands for the program. Empty for an invalid handle.
 std::wstring modulePath(HMODULE module);
 
 }  // namespace xo::platform

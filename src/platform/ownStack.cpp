@@ -62,7 +62,8 @@ long keepFault(const EXCEPTION_POINTERS& fault, void* argument) {
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
-// Nothing may leave the outermost function of a fiber: it has no caller, and the process would end.
+// No exception may leave the outermost function of a fiber: it has no caller, and the process would end.
+// https://learn.microsoft.com/windows/win32/procthread/fibers
 void WINAPI runFiber(void* argument) {
     callFiltered(&callCatching, argument, &keepFault, argument);
     ::SwitchToFiber(static_cast<Call*>(argument)->home);

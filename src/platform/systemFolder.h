@@ -1,4 +1,4 @@
-// Where Windows keeps its own programs and libraries.
+// The folder of the programs and libraries of Windows.
 #ifndef XO_PLATFORM_SYSTEMFOLDER_H
 #define XO_PLATFORM_SYSTEMFOLDER_H
 

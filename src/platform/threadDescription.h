@@ -6,7 +6,7 @@
 
 namespace xo::platform {
 
-// Does nothing where Windows keeps no such names.
+// Does nothing on versions of Windows without this function.
 inline void describeThread(HANDLE thread, const wchar_t* name) noexcept {
     using SetThreadDescription = HRESULT WINAPI(HANDLE, PCWSTR);
     // Windows 10 has it; version 1607 in KernelBase.dll alone:

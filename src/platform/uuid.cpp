@@ -11,7 +11,7 @@
 namespace xo::platform {
 namespace {
 
-// Not random, but of this process, this moment and this call alone.
+// Not random, but unique: the process, the time and the number of the call.
 void makeUnique(unsigned char (&bytes)[16]) {
     static std::atomic<std::uint32_t> calls{0};
     struct Origin {

@@ -1,4 +1,4 @@
-// Fresh unique names.
+// Random identifiers.
 #ifndef XO_PLATFORM_UUID_H
 #define XO_PLATFORM_UUID_H
 

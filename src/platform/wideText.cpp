@@ -37,12 +37,13 @@ bool startsWith(std::wstring_view text, std::wstring_view prefix) { return text.
 
 bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
 
-// Whether Windows takes the path as it is, of any length.
+// Whether the path has a prefix with which Windows accepts any length:
+// https://learn.microsoft.com/windows/win32/fileio/maximum-file-path-limitation
 bool isExtended(std::wstring_view path) { return startsWith(path, LR"(\\?\)") || startsWith(path, LR"(\\.\)"); }
 
 bool isSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
 
-// About how long the path is once Windows has made it absolute, never less than that.
+// An upper bound for the length of the path after Windows has made it absolute.
 std::size_t absoluteLength(const std::wstring& path) {
     const bool hasDrive = path.size() >= 2 && path[1] == L':';
     const bool isAbsolute = hasDrive ? path.size() >= 3 && isSeparator(path[2])

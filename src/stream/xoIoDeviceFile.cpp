@@ -271,7 +271,7 @@ std::uint64_t xoIoDeviceFile::getSize() const { return mPrivate->size(); }
 
 SystemError xoIoDeviceFile::getError() const { return {mPrivate->error}; }
 
-// Pieces that the buffer holds or has room for are moved without anything else.
+// Pieces that the buffer holds or has space for are copied without a call to the system.
 std::uint64_t xoIoDeviceFile::readBytes(char* buffer, std::uint64_t size) {
     Private& self = *mPrivate;
     const std::uint64_t at = self.readAt - self.bufferAt;

@@ -21,7 +21,7 @@ xoIoDeviceMemory::xoIoDeviceMemory(Kind kind, char* data, std::size_t size)
     updateRoom();
 }
 
-// A view is never written to: its room is 0.
+// A view is never written to: its capacity is 0.
 xoIoDeviceMemory xoIoDeviceMemory::View(const char* data, std::size_t size) {
     return {Kind::View, const_cast<char*>(data), size};
 }
@@ -132,11 +132,11 @@ std::uint64_t xoIoDeviceMemory::writeSlowly(const char* buffer, std::uint64_t si
 
 bool xoIoDeviceMemory::reserve(std::uint64_t size, std::vector<char>& before) {
     if (mKind != Kind::Growing || size > mMaxBytes) return false;
-    constexpr std::uint64_t kFirstRoom = 64;
-    const std::uint64_t twice = (std::min)((std::max)(2 * std::uint64_t{mBytes.size()}, kFirstRoom), mMaxBytes);
-    for (const std::uint64_t room : {(std::max)(size, twice), size}) {
+    constexpr std::uint64_t kFirstCapacity = 64;
+    const std::uint64_t twice = (std::min)((std::max)(2 * std::uint64_t{mBytes.size()}, kFirstCapacity), mMaxBytes);
+    for (const std::uint64_t capacity : {(std::max)(size, twice), size}) {
         try {
-            std::vector<char> grown(static_cast<std::size_t>(room));
+            std::vector<char> grown(static_cast<std::size_t>(capacity));
             if (mSize != 0) std::memcpy(grown.data(), mData, static_cast<std::size_t>(mSize));
             before = std::exchange(mBytes, std::move(grown));
             mData = mBytes.data();

@@ -29,7 +29,7 @@ bool startsWith(std::string_view text, std::string_view start) { return text.sub
 
 // ---- Bytes.
 
-// A fraction below 1, exact to 72 digits: no power of two up to 2^60 needs more to be rounded rightly.
+// A fraction below 1, exact to 72 digits. A multiple by a power of two up to 2^60 is rounded correctly with that many.
 class Fraction {
 public:
     explicit Fraction(std::string_view digits) {
@@ -40,10 +40,10 @@ public:
             for (std::size_t i = group.size(); i != kGroupDigits; ++i) value *= 10;
             digits.remove_prefix(group.size());
         }
-        if (digits.find_first_not_of('0') != std::string_view::npos) mGroups.back() |= 1;  // only whether there is more
+        if (digits.find_first_not_of('0') != std::string_view::npos) mGroups.back() |= 1;  // they only break a tie
     }
 
-    // Multiplies by a factor of up to 16, and returns what is in front of the point then.
+    // Multiplies by a factor of up to 16, and returns the integer part.
     std::uint64_t takeTimes(std::uint64_t factor) {
         std::uint64_t carry = 0;
         for (std::size_t i = mUsed; i-- != 0;) {
@@ -133,7 +133,7 @@ std::string_view takeUnitName(std::string_view& text) {
     return name;
 }
 
-// A sum of decimal numbers, exact as long as it has 64 bits, and in doubles from then on.
+// A sum of decimal numbers, exact while it fits 64 bits, and a double from then on.
 class DecimalSum {
 public:
     // Adds number * size * 10^exponent.
@@ -233,7 +233,7 @@ bool readUnits(std::string_view text, DecimalSum& sum) {
 
 // ---- Quantities.
 
-// The power of 1000 that a suffix stands for beside the unit; false for no suffix of it.
+// The power of 1000 that a suffix means, which is a prefix, the unit or both. False for any other suffix.
 bool readPrefix(std::string_view suffix, std::string_view unit, int& prefix) {
     prefix = 0;
     if (suffix.empty() || suffix == unit) return true;

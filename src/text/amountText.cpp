@@ -13,7 +13,7 @@ namespace {
 
 using text::Digits;
 
-constexpr int kMostDigits = 17;  // significant ones that are asked for
+constexpr int kMostDigits = 17;  // the largest number of significant digits
 
 int withinDigits(int digits) { return (std::max)(1, (std::min)(digits, kMostDigits)); }
 
@@ -30,8 +30,8 @@ struct Fixed {
     int decimals;
 };
 
-// dividend / divisor to so many digits, but with all in front of the point. The divisor is at most 2^60, so that ten
-// times a remainder is an integer of 64 bits.
+// dividend / divisor with so many digits, or more if the integer part has more. The divisor is at most 2^60, so that
+// ten times a remainder fits 64 bits.
 Fixed divide(std::uint64_t dividend, std::uint64_t divisor, int digits) {
     Fixed result{dividend / divisor, 0, 0};
     std::uint64_t rest = dividend % divisor;
@@ -66,7 +66,7 @@ char* printFixed(char* out, char* end, const Fixed& number) {
 
 char* append(char* out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
 
-// "nan", "inf" or "-inf" and the unit; false for what is finite.
+// "nan", "inf" or "-inf" and the unit; false for a finite value.
 bool printNotFinite(double value, std::string_view unit, std::string& text) {
     if (std::isfinite(value)) return false;
     text = std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf";
@@ -167,7 +167,7 @@ std::string xoMathUtils::PercentToText(double fraction, int decimals) {
     if (printNotFinite(fraction, "%", text)) return text;
     decimals = (std::max)(0, (std::min)(decimals, kMostDigits));
     char buffer[text::kPlainCapacity];
-    // The point moves by two places, which is exact.
+    // Moving the point by two places is exact.
     char* const end =
         std::to_chars(buffer, std::end(buffer), std::fabs(fraction), std::chars_format::fixed, decimals + 2).ptr;
     char* const point = std::find(buffer, end, '.');

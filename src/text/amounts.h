@@ -1,4 +1,4 @@
-// What the texts of amounts and their parsers share.
+// Definitions that the functions for texts of amounts and the parsers share.
 #ifndef XO_TEXT_AMOUNTS_H
 #define XO_TEXT_AMOUNTS_H
 

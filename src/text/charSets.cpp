@@ -14,7 +14,7 @@ constexpr char kWideningFailed[] = "xoStringUtils::convertCharset failed ";
 constexpr char kNarrowingFailed[] = "xoStringUtils::toUT8 failed ";
 constexpr char kAsciiFailed[] = "xoStringUtils::fromAscii failed ";
 
-// Standard output and not the log, because the log itself converts.
+// Written to standard output, not to the log, because the log uses these conversions.
 template <class Text>
 Text failed(const char* message) {
     std::cout << message << '\n' << std::flush;

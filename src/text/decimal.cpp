@@ -23,7 +23,7 @@ void readScientific(const char* at, const char* end, Digits& digits) {
     if (isNegative) digits.exponent = -digits.exponent;
 }
 
-// Digits beyond these decide nothing: no value between two doubles has more.
+// More digits have no influence: no midpoint between two doubles has more.
 constexpr std::size_t kMostDigits = 800;
 
 bool isInRange(std::from_chars_result result, double value) { return result.ec == std::errc() && !std::isinf(value); }
@@ -113,7 +113,7 @@ bool toReal(const DecimalText& number, int exponent, double& value) {
     char local[64];
     std::string longer;
     char* text = local;
-    // Zeros in front count as no digits, those of a fraction as a smaller exponent.
+    // Leading zeros are not counted as digits; those of a fraction reduce the exponent.
     std::string_view whole = number.whole;
     std::string_view fraction = number.fraction;
     while (!whole.empty() && whole.front() == '0') whole.remove_prefix(1);
@@ -131,7 +131,7 @@ bool toReal(const DecimalText& number, int exponent, double& value) {
     power += static_cast<long long>(whole.size());
     const bool isRestZero = fraction.find_first_not_of('0') == std::string_view::npos;
     if (whole.size() > kMostDigits) {
-        // A last digit that is not 0 stands for all that are left out.
+        // If any omitted digit is not 0, one digit that is not 0 is appended for them.
         const bool isTailZero = whole.find_first_not_of('0', kMostDigits) == std::string_view::npos && isRestZero;
         longer.assign(whole, 0, kMostDigits);
         if (!isTailZero) longer += '1';

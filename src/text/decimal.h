@@ -1,4 +1,4 @@
-// Decimal digits of numbers: rounding to them, laying them out around a point, and reading them exactly.
+// Decimal digits of numbers: rounding to digits, writing them with a decimal point, and reading them exactly.
 #ifndef XO_TEXT_DECIMAL_H
 #define XO_TEXT_DECIMAL_H
 
@@ -7,11 +7,12 @@
 
 namespace xo::text {
 
-// A positive number: its first digit stands for that many times 10^exponent, each other one for a tenth of that.
+// A positive number in scientific notation: the first digit is worth 10^exponent, each further digit a tenth of the one
+// before.
 struct Digits {
-    static constexpr int kMost = 330;  // in front of the point of any double, and some
+    static constexpr int kMost = 330;  // more than the integer part of any double has
 
-    char text[kMost];  // only the first are written
+    char text[kMost];  // the others are not initialised
     int count;
     int exponent;
 };
@@ -23,8 +24,8 @@ void roundToDigits(double value, int count, Digits& digits);
 template <class Real>
 void shortestDigits(Real value, Digits& digits);
 
-// Writes 0.0012, 12.3 or 1200, and returns the end. kPlainCapacity bytes fit any double; digits in front of the point
-// that there are none of are zeros.
+// Writes 0.0012, 12.3 or 1200, and returns the end. kPlainCapacity bytes fit any double; places in front of the point
+// that the digits do not reach are zeros.
 constexpr int kPlainCapacity = 1024;
 char* printPlain(char* out, const Digits& digits);
 
@@ -37,14 +38,13 @@ struct DecimalText {
     bool hasPoint = false;
 };
 
-// Takes it off the text. False, and the text as it was, when it starts with no such number.
+// Removes the number from the start of the text. Returns false, and leaves the text unchanged, if there is none.
 bool takeDecimal(std::string_view& text, DecimalText& number);
 
-// The double nearest to the number times 10^exponent. False when it is out of range: infinite, or 0 for digits that are
-// not all 0.
+// The double nearest to the number times 10^exponent. False when that is infinite, or 0 although a digit is not 0.
 bool toReal(const DecimalText& number, int exponent, double& value);
 
-// The integer of a few digits; false beyond 64 bits.
+// The value of digits as an integer; false beyond 64 bits.
 bool toInteger(std::string_view digits, std::uint64_t& value);
 
 }  // namespace xo::text

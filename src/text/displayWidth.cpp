@@ -160,7 +160,7 @@ std::size_t displayWidth(std::string_view text) {
     while (at != end) {
         const char* const plainEnd = skipPlainBlocks(at, end);
         if (plainEnd != at) {
-            // What follows may belong to the last character.
+            // The bytes that follow may belong to the last ASCII character.
             width += static_cast<std::size_t>(plainEnd - at) - 1;
             at = plainEnd - 1;
         }
@@ -173,7 +173,7 @@ std::size_t displayWidth(std::string_view text) {
             }
             const CodePoint code = decode(at, end);
             const unsigned properties = propertiesOf(code.value);
-            if (properties == widthIn(properties)) {  // what follows changes nothing about it
+            if (properties == widthIn(properties)) {  // it forms no sequence with its neighbours
                 width += properties;
                 at += code.length;
                 continue;

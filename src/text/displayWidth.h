@@ -1,4 +1,5 @@
-// How many columns of a terminal a UTF-8 text takes, and where it may be cut without tearing a character apart.
+// The number of terminal columns that a UTF-8 text takes, and the places where it may be cut without dividing a
+// character.
 #ifndef XO_TEXT_DISPLAYWIDTH_H
 #define XO_TEXT_DISPLAYWIDTH_H
 
@@ -23,7 +24,7 @@ std::size_t displayWidth(std::string_view text);
 // Whether there are only ASCII characters that have a width: one byte is one column.
 bool isPlain(std::string_view text);
 
-// As xoStringUtils::MakePrintable, in place or appended to what is there.
+// xoStringUtils::MakePrintable, in place or appended to a text.
 void makePrintable(std::string& text);
 void appendPrintable(std::string& out, std::string_view text);
 

@@ -14,7 +14,7 @@ constexpr double kHour = 60 * kMinute;
 constexpr double kDay = 24 * kHour;
 constexpr double kWholeEnd = 9007199254740992.0;  // 2^53: from here on every double is an integer
 
-// How many units there are in the value, rounded to the nearest, a tie to the even number. The remainder is exact.
+// The value in that unit, rounded to the nearest integer, a tie to the even one. The remainder is exact.
 double countUnits(double value, double unit) {
     const double rest = std::fmod(value, unit);
     const double count = std::round((value - rest) / unit);
@@ -91,7 +91,7 @@ std::string xoMathUtils::DurationToClock(double seconds, int decimals) {
     constexpr int kMostDecimals = 9;
     decimals = decimals < 0 ? 0 : decimals > kMostDecimals ? kMostDecimals : decimals;
 
-    // Rounded as a text, which is exact: the fraction is taken from there.
+    // std::to_chars rounds the exact value, so the fraction is taken from its text.
     char rounded[text::kPlainCapacity];
     const double magnitude = std::fabs(seconds);
     const char* const end =

@@ -14,7 +14,7 @@ struct Fraction {
     std::int64_t numerator;
     std::int64_t denominator;
 
-    // How far it lies from value, times the denominator.
+    // The distance from value, times the denominator.
     double missBy(double value) const {
         return std::fabs(std::fma(value, static_cast<double>(denominator), -static_cast<double>(numerator)));
     }

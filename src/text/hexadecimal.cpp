@@ -30,7 +30,7 @@ unsigned char digitValue(char c) { return kDigitValues[static_cast<unsigned char
 
 char digitOf(unsigned value) { return "0123456789abcdef"[value]; }
 
-// Sixteen values below 16 to their digits.
+// The hexadecimal digits of sixteen values below 16.
 __m128i digitsOf(__m128i values) {
     const __m128i toLetter = _mm_and_si128(_mm_cmpgt_epi8(values, _mm_set1_epi8(9)), _mm_set1_epi8('a' - '9' - 1));
     return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), toLetter);
@@ -52,7 +52,8 @@ void encode(const char* data, std::size_t size, char* out) {
     }
 }
 
-// Decodes size bytes from twice as many digits. A character that is none shows in the upper half of the sum of all.
+// Decodes size bytes from twice as many digits. The values of all characters are combined with "or": a character that
+// is no digit has bits in the upper half, which are tested once at the end.
 bool decode(const char* text, std::size_t size, char* out) {
     unsigned seen = 0;
     for (; size != 0; --size, text += 2) {
@@ -64,7 +65,7 @@ bool decode(const char* text, std::size_t size, char* out) {
     return seen < 16;
 }
 
-// Whether writing to out may destroy what lies at data.
+// Whether the output buffer overlaps the input.
 bool liesIn(const char* data, const std::string& out) {
     const std::less<> before;
     return !before(data, out.data()) && !before(out.data() + out.capacity(), data);

@@ -38,7 +38,7 @@ int xoStringUtils::CompareUTF16Natural(const wchar_t* a, std::uint64_t sizeOfA, 
            2;
 }
 
-// A failed comparison orders neither before the other: saying "less" both ways would break a sort.
+// After a failed comparison neither text precedes the other. If both did, std::sort would be undefined.
 bool xoStringUtils::UTF8NaturalSortFunction(const std::string& a, const std::string& b) {
     return compareNatural(a, b, false) == kLess;
 }

@@ -12,7 +12,7 @@
 namespace xo::text {
 namespace {
 
-// Skips white space and takes a sign; the rest must begin with the number itself.
+// Skips white space and one sign. The number must follow directly.
 const char* skipToDigits(const char* at, const char* end, bool& negative) {
     while (at != end && isSpace(*at)) ++at;
     negative = at != end && *at == '-';
@@ -43,8 +43,8 @@ std::int64_t readExponent(const char* at, const char* end) {
     return std::clamp(exponent, -kFar, kFar);
 }
 
-// from_chars leaves the value alone when it is out of range. The power of ten that the first digit other than 0 stands
-// for tells which end of the range was missed.
+// std::from_chars does not change the value when the number is out of range. The decimal exponent of the first digit
+// that is not 0 shows whether the number is too large or too small.
 double nearestEnd(const char* at, const char* end) {
     std::int64_t power = 0;
     bool isBehindPoint = false;
@@ -66,9 +66,9 @@ double nearestEnd(const char* at, const char* end) {
 constexpr double kTens[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                             1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-constexpr std::size_t kSpan = 16;  // more than the digits that are rounded to in a quick way
+constexpr std::size_t kSpan = 16;  // more than a Rounded has digits
 
-// A value rounded to a few decimal digits: the first of them stands for that many times 10^exponent.
+// A value rounded to a few decimal digits, the first of which is worth 10^exponent.
 struct Rounded {
     std::uint32_t digits;
     int exponent;
@@ -83,8 +83,8 @@ int binaryExponent(double value) {
     return static_cast<int>(bits >> 52) - 1023;
 }
 
-// Rounds by one multiplication or division. Its error is below 2e-7 here: false where a smaller difference decides
-// about the digits.
+// Rounds by one multiplication or division, whose error is below 2e-7 here. Returns false if the value is so close to a
+// tie that this error could change the digits.
 bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
     constexpr double kLeast = 1e-9;
     constexpr double kEnd = 1e15;
@@ -107,13 +107,13 @@ bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
     return true;
 }
 
-// Copies kSpan bytes whatever the count: that needs no call, and every buffer for a value has them.
+// Always copies kSpan bytes: a copy of constant size needs no call, and every buffer has that many.
 char* append(char* out, const char* text, int count) {
     std::memcpy(out, text, kSpan);
     return out + count;
 }
 
-// As "%g" does: no zeros at the end, and an exponent where the point would stand far away.
+// The format "%g": without trailing zeros, and with an exponent for large and small numbers.
 char* printRounded(char* out, Rounded rounded, int precision) {
     char digits[2 * kSpan] = {};
     std::to_chars(digits, digits + kSpan, rounded.digits);
@@ -199,7 +199,7 @@ char* printReal(char* out, double value, int precision, int capacity) {
         if (value < 0) *out++ = '-';
         return printRounded(out, rounded, precision);
     }
-    if (std::isnan(value)) value = std::fabs(value);  // its sign means nothing, and a stream prints none
+    if (std::isnan(value)) value = std::fabs(value);  // a stream prints NaN without a sign
     return std::to_chars(out, out + capacity, value, std::chars_format::general, precision).ptr;
 }
 

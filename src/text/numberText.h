@@ -33,9 +33,9 @@ inline bool parseReal(std::string_view text, double& value) {
 constexpr int kRealCapacity = 32;
 char* printReal(char* out, double value, int precision = 6, int capacity = kRealCapacity);
 
-// Writes that many digits, without a point, of a positive finite value rounded to them, and the power of ten that the
-// first of them stands for. False, where more than a multiplication is needed: for many digits, for values far from 1
-// and for what is close to a tie.
+// Writes that many digits of a positive finite value, rounded and without a point; exponent is the power of ten of the
+// first one. Returns false where one multiplication does not suffice: for many digits, for values far from 1 and for
+// values close to a tie.
 bool roundShortly(double value, int count, char* digits, int& exponent);
 
 }  // namespace xo::text

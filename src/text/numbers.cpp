@@ -36,7 +36,7 @@ std::string xoStringUtils::fromFloat(float value, int precision) {
 }
 
 std::string xoStringUtils::fromFloat(double value, int precision) {
-    constexpr int kMostDigits = 767;  // of any double; more precision changes nothing
+    constexpr int kMostDigits = 767;  // no double has more digits
     constexpr int kCapacity = text::kRealCapacity + kMostDigits;
     char text[kCapacity];
     const int digits = precision < 0 ? 6 : (std::min)(precision, kMostDigits);

@@ -20,7 +20,8 @@ std::string_view fileOf(std::string_view path) {
     return path.substr(path.find_last_of(kSeparators) + 1);  // npos + 1 is 0
 }
 
-// Where the dot of the extension stands, or the name's size. Dots that the name starts with begin no extension.
+// The position of the dot before the extension, or the size of the name. Dots at the start of the name do not begin an
+// extension.
 std::size_t extensionDot(std::string_view name) {
     const std::size_t dot = name.rfind('.');
     const bool leading = name.find_first_not_of('.') > dot;

@@ -31,7 +31,7 @@ std::vector<std::string> xoStringUtils::Split(const std::string& text, char sep,
 
 std::vector<std::string>& xoStringUtils::Split(const std::string& text, char sep, std::vector<std::string>& out,
                                                bool skipEmpty) {
-    out = Split(text, sep, skipEmpty);  // not piece by piece: the text may be an element of out
+    out = Split(text, sep, skipEmpty);  // built as a new vector, because the text may be an element of out
     return out;
 }
 

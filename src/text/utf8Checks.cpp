@@ -29,7 +29,7 @@ const char* skipAscii(const char* at, const char* end) {
 }
 
 // The length of the well-formed sequence that starts here, which is at least four bytes before the end; 0 if there is
-// none. The second byte's range keeps out overlong forms, surrogates and what lies beyond U+10FFFF.
+// none. The range of the second byte excludes overlong forms, surrogates and values beyond U+10FFFF.
 std::ptrdiff_t sequenceLength(const char* text) {
     const Byte* const at = reinterpret_cast<const Byte*>(text);
     const Byte lead = at[0];
@@ -46,7 +46,8 @@ std::ptrdiff_t sequenceLength(const char* text) {
     return 0;
 }
 
-// Skips well-formed sequences, and stops at the first one in doubt or too close to the end to be read ahead.
+// Skips well-formed sequences. Stops at the first other one, and at one that is too close to the end to read four
+// bytes.
 const char* skipWellFormed(const char* at, const char* end) {
     while ((at = skipAscii(at, end)), end - at >= 4) {
         do {

@@ -12,7 +12,7 @@ namespace {
 
 enum class Step { Number, End, Invalid };
 
-// Cuts at the dots as Split does: a dot at the very end opens no further component.
+// Divides at the dots as Split does: a dot at the end is not followed by another component.
 Step nextComponent(std::string_view& rest, std::uint32_t& number) {
     if (rest.empty()) return Step::End;
     std::size_t dot = 0;
@@ -33,7 +33,7 @@ xoStringUtils::SoftwareVersionComparisonResult xoStringUtils::compareSoftwareVer
     std::string_view restOfA = a;
     std::string_view restOfB = b;
     auto result = b.empty() || maxComponents == 0 ? SoftwareVersionInvalid : SoftwareVersionEqual;
-    for (std::uint64_t i = 0;; ++i) {  // to both ends, even after a difference: what follows may be no number
+    for (std::uint64_t i = 0;; ++i) {  // to both ends, even after a difference: a later component may be invalid
         std::uint32_t first = 0;
         std::uint32_t second = 0;
         const Step one = nextComponent(restOfA, first);

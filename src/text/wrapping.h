@@ -14,7 +14,7 @@ struct Piece {
 };
 
 // Appends the pieces of a text without control characters, at least one, none wider than columns (at least 1). Breaks
-// as AsciiTableBuilder::OverflowWrap says; all blanks at a break go. A cluster wider than the column is a "?".
+// as AsciiTableBuilder::OverflowWrap says; all blanks at a break are removed. A cluster wider than the column is a "?".
 void wrap(std::string_view text, std::size_t columns, std::vector<Piece>& pieces);
 
 }  // namespace xo::text

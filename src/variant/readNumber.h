@@ -1,4 +1,4 @@
-// Whether a text is a number, for values whose type the text has to tell.
+// Recognises numbers in texts of an unknown type.
 #ifndef XO_VARIANT_READNUMBER_H
 #define XO_VARIANT_READNUMBER_H
 
