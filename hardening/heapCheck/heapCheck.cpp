@@ -33,8 +33,8 @@ void require(bool isWhole) {
     ::TerminateProcess(::GetCurrentProcess(), EXIT_FAILURE);
 }
 
-// Takes at most about a third of the program's time. With hundreds of thousands of blocks, as a crash report makes while
-// DbgHelp reads program databases, a check at each stride would take minutes.
+// Takes at most about a third of the program's time. With hundreds of thousands of blocks, as a crash report makes
+// while DbgHelp reads program databases, a check at each stride would take minutes.
 void checkAll(HANDLE heap) {
     const std::int64_t begin = now();
     if (begin < gNextCheck) return;
