@@ -139,7 +139,8 @@ TEST_F(CopyFolder, NeverCopiesAFolderIntoItself) {
         EXPECT_FALSE(copy("alias/inside", /*failIfExists=*/false));
         EXPECT_EQ(mError, path("top") + "\\empty\\inside is the target and is not copied");
         EXPECT_TRUE(mFolder.has("top/empty/inside/backup") && !mFolder.has("top/empty/inside/empty/inside"));
-        if (!::RemoveDirectoryW((mFolder.widePath() / "alias").c_str())) xo::tests::runUnix(path(), L"rm alias");
+        if (!::RemoveDirectoryW((mFolder.widePath() / "alias").c_str()))
+            xo::tests::runUnix(mFolder.widePath(), L"rm alias");
     }
     EXPECT_FALSE(xoDirUtils::CopyFolderUtf8(path("top"), path("TOP/a \xC3\xA9/.."), false, &mError));
     EXPECT_EQ(mError, path("top") + " cannot be copied to itself");

@@ -236,7 +236,7 @@ TEST_F(FolderWalk, FollowsEveryLinkButThoseToAFolderItIsInside) {
     identities = Identities::Told;
     for (const auto& [link, target] : links)
         if (!::RemoveDirectoryW((mFolder.widePath() / link).c_str()))
-            xo::tests::runUnix(path(), L"rm " + std::filesystem::path(link).wstring());
+            xo::tests::runUnix(mFolder.widePath(), L"rm " + std::filesystem::path(link).wstring());
 }
 
 TEST_F(FolderWalk, BearsChangesOnItsWay) {
