@@ -7,9 +7,9 @@
 //     stream >> answer;   // first sends what was written                  while (server.waitForConnection(peer))
 //                                                                              serve(peer);
 //
-// A pipe is named by a text of 1 to 247 UTF-16 units, valid UTF-8, without NUL, "\" and "/". The prefix "\\.\pipe\" may
-// stand in front of it, in any case, also as "//./pipe/". Windows compares names without case. Any other name gives
-// ResultInvalid, and nothing is tried; so do the pipes of other machines.
+// A pipe is named by a text of 1 to 247 UTF-16 units, valid UTF-8, without NUL, slash and backslash. The prefix of
+// pipes of this machine, "//./pipe/", may stand in front of it, with backslashes too, in any case. Windows compares
+// names without case. Any other name gives ResultInvalid, and nothing is tried; so do the pipes of other machines.
 //
 // By default only processes of the same user can connect, whether they are elevated or not, and a client trusts only
 // servers of that user and of the system. A server may learn who its client is, but not act in its name. Data is not
@@ -50,6 +50,7 @@ struct PipeAccess;
 // kept in memory.
 class XOSYSTEM_API xoNamedPipe : public xoIoDevice {
 public:
+    // What came of a call.
     enum Result : int {
         ResultOk = 0,
         ResultEnd = 1,       // the peer has closed its end
@@ -62,16 +63,20 @@ public:
         ResultTooLong = 8,   // the message is longer than the maximum
         ResultFailed = 9     // any other failure, and an object that is not connected
     };
+
+    // What connectUtf8() does without a server.
     enum ConnectMode : int {
         ConnectAwaitServer = 0,  // waits until there is a pipe of that name
         ConnectIfServing = 1     // fails at once when there is none
     };
+
+    // To whom the pipe of a server must belong.
     enum ServerTrust : int {
         TrustSameUserAndSystem = 0,  // the pipe must belong to this user, to administrators or to the system
-        TrustAnyone = 1
+        TrustAnyone = 1              // nobody is asked whose it is
     };
 
-    static constexpr unsigned kNoLimit = 0xFFFFFFFF;
+    static constexpr unsigned kNoLimit = 0xFFFFFFFF;                    // of time
     static constexpr std::uint32_t kDefaultBufferBytes = 65536;         // of each of the two buffers
     static constexpr std::uint32_t kDefaultMaxMessageBytes = 16 << 20;  // 16 MiB
 
@@ -193,6 +198,7 @@ public:
         AccessLocalUsers = 1  // processes of all users that are logged on at this machine
     };
 
+    // No limit of time; the first backlog and the largest one; the limits of setBufferBytes().
     static constexpr unsigned kNoLimit = 0xFFFFFFFF;
     static constexpr unsigned kDefaultBacklog = 8;
     static constexpr unsigned kMaxBacklog = 60;
@@ -206,6 +212,7 @@ public:
 
     // ---- before listenUtf8(), which uses what they set ----
 
+    // Who may connect; at first AccessSameUser.
     void setAccess(Access access);
 
     // A descriptor in the security descriptor definition language, in place of that of setAccess(). Empty: by access.

@@ -89,8 +89,8 @@ public:
         StateFinished = 2  // ended, or failed to start
     };
 
-    static constexpr unsigned kNoLimit = 0xFFFFFFFF;  // no time-out
-    static constexpr std::uint64_t kDefaultMaxOutputBytes = 64 << 20;
+    static constexpr unsigned kNoLimit = 0xFFFFFFFF;                   // no time-out
+    static constexpr std::uint64_t kDefaultMaxOutputBytes = 64 << 20;  // of an output that is kept as a text
 
     // What a child has as its standard input. A value that can be copied.
     class XOSYSTEM_API Input {
@@ -303,26 +303,29 @@ public:
 
     // How RunUtf8() runs a program.
     struct RunOptions {
-        std::string workingDirectory;          // empty: that of this process
-        std::string input;                     // empty: the null device
-        std::vector<std::string> environment;  // as setEnvironmentUtf8() has it
-        bool makeAbsolute = true;              // as startProcess() has it
-        unsigned timeoutMs = kNoLimit;
+        std::string workingDirectory;                           // empty: that of this process
+        std::string input;                                      // empty: the null device
+        std::vector<std::string> environment;                   // as setEnvironmentUtf8() has it
+        bool makeAbsolute = true;                               // as startProcess() has it
+        unsigned timeoutMs = kNoLimit;                          // milliseconds
         bool mergeError = false;                                // whether the error output goes where the output goes
         std::uint64_t maxOutputBytes = kDefaultMaxOutputBytes;  // of each output
-        ProcessTree tree = ProcessTreeOwned;
+        ProcessTree tree = ProcessTreeOwned;                    // as setProcessTree() has it
     };
 
     // What came of it.
     struct RunResult {
+        // How it ended.
         enum Outcome : int { NotStarted = 0, Finished = 1, TimedOut = 2, Crashed = 3 };
 
-        Outcome outcome = NotStarted;
-        int exitCode = 0;                 // of a child that was started and has ended
-        std::string output, errorOutput;  // as bytes: OutputToUtf8() makes texts of them
-        bool outputCut = false;           // whether one of them is longer than maxOutputBytes
-        std::string message;              // empty on success, otherwise as the error of ExecUtf8()
+        Outcome outcome = NotStarted;  // how it ended
+        int exitCode = 0;              // of a child that was started and has ended
+        std::string output;            // as bytes: OutputToUtf8() makes a text of them
+        std::string errorOutput;       // the same of the error output; empty when it was merged
+        bool outputCut = false;        // whether one of them is longer than maxOutputBytes
+        std::string message;           // empty on success, otherwise as the error of ExecUtf8()
 
+        // Whether it ended by itself, with exit code 0.
         bool isSuccess() const { return outcome == Finished && exitCode == 0; }
     };
 

@@ -216,9 +216,13 @@ TEST_F(Pipe, SurvivesOtherProcesses) {
     {
         const Child child(L"pipePeer", arguments(L"flood"));
         ASSERT_TRUE(accept(child));
+        mPeer.setTimeLimits(kPatienceMs, 50);
+        const std::string flood(4 * kMegabyte, 'x');  // neither reads: the limit ends it, and reading goes on
+        EXPECT_TRUE(mPeer.writeBytes(flood.data(), flood.size()) == 0 && mPeer.getWriteResult() == P::ResultTimeout);
         EXPECT_EQ(readAll(mPeer, 100 * kMegabyte), std::string(100 * kMegabyte, 'f'));
-        EXPECT_TRUE(mPeer.close() && child.wait() == 0);
+        EXPECT_TRUE(!mPeer.close() && child.wait() == 0);
     }
+    mPeer.setTimeLimits(kPatienceMs, kPatienceMs);
     const std::pair<const wchar_t*, P::Result> rows[] = {
         {L"die", P::ResultEnd}, {L"announce", P::ResultTooLong}, {L"half", P::ResultEnd}};
     for (const auto& [task, result] : rows) {
