@@ -49,14 +49,6 @@ std::string shownPath(const std::wstring& extended) {
     return platform::toUtf8(extended);
 }
 
-// The position goes with each call, so that the file's own one does not matter.
-OVERLAPPED at(std::uint64_t position) {
-    OVERLAPPED place{};
-    place.Offset = static_cast<DWORD>(position);
-    place.OffsetHigh = static_cast<DWORD>(position >> 32);
-    return place;
-}
-
 DWORD setEnd(HANDLE file, std::uint64_t bytes) {
     FILE_END_OF_FILE_INFO info{};
     info.EndOfFile.QuadPart = static_cast<LONGLONG>(bytes);
@@ -103,6 +95,7 @@ DWORD OpenedFile::openItself(const std::wstring& path, xoIoDeviceFile::OpenMode 
 
 void OpenedFile::close() noexcept {
     mHandle = INVALID_HANDLE_VALUE;
+    mPosition = 0;
     mFile.reset();
     mReplacement.reset();
     mReads = mWrites = mAppends = false;
@@ -113,33 +106,46 @@ std::uint64_t OpenedFile::size() const {
     return ::GetFileSizeEx(mHandle, &bytes) ? static_cast<std::uint64_t>(bytes.QuadPart) : 0;
 }
 
-std::uint64_t OpenedFile::read(std::uint64_t position, char* bytes, std::uint64_t size, DWORD& error) const {
+// The file's own position follows each transfer, so that one after the other needs no call for it. A position given
+// with each call, in an OVERLAPPED, makes Wine ask its server each time.
+DWORD OpenedFile::moveTo(std::uint64_t position) {
+    if (mPosition == position) return ERROR_SUCCESS;
+    LARGE_INTEGER place{};
+    place.QuadPart = static_cast<LONGLONG>(position);
+    const DWORD error = files::errorOf(::SetFilePointerEx(mHandle, place, /*lpNewFilePointer=*/nullptr, FILE_BEGIN));
+    if (error == ERROR_SUCCESS) mPosition = position;
+    return error;
+}
+
+std::uint64_t OpenedFile::read(std::uint64_t position, char* bytes, std::uint64_t size, DWORD& error) {
     std::uint64_t done = 0;
-    while (done < size) {
-        OVERLAPPED place = at(position + done);
+    error = moveTo(position);
+    while (error == ERROR_SUCCESS && done < size) {
         DWORD got = 0;
-        error = files::errorOf(
-            ::ReadFile(mHandle, bytes + done, static_cast<DWORD>((std::min)(size - done, kMaxTransfer)), &got, &place));
+        const auto wanted = static_cast<DWORD>((std::min)(size - done, kMaxTransfer));
+        error = files::errorOf(::ReadFile(mHandle, bytes + done, wanted, &got, /*lpOverlapped=*/nullptr));
         done += got;
-        if (got == 0 || error != ERROR_SUCCESS) break;
+        if (got == 0) break;
     }
-    // At the end of the file a call with a position fails. Far behind it the sum of position and size may be no
-    // position any more, which is another error.
-    if (error != ERROR_SUCCESS && (error == ERROR_HANDLE_EOF || position + done >= this->size())) error = ERROR_SUCCESS;
+    mPosition = position + done;
+    if (error == ERROR_SUCCESS) return done;
+    mPosition = kUnknown;
+    // Far behind the end the file system may know no position any more.
+    if (position + done >= this->size()) error = ERROR_SUCCESS;
     return done;
 }
 
-DWORD OpenedFile::write(std::uint64_t position, const char* bytes, std::uint64_t size) const {
-    for (std::uint64_t done = 0; done < size;) {
-        OVERLAPPED place = at(mAppends ? UINT64_MAX : position + done);
+DWORD OpenedFile::write(std::uint64_t position, const char* bytes, std::uint64_t size) {
+    DWORD error = mAppends ? DWORD{ERROR_SUCCESS} : moveTo(position);
+    for (std::uint64_t done = 0; error == ERROR_SUCCESS && done < size;) {
         DWORD written = 0;
-        const DWORD error = files::errorOf(::WriteFile(
-            mHandle, bytes + done, static_cast<DWORD>((std::min)(size - done, kMaxTransfer)), &written, &place));
-        if (error != ERROR_SUCCESS) return error;
-        if (written == 0) return ERROR_WRITE_FAULT;
+        const auto wanted = static_cast<DWORD>((std::min)(size - done, kMaxTransfer));
+        error = files::errorOf(::WriteFile(mHandle, bytes + done, wanted, &written, /*lpOverlapped=*/nullptr));
+        if (error == ERROR_SUCCESS && written == 0) error = ERROR_WRITE_FAULT;
         done += written;
     }
-    return ERROR_SUCCESS;
+    mPosition = error == ERROR_SUCCESS ? position + size : kUnknown;
+    return error;
 }
 
 DWORD OpenedFile::resize(std::uint64_t bytes) const { return setEnd(mHandle, bytes); }

@@ -30,9 +30,9 @@ public:
 
     std::uint64_t size() const;
     // Reads at most that much, and less only at the end of the file or before an error.
-    std::uint64_t read(std::uint64_t position, char* bytes, std::uint64_t size, DWORD& error) const;
+    std::uint64_t read(std::uint64_t position, char* bytes, std::uint64_t size, DWORD& error);
     // All of the bytes. A file that is appended to takes them at its end, wherever the position is.
-    DWORD write(std::uint64_t position, const char* bytes, std::uint64_t size) const;
+    DWORD write(std::uint64_t position, const char* bytes, std::uint64_t size);
     DWORD resize(std::uint64_t bytes) const;
     DWORD flushToDisk() const;
     // Puts the new file in the place of the old one.
@@ -42,9 +42,14 @@ private:
     DWORD openReplacement(std::wstring path);
     DWORD openItself(const std::wstring& path, xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share);
 
+    DWORD moveTo(std::uint64_t position);
+
+    static constexpr std::uint64_t kUnknown = UINT64_MAX;
+
     HANDLE mHandle = INVALID_HANDLE_VALUE;  // owned by one of the two below
     platform::FileHandle mFile;
     std::optional<files::FileReplacement> mReplacement;
+    std::uint64_t mPosition = 0;  // the file's own; kUnknown after a failure
     bool mReads = false;
     bool mWrites = false;
     bool mAppends = false;
