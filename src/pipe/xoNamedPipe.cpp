@@ -25,11 +25,6 @@ std::uint32_t lengthIn(const unsigned char (&head)[kHeadBytes]) {
     return length;
 }
 
-void warnOfLength(std::uint64_t length, std::uint32_t longest) {
-    xoLogObject(xoLogWarning) << "xoNamedPipe refused a message of " << length << " bytes (more than " << longest
-                              << ")";
-}
-
 bool resize(std::string& text, std::size_t size) {
     try {
         text.resize(size);
@@ -163,7 +158,8 @@ bool xoNamedPipe::readMessage(std::string& message) {
     if (!self.readHead(deadline)) return false;
     const std::uint32_t length = lengthIn(self.incoming.head);
     if (length > self.maxMessageBytes) {
-        warnOfLength(length, self.maxMessageBytes);
+        xoLogObject(xoLogWarning) << "xoNamedPipe refused a message of " << length << " bytes (more than "
+                                  << self.maxMessageBytes << ")";
         return self.failReading(ResultTooLong);
     }
     if (!self.readBody(length, deadline)) return false;
@@ -264,11 +260,7 @@ bool xoNamedPipe::writeMessage(const char* data, std::uint64_t size) {
     Private& self = *mPrivate;
     if (!self.canBeginWriting()) return false;
     if (!data && size != 0) return self.writeResult = ResultFailed, false;
-    if (size > self.maxMessageBytes) {
-        warnOfLength(size, self.maxMessageBytes);
-        self.writeResult = ResultTooLong;
-        return false;
-    }
+    if (size > self.maxMessageBytes) return self.writeResult = ResultTooLong, false;
     const pipe::Deadline deadline(self.writeLimitMs);
     unsigned char head[kHeadBytes];
     writeHead(head, static_cast<std::uint32_t>(size));
