@@ -4,6 +4,7 @@
 
 #include "xoSystem/xoAsciiTableBuilder.h"
 #include "xoSystem/xoCpuInfo.h"
+#include "xoSystem/xoDirectXDeviceInfo.h"
 #include "xoSystem/xoIniFile.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoSystemUtils.h"
@@ -29,6 +30,10 @@ int main() {
     std::cout << "SSE3: " << (cpu.hasFeature(xo::CPUInfo::FeatureSSE3) ? "yes" : "no") << ", work threads: "
               << (cpu.getCoreCount() >= 1 && cpu.getCoreCount() <= cpu.getThreadCount() ? "one a core" : "unknown")
               << '\n';
+
+    std::vector<xo::DirectXDeviceInfo> adapters;
+    const bool isKnown = xo::DirectXDeviceInfo::GetAdapters(adapters, /*timeoutMs=*/10000) && !adapters.empty();
+    std::cout << "graphics: " << (isKnown ? adapters.front().name : "unknown") << '\n';
 
     xo::xoVariant::xoVariantListImpl rows;
     if (!Utils::QueryManagementUtf8("SELECT Name FROM Win32_OperatingSystem", rows, /*timeoutMs=*/30000)) return 1;
