@@ -184,7 +184,9 @@ TEST(EnumHelper, NamesTheLibrarysOwn) {
                     xo::xoVariant::Type, xo::AsciiTableBuilder::Style, xo::AsciiTableBuilder::Align,
                     xo::AsciiTableBuilder::Overflow, xo::xoProgressUnit, xo::xoProgressState::Phase,
                     xo::xoProgressConsole::Flag, xo::xoIoDeviceFile::OpenMode, xo::xoIoDeviceFile::Share,
-                    xo::xoXRefResolverSearchPath::How, xo::CPUInfo::Feature, xo::CPUInfo::Cache::Kind>();
+                    xo::xoXRefResolverSearchPath::How, xo::CPUInfo::Feature, xo::CPUInfo::Cache::Kind,
+                    xo::xoNamedPipe::Result, xo::xoNamedPipe::ConnectMode, xo::xoNamedPipe::ServerTrust,
+                    xo::xoNamedPipeServer::Access, xo::xoProcess::ProcessTree, xo::xoProcess::RunResult::Outcome>();
 
     for (const auto& entry : xo::EnumHelper<xoVariant::Type>::GetEntries())
         if (entry.value < xoVariant::DATETIME) EXPECT_EQ(xoVariant(entry.value).getTypeAsString(), entry.name);
