@@ -13,8 +13,11 @@
 namespace xo::stream {
 namespace {
 
+// Bytes of the longest UTF-8 sequence. That many bytes without a valid sequence at their start are malformed, whatever
+// follows.
 constexpr std::size_t kLongestSequence = 4;
 constexpr std::size_t kMaxRead = 0x10000;  // a block that is still in the processor's cache when it is scanned
+// In bytes. Only the cells of the first row are limited.
 constexpr std::size_t kMaxHeaderCell = 65535;
 constexpr std::size_t kUsualColumns = 128;
 
@@ -75,6 +78,7 @@ bool CsvParser::scan(std::uint64_t& rowsLeft) {
                 run = passStringDelimiter(at);
                 continue;
             }
+            // A carriage return outside quotes is dropped here, also without a line feed behind it.
             run = at + 1;
             mQuotes = Outside;
             if (*at == dialect.columnDelimiter) {
@@ -101,12 +105,15 @@ const char* CsvParser::passStringDelimiter(const char* at) {
 // Appends the run of text to the present cell. False when a cell of the first row becomes too long.
 bool CsvParser::append(const char* run, const char* end) {
     if (run == end) return true;
+    // Text behind the closing quote is not an error; it continues the cell.
     if (mQuotes == AfterDelimiter) mQuotes = Outside;
     const auto begin = static_cast<std::size_t>(run - rowText());
     const auto size = static_cast<std::size_t>(end - run);
     Cell& cell = mCells.back();
     if (cell.size == 0) {
         cell.begin = begin;
+        // A quote or a carriage return was left out in between. The cell is joined in place, since text only becomes
+        // shorter.
     } else if (cell.begin + cell.size != begin) {
         std::memmove(mBuffer.get() + mRowBegin + cell.begin + cell.size, run, size);
     }
@@ -118,9 +125,11 @@ bool CsvParser::append(const char* run, const char* end) {
 void CsvParser::endCell() { mCells.emplace_back(); }
 
 void CsvParser::endRow() {
+    // The last entry is the cell that the next text would go to; it belongs to no row yet.
     const std::size_t count = mCells.size() - 1;
     const char* const text = rowText();
     Row row = takeSpareRow();
+    // The values of a row of the last table are overwritten, which saves constructing them again.
     const std::size_t spare = (std::min)(row.size(), count);
     row.resize(spare);
     row.reserve(count);
@@ -157,6 +166,7 @@ void CsvParser::finish() {
 bool CsvParser::refill(bool& moreInput) {
     moreInput = mUnread != 0;
     if (!mError.empty()) return false;
+    // Bytes that the scan has not taken yet come first.
     if (!moreInput || mEnd - mAt >= kLongestSequence) return true;
     makeSpace();
     const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)({mCapacity - mEnd, mUnread, kMaxRead}));
@@ -164,6 +174,7 @@ bool CsvParser::refill(bool& moreInput) {
     if (got == 0) return mError.empty() ? fail("Failed to read the file") : false;
     mUnread -= got;
     mEnd += got;
+    // The scan loads whole blocks, so that up to one block behind the end is loaded, and must be initialised.
     std::memset(mBuffer.get() + mEnd, 0, CsvMarks::kBlock);
     mValid += text::utf8Prefix({mBuffer.get() + mValid, mEnd - mValid});
     return true;
@@ -182,6 +193,7 @@ void CsvParser::makeSpace() {
     } else if (mRowBegin != 0) {
         std::memmove(mBuffer.get(), kept, used);
     }
+    // The cells need no change: their places count from the beginning of the row.
     mAt -= mRowBegin;
     mValid -= mRowBegin;
     mEnd = used;

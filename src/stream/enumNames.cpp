@@ -1,3 +1,4 @@
+// The names of the enumerators of the stream classes, for xoEnumHelper.
 #include "xoSystem/xoDataStream.h"
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoIoDeviceBase.h"

@@ -1,3 +1,4 @@
+// The file below xoIoDeviceFile: opened by mode, with its own position.
 #include "stream/openedFile.h"
 
 #include <algorithm>
@@ -33,6 +34,7 @@ constexpr Opening kOpenings[] = {
     {0, 0, false, true},
 };
 
+// By default a writer lets others read, and a reader shares everything.
 DWORD sharedAccess(xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share) {
     if (share == xoIoDeviceFile::ShareNone) return 0;
     const bool isDefaultAll = share == xoIoDeviceFile::ShareDefault && mode == xoIoDeviceFile::OpenRead;
@@ -87,8 +89,11 @@ DWORD OpenedFile::openItself(const std::wstring& path, xoIoDeviceFile::OpenMode 
                               opening.disposition, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
     const DWORD state = ::GetLastError();
     if (!mFile) return state != ERROR_SUCCESS ? state : DWORD{ERROR_GEN_FAILURE};
+    // A pipe, a console or a device has no size and no position.
     if (!files::isDiskFile(mFile)) return ERROR_NOT_SUPPORTED;
     mHandle = mFile.get();
+    // OPEN_ALWAYS sets this code also when it succeeds, if the file was there before:
+    // https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-createfilew
     const bool isEmptied = mode == xoIoDeviceFile::OpenWrite && state == ERROR_ALREADY_EXISTS;
     return isEmptied ? setEnd(mHandle, 0) : DWORD{ERROR_SUCCESS};
 }
@@ -129,6 +134,7 @@ std::uint64_t OpenedFile::read(std::uint64_t position, char* bytes, std::uint64_
     }
     mPosition = position + done;
     if (error == ERROR_SUCCESS) return done;
+    // A failed transfer may have moved the position.
     mPosition = kUnknown;
     // Far behind the end the file system may know no position any more.
     if (position + done >= this->size()) error = ERROR_SUCCESS;
@@ -136,6 +142,7 @@ std::uint64_t OpenedFile::read(std::uint64_t position, char* bytes, std::uint64_
 }
 
 DWORD OpenedFile::write(std::uint64_t position, const char* bytes, std::uint64_t size) {
+    // A file that is appended to needs no position: the system writes at the end.
     DWORD error = mAppends ? DWORD{ERROR_SUCCESS} : moveTo(position);
     for (std::uint64_t done = 0; error == ERROR_SUCCESS && done < size;) {
         DWORD written = 0;

@@ -1,3 +1,4 @@
+// Reads a CSV file through the parser: the file, the copies of a reader, progress and errors.
 #include "xoSystem/xoCsvFileReader.h"
 
 #include <algorithm>
@@ -47,6 +48,7 @@ struct xoCsvFileReader::Private {
     std::size_t read(char* out, std::size_t capacity);
 };
 
+// A copy does not share the handle, whose position both would move. It opens the file again when it first parses.
 void xoCsvFileReader::Private::copyFrom(const Private& other) {
     fileName = other.fileName;
     isOpenPending = !fileName.empty();
@@ -142,6 +144,7 @@ xoCsvFileReader::xoCsvFileReader(const xoCsvFileReader& other) : mPrivate(std::m
     mPrivate->copyFrom(*other.mPrivate);
 }
 
+// Copies first, so that an exception leaves this reader unchanged.
 xoCsvFileReader& xoCsvFileReader::operator=(const xoCsvFileReader& other) {
     if (this == &other) return *this;
     xoCsvFileReader copy(other);

@@ -1,3 +1,4 @@
+// Writes rows to numbered CSV files: "name.csv", "name (1).csv" and so on.
 #include <new>
 #include <string_view>
 
@@ -9,6 +10,7 @@
 namespace xo {
 namespace {
 
+// U+FEFF in UTF-8, by which spreadsheet programs tell UTF-8 from the code page of the system.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Without memory the line is lost.
@@ -56,6 +58,7 @@ xoCsvFileWriter::xoCsvFileWriter(const std::string& folder, const std::string& b
                            /*device=*/{},
                            xoCsvStream(nullptr, separator, quote, endOfLine)}) {}
 
+// A copy continues with the settings and the next number. It does not share the file that is being written.
 xoCsvFileWriter::xoCsvFileWriter(const xoCsvFileWriter& other)
     : mPrivate(new Private{other.mPrivate->settings, other.mPrivate->nextFile, /*path=*/{}, /*device=*/{},
                            other.mPrivate->stream}) {
@@ -76,6 +79,7 @@ xoCsvFileWriter::~xoCsvFileWriter() { finalizeCurrentFile(); }
 
 xoCsvStream& xoCsvFileWriter::getStream() {
     xoCsvStream& stream = mPrivate->stream;
+    // Only between rows: a row is never divided between two files.
     if (stream.getNextCellRowIndex() >= mPrivate->settings.maxRowsPerFile && stream.getNextCellColIndex() == 0)
         finalizeCurrentFile();
     if (!mPrivate->device.isOpen()) openNextFile();

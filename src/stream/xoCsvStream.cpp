@@ -1,3 +1,4 @@
+// Writes cells as delimited text: https://www.rfc-editor.org/rfc/rfc4180
 #include "xoSystem/xoCsvStream.h"
 
 #include <algorithm>
@@ -85,6 +86,7 @@ xoCsvStream& xoCsvStream::operator<<(const std::string& text) {
     return *this;
 }
 
+// A null pointer writes no cell, not an empty one.
 xoCsvStream& xoCsvStream::operator<<(const char* text) {
     if (text) writeCell(text, std::strlen(text));
     return *this;
@@ -108,6 +110,7 @@ void xoCsvStream::writeCell(const char* data, std::size_t size) {
     }
     if (mColumnIndex != 0) {
         write(&mSeparator, 1);
+        // A line end is written in front of the first cell of the next row, so that none follows the last row.
     } else if (mRowIndex != 0) {
         write(mEndOfLine.data(), mEndOfLine.size());
     }
@@ -134,6 +137,7 @@ void xoCsvStream::write(const char* data, std::size_t size) {
 }
 
 // Whether the cell holds a separator or a quote character.
+// A line break alone does not count, although RFC 4180 encloses such a cell in quotes too.
 bool xoCsvStream::isMarked(const char* data, std::size_t size) const {
     if (size < 4) return std::any_of(data, data + size, [this](char c) { return c == mSeparator || c == mQuote; });
     const auto isMarkedBlock = [separator = _mm_set1_epi8(mSeparator), quote = _mm_set1_epi8(mQuote)](__m128i bytes) {
@@ -143,6 +147,7 @@ bool xoCsvStream::isMarked(const char* data, std::size_t size) const {
     const char* const last = data + size - text::kBlock;
     for (; data < last; data += text::kBlock)
         if (isMarkedBlock(text::loadBlock(data))) return true;
+    // Overlaps the block before it, so that nothing behind the text is loaded.
     return isMarkedBlock(text::loadBlock(last));
 }
 

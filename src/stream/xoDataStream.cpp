@@ -1,3 +1,4 @@
+// Blocks with a size in front, and raw bytes. Numbers are written and read in the header.
 #include "xoSystem/xoDataStream.h"
 
 #include <algorithm>
@@ -7,6 +8,8 @@
 namespace xo {
 namespace {
 
+// The target grows by at most this many bytes before they are read, so that a false size in a damaged file does not
+// make it allocate all of that size.
 constexpr std::size_t kMaxRead = std::size_t{4} << 20;
 
 template <class Target>
@@ -26,6 +29,7 @@ bool resize(Target& target, std::size_t size) {
 const char xoMajorOutputStreamVersion = 6;
 const char xoMinorOutputStreamVersion = 30;
 
+// The size is stored in 32 bits. A longer block is refused before anything is written.
 xoDataStream& xoDataStream::putBlock(const char* data, std::uint64_t size) {
     if (size > 0xFFFFFFFF) {
         mOk = false;

@@ -1,3 +1,4 @@
+// The functions that every device inherits.
 #include "xoSystem/xoIoDeviceBase.h"
 
 #include <algorithm>
@@ -17,6 +18,7 @@ xoIoDevice& xoIoDevice::operator<<(const std::string& text) {
     return *this;
 }
 
+// Reads and drops, which works for a device without seekg too. Stops at the first short read.
 std::uint64_t xoIoDevice::skipBytes(std::uint64_t count) {
     char dropped[4096];
     std::uint64_t skipped = 0;

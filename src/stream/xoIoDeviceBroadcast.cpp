@@ -1,3 +1,4 @@
+// A device that writes the same bytes to several others, which the caller owns.
 #include <algorithm>
 
 #include "stream/deviceMessage.h"
@@ -15,6 +16,7 @@ std::uint64_t xoIoDeviceBroadcast::readBytes(char* /*buffer*/, std::uint64_t /*s
     return 0;
 }
 
+// Stops at the first device that fails. The devices before it have the bytes, those behind it have not.
 std::uint64_t xoIoDeviceBroadcast::writeBytes(const char* buffer, std::uint64_t size) {
     for (xoIoDevice* const device : mDevices) {
         if (device->writeBytes(buffer, size) >= size && !device->hasError()) continue;
@@ -52,6 +54,7 @@ std::uint64_t xoIoDeviceBroadcast::tellg() {
     return 0;
 }
 
+// There is one position only while all devices agree. When they do not, it is 0 and an error.
 std::uint64_t xoIoDeviceBroadcast::tellp() {
     if (mDevices.empty()) return 0;
     const std::uint64_t position = mDevices.front()->tellp();

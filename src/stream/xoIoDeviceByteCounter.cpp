@@ -1,3 +1,4 @@
+// A device that counts the bytes on their way to another one, or counts them only when there is none.
 #include <algorithm>
 
 #include "stream/deviceMessage.h"
@@ -25,6 +26,7 @@ std::uint64_t xoIoDeviceByteCounter::readBytes(char* buffer, std::uint64_t size)
 }
 
 std::uint64_t xoIoDeviceByteCounter::writeBytes(const char* buffer, std::uint64_t size) {
+    // Counts what was asked for, also when the device takes less.
     mWritePosition += size;
     return mDevice ? mDevice->writeBytes(buffer, size) : size;
 }
@@ -42,6 +44,7 @@ bool xoIoDeviceByteCounter::seekg(std::int64_t /*offset*/, SeekStart /*start*/) 
 bool xoIoDeviceByteCounter::seekp(std::int64_t offset, SeekStart start) {
     updateWriteEnd();
     switch (start) {
+        // The position is set before the error is looked at, and stays set when the device refuses.
         case SeekFromBegin: mWritePosition = static_cast<std::uint64_t>(offset); break;
         case SeekFromCurrent: mWritePosition = movedNotBelowZero(mWritePosition, offset); break;
         case SeekFromEnd: mWritePosition = movedNotBelowZero(mWriteEnd, offset); break;

@@ -1,3 +1,4 @@
+// A file with one buffer, which serves either reading ahead or gathering small writes.
 #include "xoSystem/xoIoDeviceFile.h"
 
 #include <algorithm>
@@ -89,6 +90,7 @@ bool xoIoDeviceFile::Private::close() {
 
 std::uint64_t xoIoDeviceFile::Private::size() const {
     if (!file.isOpen()) return 0;
+    // Bytes that the buffer still holds count as part of the file.
     const std::uint64_t onDisk = file.size();
     if (holds != Holds::Unwritten) return onDisk;
     return file.appends() ? onDisk + filled : (std::max)(onDisk, bufferAt + filled);
@@ -161,8 +163,10 @@ std::uint64_t xoIoDeviceFile::Private::write(const char* bytes, std::uint64_t si
         hasLost = true;
         return 0;
     }
+    // The buffer may hold bytes read ahead of the same place, which the write makes out of date.
     if (!release()) return 0;
     if (size > stream::kLastPosition - writeAt) return failWrite(ERROR_INVALID_PARAMETER);
+    // A piece as large as the buffer goes to the file without a copy.
     if (size >= kCapacity) {
         if (!writeTo(writeAt, bytes, size)) return 0;
         writeAt += size;
@@ -230,6 +234,7 @@ std::uint64_t xoIoDeviceFile::Private::read(char* bytes, std::uint64_t size) {
 xoIoDeviceFile::xoIoDeviceFile() : mPrivate(new Private) {}
 
 xoIoDeviceFile::~xoIoDeviceFile() {
+    // Without close() the caller has not said that the content is whole, so that the old file stays.
     if (mPrivate->file.isReplacement()) return;  // the new file goes with its handle
     mPrivate->close();
 }
@@ -257,6 +262,7 @@ bool xoIoDeviceFile::resize(std::uint64_t bytes) {
     Private& self = *mPrivate;
     if (!self.file.isOpen() || self.hasFailed || bytes > stream::kLastPosition) return false;
     if (!self.allows(self.file.writes(), "resize on", "the file is open for reading")) return false;
+    // FILE_APPEND_DATA alone does not include the right to set the end of the file.
     if (self.file.appends() || !self.release()) return false;
     const DWORD code = self.file.resize(bytes);
     if (code != ERROR_SUCCESS && self.error == ERROR_SUCCESS) self.error = code;
@@ -315,6 +321,7 @@ bool xoIoDeviceFile::seekp(std::int64_t offset, SeekStart start) {
     if (!self.allows(self.file.writes(), "seekp on", "the file is open for reading")) return false;
     const auto target = stream::seekTarget(self.writeAt, start == SeekFromEnd ? self.size() : 0, offset, start);
     if (!target) return false;
+    // Seeking to the present position keeps gathering writes.
     if (*target == self.writeAt) return true;
     if (self.holds == Private::Holds::Unwritten && !self.release()) return false;
     self.writeAt = *target;

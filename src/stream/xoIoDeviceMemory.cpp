@@ -1,3 +1,4 @@
+// A device on memory: its own, which grows, or the caller's, which does not.
 #include "xoSystem/xoIoDeviceMemory.h"
 
 #include <algorithm>
@@ -59,6 +60,7 @@ const char* xoIoDeviceMemory::getData() const { return mData ? mData : ""; }
 
 std::string xoIoDeviceMemory::toText() const { return {getData(), static_cast<std::size_t>(mSize)}; }
 
+// Moves the bytes out of a growing device. Of a view or a caller's memory it returns a copy.
 std::vector<char> xoIoDeviceMemory::takeBytes() {
     std::vector<char> bytes;
     if (mKind == Kind::Growing) {
@@ -79,6 +81,8 @@ void xoIoDeviceMemory::clear() {
     updateRoom();
 }
 
+// Computes how far writeBytes may copy without a further check. After an error and for a view that is 0, so that the
+// quick path needs no test for them.
 void xoIoDeviceMemory::updateRoom() {
     if (mError || mKind == Kind::View) {
         mRoom = 0;
@@ -96,6 +100,7 @@ std::uint64_t xoIoDeviceMemory::readBytes(char* buffer, std::uint64_t size) {
     return size;
 }
 
+// Reads what is left, for a read that goes beyond the end.
 std::uint64_t xoIoDeviceMemory::readLess(char* buffer, std::uint64_t size) {
     if (atEnd() || !buffer) return 0;
     const std::uint64_t got = (std::min)(size, mSize - mReadAt);
@@ -134,6 +139,7 @@ bool xoIoDeviceMemory::reserve(std::uint64_t size, std::vector<char>& before) {
     if (mKind != Kind::Growing || size > mMaxBytes) return false;
     constexpr std::uint64_t kFirstCapacity = 64;
     const std::uint64_t twice = (std::min)((std::max)(2 * std::uint64_t{mBytes.size()}, kFirstCapacity), mMaxBytes);
+    // Twice the size first, so that each byte is moved a constant number of times; the exact size when memory is short.
     for (const std::uint64_t capacity : {(std::max)(size, twice), size}) {
         try {
             std::vector<char> grown(static_cast<std::size_t>(capacity));

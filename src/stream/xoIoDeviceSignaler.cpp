@@ -1,3 +1,4 @@
+// A device that calls a signal each time a number of bytes has been written.
 #include "xoSystem/xoIoDeviceSignaler.h"
 #include "stream/deviceMessage.h"
 
@@ -11,6 +12,7 @@ std::uint64_t xoIoDeviceSignaler::readBytes(char* buffer, std::uint64_t size) {
 
 std::uint64_t xoIoDeviceSignaler::writeBytes(const char* buffer, std::uint64_t size) {
     mCount += size;
+    // Before the bytes go to the device: the signal sees what was written by the calls before this one.
     if (mCount >= mThreshold && mSignal) signal();
     return mDevice ? mDevice->writeBytes(buffer, size) : size;
 }

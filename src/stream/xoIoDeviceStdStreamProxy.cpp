@@ -1,3 +1,4 @@
+// A device on the streams of the standard library, which the caller owns.
 #include <algorithm>
 #include <istream>
 #include <limits>
@@ -9,6 +10,7 @@
 namespace xo {
 namespace {
 
+// std::streamsize is signed. A size that it cannot represent becomes the largest that it can.
 std::streamsize toStreamSize(std::uint64_t size) {
     constexpr auto most = static_cast<std::uint64_t>((std::numeric_limits<std::streamsize>::max)());
     return static_cast<std::streamsize>((std::min)(size, most));
@@ -82,6 +84,8 @@ std::uint64_t xoIoDeviceStdStreamProxy::readBytes(char* buffer, std::uint64_t si
     if (readFew(*mIn, buffer, size)) return size;
     ignoringExceptions([&] { mIn->read(buffer, toStreamSize(size)); });
     const auto got = static_cast<std::uint64_t>(mIn->gcount());
+    // A stream that has failed before reads nothing and does not set the bit itself. A loop until atEnd() would not
+    // end.
     if (got == 0) ignoringExceptions([&] { mIn->setstate(std::ios_base::eofbit); });
     return got;
 }
@@ -90,9 +94,11 @@ std::uint64_t xoIoDeviceStdStreamProxy::writeBytes(const char* buffer, std::uint
     if (hasError() || !mOut || !buffer) return 0;
     if (writeFew(*mOut, buffer, size)) return size;
     ignoringExceptions([&] { mOut->write(buffer, toStreamSize(size)); });
+    // std::ostream::write does not say how many bytes were written, so that a failed write counts as none.
     return hasError() ? 0 : size;
 }
 
+// For input only bad() is an error: the end of the input sets failbit too.
 bool xoIoDeviceStdStreamProxy::hasError() const { return (mIn && mIn->bad()) || (mOut && mOut->fail()); }
 
 bool xoIoDeviceStdStreamProxy::atEnd() const { return mIn && mIn->eof(); }
@@ -109,6 +115,7 @@ bool xoIoDeviceStdStreamProxy::seekp(std::int64_t offset, SeekStart start) {
     return !hasError();
 }
 
+// The -1 of a stream that cannot tell its position becomes the largest value; a missing stream has the position 0.
 std::uint64_t xoIoDeviceStdStreamProxy::tellg() {
     std::streamoff position = mIn ? -1 : 0;
     if (mIn) ignoringExceptions([&] { position = mIn->tellg(); });

@@ -1,3 +1,4 @@
+// Lets a modifier that reads work on a stream that is written: written bytes wait here until the modifier reads them.
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -153,6 +154,7 @@ bool xoIoDeviceWriteStreamModifier::beginDelegation(xoIoDevice* device) {
 bool xoIoDeviceWriteStreamModifier::endDelegation() {
     Private& self = *mPrivate;
     if (!self.device) return !self.hasError && self.pendingCount() == 0;  // what waits is kept for the next device
+    // No more bytes will be written, so that the modifier may now take what is left in whole pieces.
     self.threshold = 0;
     self.processPending(this);
     if (!self.modifier || !self.modifier->endDelegation()) {
