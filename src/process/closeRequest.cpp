@@ -1,3 +1,4 @@
+// Asks a process to close by WM_CLOSE: https://learn.microsoft.com/windows/win32/winmsg/wm-close
 #include "process/closeRequest.h"
 
 #include "platform/handle.h"

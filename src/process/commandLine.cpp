@@ -1,3 +1,4 @@
+// Arguments to a command line, for programs, batch files and the command interpreter, and back.
 #include "process/commandLine.h"
 
 #include <algorithm>
@@ -91,8 +92,10 @@ bool isVariable(const std::wstring& name, const Arguments& environment) {
     const auto isName = [&](std::wstring_view other) { return platform::equalsIgnoringCase(name, other); };
     if (name.rfind(L'=', 0) == 0 || std::any_of(std::begin(kBuiltInVariables), std::end(kBuiltInVariables), isName))
         return true;
+    // An empty list means that the child inherits the environment of this process.
     if (environment.empty()) return ::GetEnvironmentVariableW(name.c_str(), /*lpBuffer=*/nullptr, /*nSize=*/0) != 0;
     return std::any_of(environment.begin(), environment.end(), [&](const std::string& entry) {
+        // From 1 on, because entries such as "=C:=C:\folder" have names that begin with "=".
         return isName(platform::toWide(std::string_view(entry).substr(0, entry.find('=', 1))));
     });
 }
@@ -159,6 +162,7 @@ Command interpreterCommand(const std::wstring& interpreter, const Arguments& arg
 
 bool isPlainText(std::string_view text) { return text.find('\0') == std::string_view::npos && text::isUtf8(text); }
 
+// Windows ignores dots and blanks at the end of a file name, so that "a.bat. " runs a.bat.
 bool isBatchFile(std::wstring_view path) {
     const std::wstring_view name = path.substr(0, path.find_last_not_of(L". ") + 1);
     return endsWith(name, L".bat") || endsWith(name, L".cmd");
@@ -168,6 +172,7 @@ Command makeCommand(const std::string& program, const Arguments& arguments, cons
     if (!isPlainText(program) || !std::all_of(arguments.begin(), arguments.end(), isPlainText))
         return refused(ERROR_INVALID_PARAMETER);
     if (program.empty()) return refused(ERROR_FILE_NOT_FOUND);
+    // No file name contains a quote, and one would end the first word of the line early.
     if (program.find('"') != std::string::npos) return refused(ERROR_INVALID_NAME);
 
     const std::wstring path = platform::toWide(program);

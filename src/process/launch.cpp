@@ -1,3 +1,4 @@
+// Starts a child: finds its program, prepares what CreateProcessW takes, and passes on only the listed handles.
 #include "process/launch.h"
 
 #include <utility>
@@ -15,6 +16,7 @@ namespace {
 
 bool isFile(const std::string& path) { return xoDirUtils::FileExistsUtf8(path) && !xoDirUtils::DirExistsUtf8(path); }
 
+// The absolute path if that is wanted, with ".exe" when there is no file without it.
 std::string findProgram(const Launch& wanted) {
     if (!wanted.makeAbsolute || wanted.program.empty()) return wanted.program;
     const std::string path = xoDirUtils::GetAbsolutePathUtf8(wanted.program);
@@ -98,6 +100,7 @@ BOOL createWithHandles(Prepared& prepared, DWORD flags, StandardHandles& handles
     const BOOL isCreated =
         startup.lpAttributeList && attributes.makeInheritable() &&
         createProcess(prepared, flags | EXTENDED_STARTUPINFO_PRESENT, startup, /*inherits=*/TRUE, created);
+    // Read before the handles are closed, which may set another code, and set again for the caller.
     const DWORD error = isCreated ? ERROR_SUCCESS : ::GetLastError();
     for (platform::FileHandle* handle : {&handles.input, &handles.output, &handles.error}) handle->reset();
     ::SetLastError(error);
@@ -126,6 +129,8 @@ Child failed(DWORD error) {
 
 Child create(Prepared& prepared, const Launch& wanted, StandardHandles handles) {
     const bool isLoose = wanted.tree != xoProcess::ProcessTreeOwned && wanted.tree != xoProcess::ProcessTreeTied;
+    // A child with a job starts suspended, so that it cannot start children of its own before it is in the job. A child
+    // that gets a console handle of this process needs the console too.
     const DWORD flags = prepared.priority | CREATE_UNICODE_ENVIRONMENT | (handles.hasConsole ? 0 : CREATE_NO_WINDOW) |
                         (isLoose ? 0 : CREATE_SUSPENDED);
     PROCESS_INFORMATION created{};
@@ -144,6 +149,7 @@ Child create(Prepared& prepared, const Launch& wanted, StandardHandles handles) 
     child.job = makeJob(child.process.get(), wanted.tree);
     if (child.job && ::ResumeThread(mainThread.get()) != static_cast<DWORD>(-1)) return child;
     const DWORD error = ::GetLastError();
+    // It is still suspended, and nothing would resume it.
     ::TerminateProcess(child.process.get(), static_cast<UINT>(-1));
     xoLogObject(xoLogDebug) << "Process not started, error " << error << " : " << wanted.program;
     return failed(error);

@@ -1,3 +1,4 @@
+// Cuts the output of a child into lines, and lines that are too long into pieces.
 #include "process/lineSplitter.h"
 
 #include <algorithm>
@@ -25,11 +26,14 @@ void LineSplitter::take(const char*& at, const char* end) {
     }
 }
 
+// The output may end without a line end.
 void LineSplitter::finish() {
     while (mLine.size() > kLongestLine) deliverPiece();
     if (!mLine.empty()) deliver();
 }
 
+// The line leaves the splitter before the handler is called, so that an exception of the handler does not deliver it
+// twice. Both strings keep their memory for the next lines.
 void LineSplitter::deliver() {
     mGiven.swap(mLine);
     mLine.clear();

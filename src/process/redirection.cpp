@@ -1,3 +1,5 @@
+// Opens the standard handles of a child:
+// https://learn.microsoft.com/windows/win32/procthread/creating-a-child-process-with-redirected-input-and-output
 #include "process/redirection.h"
 
 #include <utility>
@@ -45,6 +47,7 @@ DWORD openPipe(bool isReadByUs, const Slot& slot) {
 }
 
 // A process without a console, or whose handle was closed, has none to give.
+// A copy, because the handles for the child are closed after the start, and those of this process must stay open.
 DWORD copyOwn(const Slot& slot, bool& hasConsole) {
     const HANDLE own = ::GetStdHandle(slot.standardHandle);
     if (!own || own == INVALID_HANDLE_VALUE) return ERROR_SUCCESS;
@@ -102,6 +105,7 @@ DWORD openOutput(const OutputChoice& choice, const Slot& slot, bool& hasConsole)
 
 }  // namespace
 
+// Stops at the first error. What is open by then is closed with the handles.
 DWORD openStandardHandles(const Redirection& wanted, StandardHandles& handles) {
     DWORD error = ERROR_SUCCESS;
     if (wanted.input)
