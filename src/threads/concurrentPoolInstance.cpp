@@ -1,3 +1,4 @@
+// The process-wide pool.
 #include "threads/concurrentPoolInstance.h"
 
 #include <system_error>
@@ -18,6 +19,7 @@ void createConcurrentPool(unsigned workerCount) {
         try {
             instance = new ConcurrentPool(workerCount);
         } catch (const std::exception&) {  // no threads, or no memory, for so many
+            // Half as many workers may still be possible. Without any the initialisation fails.
             if (workerCount <= 1) throw;
             workerCount /= 2;
         }

@@ -1,3 +1,4 @@
+// The names of the enumerators of the thread classes, for xoEnumHelper.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoLegacyThread.h"
 

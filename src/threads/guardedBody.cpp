@@ -1,3 +1,4 @@
+// Runs thread bodies under the guard and releases their locks when they fail.
 #include "threads/guardedBody.h"
 
 #include <exception>
@@ -18,6 +19,7 @@ const bool isThreadStorageSetUp = [] {
     return true;
 }();
 
+// A critical section counts how often its owner has entered it, and must be left as often.
 void releaseWholly(const xoMutex& lock) {
     CRITICAL_SECTION& section = impl::MutexAccess::sectionOf(lock);
     while (impl::MutexAccess::isOwnedByCaller(section)) ::LeaveCriticalSection(&section);

@@ -1,3 +1,4 @@
+// Names threads by an exception for debuggers, and by a description for Windows 10 and later.
 #include "threads/threadName.h"
 
 #include <cstring>
@@ -40,6 +41,7 @@ void raiseNameException(void* name) {
 
 std::string readableName(const std::type_info& type) {
     std::string name = platform::demangled(type.name());
+    // The prefix of the names that Microsoft's compiler returns.
     constexpr std::string_view kClass = "class ";
     if (name.compare(0, kClass.size(), kClass) == 0) name.erase(0, kClass.size());
     return name;

@@ -1,3 +1,4 @@
+// The workers of a pool; each serves one task at a time under the lock of the pool.
 #include "xoSystem/xoConcurrentPool.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 
 namespace xo {
 
+// No destructor runs for a constructor that throws, so that the workers already started are ended here.
 ConcurrentPool::ConcurrentPool(unsigned int workerCount) : mWorkerCount((std::max)(workerCount, 1u)) {
     try {
         start();
@@ -26,6 +28,7 @@ void ConcurrentPool::start() {
     }
 }
 
+// The workers are destroyed without the lock, because a worker needs it to see the request and end.
 void ConcurrentPool::stop() {
     {
         const xoMutexLocker locker(mMutex);

@@ -1,3 +1,4 @@
+// Threads that the copies of an object share, and that can be suspended and killed.
 #include "xoSystem/xoLegacyThread.h"
 
 #include <process.h>

@@ -1,3 +1,4 @@
+// Threads as objects: started, named, joined.
 #include "xoSystem/xoThread.h"
 
 #include <process.h>
@@ -41,6 +42,7 @@ void xoThread::Private::create(xoThread* object) {
 }
 
 void xoThread::Private::join() {
+    // A thread that waits for itself would never wake.
     if (id == ::GetCurrentThreadId())
         throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
     if (::WaitForSingleObject(thread.get(), INFINITE) != WAIT_OBJECT_0)
@@ -106,16 +108,19 @@ std::string xoThread::getThreadId() const {
 
 std::string xoThread::CurrentThreadId() { return std::to_string(::GetCurrentThreadId()); }
 
+// unsigned long has 32 bits on Windows: the product wraps around from 49.7 days on.
 void xoThread::sleep(unsigned long seconds) { ::Sleep(seconds * 1000); }
 
 void xoThread::msleep(unsigned long milliseconds) { ::Sleep(milliseconds); }
 
+// Windows sleeps whole milliseconds. Less than one becomes 0, which only yields.
 void xoThread::usleep(unsigned long microseconds) { ::Sleep(microseconds / 1000); }
 
 void xoThread::Run(xoThread* thread) {
     threads::nameCurrentThread(thread->mPrivate->name);
     fault::watchSignalsOfThread();
     threads::runReporting(&RunImpl, thread, /*locks=*/{});
+    // The last access to the object. A thread that sees false in isRunning() also sees all that run() has written.
     thread->mPrivate->isRunning.store(false, std::memory_order_release);
 }
 

@@ -1,3 +1,4 @@
+// Calls a list of functions again and again in a thread of its own.
 #include <algorithm>
 #include <climits>
 #include <cstddef>
@@ -15,6 +16,7 @@ namespace {
 
 constexpr unsigned int kInfinite = 0xFFFFFFFF;
 
+// The longest period stays below the value that means to wait without a limit.
 unsigned int toMilliseconds(unsigned int seconds) {
     constexpr unsigned int kLongest = (kInfinite - 1) / 1000;
     return (std::clamp)(seconds, 1u, kLongest) * 1000;
@@ -66,6 +68,7 @@ void xoThreadPeriodicalUpdater::removeCallback(void (*function)(void*), void* da
     auto& callbacks = mPrivate->callbacks;
     const auto callback = std::find(callbacks.begin(), callbacks.end(), Callback(function, data));
     if (callback == callbacks.end()) return;
+    // A callback may remove itself or others during a round. The index moves with the list, so that none is skipped.
     if (static_cast<std::size_t>(callback - callbacks.begin()) < mPrivate->next) --mPrivate->next;
     callbacks.erase(callback);
 }

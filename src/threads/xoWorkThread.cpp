@@ -1,3 +1,4 @@
+// A thread that executes a queue of jobs, one after the other.
 #include "xoSystem/xoWorkThread.h"
 
 #include <atomic>
@@ -40,6 +41,7 @@ void xoWorkThread::unlock() XO_NO_THREAD_SAFETY_ANALYSIS { mPrivate->queueMutex.
 void xoWorkThread::beginWake() XO_NO_THREAD_SAFETY_ANALYSIS { mPrivate->queueMutex.lock(); }
 
 void xoWorkThread::endWake() XO_NO_THREAD_SAFETY_ANALYSIS {
+    // Waits for the job in progress to end.
     mPrivate->jobMutex.lock();
     mPrivate->jobMutex.unlock();
     setIdle(false);
