@@ -1,3 +1,4 @@
+// The two implementations of wait conditions: by condition variables of Windows, and by events where there are none.
 #include "concurrency/waitConditionPrivate.h"
 
 #include <utility>
