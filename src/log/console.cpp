@@ -1,3 +1,4 @@
+// Lines on the console, and a status line below them.
 #include "log/console.h"
 
 #include <io.h>
@@ -49,6 +50,7 @@ void writeWide(HANDLE console, const std::wstring& text) {
     constexpr std::size_t kMostPerCall = 8192;  // older consoles refuse more than 64 KB
     for (std::size_t at = 0; at < text.size();) {
         std::size_t count = (std::min)(kMostPerCall, text.size() - at);
+        // A surrogate pair must not be divided between two calls.
         if (at + count < text.size() && IS_HIGH_SURROGATE(text[at + count - 1])) --count;
         DWORD written = 0;
         if (!::WriteConsoleW(console, text.data() + at, static_cast<DWORD>(count), &written, nullptr)) return;

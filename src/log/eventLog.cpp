@@ -1,3 +1,4 @@
+// Lines of the log as events of Windows.
 #include "log/eventLog.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@ namespace {
 constexpr std::size_t kMaxTextBytes = 16384;
 constexpr DWORD kEventId = 1;
 
+// An event source is closed by a function of its own, not by CloseHandle.
 struct EventSourcePolicy {
     using Type = HANDLE;
     static Type none() noexcept { return nullptr; }

@@ -1,3 +1,4 @@
+// The beginning of a line: type, qualifier and local time.
 #include "log/linePrefix.h"
 
 #include <algorithm>
@@ -28,6 +29,7 @@ std::int64_t currentSecond() {
 }
 
 std::string_view LocalTimeText::of(std::int64_t second) {
+    // A time is converted once in a second rather than for each line.
     if (second == mSecond) return {mText, mLength};
 
     // The C runtime converts times from 1970 to 3000, UTC.

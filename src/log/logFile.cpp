@@ -1,3 +1,4 @@
+// The file of a log: opened for each line or kept open, limited in size, with numbered backups.
 #include "log/logFile.h"
 
 #include <algorithm>
@@ -117,6 +118,7 @@ bool LogFile::prepare(int flags) {
     return !mKeepsOpen || mKept;
 }
 
+// The line is extended in place, and has its old length again afterwards, so that nothing is copied.
 void LogFile::writeLine(std::string& line, std::int64_t second, Access& access) {
     const std::size_t length = line.size();
     line += "\r\n";

@@ -1,3 +1,4 @@
+// One line of the log as a stream of pieces.
 #include <algorithm>
 #include <atomic>
 #include <charconv>
