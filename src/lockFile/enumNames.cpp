@@ -1,3 +1,4 @@
+// The names of the enumerators of the lock file, for xoEnumHelper.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoLockFile.h"
 

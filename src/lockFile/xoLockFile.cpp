@@ -1,3 +1,4 @@
+// Locks by the sharing mode of an open file, which Windows releases when the process ends.
 #include "xoSystem/xoLockFile.h"
 
 #include <utility>
@@ -9,6 +10,8 @@
 namespace xo {
 namespace {
 
+// An exclusive lock shares nothing, so that each further open fails. A shared one lets only those open the file that
+// share it too.
 platform::FileHandle open(const std::wstring& path, xoLockFile::LockType type, DWORD creation) {
     const DWORD share = type == xoLockFile::LockTypeShared ? FILE_SHARE_READ | FILE_SHARE_WRITE : 0;
     return platform::openFile(path, GENERIC_READ | GENERIC_WRITE, share, creation);
@@ -49,6 +52,7 @@ bool xoLockFile::takeLockUtf8(const std::string& path, bool* alreadyExisted, Loc
     releaseLock(/*removeFile=*/true);
 
     const std::wstring apiPath = platform::toApiPath(path);
+    // CREATE_NEW fails with ERROR_FILE_EXISTS when the file is there, also while it is locked.
     platform::FileHandle file = open(apiPath, type, CREATE_NEW);
     if (!file) {
         const DWORD error = ::GetLastError();
@@ -66,6 +70,7 @@ bool xoLockFile::releaseLock(bool removeFile) {
     const bool wasLocked = isLocked();
     if (wasLocked) {
         mLock->file.reset();
+        // Fails while another lock on the file is held, because no lock shares deletion.
         if (removeFile) xoDirUtils::RemoveFileUtf8(mLock->path);
     }
     mLock.reset();
