@@ -1,3 +1,4 @@
+// The names of the flags of globbing, for xoEnumHelper.
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoEnumHelper.h"
 

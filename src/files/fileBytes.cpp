@@ -1,3 +1,4 @@
+// Reads a whole file, pipe or device into memory.
 #include "files/fileBytes.h"
 #include "platform/openFile.h"
 
@@ -51,6 +52,7 @@ FileBytes::State FileBytes::fill(const platform::FileHandle& file) {
         const auto wanted = static_cast<DWORD>((std::min)(mCapacity - mSize, kMaxTransfer));
         if (!::ReadFile(file.get(), mBytes.get() + mSize, wanted, &got, /*lpOverlapped=*/nullptr)) {
             const DWORD error = ::GetLastError();
+            // A pipe ends with ERROR_BROKEN_PIPE once its writer has closed it.
             return error == ERROR_HANDLE_EOF || error == ERROR_BROKEN_PIPE ? Complete : Unreadable;
         }
         mSize += got;

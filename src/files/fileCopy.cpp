@@ -1,3 +1,4 @@
+// Copies of files: whole by the system, or content, times and links by open handles.
 #include "files/fileCopy.h"
 
 #include <winioctl.h>
@@ -59,6 +60,7 @@ void copyTimes(HANDLE from, HANDLE to, bool withAttributes) {
     if (!::GetFileInformationByHandleEx(from, FileBasicInfo, &info, sizeof info)) return;
     info.ChangeTime.QuadPart = 0;  // 0 leaves a field as it is
     const DWORD attributes = info.FileAttributes & kSettable;
+    // 0 would keep the attributes, so that none at all is written as FILE_ATTRIBUTE_NORMAL.
     info.FileAttributes = !withAttributes ? 0 : attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
     ::SetFileInformationByHandle(to, FileBasicInfo, &info, sizeof info);
 }

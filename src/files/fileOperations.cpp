@@ -31,6 +31,8 @@ std::uint64_t sizeOf(const wchar_t* path) {
 }  // namespace
 
 bool xoDirUtils::RenameFileUtf8(const std::string& from, const std::string& to, std::string* error) {
+    // Between volumes Windows copies the file and deletes the old one. A folder is renamed within its volume only.
+    // https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-movefileexw
     constexpr DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED;
     const std::wstring source = toApiPath(from);
     const std::wstring target = toApiPath(to);

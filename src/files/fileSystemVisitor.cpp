@@ -20,6 +20,7 @@ void appendName(std::string& path, std::string_view name) {
 }
 
 // The ends of file names that a walk accepts.
+// Case counts. A list of nothing but empty extensions accepts no file.
 class NameFilter {
 public:
     explicit NameFilter(const std::vector<std::string>* extensions)
@@ -116,6 +117,7 @@ bool xoDirUtils::FileSystemVisitor::visit(const std::string& folder, bool recurs
                                           const std::vector<std::string>* extensions, xoProgressNotifier* progress) {
     if (progress && progress->isCanceled()) return false;
     Visit visit(*this, folder, recursive, extensions, progress);
+    // An empty path stands for the root of the current drive.
     const std::wstring top = files::searchedFolder(folder.empty() ? "/" : folder);
     return files::FolderWalk(visit, top, /*keepsFolderOpen=*/false).run();
 }

@@ -1,3 +1,4 @@
+// Writes whole files.
 #include "files/fileWriting.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ platform::FileHandle openForWriting(const std::string& path) {
 DWORD errorOf(BOOL isDone) {
     if (isDone) return ERROR_SUCCESS;
     const DWORD error = ::GetLastError();
+    // A failed call that has set no code is an error nevertheless.
     return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 

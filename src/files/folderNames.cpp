@@ -1,3 +1,4 @@
+// The entries of folders, packed one behind the other: kind, length of the name, name and, if wanted, size.
 #include "files/folderNames.h"
 
 #include <cstring>
@@ -27,6 +28,7 @@ wchar_t kindOf(const FILE_FULL_DIR_INFO& info) {
 
 constexpr std::size_t kSizeUnits = sizeof(std::uint64_t) / sizeof(wchar_t);
 
+// The size is not aligned in the text, so that it is copied in and out as bytes.
 void appendSize(std::wstring& entries, const FILE_FULL_DIR_INFO& info) {
     const bool isFolder = (info.FileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     const std::uint64_t size = isFolder ? 0 : static_cast<std::uint64_t>(info.EndOfFile.QuadPart);
@@ -46,6 +48,7 @@ FolderNames::Reading FolderNames::read(HANDLE folder) {
     return {/*isBegun=*/true, error == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : error};
 }
 
+// Takes the entries of one answer of the system. Each call continues where the last one ended.
 DWORD FolderNames::readSome(HANDLE folder) {
     if (!::GetFileInformationByHandleEx(folder, FileFullDirectoryInfo, mBuffer.get(), kBufferBytes))
         return ::GetLastError();

@@ -1,3 +1,4 @@
+// Walks a folder and what is below it, without recursion, so that deep trees need no stack.
 #include "files/folderWalk.h"
 
 #include <algorithm>
@@ -66,6 +67,7 @@ bool FolderWalk::enterListed() {
 }
 
 bool FolderWalk::leave() {
+    // First, because the task may delete the folder, and an open handle could delay that.
     mPath.release();
     if (!mTask.onLeave(*this)) return false;
     mNames.cut(mLevels.back().names);

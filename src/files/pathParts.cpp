@@ -1,3 +1,4 @@
+// The parts of paths: roots, prefixes and separators at the end.
 #include "files/pathParts.h"
 
 #include "platform/ordinalText.h"
@@ -31,6 +32,7 @@ std::size_t pastSeparators(std::wstring_view path, std::size_t at) {
 
 }  // namespace
 
+// Formats of paths: https://learn.microsoft.com/dotnet/standard/io/file-path-formats
 std::size_t rootLength(std::wstring_view path) {
     std::size_t at = 0;
     int names = 0;  // that belong to the root

@@ -1,3 +1,4 @@
+// Opens and creates files below a folder by calls of the kernel, which take a path relative to an open folder.
 #include "files/walkedPath.h"
 
 #include <algorithm>
@@ -26,6 +27,8 @@ Opened openBy(Open open, HANDLE folder, std::wstring_view path, const OpenMode& 
     UNICODE_STRING name{static_cast<USHORT>(bytes), static_cast<USHORT>(bytes), const_cast<wchar_t*>(path.data())};
     OBJECT_ATTRIBUTES attributes;
     InitializeObjectAttributes(&attributes, &name, OBJ_CASE_INSENSITIVE, folder, /*SecurityDescriptor=*/nullptr);
+    // Synchronous, so that each call on the handle waits for its end; that needs the right SYNCHRONIZE:
+    // https://learn.microsoft.com/windows/win32/api/winternl/nf-winternl-ntcreatefile
     const ULONG options = mode.kind | FILE_SYNCHRONOUS_IO_NONALERT | FILE_OPEN_FOR_BACKUP_INTENT |
                           (mode.followsLink ? 0 : FILE_OPEN_REPARSE_POINT);
     platform::KernelHandle opened;
