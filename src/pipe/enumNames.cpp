@@ -1,3 +1,4 @@
+// The names of the enumerators of the pipe classes, for xoEnumHelper.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoNamedPipe.h"
 

@@ -1,3 +1,4 @@
+// Names of pipes: https://learn.microsoft.com/windows/win32/ipc/pipe-names
 #include "pipe/pipeName.h"
 
 #include "platform/uuid.h"

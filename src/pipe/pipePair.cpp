@@ -1,3 +1,5 @@
+// A pipe between this process and a child. Anonymous pipes do not support overlapped operations:
+// https://learn.microsoft.com/windows/win32/ipc/anonymous-pipe-operations
 #include "pipe/pipePair.h"
 
 #include "pipe/pipeName.h"

@@ -1,3 +1,4 @@
+// The process and user at the other end of a pipe.
 #include "pipe/pipePeer.h"
 
 #include <exception>
@@ -47,6 +48,7 @@ KernelHandle tokenOf(DWORD processId) {
 
 }  // namespace
 
+// The token by which the client connected comes first; that of its process is a substitute for it.
 Peer findClient(HANDLE pipe) {
     Peer peer;
     ::GetNamedPipeClientProcessId(pipe, &peer.processId);

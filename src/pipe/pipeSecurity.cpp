@@ -1,3 +1,5 @@
+// Who may use a pipe and who owns it. Descriptors are written in SDDL:
+// https://learn.microsoft.com/windows/win32/secauthz/security-descriptor-string-format
 #include "pipe/pipeSecurity.h"
 
 #include <iterator>
@@ -56,6 +58,7 @@ Ownership ownership(HANDLE pipe) {
 
 }  // namespace
 
+// "P" keeps inherited entries out. Empty when the user cannot be found, so that no pipe is made without a descriptor.
 std::string sameUserDescriptor() {
     const std::string user = userOf(processToken().get());
     return user.empty() ? user : "O:" + user + "D:P(A;;GA;;;" + user + ")";
@@ -65,6 +68,7 @@ std::string sameUserDescriptor() {
 // instances (FILE_CREATE_PIPE_INSTANCE), with which they could take clients away from the server.
 std::string localUsersDescriptor() {
     const std::string user = userOf(processToken().get());
+    // 0x0012019B is FILE_GENERIC_READ | FILE_GENERIC_WRITE without 0x4, which is FILE_CREATE_PIPE_INSTANCE for a pipe.
     return user.empty() ? user : "O:" + user + "D:P(D;;GA;;;NU)(A;;GA;;;" + user + ")(A;;0x0012019B;;;IU)";
 }
 

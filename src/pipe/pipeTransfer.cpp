@@ -1,3 +1,4 @@
+// Overlapped reads and writes that end by their time limit or a cancellation.
 #include "pipe/pipeTransfer.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Reading and writing of a connected pipe: bytes through two buffers, and messages with their length in front.
 #include "xoSystem/xoNamedPipe.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ namespace {
 constexpr std::size_t kHeadBytes = 4;               // the length of a message
 constexpr std::size_t kFirstBodyBytes = 64 * 1024;  // of memory for a message, whatever length it announces
 
+// Little-endian on every machine.
 void writeHead(unsigned char (&head)[kHeadBytes], std::uint32_t length) {
     for (std::size_t i = 0; i != kHeadBytes; ++i) head[i] = static_cast<unsigned char>(length >> 8 * i);
 }
@@ -129,6 +131,7 @@ std::uint64_t xoNamedPipe::readBytes(char* buffer, std::uint64_t size) {
     return self.read(buffer, size, /*atLeast=*/size, pipe::Deadline(self.readLimitMs));
 }
 
+// Keeps what has arrived, so that the next call continues after a time limit.
 bool xoNamedPipe::Private::readHead(const pipe::Deadline& deadline) {
     const std::size_t missing = kHeadBytes - incoming.headBytes;
     if (missing == 0) return true;
@@ -176,6 +179,7 @@ bool xoNamedPipe::atEnd() const {
     if (!self.handle || !self.canRead) return true;
     if (self.readAt != self.readEnd) return false;
     DWORD available = 0;
+    // Fails once the peer has closed its end and nothing is left to read.
     return !::PeekNamedPipe(self.handle.get(), /*lpBuffer=*/nullptr, /*nBufferSize=*/0, /*lpBytesRead=*/nullptr,
                             &available, /*lpBytesLeftThisMessage=*/nullptr);
 }
@@ -208,6 +212,7 @@ bool xoNamedPipe::Private::canBeginWriting() {
 bool xoNamedPipe::Private::transmit(const char* bytes, std::uint64_t size, const pipe::Deadline& deadline) {
     std::uint64_t written = 0;
     const Result result = writeLane.write(handle.get(), bytes, size, deadline, cancellation, written);
+    // A part may have been sent, and nothing that follows would be in its place. So the error stays.
     if (result != ResultOk) return failWriting(result);
     writeResult = ResultOk;
     return true;

@@ -1,3 +1,4 @@
+// Connecting to a server, closing, and asking who the peer is.
 #include <algorithm>
 #include <utility>
 
@@ -79,6 +80,7 @@ void xoNamedPipe::Private::attach(platform::FileHandle connected, End newEnd, st
         writeBuffer.reset();
         bufferBytes = newBufferBytes;
     }
+    // Their events may be missing when memory or handles are short.
     const bool isUsable = readLane.isUsable() && writeLane.isUsable() && cancellation.event();
     if (isUsable) handle = std::move(connected);
     end = newEnd;
@@ -117,6 +119,7 @@ xoNamedPipe::Result xoNamedPipe::Private::connect(const std::wstring& name, cons
         const DWORD remainingMs = deadline.remainingMs();
         const bool mayPass = result == ResultBusy || (result == ResultNotFound && mode != ConnectIfServing);
         if (!mayPass || remainingMs == 0) return result;
+        // An instance is free now. Another client may take it first, so that the pipe is opened again at once.
         if (result == ResultBusy && ::WaitNamedPipeW(name.c_str(), (std::min)(remainingMs, kLongestBusyWaitMs)))
             continue;
         ::WaitForSingleObject(cancellation.event(), (std::min)(remainingMs, pauseMs));

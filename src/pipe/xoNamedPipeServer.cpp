@@ -1,3 +1,4 @@
+// A server keeps several instances of its pipe waiting, so that clients that come together need not retry.
 #include <algorithm>
 #include <atomic>
 #include <deque>
