@@ -1,3 +1,4 @@
+// Mutexes: a critical section, a kernel mutex, and a named kernel mutex for several processes.
 #include "xoSystem/xoMutex.h"
 
 #include <string>
@@ -16,6 +17,7 @@ platform::KernelHandle openSystemMutex(const char* name) {
     std::string kernelName = name ? name : platform::createUuid();
     for (char& c : kernelName)
         if (c == '\\') c = '/';  // what stands before a backslash would be a kernel namespace
+    // For the processes of all sessions: https://learn.microsoft.com/windows/win32/termserv/kernel-object-namespaces
     kernelName.insert(0, "Global\\");
     const std::wstring wideName = platform::toWide(kernelName);
     platform::KernelHandle mutex(

@@ -1,3 +1,4 @@
+// Wait conditions on the best implementation that the system has.
 #include "xoSystem/xoWaitCondition.h"
 
 #include <atomic>
