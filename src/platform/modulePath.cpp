@@ -1,3 +1,4 @@
+// The path of a loaded module.
 #include "platform/modulePath.h"
 
 namespace xo::platform {

@@ -1,3 +1,4 @@
+// Calls a function on a fiber, whose stack can be as large as the caller needs.
 #include "platform/ownStack.h"
 
 #include <cstdint>
@@ -9,6 +10,7 @@
 namespace xo::platform {
 namespace {
 
+// Committed at the start. The rest of the stack is reserved and committed when it is touched.
 constexpr std::size_t kCommit = std::size_t{64} * 1024;
 
 struct FiberPolicy {
@@ -85,6 +87,7 @@ bool callOnOwnStack(std::size_t size, void (*function)(void*), void* argument) {
     Call call(function, argument);
     if (!callOnFiber(size, call)) return false;
     const EXCEPTION_RECORD& fault = call.fault;
+    // Raised again here, so that the handlers of the calling stack see it as if the call had been made on it.
     if (fault.ExceptionCode != 0)
         ::RaiseException(fault.ExceptionCode, EXCEPTION_NONCONTINUABLE, fault.NumberParameters,
                          fault.ExceptionInformation);

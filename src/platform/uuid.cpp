@@ -1,3 +1,4 @@
+// Random UUIDs as text: https://www.rfc-editor.org/rfc/rfc9562
 #include "platform/uuid.h"
 
 #include <atomic>

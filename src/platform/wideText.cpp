@@ -1,3 +1,4 @@
+// UTF-8, UTF-16 and the code page of the system; paths as the functions of Windows take them.
 #include "platform/wideText.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@ constexpr std::size_t kShortPathLimit = MAX_PATH - 12;
 
 bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)()); }
 
+// Invalid sequences of UTF-8 become U+FFFD. A text too long for the call becomes an empty one.
 std::wstring widen(UINT codePage, std::string_view text) {
     std::wstring wide;
     if (text.empty() || !fitsInt(text.size())) return wide;
@@ -60,6 +62,7 @@ std::wstring toWide(std::string_view utf8) { return widen(CP_UTF8, utf8); }
 
 std::string toUtf8(std::wstring_view wide) { return narrow(CP_UTF8, wide); }
 
+// Most names are ASCII: their beginning is copied without a call, and the rest is converted in one.
 void appendUtf8(std::string& text, std::wstring_view wide) {
     constexpr std::size_t kMostBytesPerUnit = 3;
     if (!fitsInt(wide.size() * kMostBytesPerUnit)) return;
@@ -94,6 +97,7 @@ std::string fromNative(std::string_view native) { return toUtf8(widen(CP_ACP, na
 
 std::wstring toApiPath(std::string_view utf8Path) { return toApiPath(toWide(utf8Path)); }
 
+// Short paths stay as they are, because the prefix turns off the handling of "/", "." and "..".
 std::wstring toApiPath(std::wstring path) {
     if (hasNul(path)) return {};
     if (path.empty() || absoluteLength(path) < kShortPathLimit) return path;

@@ -1,3 +1,4 @@
+// Error codes of Windows and their messages.
 #include "xoSystem/xoSystemError.h"
 
 #include "platform/handle.h"
