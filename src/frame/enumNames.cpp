@@ -1,3 +1,4 @@
+// The names of the levels of initialisation, for xoEnumHelper.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoInit.h"
 

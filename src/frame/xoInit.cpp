@@ -1,3 +1,4 @@
+// Initialisation and termination of the library, in two levels that are counted.
 #include "xoSystem/xoInit.h"
 
 #include <atomic>
@@ -51,12 +52,14 @@ void initializeXoSystem(InitType type, bool queryMainDisk) {
 }
 
 void terminateXoSystem() {
+    // Only the last termination acts: several libraries of one program may initialise this one.
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
     if (IsXoSystemThreadSafe()) {
         threads::destroyConcurrentPool();
         fault::removeSignalWatch();
     }
+    // The log goes last but for the level: what is terminated before it may still write lines.
     frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
     xoSystemUtils::TerminateSystemUtils();

@@ -1,3 +1,4 @@
+// Resources that are compiled into programs, by name. Their bytes belong to whoever registered them.
 #include "xoSystem/xoResource.h"
 
 #include <map>
@@ -68,6 +69,7 @@ void frame::destroyResourceRegistry() {
     registry = nullptr;
 }
 
+// Of two resources of one name the first one stays.
 void rc::impl::RegisterResources(std::size_t count, const char* blob, const char* const* names,
                                  const std::size_t* sizes, const std::size_t* offsets) {
     if (!blob || !names || !sizes || !offsets) return;

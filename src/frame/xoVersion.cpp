@@ -1,3 +1,4 @@
+// Versions of this library and of those that programs register.
 #include "xoSystem/xoVersion.h"
 
 #include "frame/buildVersion.h"
