@@ -59,7 +59,7 @@ void terminateXoSystem() {
         threads::destroyConcurrentPool();
         fault::removeSignalWatch();
     }
-    // The log goes last but for the level: what is terminated before it may still write lines.
+    // The log is destroyed last, because what is terminated before it may still write lines.
     frame::destroyResourceRegistry();
     xoStringUtils::TerminateStringUtils();
     xoSystemUtils::TerminateSystemUtils();

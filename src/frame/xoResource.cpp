@@ -1,4 +1,4 @@
-// Resources that are compiled into programs, by name. Their bytes belong to whoever registered them.
+// Resources that are compiled into programs, by name. Their bytes belong to the code that registers them.
 #include "xoSystem/xoResource.h"
 
 #include <map>
