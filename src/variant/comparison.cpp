@@ -1,3 +1,4 @@
+// Equality and order of variants, lists and maps, on a stack of constant size whatever the depth of the trees.
 #include <cstring>
 #include <tuple>
 
@@ -20,6 +21,8 @@ int orderOfStrings(const std::vector<std::string>& a, const std::vector<std::str
     return order(a.size(), b.size());
 }
 
+// The bytes are compared, not the values: a NaN is equal to itself, so that the order stays strict and weak, and -0.0
+// differs from 0.0. The order is reproducible but not the numeric one.
 int orderOfBytes(const double* a, const double* b, std::size_t count) {
     return std::memcmp(a, b, count * sizeof(double));
 }
@@ -39,6 +42,7 @@ int orderOfNumbers(const xoVariant& a, const xoVariant& b) {
 // return any other number for a difference, OrderRule returns its sign.
 
 struct EqualityRule {
+    // Containers of different sizes are unequal, which is known without a look at their elements.
     static bool mayMatch(std::size_t a, std::size_t b) { return a == b; }
     static int keys(const xoVariant&, const xoVariant&) { return 0; }
     static int keys(const Map::value_type& a, const Map::value_type& b) {
@@ -64,6 +68,7 @@ struct EqualityRule {
 };
 
 struct OrderRule {
+    // The order needs the first difference, so the sizes decide nothing in advance.
     static bool mayMatch(std::size_t, std::size_t) { return true; }
     static int keys(const xoVariant&, const xoVariant&) { return 0; }
     static int keys(const Map::value_type& a, const Map::value_type& b) {
@@ -83,6 +88,8 @@ struct OrderRule {
         }
     }
 
+    // By address, because the interface offers equality only. std::less orders pointers to unrelated objects, for which
+    // the operator < is unspecified: https://en.cppreference.com/w/cpp/utility/functional/less
     static int orderOfUserData(const xoVariant::UserDataInterface* a, const xoVariant::UserDataInterface* b) {
         const std::less<> before;
         return before(a, b) ? -1 : before(b, a) ? 1 : 0;
@@ -111,15 +118,19 @@ int compareRun(Iterator& a, Iterator lastA, Iterator& b, Iterator lastB, Inner& 
         if (const int result = Rule::keys(*a, *b)) return result;
         const xoVariant& left = valueAt(a);
         const xoVariant& right = valueAt(b);
+        // Types are never converted for a comparison: the INTEGER 1 is less than the REAL 0.5 because its type's number
+        // is.
         if (left.getType() != right.getType()) return left.getType() < right.getType() ? -1 : 1;
         if (variant::isContainer(left)) {
             if (!Rule::mayMatch(sizeOf(left), sizeOf(right))) return 1;
             inner = {&left, &right};
+            // The caller stores these positions and continues from them, behind the containers.
             ++a, ++b;
             return 0;
         }
         if (const int result = Rule::leaves(left, right)) return result;
     }
+    // The one that ends first is a prefix of the other and precedes it.
     return order(b == lastB, a == lastA);
 }
 

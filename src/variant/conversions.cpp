@@ -1,3 +1,4 @@
+// Conversions of variants to other types: those that always give a value, and those that refuse to lose information.
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -18,6 +19,8 @@ bool isOneOf(std::string_view text, std::initializer_list<std::string_view> text
     return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
+// Towards 0, to the nearest end of the range beyond it, and 0 for a NaN: a plain cast of such values is undefined
+// behaviour.
 std::int64_t truncate(double value) {
     using Limits = std::numeric_limits<std::int64_t>;
     if (std::isnan(value)) return 0;
@@ -49,6 +52,7 @@ bool readInteger(std::string_view text, std::int64_t& value) {
 
 // Whether a double is the whole number that its digits were read as.
 bool holdsExactly(double value, std::string_view digits) {
+    // Any integer of up to 15 digits is exact in a double.
     if (digits.size() <= std::numeric_limits<double>::digits10) return true;
     char exact[std::numeric_limits<double>::max_exponent10 + 1];
     const auto result = std::to_chars(exact, std::end(exact), std::fabs(value), std::chars_format::fixed, 0);
@@ -60,6 +64,7 @@ bool readReal(std::string_view text, double& value) {
     if (text.empty() || !text::parseReal(text, value) || std::isinf(value)) return false;
     const std::string_view mantissa = text.substr(0, text.find_first_of("eE"));
     const std::size_t first = mantissa.find_first_of("123456789");
+    // All digits are zeros, so the value is 0 exactly.
     if (first == std::string_view::npos) return true;
     const bool isWhole = text.find_first_of(".eE") == std::string_view::npos;
     return isWhole ? holdsExactly(value, text.substr(first)) : value != 0.0;
@@ -91,6 +96,7 @@ bool losslessReal(const xoVariant& from, xoVariant& out) {
         case xoVariant::BOOL: value = from.toReal(); break;
         case xoVariant::INTEGER:
             value = from.toReal();
+            // The largest integers round up to 2^63, whose cast back is undefined: that comparison comes first.
             if (value >= kIntegerEnd || static_cast<std::int64_t>(value) != from.toInteger()) return false;
             break;
         case xoVariant::STRING:
@@ -126,6 +132,8 @@ bool losslessString(const xoVariant& from, xoVariant& out) {
         case xoVariant::BOOL: break;
         case xoVariant::REAL: {
             double value = 0.0;
+            // The text has six significant digits. A NaN is unequal to itself and an infinity is not read back, so
+            // neither is converted.
             if (!text::parseReal(from.toString(), value) || value != from.toReal()) return false;
             break;
         }
@@ -138,6 +146,7 @@ bool losslessString(const xoVariant& from, xoVariant& out) {
     return true;
 }
 
+// A STRING becomes a list of one. Other elements than strings would come back as strings, so their list is refused.
 bool losslessStringList(const xoVariant& from, xoVariant& out) {
     const auto isString = [](const xoVariant& element) { return element.getType() == xoVariant::STRING; };
     const auto& list = from.getList();
@@ -239,6 +248,7 @@ bool xoVariant::convertLosslessTo(Type type, xoVariant& out) const {
     }
 }
 
+// A text that is no number stays a STRING.
 xoVariant xoVariant::BuildFromString(std::string_view text) {
     xoVariant number;
     if (variant::readNumber(text, number)) return number;

@@ -1,3 +1,4 @@
+// The names of the enumerators of variants and tables, for xoEnumHelper.h.
 #include "xoSystem/xoAsciiTableBuilder.h"
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoVariantValue.h"

@@ -58,6 +58,8 @@ public:
     WatchedIterator& operator--() { return --mAt, *this; }
     WatchedIterator operator++(int) { return std::exchange(*this, WatchedIterator(mAt + 1, mLowestStack)); }
     WatchedIterator operator--(int) { return std::exchange(*this, WatchedIterator(mAt - 1, mLowestStack)); }
+    // Comparisons and steps do not test the stack: each level of recursion reads a character, and that one test
+    // suffices.
     friend bool operator==(WatchedIterator a, WatchedIterator b) { return a.mAt == b.mAt; }
     friend bool operator!=(WatchedIterator a, WatchedIterator b) { return a.mAt != b.mAt; }
 
@@ -139,6 +141,8 @@ void callOnLargeStack(Function function) {
     if (!platform::callOnOwnStack(kStack, call, &function)) throw std::bad_alloc();
 }
 
+// Erased after the search: erasing an entry of a std::map leaves the iterators to all others valid. No match is inside
+// another one, because the search does not enter what it has matched.
 std::uint64_t eraseAll(const Matches& matches) {
     for (const auto& [map, entry] : matches) map->erase(entry);
     return matches.size();
@@ -170,6 +174,7 @@ bool isSmall(const std::string& pattern) {
 }  // namespace
 
 std::uint64_t Map::erasePathRegEx(const std::string& pattern, bool caseInsensitive) {
+    // The stack is laid out for this size. The exception is one that the caller of a regular expression handles anyway.
     if (pattern.size() > kMaxPattern) throw std::regex_error(std::regex_constants::error_space);
     Matches matches;
     const auto search = [&] {

@@ -1,8 +1,10 @@
+// The members of xoVariant's list that are not in the header.
 #include "variant/textForm.h"
 #include "xoSystem/xoVariant.h"
 
 namespace xo {
 
+// The copy is made before the vector grows: the value may be an element of this list.
 xoVariant& xoVariant::xoVariantListImpl::push_back(const xoVariant& value) { return push_back(xoVariant(value)); }
 
 xoVariant& xoVariant::xoVariantListImpl::push_back(xoVariant&& value) {

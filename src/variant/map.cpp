@@ -1,3 +1,4 @@
+// The members of xoVariant's map that are not in the header, except paths and merging.
 #include "variant/textForm.h"
 #include "xoSystem/xoVariant.h"
 
@@ -21,6 +22,8 @@ xoVariant& Map::editValue(std::string_view key, const xoVariant& defaultValue) {
 
 xoVariant& Map::operator[](std::string_view key) { return editValue(key, xoVariant()); }
 
+// lower_bound and an inline comparison instead of std::map::find, which would call the ordering once more to test for
+// equality.
 Map::iterator Map::find(std::string_view key) {
     const auto at = mEntries.lower_bound(key);
     return at != mEntries.end() && variant::isSameKey(at->first, key) ? at : mEntries.end();

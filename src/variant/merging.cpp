@@ -1,3 +1,4 @@
+// Insertion of several values under one key, merging of maps, and flattening of a tree to one level.
 #include "variant/pathWalk.h"
 #include "variant/treeCursor.h"
 #include "xoSystem/xoVariant.h"
@@ -30,6 +31,7 @@ void Map::Merge::combine(xoVariant& existing, xoVariant&& added) {
     existing.editList().push_back(std::move(added));
 }
 
+// Merges maps, and collects strings in a STRINGLIST. Returns false for other combinations, which become a LIST.
 bool Map::Merge::combineAlike(xoVariant& existing, xoVariant& added) {
     if (existing.getType() == MAP && added.getType() == MAP) {
         waiting.emplace_back(&existing.editMap(), std::move(added));
@@ -49,6 +51,8 @@ bool Map::Merge::combineAlike(xoVariant& existing, xoVariant& added) {
 
 void Map::Merge::takeEntries(Map& target, Map& source) {
     while (!source.mEntries.empty()) {
+        // The node moves from one map to the other: neither the key nor the value is copied, and no memory is
+        // allocated.
         auto result = target.mEntries.insert(source.mEntries.extract(source.mEntries.begin()));
         if (!result.inserted) combine(result.position->second, std::move(result.node.mapped()));
     }
@@ -66,6 +70,7 @@ void Map::multiInsert(std::string_view key, const xoVariant& value, bool asList)
     multiInsertAndDestroy(key, xoVariant(value), asList);
 }
 
+// The value is moved out first, because it may be the one that is stored under this key.
 void Map::multiInsertAndDestroy(std::string_view key, xoVariant& value, bool asList) {
     xoVariant added(std::move(value));
     const auto at = mEntries.lower_bound(key);
@@ -79,6 +84,7 @@ void Map::multiInsertAndDestroy(std::string_view key, xoVariant& value, bool asL
 }
 
 void Map::mergeWith(const Map& other, bool asList) {
+    // A copy, because entries are moved out of it, and because the other map may be this one or a part of it.
     Map copy(other);
     Merge merge{asList, {}};
     merge.takeEntries(*this, copy);
@@ -98,6 +104,7 @@ public:
     }
 
 private:
+    // The position advances before a container is entered, because entering stores it as the place to return to.
     void visit() {
         const bool inMap = mPosition.isOnMap();
         const xoVariant& value = mPosition.value();
@@ -115,6 +122,8 @@ private:
         }
     }
 
+    // Elements that are not maps stay together in one leaf. A list without maps is a leaf even if it is empty; a list
+    // of maps alone is none.
     void visitList(const xoVariant& value) {
         List rest;
         for (const xoVariant& element : value.getList())

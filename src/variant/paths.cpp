@@ -1,3 +1,4 @@
+// Access to values of nested maps by a path of keys.
 #include "variant/pathKeys.h"
 #include "xoSystem/xoVariant.h"
 
@@ -15,6 +16,8 @@ xoVariant& variant::createPath(Map& map, std::string_view path, char separator, 
 
 using Map = xoVariant::xoVariantMapImpl;
 
+// Reads the path once and stops at the first key that is absent. A value on the way that is not a map ends the search;
+// nothing is converted.
 const xoVariant* Map::findPath(const char* path, char separator) const {
     if (path == nullptr) return nullptr;
     for (const Map* map = this;; ++path) {
@@ -38,6 +41,8 @@ xoVariant Map::getValuePath(const char* path, const xoVariant& defaultValue, cha
 }
 
 xoVariant& Map::editValuePath(const char* path, const xoVariant& defaultValue, char separator) {
+    // There is no place in the map for a null path, yet the caller gets a reference that it may write to. Each thread
+    // has one of its own, overwritten by the next such call.
     if (path == nullptr) {
         static thread_local xoVariant scratch;
         return scratch = defaultValue;

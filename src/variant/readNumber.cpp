@@ -15,6 +15,7 @@ bool mayStartNumber(char c) {
     return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == ',' || text::isSpace(c);
 }
 
+// A decimal comma counts as a point. Most texts with one fit the buffer, so that they need no allocation.
 bool readReal(std::string_view text, double& value) {
     if (text.find(',') == std::string_view::npos) return text::parseReal(text, value);
     constexpr std::size_t kUsualSize = 64;
@@ -32,9 +33,11 @@ bool readReal(std::string_view text, double& value) {
 }  // namespace
 
 bool readNumber(std::string_view text, xoVariant& number) {
+    // The parsers read an empty text as 0, so it becomes the INTEGER 0.
     if (!text.empty() && !mayStartNumber(text.front())) return false;
     std::int64_t integer = 0;
     double real = 0.0;
+    // Integers first: the text of an integer is also one of a real number, which would lose digits beyond 2^53.
     if (text::parseInteger(text, integer)) {
         number = integer;
     } else if (readReal(text, real)) {

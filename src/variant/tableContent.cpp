@@ -1,3 +1,4 @@
+// Cells are made printable and measured when they are added, once; the layout only reads them.
 #include "variant/tableContent.h"
 
 #include <algorithm>
@@ -24,11 +25,13 @@ std::string cellText(std::string_view text) {
     std::string line;
     for (;;) {
         const std::size_t end = (std::min)(text.find_first_of("\r\n"), text.size());
+        // A tab has no fixed width in a cell, so it becomes one blank.
         line.assign(text, 0, end);
         std::replace(line.begin(), line.end(), '\t', ' ');
         text::appendPrintable(shown, line);
         if (end == text.size()) return shown;
         shown += '\n';
+        // "\r\n" is one line end, "\r" and "\n" alone are too.
         text.remove_prefix(text.compare(end, 2, "\r\n") == 0 ? end + 2 : end + 1);
     }
 }
@@ -46,6 +49,8 @@ void TableContent::addCell(const xoVariant& value) {
     cell.offset = texts.size();
     switch (value.getType()) {
         case xoVariant::UNKNOWN: break;
+        // The double is stored behind its text, because the column's decimals may be set later and round the value, not
+        // the text.
         case xoVariant::REAL: {
             appendText(texts, value);
             addText(cell, TableCell::Real);
@@ -78,6 +83,7 @@ void TableContent::addCell(const std::string& text) {
 // The cell's text is what has been appended to the texts, as it came.
 void TableContent::addText(TableCell& cell, TableCell::Kind kind) {
     const auto added = std::string_view(texts).substr(cell.offset);
+    // The usual case: nothing to escape, and each byte takes one column.
     if (text::isPlain(added)) {
         cell.width = added.size();
     } else {

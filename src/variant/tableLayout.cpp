@@ -45,6 +45,7 @@ bool cuts(const Builder::Column& column) {
     return column.overflow == Builder::OverflowCutEnd || column.overflow == Builder::OverflowCutMiddle;
 }
 
+// The characters of ASCII rules are written in one call; those of box rules are three bytes of UTF-8 each.
 void repeat(std::string& out, std::string_view text, std::size_t times) {
     if (text.size() == 1) {
         out.append(times, text[0]);
@@ -56,6 +57,8 @@ void repeat(std::string& out, std::string_view text, std::size_t times) {
 // Markdown's own characters are escaped, and its cells have no lines.
 bool isSpecialInMarkdown(std::string_view text) { return text.find_first_of("|\\*`<\n") != std::string_view::npos; }
 
+// A pipe would end the cell, and the other characters would begin markup:
+// https://github.github.com/gfm/#tables-extension-
 std::string markdownText(std::string_view text) {
     std::string out;
     for (const char c : text) {
@@ -89,6 +92,8 @@ public:
                 ++rule;
                 isSeparated = true;
             }
+            // The rule below the titles is drawn with them, so a separator before the first row would double it. The
+            // plain style has no such rule.
             if (isSeparated && (row != 0 || (mHasTitles && mContent.style == Builder::StylePlain))) drawSeparator();
             drawRow(row);
         }
@@ -111,6 +116,7 @@ private:
         Piece whole{{}, 0};         // the cell at hand where it fits in one line
         std::vector<Piece> pieces;  // else its lines
 
+        // A cell with fewer lines than its row is blank below its last one.
         Piece line(std::size_t index) const {
             if (index < pieces.size()) return pieces[index];
             return index == 0 ? whole : Piece{{}, 0};
@@ -145,12 +151,14 @@ private:
         return {place.scratch, text::displayWidth(place.scratch)};
     }
 
+    // The result is ASCII, so that its size is its width.
     static Piece shownReal(double value, Place& place) {
         const auto decimals = static_cast<unsigned char>((std::min)(place.column->decimals, 255));
         place.scratch = xoStringUtils::roundNumber(value, decimals, '.', /*keepZeros=*/true);
         return {place.scratch, place.scratch.size()};
     }
 
+    // A column is aligned as numbers if it has at least one number and no text; empty cells do not matter.
     void measure() {
         for (std::size_t row = 0; row != mContent.rows.size(); ++row) {
             const TableCell* cell = mContent.cells.data() + mContent.rows[row];
@@ -176,11 +184,14 @@ private:
     std::size_t frameWidth() const { return mLook.frameWidth + mLook.gapWidth * (mPlaces.size() - 1); }
 
     void limitWidths() {
+        // The reader of Markdown lays out the table itself, and its cells cannot be broken into lines.
         if (mIsMarkdown) return;
         for (Place& place : mPlaces)
             if (place.column->maxWidth != 0) place.width = (std::min)(place.width, std::size_t{place.column->maxWidth});
         if (mContent.maxWidth == 0) return;
 
+        // Text columns shrink first, because a number that is broken over two lines is hard to read. If that is not
+        // enough, all columns shrink, to one character at the least: the table may then still be wider than the limit.
         constexpr std::size_t kLeastBesideNumbers = 3;
         const std::size_t available = mContent.maxWidth > frameWidth() ? mContent.maxWidth - frameWidth() : 0;
         limitWidths(available, kLeastBesideNumbers, [](const Place& place) { return !place.isNumeric; });
@@ -217,6 +228,7 @@ private:
     void reserve() {
         std::size_t line = frameWidth() + 1;
         for (const Place& place : mPlaces) line += place.width;
+        // One line for each row, and the titles and rules: enough for ASCII text without broken cells and row lines.
         mOut.reserve(line * (mContent.rows.size() + 5));
     }
 
@@ -308,6 +320,8 @@ private:
         }
     }
 
+    // The size of each line is known before it is written, so that the text grows once a line and is filled through a
+    // pointer.
     void drawLines(std::size_t count) {
         for (std::size_t line = 0; line != count; ++line) {
             const std::size_t begin = mOut.size();

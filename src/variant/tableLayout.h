@@ -8,6 +8,7 @@
 
 namespace xo::variant {
 
+// Lines end with "\n". Empty without columns, and without both rows and titles.
 std::string layOut(const TableContent& content);
 
 }  // namespace xo::variant

@@ -9,6 +9,7 @@ namespace xo::variant {
 namespace {
 
 void appendInteger(std::string& out, std::int64_t value) {
+    // The least value has 20 characters with its sign.
     char digits[24];
     out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
@@ -49,6 +50,7 @@ void appendLeaf(std::string& out, const xoVariant& value) {
         case xoVariant::MAT3D: appendNumbers(out, value.getMat3d(), 9); break;
         case xoVariant::MAT4D: appendNumbers(out, value.getMat4d(), 16); break;
         case xoVariant::STRINGLIST: appendStrings(out, value.getStringList()); break;
+        // UNKNOWN and USERDATA have no text. The caller handles containers.
         default: break;
     }
 }
@@ -81,11 +83,14 @@ private:
         }
     }
 
+    // Only the outermost list has the caller's separator; lists below it use a blank.
     std::string_view separator() const {
         if (mTree.isOnMap()) return ",";
         return mAround.empty() ? mOutermostSeparator : " ";
     }
 
+    // The cursor that is stored still refers to the container itself; leave() advances it when the container is
+    // written.
     void enter() {
         mAround.push_back(mTree);
         mTree = TreeCursor::into(mTree.value());

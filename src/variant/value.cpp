@@ -1,3 +1,4 @@
+// The owner of a variant's payload: building, copying, moving and destroying it.
 #include <algorithm>
 #include <new>
 
@@ -17,6 +18,7 @@ constexpr std::size_t numbersIn(xoVariant::Type type) {
     }
 }
 
+// UNKNOWN for a count that no type of vector or matrix has.
 xoVariant::Type typeOfNumbers(std::size_t count) {
     for (const auto type : {xoVariant::VEC2D, xoVariant::VEC3D, xoVariant::VEC4D, xoVariant::MAT3D, xoVariant::MAT4D})
         if (numbersIn(type) == count) return type;
@@ -62,6 +64,7 @@ struct xoVariant::Tree {
         explicit HeldList(const xoVariantListImpl& other) : xoVariantListImpl(other) {}
         explicit HeldList(xoVariantListImpl&& other) noexcept : xoVariantListImpl(std::move(other)) {}
 
+        // Elements are taken from the back, which is the cheap end of a vector, but destroyed from the front.
         void beginTaking() noexcept override { std::reverse(begin(), end()); }
         bool takeNext(xoVariant& element) noexcept override {
             if (empty()) return false;
@@ -100,6 +103,8 @@ struct xoVariant::Tree {
         return static_cast<HeldList*>(value.mPayload.list);
     }
 
+    // A container of plain values is deleted at any depth of the stack, because its destructor enters no
+    // other container. The exact type must be known for the conversion to Held, whose destructor is virtual.
     static void destroy(xoVariant& value) noexcept {
         const bool canDelete = mayRecurse() || !(value.mType == MAP ? hasContainers(*value.mPayload.map)
                                                                     : hasContainers(*value.mPayload.list));
@@ -111,6 +116,7 @@ struct xoVariant::Tree {
         }
     }
 
+    // The chain of mOuter pointers replaces the stack. A container is deleted when all its elements have been taken.
     static void destroyInLoop(Held* container) noexcept {
         container->beginTaking();
         while (container != nullptr) {
@@ -161,6 +167,8 @@ struct xoVariant::Tree {
             copyOrPutOff(target.emplace_hint(target.end(), key, xoVariant())->second, value, waiting);
     }
 
+    // A copy of UNKNOWN stays in the place of a container until its turn, so an exception leaves a tree that can be
+    // destroyed.
     static void copyOrPutOff(xoVariant& target, const xoVariant& source, Waiting& waiting) {
         if (isContainer(source)) {
             waiting.emplace_back(&target, &source);
@@ -193,6 +201,7 @@ xoVariant::xoVariant(Type type) : xoVariant() {
         case MAP: mPayload.map = new Tree::HeldMap(); break;
         case LIST: mPayload.list = new Tree::HeldList(); break;
         case USERDATA: mPayload.userData = nullptr; break;
+        // A number that is no type gives UNKNOWN.
         default: return;
     }
     mType = type;
@@ -252,6 +261,8 @@ void xoVariant::destroyPayload() noexcept {
     }
 }
 
+// A text is copied into the existing one, which needs no allocation where its capacity suffices. Everything else is
+// copied first and swapped then: the other may be part of this tree, and an exception leaves this value unchanged.
 xoVariant& xoVariant::operator=(const xoVariant& other) {
     if (mType == STRING && other.mType == STRING) {
         *mPayload.text = *other.mPayload.text;
@@ -279,10 +290,13 @@ std::string xoVariant::getTypeAsString() const {
         case LIST: return "LIST";
         case MAT3D: return "MAT3D";
         case MAT4D: return "MAT4D";
+        // DATETIME and USERDATA too; xoEnumEntries has names for them.
         default: return "NOT DEFINED";
     }
 }
 
+// What the getters of a variant of another type return. The objects are made at the first use, so that they exist even
+// while other static objects are constructed.
 const std::string& xoVariant::noString() {
     static const std::string none;
     return none;

@@ -1,3 +1,4 @@
+// The builder's public members. The content is made at the first change, so that an empty builder allocates nothing.
 #include "xoSystem/xoAsciiTableBuilder.h"
 
 #include <algorithm>
@@ -18,6 +19,7 @@ AsciiTableBuilder::AsciiTableBuilder(const AsciiTableBuilder& other)
 
 AsciiTableBuilder::AsciiTableBuilder(AsciiTableBuilder&& other) noexcept = default;
 
+// The copy is complete before this builder changes, which also makes the assignment to itself safe.
 AsciiTableBuilder& AsciiTableBuilder::operator=(const AsciiTableBuilder& other) {
     return *this = AsciiTableBuilder(other);
 }
@@ -32,6 +34,7 @@ variant::TableContent& AsciiTableBuilder::content() {
 }
 
 AsciiTableBuilder::Column& AsciiTableBuilder::editColumn(std::size_t index) {
+    // A column beyond the limit is the last one: the caller gets a reference in any case.
     index = (std::min)(index, kMaxColumns - 1);
     auto& columns = content().columns;
     if (columns.size() <= index) columns.resize(index + 1);
@@ -89,6 +92,8 @@ AsciiTableBuilder AsciiTableBuilder::FromList(const xoVariant::xoVariantListImpl
     const std::size_t firstKey = std::all_of(list.begin(), list.end(), isMap) ? 0 : 1;
     if (firstKey != 0) table.editColumn(0);
 
+    // Columns come in the order in which their keys first occur. Elements that are not maps stand in a column before
+    // them.
     std::map<std::string, std::size_t, std::less<>> columnOfKey;
     std::vector<xoVariant> cells;
     for (const xoVariant& element : list) {

@@ -1,3 +1,4 @@
+// Enumerators from and to text, by the table of names of each enumeration.
 #include "xoSystem/xoEnumHelper.h"
 
 #include <algorithm>
@@ -11,6 +12,7 @@ namespace {
 
 std::uint64_t bitsOf(std::int64_t value) { return static_cast<std::uint64_t>(value); }
 
+// Each step clears the lowest bit that is set.
 int countBits(std::uint64_t bits) {
     int count = 0;
     for (; bits != 0; bits &= bits - 1) ++count;
@@ -40,6 +42,7 @@ std::size_t findValue(const EnumHelperInterface& helper, std::int64_t value) {
     return index;
 }
 
+// An exact match wins over one that differs in case, wherever it is in the table.
 std::size_t findName(const EnumHelperInterface& helper, std::string_view name) {
     const std::size_t count = helper.getCount();
     std::size_t found = count;
@@ -51,6 +54,7 @@ std::size_t findName(const EnumHelperInterface& helper, std::string_view name) {
     return found;
 }
 
+// Whether the number may be a value: any combination of bits for flags, else one of the entries.
 bool readNumberOf(const EnumHelperInterface& helper, std::int64_t number) {
     return helper.areFlags() || findValue(helper, number) != helper.getCount();
 }
@@ -68,6 +72,8 @@ bool readOne(const EnumHelperInterface& helper, std::string_view text, std::int6
     return true;
 }
 
+// Takes the entry with the most bits first, so that a name for a combination replaces the names of its parts. An entry
+// of 0 is never chosen. Bits without a name are appended as a hexadecimal number.
 std::string flagsText(const EnumHelperInterface& helper, std::uint64_t bits) {
     const std::size_t count = helper.getCount();
     std::size_t chosen[64];  // each has a bit of its own
@@ -85,6 +91,7 @@ std::string flagsText(const EnumHelperInterface& helper, std::uint64_t bits) {
         chosen[chosenCount++] = best;
         bits &= ~bitsOf(helper.getValue(best));
     }
+    // In the order of the table, not in that of the choice.
     std::sort(chosen, chosen + chosenCount);
 
     std::string text;
@@ -140,6 +147,7 @@ bool EnumHelperInterface::fromVariant(const xoVariant& variant, std::int64_t& va
     if (!areFlags()) return false;
     std::uint64_t bits = 0;
     for (const xoVariant& element : variant.toList()) {
+        // Lists inside are refused, so that the call below recurses by one level only.
         const bool isOne = element.getType() == xoVariant::STRING || element.getType() == xoVariant::INTEGER;
         std::int64_t one = 0;
         if (!isOne || !fromVariant(element, one)) return false;
