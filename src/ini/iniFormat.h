@@ -12,6 +12,7 @@ namespace xo::ini {
 using Map = variant::Map;
 
 constexpr std::string_view kTopSection = "General";
+// Divides the keys of a path, in the names of sections and in those of keys alike.
 constexpr char kIniSeparator = '/';
 
 // Adds the entries of an INI file's text to the map; what is wrong with a line is logged.

@@ -10,6 +10,7 @@
 
 namespace xo::ini {
 
+// Some editors write it in front of a UTF-8 text: https://www.unicode.org/faq/utf_bom.html#BOM
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 inline bool isEnclosed(std::string_view text, char first, char last) {
@@ -35,6 +36,8 @@ public:
         trimmed = text::trimmed(whole);
     }
 
+    // A line in brackets is a section even if it has an equals sign. Only a ";" begins a comment; a "#" is part of a
+    // key.
     Kind kind() const {
         if (isEnclosed(trimmed, '[', ']')) return Section;
         if (trimmed.empty() || trimmed.front() == ';') return Skipped;
@@ -60,6 +63,8 @@ private:
     bool scanBlock(const char* at) {
         const __m128i block = text::loadBlock(at);
         const unsigned newlines = text::maskOf(block, '\n');
+        // The lowest bit that is set minus 1 has all bits below it; without a line feed the subtraction wraps around to
+        // all bits.
         const unsigned inLine = (newlines & (0u - newlines)) - 1;  // the bits below the lowest one, or all
         const unsigned signs = text::maskOf(block, '=') & inLine;
         if (signs != 0 && equals == std::string_view::npos) equals = end + text::lowestBit(signs);

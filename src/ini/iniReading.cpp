@@ -1,3 +1,4 @@
+// Reads an INI file's text into a map. A bad line is logged and skipped; the lines behind it are read.
 #include <cstdint>
 #include <string>
 
@@ -12,6 +13,7 @@ namespace xo::ini {
 namespace {
 
 // Replaces each backslash that the code follows, and the code, by the meaning; from left to right.
+// In place and in one pass, since the result is never longer. A backslash at the end of the text stays.
 void replaceEscape(std::string& text, char code, char meaning) {
     std::size_t kept = text.find('\\');
     if (kept == std::string::npos) return;
@@ -35,6 +37,8 @@ std::string unescape(std::string_view escaped) {
     return text;
 }
 
+// The text decides on the type, since the format has none. An empty text would be read as the number 0, so it is tested
+// before the numbers. Quotes do not make a number a text.
 xoVariant typedValue(std::string_view text) {
     if (text::equalIgnoringCase(text, "true")) return true;
     if (text::equalIgnoringCase(text, "false")) return false;
@@ -55,6 +59,7 @@ public:
         for (std::int64_t number = 0; !text.empty(); ++number) {
             const Line line(text);
             readLine(line, number);
+            // The last line may have no line feed.
             if (line.end == text.size()) return;
             text.remove_prefix(line.end + 1);
         }
@@ -85,6 +90,7 @@ private:
         return *mSection;
     }
 
+    // The first line of a key counts: a later one is reported and ignored.
     bool insert(std::string_view path, const Line& line) {
         bool isNew = false;
         xoVariant& place = variant::createPath(section(), path, kIniSeparator, &isNew);

@@ -1,3 +1,4 @@
+// Changes values in an INI file's text and keeps everything else: comments, order, blank lines and line ends.
 #include <map>
 #include <utility>
 
@@ -47,6 +48,7 @@ public:
           mLineEnd(lineEndOf(text)) {}
 
     bool give(const Map& map) {
+        // The overlay moves the leaves of General to the top, where the lines of the file have their paths.
         Map values, leaves;
         overlay(values, map);
         values.toFlattenMap(leaves, kIniSeparator);
@@ -90,9 +92,11 @@ private:
     bool visit(const Line& line, std::size_t begin, std::size_t next, const std::string& path) {
         const auto found = mGiven.find(path);
         if (found == mGiven.end()) {
+            // The line would make a map where the given value is to be; it is removed.
             if (isBelowGiven(path)) mEdits.insert({{begin, next}, {}});
             return true;
         }
+        // A later line of the same key has no effect on reading, so it stays as it is.
         if (found->second.isThere) return true;
         found->second.isThere = true;
         return change(line, begin, found->first, found->second);
@@ -109,6 +113,8 @@ private:
     bool change(const Line& line, std::size_t begin, const std::string& path, const GivenValue& given) {
         const std::string_view old = line.value();
         const xoVariant value = readValue(old, line.hasBackslash);
+        // The second comparison covers what reading alters: the text of a real is rounded, and a string of digits is
+        // read as a number.
         if (value == given.value || value == readValue(given.text, true)) return true;
 
         std::size_t at = line.equals + 1;
@@ -119,6 +125,8 @@ private:
         }
         std::string changed(line.whole);
         changed.replace(at, old.size(), given.text);
+        // A value may turn the line into something else: a key that begins with "[" and a value that ends with "]" are
+        // a section.
         if (!isKeyLine(changed, line.key())) return refuse(path);
         mEdits.insert({{begin + at, begin + at + old.size()}, given.text});
         return true;
@@ -169,6 +177,7 @@ private:
         for (const auto& [place, text] : mEdits) {
             out.append(mText, at, place.first - at);
             const bool isLine = !text.empty() && text.back() == '\n';  // a value has its line feeds escaped
+            // The file's last line may have no line end, and a new line behind it needs one.
             if (isLine && place.first == mText.size()) endLine(out);
             out += text;
             at = place.second;

@@ -1,3 +1,4 @@
+// Writes a map as an INI file's text.
 #include <algorithm>
 #include <string>
 
@@ -20,6 +21,7 @@ const char* escapeOf(char c) {
     }
 }
 
+// A text with a quotation mark is quoted as a whole, so that the reader removes these quotes and not the text's own.
 void appendEscaped(std::string& out, const std::string& text) {
     const bool isQuoted = text.find('"') != std::string::npos;
     if (isQuoted) out += '"';
@@ -33,6 +35,7 @@ void appendEscaped(std::string& out, const std::string& text) {
     if (isQuoted) out += '"';
 }
 
+// On failure nothing is appended, so that the text so far consists of whole lines.
 bool appendKeyLine(std::string& out, const std::string& key, const xoVariant& value) {
     const std::size_t size = out.size();
     out += key;
@@ -59,6 +62,7 @@ bool appendLeaves(std::string& out, const Map& map) {
     return appendKeyLines(out, leaves);
 }
 
+// Values of the top level and those of a map "General" share one section, because the reader merges them.
 bool appendTopSection(std::string& out, const Map& map) {
     out += "[General]\n";
     for (const auto& [key, value] : map) {
@@ -103,6 +107,7 @@ void overlay(Map& result, const Map& map) {
     map.toFlattenMap(leaves, kIniSeparator);
     for (auto& [path, value] : leaves) {
         std::string_view place = path;
+        // Repeatedly, since a map "General" may contain another one of that name.
         while (place.substr(0, top.size()) == top) place.remove_prefix(top.size());
         variant::createPath(result, place, kIniSeparator) = std::move(value);
     }

@@ -1,3 +1,4 @@
+// Loading, saving and updating INI files. A file is replaced as a whole, so that a failure leaves the old one.
 #include "xoSystem/xoIniFile.h"
 
 #include "files/fileBytes.h"
@@ -25,6 +26,8 @@ public:
 
     // The file is opened first, so that one that cannot be opened is no matter of its values.
     bool save(const Map& map) {
+        // A value that cannot be written ends the text early. The lines before it are saved all the same, and the
+        // result is false.
         files::FileReplacement file(mFullPath);
         if (const DWORD error = file.begin()) return failed(error);
         std::string bytes;
@@ -37,7 +40,10 @@ public:
         files::FileBytes file;
         switch (file.read(mFullPath)) {
             case files::FileBytes::Complete: return saveOver(file.view(), map);
+            // A map with a section General goes through the overlay, as when it is merged into a file, so that both
+            // give one form.
             case files::FileBytes::Missing: return hasTopSection(map) ? saveOver({}, map) : save(map);
+            // A file that exists but cannot be read is never overwritten: its values would be lost.
             default: return failedToLoad();
         }
     }
@@ -48,6 +54,7 @@ public:
         if (state == files::FileBytes::Unreadable) return failedToLoad();
         std::string updated;
         if (!ini::updateIni(file.view(), map, updated)) return false;
+        // Nothing to change: the file keeps its time of modification.
         if (state == files::FileBytes::Complete && updated == file.view()) return true;
         files::FileReplacement replacement(mFullPath);
         DWORD error = replacement.begin();
