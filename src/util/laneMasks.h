@@ -1,3 +1,4 @@
+// The exported masks that are variables and not constants.
 #ifndef XO_UTIL_LANEMASKS_H
 #define XO_UTIL_LANEMASKS_H
 

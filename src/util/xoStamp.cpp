@@ -1,3 +1,4 @@
+// The state of a generator of stamps. Stamps begin with 1, so that 0 is free for "none".
 #include "xoSystem/xoStamp.h"
 
 namespace xo {

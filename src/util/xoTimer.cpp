@@ -1,3 +1,4 @@
+// Timers: one on the system's tick count, which is cheap and coarse, and one on the performance counter.
 #include "xoSystem/xoTimer.h"
 
 #include "platform/windows.h"
@@ -11,6 +12,7 @@ constexpr std::int64_t kMsPerSec = 1000;
 // https://learn.microsoft.com/windows/win32/api/sysinfoapi/nf-sysinfoapi-gettickcount64
 std::int64_t nowMs() { return static_cast<std::int64_t>(::GetTickCount64()); }
 
+// Beyond the range the nearest end of it: a signed overflow would be undefined.
 std::int64_t toMs(std::int64_t seconds) {
     if (seconds > INT64_MAX / kMsPerSec) return INT64_MAX;
     if (seconds < INT64_MIN / kMsPerSec) return INT64_MIN;
@@ -65,6 +67,7 @@ xoHighResTimer::xoHighResTimer() : mPrivate(std::make_unique<Private>()) {}
 
 xoHighResTimer::~xoHighResTimer() = default;
 
+// A copy continues on its own from the marks of the other.
 xoHighResTimer::xoHighResTimer(const xoHighResTimer& other) : mPrivate(std::make_unique<Private>(*other.mPrivate)) {}
 
 xoHighResTimer& xoHighResTimer::operator=(const xoHighResTimer& other) {
@@ -92,6 +95,7 @@ void xoHighResTimer::clearTimer() {
 }
 
 double xoHighResTimer::getElapsedTimeInMicroSec() {
+    // A running timer reports the time so far and keeps running.
     if (!mPrivate->stopped) mPrivate->end = counter();
     const double microSecPerTick = 1e6 / static_cast<double>(mPrivate->frequency);
     // Separate statements: within one expression a compiler may contract the multiplication and the subtraction into a

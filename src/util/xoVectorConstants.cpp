@@ -1,3 +1,4 @@
+// Constants for SSE code, initialised at compile time. The lane masks are variables that basic initialisation sets.
 #include "xoSystem/xoVectorConstants.h"
 
 #include <cfloat>
@@ -24,9 +25,11 @@ constexpr long long pair(std::uint32_t low, std::uint32_t high) {
 #    define XO_INTEGERS(x, y, z, w) \
         { pair(x, y), pair(z, w) }
 #endif
+// Brace initialisers, because the intrinsics that set a vector are not constant expressions.
 #define XO_ALL(value) \
     { value, value, value, value }
 
+// 1 selects a lane: -1 has all bits set. The order is that of _mm_set_epi32, the highest lane first.
 __m128 laneMask(int w, int z, int y, int x) { return _mm_castsi128_ps(_mm_set_epi32(-w, -z, -y, -x)); }
 
 }  // namespace
@@ -71,16 +74,19 @@ const __m128 sSSEPi = XO_ALL(kPi);
 const __m128 sSSEPi_Over_Two = XO_ALL(kPi / 2);
 const __m128 sSSEPi_Over_Four = XO_ALL(kPi / 4);
 
+// Only the sign bit of each lane is set in -0.0.
 const __m128 sSSESignBitMask = XO_ALL(-0.0f);
 const __m128i sSSE_ALL_BIT_ONE = XO_INTEGERS(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF);
 const __m128 sSSE_FLT_MAX = XO_ALL(FLT_MAX);
 const __m128 sSSE_MINUS_FLT_MAX = XO_ALL(-FLT_MAX);
 const __m128 sSSE_MATH_FLT_MAX = XO_ALL(kLargestSummableRoot);
 const __m128 sSSE_MATH_MINUS_FLT_MAX = XO_ALL(-kLargestSummableRoot);
+// The largest float below 1: FLT_EPSILON is the step above 1, and the step below it is half of that.
 const __m128 sSSEAlmostOne = XO_ALL(1.0f - FLT_EPSILON / 2);
 const __m128 sSSEDelta = XO_ALL(1e-5f);
 const __m128 sSSEPow = {1.0f, 2.0f, 4.0f, 8.0f};
 const __m128 sSSEFirst = {1.0f, 0.0f, 0.0f, 0.0f};
+// The bits of the float 2^23. From there on floats are integers, so adding and subtracting it rounds to an integer.
 const __m128i sSSEMaskRound = XO_INTEGERS(0x4B000000, 0x4B000000, 0x4B000000, 0x4B000000);
 const __m128 sSSEMaskRoundFloat = XO_ALL(8388608.0f);
 const __m128 sSSEReflecMagicNumber = XO_ALL(2.0f);

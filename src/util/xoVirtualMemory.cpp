@@ -1,3 +1,4 @@
+// Memory in whole pages from the system. The pages are zero and take physical memory when they are first touched.
 #include "xoSystem/xoVirtualMemory.h"
 
 #include <iostream>
@@ -16,6 +17,8 @@ void* VirtualMemoryAllocatorDisk::allocateMemory(std::uint64_t size) {
 void VirtualMemoryAllocatorDisk::freeMemory() {
     if (!mIsAllocated) return;
     mIsAllocated = false;
+    // With MEM_RELEASE the size must be 0:
+    // https://learn.microsoft.com/windows/win32/api/memoryapi/nf-memoryapi-virtualfree
     ::VirtualFree(mAddress, 0, MEM_RELEASE);
 }
 
