@@ -1,3 +1,5 @@
+// Parsers for the texts of amounts: bytes, counts, durations, quantities with prefixes, and plain real numbers. Each
+// leaves its output unchanged when it fails.
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -73,6 +75,7 @@ bool scale(const DecimalText& number, unsigned base, int power, std::uint64_t& r
     std::uint64_t whole = 0;
     if (!text::toInteger(number.whole, whole)) return false;
     Fraction fraction(number.fraction);
+    // Small factors keep the product of a group of digits within 64 bits.
     const int steps = base == 1024 ? power * 5 : power * 3;  // 1024 is 4 to the fifth power
     const unsigned factor = base == 1024 ? 4 : 10;
     for (int i = 0; i != steps; ++i) {
@@ -82,6 +85,7 @@ bool scale(const DecimalText& number, unsigned base, int power, std::uint64_t& r
         if (whole > kEnd - added) return false;
         whole += added;
     }
+    // Twice the rest is 1 or more from one half up. A tie is rounded to the even number.
     const bool isHalf = fraction.takeTimes(2) != 0;
     if (isHalf && (!fraction.isZero() || whole % 2 != 0)) {
         if (whole == kEnd) return false;
@@ -116,6 +120,7 @@ constexpr TimeUnit kTimeUnits[] = {
     {{"ns"}, 1, -9},
 };
 
+// Both micro signs, U+00B5 and the Greek letter U+03BC, mean microseconds: keyboards and tools write either.
 const TimeUnit* findTimeUnit(std::string_view name) {
     for (const TimeUnit& unit : kTimeUnits)
         for (const std::string_view known : unit.names)
@@ -123,6 +128,7 @@ const TimeUnit* findTimeUnit(std::string_view name) {
     return nullptr;
 }
 
+// Bytes from 0x80 up belong to the micro signs; any other such name is then unknown.
 bool isUnitByte(char c) { return text::isLetter(c) || static_cast<unsigned char>(c) >= 0x80; }
 
 std::string_view takeUnitName(std::string_view& text) {
@@ -172,6 +178,7 @@ private:
 
     bool addExactly(const DecimalText& number, std::uint64_t size, int exponent) {
         std::uint64_t value = 0, added = 0;
+        // Zeros at the end of the fraction would only use up digits.
         const std::string_view fraction = number.fraction.substr(0, number.fraction.find_last_not_of('0') + 1);
         if (fraction.size() > 18 || !text::toInteger(number.whole, value)) return false;
         const int places = static_cast<int>(fraction.size());
@@ -207,6 +214,7 @@ bool readClock(std::string_view text, DecimalSum& sum) {
             text.remove_prefix(1);
         }
         std::uint64_t whole = 0;
+        // Only the first number may be 60 or more: "90:00" are 90 minutes.
         if (left != colons && (!text::toInteger(number.whole, whole) || whole >= 60)) return false;
         if (!sum.add(number, kSizes[2 - left], 0)) return false;
     }
@@ -222,10 +230,13 @@ bool readUnits(std::string_view text, DecimalSum& sum) {
         skipSpaces(text);
         if (isFirst && text.empty()) return sum.add(number, 1, 0);
         const TimeUnit* const unit = findTimeUnit(takeUnitName(text));
+        // Units must get smaller, and none may come twice: the table is in that order, so that the pointers are
+        // compared.
         if (unit == nullptr || (last != nullptr && unit <= last)) return false;
         if (!sum.add(number, unit->size, unit->exponent)) return false;
         last = unit;
         skipSpaces(text);
+        // Only the last number may have a fraction.
         if (!text.empty() && number.hasPoint) return false;
     }
     return true;
@@ -241,6 +252,7 @@ bool readPrefix(std::string_view suffix, std::string_view unit, int& prefix) {
         return startsWith(suffix, name) && (suffix.size() == name.size() || suffix.substr(name.size()) == unit);
     };
     for (prefix = text::kLeastPrefix; prefix <= text::kMostPrefix; ++prefix)
+        // The text of prefix 0 is empty and would match anything.
         if (prefix != 0 && isPrefix(text::kPrefixes[prefix - text::kLeastPrefix])) return true;
     prefix = 1;
     if (isPrefix("K")) return true;
@@ -258,6 +270,7 @@ bool xoMathUtils::ParseBytes(std::string_view text, std::uint64_t& bytes, xoByte
     if (isBytes(text)) return scale(number, 10, 0, bytes);
 
     constexpr std::string_view kPrefixes = "kmgtpe";
+    // isBytes has accepted an empty text, so there is a first character.
     const std::size_t prefix = kPrefixes.find(text::toLower(text.front()));
     if (prefix == std::string_view::npos) return false;
     text.remove_prefix(1);
@@ -278,6 +291,7 @@ bool xoMathUtils::ParseCount(std::string_view text, std::int64_t& value, char se
     std::uint64_t magnitude = 0;
     for (std::size_t i = 0; i != text.size(); ++i) {
         if (firstGroup != std::string_view::npos && i >= firstGroup && (i - firstGroup) % 4 == 0) {
+            // Behind the first separator every group has exactly three digits.
             if (text[i] != separator || text.size() - i < 4) return false;
             continue;
         }
@@ -323,6 +337,7 @@ bool xoMathUtils::ParseReal(std::string_view text, double& value) {
     } else if (text::equalIgnoringCase(text, "nan")) {
         read = std::numeric_limits<double>::quiet_NaN();
     } else {
+        // std::from_chars would take a second minus and its own spellings of infinity and NaN.
         if (text.empty() || !(text::isDigit(text.front()) || text.front() == '.')) return false;
         const char* const end = text.data() + text.size();
         const auto result = std::from_chars(text.data(), end, read);

@@ -28,10 +28,12 @@ void cutAtNul(Text& text, int count) {
     text.resize(text[last] == 0 ? last : last + 1);
 }
 
+// The Windows conversions take lengths as int.
 bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)()); }
 
 template <UINT codePage>
 std::wstring widen(const std::string& text) {
+    // No byte of the code page becomes more than one UTF-16 unit.
     const std::size_t capacity = text.size() + 1;
     if (!fitsInt(capacity)) return failed<std::wstring>(kWideningFailed);
     std::wstring wide(capacity, L'\0');
@@ -43,6 +45,7 @@ std::wstring widen(const std::string& text) {
 
 template <UINT codePage>
 std::string narrow(const std::wstring& text) {
+    // Many characters take three bytes of UTF-8. A text with too many of them does not fit, and the conversion fails.
     const std::size_t capacity = 2 * text.size() + 1;
     if (!fitsInt(capacity)) return failed<std::string>(kNarrowingFailed);
     std::string narrowed(capacity, '\0');
@@ -80,6 +83,7 @@ using Narrow = std::string (*)(const std::wstring&);
 constexpr Widen kWiden[] = {widen<CP_ACP>, widen<CP_UTF8>, widenAscii};
 constexpr Narrow kNarrow[] = {narrow<CP_ACP>, narrow<CP_UTF8>, narrowAscii};
 
+// The number comes from the caller and is an index of the tables above.
 bool isCharSet(int charSet) {
     return charSet >= xoStringUtils::CharSetNative && charSet <= xoStringUtils::CharSetAscii;
 }

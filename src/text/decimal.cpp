@@ -1,3 +1,4 @@
+// Decimal digits by std::to_chars and std::from_chars, which are exact and know no locale.
 #include "text/decimal.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Durations as texts. Each form is chosen after rounding, so that 59.99 s become "1 min 00 s", not
+// "60.0 s".
 #include <charconv>
 #include <cmath>
 #include <iterator>
@@ -22,6 +24,7 @@ double countUnits(double value, double unit) {
     return isUp ? count + 1 : count;
 }
 
+// The value is below 100.
 char* printTwo(char* out, unsigned value) {
     *out++ = static_cast<char>('0' + value / 10);
     *out++ = static_cast<char>('0' + value % 10);
@@ -56,6 +59,7 @@ char* printDuration(char* out, char* end, double seconds) {
             *out++ = ' ';
             return append(append(out, text::kPrefixes[prefix - text::kLeastPrefix]), "s");
         }
+        // Rounded up to a minute: written again as one.
         out = begin;
     }
     if (seconds < kHour) {

@@ -1,3 +1,4 @@
+// Changes of texts in place.
 #include <algorithm>
 #include <limits>
 
@@ -9,6 +10,8 @@
 namespace xo {
 namespace {
 
+// For byte strings the search for the first byte runs over sixteen bytes at a time. The text that is searched for is
+// not empty.
 std::size_t findText(const std::string& text, const std::string& what, std::size_t from) {
     if (text.size() < what.size()) return std::string::npos;
     const char* const last = text.data() + (text.size() - what.size()) + 1;
@@ -54,6 +57,7 @@ std::size_t replaceAll(Text& text, const Text& from, const Text& to) {
 }  // namespace
 
 std::string& xoStringUtils::trim(std::string& text) {
+    // The end first, so that fewer characters move to the front.
     rtrim(text);
     return ltrim(text);
 }
@@ -108,6 +112,8 @@ std::string& xoStringUtils::toLower(std::string& text) {
 
 void xoStringUtils::SecureClear(std::string& text) {
     text.resize(text.capacity());  // bytes of an earlier, longer content may be behind the end
+    // A compiler may remove an ordinary fill of memory that is not read again:
+    // https://learn.microsoft.com/previous-versions/windows/desktop/legacy/aa366877(v=vs.85)
     ::SecureZeroMemory(text.data(), text.size());
     text.clear();
 }

@@ -1,3 +1,4 @@
+// The names of the enumerators of xoStringUtils and xoMathUtils, for xoEnumHelper.h.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoMathUtils.h"
 #include "xoSystem/xoStringUtils.h"

@@ -1,3 +1,4 @@
+// https://learn.microsoft.com/windows/win32/fileio/naming-a-file
 #include "text/fileNames.h"
 
 #include "text/ascii.h"
@@ -11,6 +12,7 @@ bool isPortNumber(std::string_view text) {
     return text == "\xC2\xB9" || text == "\xC2\xB2" || text == "\xC2\xB3";
 }
 
+// Without regard to case, as the file system compares names.
 bool isDevice(std::string_view stem) {
     for (const std::string_view device : {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"}) {
         if (equalIgnoringCase(stem, device)) return true;

@@ -1,3 +1,4 @@
+// The "C" locales, made at the library's start and released at its end; null outside.
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
@@ -21,6 +22,7 @@ bool xoStringUtils::TerminateStringUtils() {
     return true;
 }
 
+// Nothing depends on the thread's locale.
 void xoStringUtils::InitializeForThread() {}
 
 _locale_t xoStringUtils::GetCLocale() { return msCLocale; }

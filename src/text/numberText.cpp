@@ -1,3 +1,4 @@
+// Reading and printing numbers. The common cases have fast paths; std::to_chars and std::from_chars do the rest.
 #include "text/numberText.h"
 
 #include <algorithm>
@@ -19,12 +20,14 @@ const char* skipToDigits(const char* at, const char* end, bool& negative) {
     return at != end && (*at == '-' || *at == '+') ? at + 1 : at;
 }
 
+// 16, which is no digit in any base here, for every other character.
 int digitValue(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     const char lower = static_cast<char>(c | 0x20);
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : 16;
 }
 
+// "0x" without a digit behind it is the octal number 0 and a rest, as strtoll reads it.
 bool startsHexadecimal(const char* at, const char* end) {
     return end - at > 2 && at[0] == '0' && (at[1] | 0x20) == 'x' && digitValue(at[2]) < 16;
 }
@@ -165,6 +168,7 @@ bool parseInteger(const char* text, const char* end, std::int64_t& value) {
     for (; at != end; ++at) {
         const auto digit = static_cast<unsigned>(digitValue(*at));
         if (digit >= base) break;
+        // Beyond the limit the value stays there, and the remaining digits are still read: they belong to the number.
         const bool fits = magnitude < lastWhole || (magnitude == lastWhole && digit <= lastDigit);
         magnitude = fits ? magnitude * base + digit : limit;
     }
@@ -179,6 +183,7 @@ bool parseReal(const char* text, const char* end, double& value) {
     if (at == end) return text == end;
     if (!startsDecimal(at, end)) return false;
 
+    // White space and the sign were skipped above, because std::from_chars takes neither white space nor a plus.
     const auto [stop, error] = std::from_chars(at, end, value);
     if (error == std::errc::result_out_of_range) value = nearestEnd(at, stop);
     if (negative) value = -value;

@@ -1,3 +1,4 @@
+// Numbers as texts with a fixed form, for xoStringUtils.
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -52,6 +53,7 @@ std::string xoStringUtils::roundNumber(double value, unsigned char digits, char 
     const auto result = std::to_chars(buffer, std::end(buffer), std::fabs(value), std::chars_format::fixed, digits);
     std::string text(buffer, result.ptr);
     const std::size_t point = (std::min)(text.find('.'), text.size());
+    // A value that is rounded to 0 loses its sign.
     const bool negative = std::signbit(value) && text.find_first_not_of("0.") != std::string::npos;
     if (point != text.size()) {
         text[point] = decimalPoint;

@@ -1,3 +1,4 @@
+// Parts of paths, and valid names for files. Both separators count. The file system is not asked.
 #include <algorithm>
 #include <string_view>
 
@@ -46,6 +47,7 @@ std::string xoStringUtils::ExtractFileExtension(const std::string& path) {
 }
 
 void xoStringUtils::SplitFolderFilename(const std::string& path, std::string& folder, std::string& file) {
+    // Both are copies before either output is written, because an output may be the path itself.
     std::string start(folderOf(path));
     std::string rest(fileOf(path));
     folder = std::move(start);
@@ -53,12 +55,16 @@ void xoStringUtils::SplitFolderFilename(const std::string& path, std::string& fo
 }
 
 std::string& xoStringUtils::GenerateValidFileName(std::string& name, char replacement) {
+    // A single byte from 0x80 up would not be UTF-8.
     if (!mayEndName(replacement) || static_cast<unsigned char>(replacement) >= 0x80) replacement = '_';
     if (name.empty()) name = replacement;
     std::replace_if(
         name.begin(), name.end(), [](char c) { return !text::mayStandInFileName(c); }, replacement);
+    // Windows removes dots and blanks from the end of a name, so the file would get another name:
+    // https://learn.microsoft.com/windows/win32/fileio/naming-a-file
     for (auto last = name.rbegin(); last != name.rend() && !mayEndName(*last); ++last) *last = replacement;
 
+    // Inserted before the extension: "NUL.txt" becomes "NUL_.txt".
     if (text::isDeviceName(name)) name.insert(text::deviceStem(name).size(), 1, replacement);
     return name;
 }

@@ -1,3 +1,4 @@
+// Searching in texts. Case is ignored for ASCII letters only, so that UTF-8 sequences are compared byte by byte.
 #include <algorithm>
 
 #include "text/ascii.h"
@@ -21,6 +22,7 @@ std::size_t xoStringUtils::FindCaseSensitive(const std::string& text, const std:
 std::size_t xoStringUtils::FindCaseInsensitive(const std::string& text, const std::string& what) {
     const auto same = [](char a, char b) { return text::toLower(a) == text::toLower(b); };
     const auto found = std::search(text.begin(), text.end(), what.begin(), what.end(), same);
+    // An empty text is found at the start, which is also the end where the searched text is empty.
     if (found == text.end() && !what.empty()) return std::string::npos;
     return static_cast<std::size_t>(found - text.begin());
 }

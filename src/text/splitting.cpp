@@ -1,3 +1,4 @@
+// Dividing texts at a separator.
 #include <algorithm>
 #include <cstring>
 
@@ -7,6 +8,7 @@ namespace xo {
 namespace {
 
 // How many pieces come out; one more where the text ends with a separator and empty pieces count.
+// The text is not empty. The exact number saves the vector from moving its strings while it grows.
 std::size_t countPieces(const std::string& text, char sep, bool skipEmpty) {
     if (!skipEmpty) return static_cast<std::size_t>(std::count(text.begin(), text.end(), sep)) + 1;
     std::size_t starts = text[0] != sep ? 1 : 0;
@@ -35,6 +37,8 @@ std::vector<std::string>& xoStringUtils::Split(const std::string& text, char sep
     return out;
 }
 
+// Divides the text in place: each separator becomes a NUL, and the pieces point into the caller's buffer. A separator
+// at the end is not followed by an empty piece.
 std::vector<char*>& xoStringUtils::Split(char* text, char sep, std::vector<char*>& out) {
     out.clear();
     while (text && *text) {
@@ -47,6 +51,7 @@ std::vector<char*>& xoStringUtils::Split(char* text, char sep, std::vector<char*
 
 bool xoStringUtils::SplitFirst(const std::string& text, char sep, std::string& first, std::string& second) {
     const std::size_t found = text.find(sep);
+    // Both results are complete before either output is written, because an output may be the text itself.
     std::string rest = found == std::string::npos ? std::string() : text.substr(found + 1);
     std::string start = text.substr(0, found);
     first = std::move(start);

@@ -1,3 +1,4 @@
+// The public functions for texts in a terminal. Their rules are in text/displayWidth.cpp.
 #include "text/displayWidth.h"
 #include "xoSystem/xoStringUtils.h"
 

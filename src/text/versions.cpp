@@ -1,3 +1,4 @@
+// Comparison of version numbers such as "1.10.2", component by component.
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -40,6 +41,8 @@ xoStringUtils::SoftwareVersionComparisonResult xoStringUtils::compareSoftwareVer
         const Step other = nextComponent(restOfB, second);
         if (one == Step::Invalid || other == Step::Invalid) return SoftwareVersionInvalid;
         if (one == Step::End && other == Step::End) return result;
+        // A component that the first version lacks counts as 0. Components that only the first version has are not
+        // compared.
         if (other == Step::Number && i < maxComponents && result == SoftwareVersionEqual && first != second)
             result = first < second ? SoftwareVersionOlder : SoftwareVersionNewer;
     }
