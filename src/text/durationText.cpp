@@ -1,5 +1,4 @@
-// Durations as texts. Each form is chosen after rounding, so that 59.99 s become "1 min 00 s", not
-// "60.0 s".
+// Durations as texts. Each form is chosen after rounding, so that 59.99 s become "1 min 00 s".
 #include <charconv>
 #include <cmath>
 #include <iterator>
