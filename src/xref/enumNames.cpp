@@ -1,3 +1,4 @@
+// The names of the ways in which a reference is found, for xoEnumHelper.h.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoXRefResolverSearchPath.h"
 

@@ -1,3 +1,4 @@
+// Makes the index by one walk over the search paths, and finds files in it by the hash of their name's key.
 #include "xref/fileIndex.h"
 
 #include <algorithm>
@@ -44,10 +45,13 @@ private:
         });
     }
 
+    // A cancelled walk ends at the next folder.
     bool onEnterFolder(const std::string& folder) override {
         mIsCanceled = mCancel && mCancel->load(std::memory_order_relaxed);
         if (mIsCanceled) return false;
         mHasEntered = true;
+        // Only its files are left out, not its subfolders: an earlier search path that is not recursive does not cover
+        // those.
         const bool isSkipped = mNumber != 0 && isCovered(nameKey(folder));
         mLevels.push_back({kNone, isSkipped});
         return true;
@@ -65,6 +69,7 @@ private:
             mIndex.mIsComplete = false;
             return false;
         }
+        // A folder without wanted files takes no place in the index.
         if (level.folder == kNone) level.folder = addFolder(folder);
         const auto name = static_cast<std::uint32_t>(mIndex.mNames.size());
         mIndex.mEntries.push_back({level.folder, name, hashOf(nameKey(file)), kNone});
@@ -87,6 +92,7 @@ private:
     bool isWanted(const std::string& file) const {
         const auto& extensions = mSettings.extensionKeys;
         if (extensions.empty()) return true;
+        // Every extension has a dot, so a name without one needs no key.
         const std::size_t dot = file.rfind('.');
         if (dot == std::string::npos) return false;
         const std::string key = nameKey(file);
@@ -123,6 +129,8 @@ void FileIndex::link() {
     mEntries.shrink_to_fit();
     mNames.shrink_to_fit();
     std::size_t heads = 1;
+    // A power of two, so that a mask of the hash replaces a division. An empty index has one head, so that find needs
+    // no test.
     while (heads < mEntries.size()) heads *= 2;
     mHeads.assign(heads, kNone);
     for (std::size_t i = 0; i < mEntries.size(); ++i) {
@@ -138,6 +146,7 @@ std::vector<FileIndex::Found> FileIndex::find(std::string_view key) const {
     for (std::uint32_t at = mHeads[hash & (mHeads.size() - 1)]; at != kNone; at = mEntries[at].next) {
         const Entry& entry = mEntries[at];
         const char* const name = mNames.c_str() + entry.name;
+        // The keys are not stored: one is made again for each name whose hash matches, which are few.
         if (entry.hash != hash || nameKey(name) != key) continue;
         const Folder& folder = mFolders[entry.folder];
         std::string path = folder.path;

@@ -1,3 +1,4 @@
+// Keys of names, by which names and paths are compared.
 #include "xref/nameKey.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@ std::wstring composed(const std::wstring& text) {
     static auto* const normalize =
         platform::findFunction<Normalize>(::GetModuleHandleW(L"kernel32.dll"), "NormalizeString");
     constexpr int kFormC = 1;
+    // Without the function, and where it fails, the text is compared as it is.
     if (!normalize) return text;
     const int size = static_cast<int>(text.size());
     std::wstring result(3 * text.size() + 16, L'\0');  // no character becomes more than three
@@ -29,6 +31,8 @@ std::wstring composed(const std::wstring& text) {
     return result;
 }
 
+// The file system maps each UTF-16 unit by a table without a language. The invariant mapping without linguistic casing
+// is the nearest: it changes no length, which is checked.
 std::string upperUnicode(std::string_view utf8) {
     std::wstring wide = composed(platform::toWide(utf8));
     if (wide.empty()) return std::string(utf8);
@@ -50,6 +54,7 @@ std::string_view takeLastName(std::string_view& path) {
 }  // namespace
 
 std::string nameKey(std::string_view utf8) {
+    // Most names are ASCII, for which no system call is needed.
     if (!isAscii(utf8)) return upperUnicode(utf8);
     std::string key(utf8);
     std::transform(key.begin(), key.end(), key.begin(), text::toUpper);

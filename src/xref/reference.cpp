@@ -1,3 +1,4 @@
+// Takes references apart. Whatever could reach outside the names of files is refused: devices, streams, wildcards.
 #include "xref/reference.h"
 
 #include <algorithm>
@@ -54,6 +55,7 @@ std::string normalized(std::string_view text) {
     return path;
 }
 
+// A ":" in a name would open an alternate data stream, and a device name would open a device in any folder.
 bool isName(std::string_view name) {
     return std::all_of(name.begin(), name.end(), text::mayStandInFileName) && !text::isDeviceName(name);
 }
@@ -71,6 +73,8 @@ bool takeRoot(std::string_view& path, Reference& reference) {
     using Kind = Reference::Kind;
     if (path.substr(0, 2) == "//") {
         path.remove_prefix((std::min)(path.find_first_not_of('/'), path.size()));
+        // "//./" and "//?/" begin paths of devices:
+        // https://learn.microsoft.com/windows/win32/fileio/naming-a-file#win32-device-namespaces
         const std::string_view server = takeName(path), share = takeName(path);
         for (const std::string_view name : {server, share})
             if (name.empty() || name == "." || name == ".." || !isName(name)) return false;
@@ -80,6 +84,7 @@ bool takeRoot(std::string_view& path, Reference& reference) {
     }
     reference.kind = Kind::Relative;
     if (beginsWithDrive(path)) {
+        // "D:a" is relative to the current folder of the drive, which says nothing about the document.
         reference.kind = path.substr(2, 1) == "/" ? Kind::Drive : Kind::Rooted;
         if (reference.kind == Kind::Drive) reference.root.append(path.substr(0, 2)).append("/");
         path.remove_prefix(2);
@@ -117,6 +122,7 @@ Reference readReference(std::string_view text) {
     const std::string path = normalized(text);
     Reference reference;
     std::string_view rest = path;
+    // A separator at the end names a folder. The bytes are checked here, because decoding a URL can give any.
     if (path.empty() || path.back() == '/' || !text::isUtf8(path)) return {};
     if (!takeRoot(rest, reference) || !takeNames(rest, reference)) return {};
     return reference;

@@ -1,3 +1,4 @@
+// Finds the file that a document refers to: the settings, the index of the search paths, and the order of the rules.
 #include "xoSystem/xoXRefResolverSearchPath.h"
 
 #include <algorithm>
@@ -127,6 +128,7 @@ void xoXRefResolverSearchPath::Private::change(Change change) {
     const platform::SlimLocker locker(lock);
     auto changed = std::make_shared<xref::IndexSettings>(*settings);
     if (!change(*changed)) return;
+    // An index of an older generation is made again at the next search by name.
     ++changed->generation;
     settings = std::move(changed);
 }
@@ -137,6 +139,7 @@ std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::lastIndex() 
 }
 
 std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::build(const std::atomic<bool>* cancel) const {
+    // Without the lock of the settings: the walk may take minutes, and other threads go on with the last index.
     auto made = FileIndex::build(*snapshot().settings, cancel);
     if (!made) return made;
     const platform::SlimLocker locker(lock);
@@ -267,6 +270,8 @@ bool xoXRefResolverSearchPath::Private::searchByName(const Reference& reference,
                    std::tie(sharedNames, other.file.searchPath, other.file.depth, other.key, other.file.path);
         }
     };
+    // The best candidate shares the most names with the reference; then come the order of the search paths, the depth,
+    // and the paths themselves.
     std::vector<Candidate> candidates;
     for (FileIndex::Found& found : upToDateIndex()->find(xref::nameKey(reference.names.back()))) {
         const unsigned shared = matches.sharedNames(found.path);
