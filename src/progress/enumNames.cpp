@@ -1,3 +1,4 @@
+// The names of the enumerators of works and their units, for xoEnumHelper.h.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoProgress.h"
 

@@ -1,3 +1,4 @@
+// Estimates of speed and remaining time. The times are the caller's, so that a test needs no clock.
 #include "progress/estimate.h"
 
 #include <algorithm>
@@ -25,8 +26,10 @@ void SmoothedSpeed::add(std::int64_t nowMs, double amount) {
     const double seconds = static_cast<double>(nowMs - mLastMs) / kMsPerSecond;
     const double elapsedSeconds = static_cast<double>(nowMs - mBeginMs) / kMsPerSecond;
     const double timeConstant = (std::max)(15.0, elapsedSeconds / 4);
+    // 1 - exp(-t/T): the weight of a sample that lasts t. expm1 keeps its digits where t is small against T.
     const double share = -std::expm1(-seconds / timeConstant);
     mSpeed += share * ((amount - mLastAmount) / seconds - mSpeed);
+    // The sum of the weights so far, by which perSecond() divides: https://en.wikipedia.org/wiki/Exponential_smoothing
     mWeight += share * (1 - mWeight);
     mLastMs = nowMs;
     mLastAmount = amount;
@@ -41,6 +44,7 @@ void RemainingTime::begin(std::int64_t nowMs) {
 std::int64_t RemainingTime::at(std::int64_t nowMs, double fraction) {
     mSpeed.add(nowMs, fraction);
     const double perSecond = mSpeed.perSecond();
+    // The comparison is written so that a NaN gives kNone too.
     if (nowMs - mBeginMs < kFirstEstimateMs || !(perSecond > 0)) return kNone;
     const double remainingMs = (1 - fraction) / perSecond * kMsPerSecond;
     if (!(remainingMs <= kLastEstimateMs)) return mLastRemainingMs = kNone;
@@ -49,6 +53,7 @@ std::int64_t RemainingTime::at(std::int64_t nowMs, double fraction) {
     if (mLastRemainingMs != kNone) {
         const std::int64_t countedDownMs = (std::max)(mLastRemainingMs - (nowMs - mLastMs), std::int64_t{0});
         const double smallRiseMs = static_cast<double>(countedDownMs) * kSmallRise;
+        // The display then counts down with the clock.
         if (estimateMs > countedDownMs && remainingMs < smallRiseMs) estimateMs = countedDownMs;
     }
     mLastMs = nowMs;

@@ -1,3 +1,4 @@
+// The stack of levels and the arithmetic on it. A notifier has one lock; counters alone are read without it.
 #include "progress/work.h"
 
 #include <algorithm>
@@ -26,6 +27,7 @@ void Level::begin(const Description& description, std::uint64_t newSerial, bool 
         double sum = 0;
         for (std::uint64_t i = 0; i < description.total; ++i)
             ends.push_back(sum += static_cast<double>(description.weights[i]));
+        // Weights that are all 0 would divide by 0.
         if (!(sum > 0)) ends.clear();  // equal steps
     }
     tasks.clear();
@@ -46,6 +48,7 @@ void Level::begin(const Description& description, std::uint64_t newSerial, bool 
 }
 
 std::uint64_t Level::count() const {
+    // Relaxed: a reader needs some recent number, and nothing else is published through it.
     const std::uint64_t counted = done.load(std::memory_order_relaxed);
     return total == 0 ? counted : (std::min)(counted, total);
 }
@@ -62,6 +65,7 @@ double Level::stepsBeyond(std::uint64_t step, double spanFraction) const {
 }
 
 double Level::fraction(std::uint64_t step, double spanFraction) const {
+    // A level of unknown length has no fraction; what is nested in it moves no bar.
     if (total == 0) return 0;
     if (ends.empty()) {
         const double steps = static_cast<double>(step) + stepsBeyond(step, spanFraction);
@@ -83,6 +87,8 @@ bool Level::isComplete() const {
 Level* Work::open(const Description& description, bool hasCalls, bool& isOutermost, bool& isForeign) {
     const unsigned long thread = ::GetCurrentThreadId();
     const platform::SlimLocker locker(mLock);
+    // One thread owns a work from its first scope to its last. Scopes of others count for nothing and are reported
+    // once.
     if ((mDepth > 0 || mIsInCall) && mOwner != thread) {
         isForeign = !std::exchange(mHasReportedForeignScope, true);
         return nullptr;
@@ -90,6 +96,7 @@ Level* Work::open(const Description& description, bool hasCalls, bool& isOutermo
     if (mIsInCall) return nullptr;
 
     try {
+        // A level that was used before keeps the memory of its text, so that equal scopes in a loop allocate nothing.
         if (mDepth == mLevels.size()) mLevels.push_back(std::make_unique<Level>());
         mLevels[mDepth]->begin(description, mLastSerial + 1, hasCalls);
     } catch (const std::bad_alloc&) {
@@ -118,6 +125,7 @@ bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
     const platform::SlimLocker locker(mLock);
     if (!find(serial)) return false;
     mIsInCall = false;  // a fault has ended the call
+    // Levels above this one were left open, for instance by a fault; they end with it.
     for (bool isClosed = false; !isClosed;) {
         const Level& level = *mLevels[mDepth - 1];
         const bool isComplete = level.isComplete();
@@ -129,6 +137,7 @@ bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
         }
         Level& below = *mLevels[mDepth - 2];
         const double fraction = isComplete ? 1 : level.fraction(level.count(), spanFractionOf(mDepth - 1));
+        // If the level below has moved on, its step is complete already and this one's share is part of it.
         if (below.count() == level.stepBelow) {
             below.fill = level.fillBelow + (1 - level.fillBelow) * fraction;
             below.fillStep = level.stepBelow;
@@ -171,6 +180,7 @@ void Work::setText(std::uint64_t serial, std::string_view text) {
 void Work::setTotal(std::uint64_t serial, std::uint64_t total) {
     const platform::SlimLocker locker(mLock);
     Level* const level = find(serial);
+    // The weights give the number of steps, so that a total would contradict them.
     if (!level || !level->ends.empty()) return;
     level->total = total == 0 ? 0 : (std::max)(total, level->count());
     level->limit = total == 0 ? kNoLimit : level->total;
@@ -207,6 +217,7 @@ void Work::removeTask(std::uint64_t serial, const TaskShare& share, bool counts)
     const auto found = std::find_if(level->tasks.begin(), level->tasks.end(), isShare);
     if (found == level->tasks.end()) return;
     level->tasks.erase(found);
+    // Never more than the limit, so that the sum does not wrap around.
     if (counts) level->done.fetch_add((std::min)(share.steps, level->limit), std::memory_order_relaxed);
 }
 
@@ -245,6 +256,7 @@ void Work::endCall() {
 }
 
 Level* Work::find(std::uint64_t serial) {
+    // From the top, since the innermost scope is the one that is used most.
     for (std::size_t i = mDepth; i > 0; --i)
         if (mLevels[i - 1]->serial == serial) return mLevels[i - 1].get();
     return nullptr;
@@ -274,6 +286,7 @@ xoProgressState Work::snapshot(std::int64_t nowMs) {
     xoProgressState state;
     state.phase = xoProgressState::PhaseRunning;
     mHighestFraction = (std::max)(mHighestFraction, overallFraction());
+    // Below 1 until the work has ended, and never back: a total that grows does not move the bar to the left.
     state.fraction = (std::min)(mHighestFraction, std::nextafter(1.0, 0.0));
     state.isIndeterminate = mLevels[mDepth - 1]->total == 0;
     state.elapsedMs = nowMs - mBeginMs;

@@ -1,3 +1,4 @@
+// The public classes: they find the work of their notifier and call the notifier when it is due.
 #include "xoSystem/xoProgress.h"
 
 #include "platform/windows.h"
@@ -37,6 +38,7 @@ struct ProgressAccess {
 
     // Calls the notifier. What a host's function throws must not end the work.
     static void call(xoProgressNotifier& notifier) {
+        // A host's function that leads to another call, for instance by update(), does not get it.
         if (!work(notifier).beginCall()) return;
         notifier.mPrivate->lastCallMs = ::GetTickCount64();
         try {

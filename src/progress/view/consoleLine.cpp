@@ -1,3 +1,4 @@
+// Composes the lines of the console view from a state. Nothing here writes to a console.
 #include "progress/view/consoleLine.h"
 
 #include <algorithm>
@@ -76,6 +77,7 @@ std::string printable(const std::string& text) {
     return result;
 }
 
+// Rounded down, so that 100 % stands for a work that is complete.
 std::string percentOf(const xoProgressState& state) {
     const int percent = static_cast<int>(std::floor((std::min)((std::max)(state.fraction, 0.0), 1.0) * 100));
     return (percent < 10 ? " " : "") + std::to_string(percent) + " %";  // of one width, so that the bar keeps its own
@@ -136,6 +138,7 @@ struct Parts {
     std::string title, text, percent, counts, rate, time;
 };
 
+// The columns include the brackets and are kLeastBar at least, here and for the moving bar.
 std::string bar(double fraction, std::size_t columns) {
     const std::size_t inside = columns - 2;
     const auto filled = (std::min)(static_cast<std::size_t>(fraction * static_cast<double>(inside)), inside);
@@ -202,6 +205,7 @@ std::string barLine(const xoProgressState& state, std::size_t columns, unsigned 
 
     std::string barText;
     if (hasBar) {
+        // What the other parts leave goes to the bar, up to its greatest width.
         const std::size_t width = (std::min)(kMostBar, kLeastBar + columns - parts.columns(true));
         barText = state.isIndeterminate ? movingBar(tick, width) : bar(state.fraction, width);
     }

@@ -1,3 +1,4 @@
+// The names of the flags of the console view, for xoEnumHelper.h.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoProgressConsole.h"
 

@@ -1,3 +1,4 @@
+// Shows a work on the console: by a bar that a timer draws, or by plain lines where the output is redirected.
 #include "xoSystem/xoProgressConsole.h"
 
 #include <io.h>
@@ -19,6 +20,8 @@ constexpr std::int64_t kMostLineMs = 300000;
 struct TimerPolicy {
     using Type = PTP_TIMER;
     static Type none() noexcept { return nullptr; }
+    // In this order, so that no callback is queued or running when the timer is closed:
+    // https://learn.microsoft.com/windows/win32/api/threadpoolapiset/nf-threadpoolapiset-closethreadpooltimer
     static void close(Type timer) noexcept {
         ::SetThreadpoolTimer(timer, nullptr, 0, 0);
         ::WaitForThreadpoolTimerCallbacks(timer, /*fCancelPendingCallbacks=*/TRUE);
@@ -27,11 +30,13 @@ struct TimerPolicy {
 };
 
 bool isConsole(HANDLE handle) {
+    // Fails for files and pipes.
     DWORD mode = 0;
     return ::GetConsoleMode(handle, &mode);
 }
 
 HANDLE findConsole() {
+    // Standard error first, because standard output is redirected more often.
     for (const DWORD standard : {STD_ERROR_HANDLE, STD_OUTPUT_HANDLE}) {
         const HANDLE handle = ::GetStdHandle(standard);
         if (isConsole(handle)) return handle;
@@ -113,6 +118,7 @@ void CALLBACK xoProgressConsole::Private::onTimer(PTP_CALLBACK_INSTANCE, void* s
 
 void xoProgressConsole::Private::draw() {
     const std::lock_guard<std::mutex> locker(mutex);
+    // A callback that had begun before the end waits for the mutex and then draws nothing.
     if (!isRunning) return;
     if (console)
         drawBar();
