@@ -1,4 +1,4 @@
-// https://learn.microsoft.com/windows/win32/fileio/naming-a-file
+// The rules for names of files: https://learn.microsoft.com/windows/win32/fileio/naming-a-file
 #include "text/fileNames.h"
 
 #include "text/ascii.h"
