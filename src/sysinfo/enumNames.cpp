@@ -1,3 +1,4 @@
+// The names of the enumerators of the system's facts, for xoEnumHelper.h.
 #include "xoSystem/xoCpuInfo.h"
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoPowerStatus.h"

@@ -1,3 +1,4 @@
+// Lanes and errands. See errand.h for their rules.
 #include "sysinfo/errand.h"
 
 #include <algorithm>
@@ -76,6 +77,7 @@ DWORD WINAPI Errand::run(void* given) {
         argument->shared->work();
     } catch (...) {  // out of memory: there is no answer
     }
+    // What the work owns is released before the end is signalled and before the lane is free.
     argument->shared->work = nullptr;
     argument->lane->leave();
     ::SetEvent(argument->shared->ended.get());
@@ -91,11 +93,13 @@ Errand::Errand(Lane& lane, const Deadline& deadline, std::function<void()> work)
     argument->shared = std::make_shared<Shared>();
     argument->shared->work = std::move(work);
     argument->lane = &lane;
+    // Adds a reference to the library that holds this code, which the thread releases when it ends.
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&run),
                          argument->ownLibrary.put());
     if (!argument->ownLibrary || !argument->shared->ended) return;
     mTurn = lane.enter(deadline);
     if (mTurn == 0) return;
+    // Copied first: the thread owns the argument as soon as it runs, and may have deleted it when CreateThread returns.
     const std::shared_ptr<Shared> shared = argument->shared;
     const platform::KernelHandle thread(::CreateThread(/*lpThreadAttributes=*/nullptr, /*dwStackSize=*/0, &run,
                                                        argument.get(), /*dwCreationFlags=*/0, nullptr));

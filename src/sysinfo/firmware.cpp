@@ -1,3 +1,4 @@
+// Reads the tables of SMBIOS. Offsets and values are those of the standard: https://www.dmtf.org/standards/smbios
 #include "sysinfo/firmware.h"
 
 #include <algorithm>
@@ -39,6 +40,7 @@ bool isPlaceholder(const std::string& text) {
                        [&](std::string_view each) { return text::equalIgnoringCase(plain, each); });
 }
 
+// Bytes that are not UTF-8 are read in the native code page, so that the text is not lost.
 std::string cleaned(std::string_view bytes) {
     std::string text(bytes);
     if (!xoStringUtils::IsUtf8String(text)) text = platform::fromNative(text);
@@ -56,12 +58,14 @@ public:
         Table table;
         const RecordBytes head(bytes);
         const std::size_t length = head.byte(1);
+        // Two NULs end the texts, also where there are none. The search begins behind the fields, which may hold NULs.
         const std::size_t end = bytes.find(std::string_view("\0\0", 2), length);
         if (length >= kHead && length <= bytes.size() && end != std::string_view::npos) {
             table.mFields = RecordBytes(bytes.substr(0, length));
             table.mTexts = bytes.substr(length, end + 1 - length);
             bytes.remove_prefix(end + 2);
         } else {
+            // Without its length nothing behind a broken table can be found.
             bytes = {};
         }
         return table;
@@ -71,6 +75,7 @@ public:
     unsigned type() const { return mFields.byte(0); }
     const RecordBytes& fields() const { return mFields; }
 
+    // Empty for the number 0, which means no text, and for a number beyond the last text.
     std::string text(std::size_t field) const {
         std::string_view rest = mTexts;
         for (unsigned number = mFields.byte(field); number > 0; --number) {
@@ -118,6 +123,8 @@ const char* memoryKind(unsigned type) {
     }
 }
 
+// Megabytes, or kilobytes if the top bit is set. Sizes that do not fit 15 bits are in a longer field of newer tables. 0
+// for an empty slot.
 std::uint64_t moduleBytes(const RecordBytes& fields) {
     constexpr unsigned kUnknown = 0xFFFF, kIsFurtherOn = 0x7FFF, kIsInKilobytes = 0x8000;
     const unsigned size = fields.number<std::uint16_t>(0x0C);
@@ -151,6 +158,7 @@ void add(const Table& table, Machine& machine) {
             machine.serial = table.text(0x07);
             break;
         case 2:
+            // A machine may have several boards. The first one counts.
             if (machine.board.empty()) machine.board = table.text(0x05);
             break;
         case 17: {
@@ -183,6 +191,8 @@ Machine readMachine(std::string_view firmwareTables) {
 std::string firmwareTables() {
     constexpr DWORD kProvider = 'R' << 24 | 'S' << 16 | 'M' << 8 | 'B';
     std::string tables(::GetSystemFirmwareTable(kProvider, 0, nullptr, 0), '\0');
+    // A size beyond the buffer's means that nothing was written:
+    // https://learn.microsoft.com/windows/win32/api/sysinfoapi/nf-sysinfoapi-getsystemfirmwaretable
     const UINT size = ::GetSystemFirmwareTable(kProvider, 0, tables.data(), static_cast<DWORD>(tables.size()));
     tables.resize(size <= tables.size() ? size : 0);
     return tables;

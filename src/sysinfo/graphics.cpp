@@ -1,3 +1,4 @@
+// The graphics adapters by DXGI, which is loaded at run time: programs that never ask do not load it.
 #include "sysinfo/graphics.h"
 
 #include <cwchar>
@@ -12,6 +13,7 @@
 namespace xo::sysinfo {
 namespace {
 
+// Four numbers of 16 bits, the first one in the highest bits.
 std::string versionText(LARGE_INTEGER version) {
     std::string text;
     for (int shift = 48; shift >= 0; shift -= 16) {

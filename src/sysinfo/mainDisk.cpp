@@ -1,3 +1,4 @@
+// Finds the disk of the system drive: by a query of the volume, or by the management service where that fails.
 #include "sysinfo/mainDisk.h"
 
 #include <memory>

@@ -80,6 +80,7 @@ xoVariant toVariant(const void* data, VARTYPE kind, CIMTYPE type) {
     }
 }
 
+// UNKNOWN when the array cannot be read. safeArrayGetElement copies a text, and the copy is released here.
 xoVariant toList(const Com& com, SAFEARRAY* array, VARTYPE kind, CIMTYPE type) {
     xoVariant::xoVariantListImpl list;
     LONG begin = 0, end = -1;

@@ -30,6 +30,7 @@ private:
 };
 
 // A property of the first object that a query finds; the value stays empty when there is none.
+// The flags make the query return before its result is complete; Next then waits, for a limited time.
 void askFirst(const Com& com, IWbemServices& services, const std::wstring& query, const wchar_t* property,
               Value& value) {
     ComObject<IEnumWbemClassObject> answers;

@@ -1,3 +1,5 @@
+// The builds of Windows 11 begin with 22000:
+// https://learn.microsoft.com/windows/release-health/windows11-release-information
 #include "sysinfo/osName.h"
 
 #include <string_view>

@@ -142,6 +142,7 @@ std::string withSingleBlanks(const std::string& text) {
     return result;
 }
 
+// 48 bytes in three leaves, padded with blanks or NULs.
 std::string readBrand(const Leaves& leaves) {
     std::string brand;
     for (std::uint32_t leaf = kExtended + 2; leaf <= kExtended + 4; ++leaf) {
@@ -153,6 +154,7 @@ std::string readBrand(const Leaves& leaves) {
 
 std::uint64_t readFeatures(const Leaves& leaves, const ProcessorSource& source) {
     constexpr std::uint32_t kSystemSavesRegisters = 1u << 27;  // OSXSAVE
+    // XGETBV is an invalid instruction unless this bit is set.
     const bool isSaving = (leaves.get(1).c & kSystemSavesRegisters) != 0;
     const std::uint64_t saved = isSaving ? source.savedRegisters() : 0;
     std::uint64_t features = 0, mask = 1;
@@ -171,14 +173,18 @@ ProcessorSource thisProcessor() { return {&readLeaf, &readSavedRegisters}; }
 void ProcessorFacts::identify(const ProcessorSource& source, CPUInfo& facts) {
     const Leaves leaves(source);
     const Leaf first = source.leaf(0, 0), version = leaves.get(1);
+    // The text of the vendor is in this order of registers: "Genu", "ineI", "ntel".
     for (const std::uint32_t bytes : {first.b, first.d, first.c}) append(facts.mVendor, bytes);
     facts.mBrand = readBrand(leaves);
+    // The extended family is added for family 15 alone, and the extended model counts for families 6 and 15.
     const unsigned family = version.a >> 8 & 0xF, extendedModel = version.a >> 16 & 0xF;
     facts.mFamily = family == 15 ? family + (version.a >> 20 & 0xFF) : family;
     facts.mModel = version.a >> 4 & 0xF;
     if (family == 6 || family == 15) facts.mModel += extendedModel << 4;
     facts.mStepping = version.a & 0xF;
     facts.mFeatures = readFeatures(leaves, source);
+    // This bit is reserved for hypervisors, which answer the leaves from 0x40000000 on:
+    // https://learn.microsoft.com/virtualization/hyper-v-on-windows/tlfs/feature-discovery
     if (version.c >> 31 != 0) {
         const Leaf hypervisor = source.leaf(kHypervisor, 0);
         for (const std::uint32_t bytes : {hypervisor.b, hypervisor.c, hypervisor.d}) append(facts.mHypervisor, bytes);

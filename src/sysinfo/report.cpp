@@ -37,6 +37,8 @@ struct SlowPart {
     }
 };
 
+// The parts share one deadline, so that the waits for all of them together end with it. A late part's map belongs to
+// its thread and is not read.
 void collect(std::vector<SlowPart>& parts, const Deadline& deadline, Map& report) {
     std::string incomplete;
     for (SlowPart& part : parts) {
@@ -75,6 +77,7 @@ xoSystemUtils::OsVersion xoSystemUtils::GetOsVersion() {
         version.build = info.dwBuildNumber;
         version.isServer = info.wProductType != VER_NT_WORKSTATION;
     }
+    // RtlGetVersion does not give the revision.
     const platform::RegistryKey key(HKEY_LOCAL_MACHINE, LR"(SOFTWARE\Microsoft\Windows NT\CurrentVersion)");
     version.revision = key.number(L"UBR").value_or(0);
     version.wineVersion = sysinfo::wineVersion();
@@ -95,6 +98,8 @@ xoSystemUtils::MemoryStatus xoSystemUtils::GetMemoryStatus() {
         status.commitLimitBytes = std::uint64_t{performance.CommitLimit} * performance.PageSize;
         status.commitUsedBytes = std::uint64_t{performance.CommitTotal} * performance.PageSize;
     }
+    // What the firmware reports, which includes memory that the system cannot use. It fails where the firmware has no
+    // such tables.
     ULONGLONG kilobytes = 0;
     if (::GetPhysicallyInstalledSystemMemory(&kilobytes)) status.installedBytes = kilobytes * 1024;
     return status;
@@ -105,6 +110,7 @@ Map xoSystemUtils::GetReport(int parts, unsigned timeoutMs) {
     const bool withIdentity = (parts & ReportIdentity) != 0;
     Map report;
     std::vector<SlowPart> slow;
+    // The slow parts begin first and work while the quick ones are read here.
     if ((parts & ReportGraphics) != 0) {
         slow.push_back({"graphics"});
         slow.back().begin(sysinfo::graphicsLane(), deadline, &sysinfo::reportGraphics);

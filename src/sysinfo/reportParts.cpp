@@ -29,10 +29,12 @@ std::string architecture() {
         ::GetNativeSystemInfo(&info);
         machine = info.wProcessorArchitecture == PROCESSOR_ARCHITECTURE_AMD64 ? IMAGE_FILE_MACHINE_AMD64 : 0;
     }
+    // IMAGE_FILE_MACHINE_ARM64.
     constexpr USHORT kArm64 = 0xAA64;
     return machine == IMAGE_FILE_MACHINE_AMD64 ? "x64" : machine == kArm64 ? "arm64" : "";
 }
 
+// The language of the user interface, not that of the formats of numbers and dates.
 std::string userLanguage() {
     wchar_t name[LOCALE_NAME_MAX_LENGTH];
     const LCID language = MAKELCID(::GetUserDefaultUILanguage(), SORT_DEFAULT);
@@ -112,6 +114,7 @@ void reportOs(Section section, bool withIdentity) {
                                std::to_string(version.build) + "." + std::to_string(version.revision));
     section.setNumber("build", version.build);
     section.setAnyNumber("revision", version.revision);
+    // Systems from Windows 10 20H2 on have DisplayVersion ("22H2"); their ReleaseId stays "2009".
     const std::string release = text(L"DisplayVersion");
     section.set("release", release.empty() ? text(L"ReleaseId") : release);
     section.set("edition", text(L"EditionID"));

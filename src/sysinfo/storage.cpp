@@ -27,6 +27,7 @@ using VolumeSearch = platform::Owned<VolumePolicy>;
 
 constexpr std::size_t kVolumeName = 64;  // "\\?\Volume{8b0ab1c4-33d7-4e0c-9b4f-6f0f6d1ad1c2}\" has 49
 
+// Null for a volume that the report leaves out.
 const char* volumeKind(const std::wstring& path) {
     switch (::GetDriveTypeW(path.c_str())) {
         case DRIVE_FIXED: return "fixed";
@@ -44,6 +45,7 @@ std::wstring mountedAt(const wchar_t* volume) {
     DWORD size = 0;
     while (!::GetVolumePathNamesForVolumeNameW(volume, paths.data(), static_cast<DWORD>(paths.size()), &size)) {
         const DWORD error = ::GetLastError();
+        // The second condition ends the loop if the system asks for no more than it was given.
         if (error != ERROR_MORE_DATA || size <= paths.size()) return {};
         paths.resize(size);
     }
@@ -98,6 +100,7 @@ std::string queryStorage(const platform::FileHandle& disk, STORAGE_PROPERTY_ID p
     STORAGE_PROPERTY_QUERY query{};
     query.PropertyId = property;
     query.QueryType = PropertyStandardQuery;
+    // The descriptor has texts of any length behind its fixed part.
     std::string answer(4096, '\0');
     DWORD size = 0;
     const bool isDone = ::DeviceIoControl(disk.get(), IOCTL_STORAGE_QUERY_PROPERTY, &query, sizeof query, answer.data(),
@@ -121,6 +124,7 @@ void reportDevice(Section& section, const platform::FileHandle& disk, bool isMad
     const RecordBytes descriptor(answer);
     if (descriptor.size() == 0) return;
     section.setFlag("removable", descriptor.byte(10) != 0);
+    // A bus of a newer system has no name here.
     if (const auto bus = descriptor.number<std::uint32_t>(28); bus < std::size(kBuses)) section.set("bus", kBuses[bus]);
     if (isMadeUp) return;
     const std::string vendor = descriptorText(descriptor, 12), product = descriptorText(descriptor, 16);
@@ -180,6 +184,7 @@ Map reportVolumes(bool withIdentity) {
 }
 
 Map reportDisks(bool withIdentity) {
+    // Numbers may have gaps, where a disk was removed, so every number up to this one is tried.
     constexpr unsigned kDisks = 64;
     const QuietErrors quiet;
     const bool isMadeUp = !wineVersion().empty();
@@ -194,6 +199,8 @@ Map reportDisks(bool withIdentity) {
         if (isMadeUp) continue;
         one.setNumber("bytes", diskBytes(disk).value_or(0));
         const std::string penalty = queryStorage(disk, StorageDeviceSeekPenaltyProperty);
+        // A drive that has to move a head reports a seek penalty:
+        // https://learn.microsoft.com/windows/win32/api/winioctl/ns-winioctl-device_seek_penalty_descriptor
         if (penalty.size() > 8) one.set("kind", RecordBytes(penalty).byte(8) != 0 ? "hdd" : "ssd");
         if (mainDisk) one.setFlag("main", *mainDisk == number);
     }

@@ -1,3 +1,4 @@
+// The facts of this machine's processor, read at the first use.
 #include "xoSystem/xoCpuInfo.h"
 
 #include "platform/registryKey.h"

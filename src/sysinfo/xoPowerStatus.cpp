@@ -1,3 +1,4 @@
+// The source of power and the charge of the battery, read at intervals.
 #include "xoSystem/xoPowerStatus.h"
 
 #include "platform/windows.h"

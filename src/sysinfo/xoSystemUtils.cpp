@@ -1,3 +1,4 @@
+// Facts of the system that are read once, and small helpers.
 #include "xoSystem/xoSystemUtils.h"
 
 #include <algorithm>
@@ -29,6 +30,7 @@ MainDisk& mainDisk() {
 }
 
 unsigned readProcessorCount() {
+    // Only the error tells an empty variable from a missing one: both give the length 0.
     ::SetLastError(ERROR_SUCCESS);
     const std::wstring text = platform::readWide(
         [](wchar_t* buffer, DWORD size) { return ::GetEnvironmentVariableW(L"NUMBER_OF_PROCESSORS", buffer, size); });
@@ -55,6 +57,7 @@ unsigned xoSystemUtils::GetProcessorCount() { return processorCount.load(std::me
 std::string xoSystemUtils::getMainHDDDevice() {
     MainDisk& disk = mainDisk();
     const platform::SlimLocker locker(disk.lock);
+    // The lock is held meanwhile, so that several threads do not ask the management service at once.
     if (!disk.device) disk.device = sysinfo::findMainDisk();
     return *disk.device;
 }
