@@ -1,3 +1,4 @@
+// Takes delimited text apart in its buffer: https://www.rfc-editor.org/rfc/rfc4180
 #include "stream/csvParser.h"
 
 #include <utf8.h>

@@ -1,3 +1,4 @@
+// Strings in blocks, which keep their memory from one table to the next.
 #include "stream/stringArena.h"
 
 #include <algorithm>
