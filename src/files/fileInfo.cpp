@@ -124,6 +124,7 @@ std::uint64_t xoDirUtils::GetAvailableDiskSizeUtf8(const std::string& path, std:
             error = "GetDiskFreeSpaceExW error " + std::to_string(code);
             return 0;
         }
+        // The folder may not exist yet: its parent lies on the same disk.
         folder.resize((std::max)(root, folder.find_last_of(L'\\')));
     }
 }

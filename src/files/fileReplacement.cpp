@@ -1,3 +1,4 @@
+// Replaces the content of a file by a new file that takes its name, or in place where that is not possible.
 #include "files/fileReplacement.h"
 
 #include <cstddef>
@@ -40,6 +41,7 @@ platform::FileHandle createBeside(const std::wstring& path, DWORD flags) {
             if (mayBeTaken(::GetLastError())) continue;
             return {};
         }
+        // Marked for deletion until it takes its place, so that a crash leaves no file behind.
         if (setDeleteOnClose(file, true) == ERROR_SUCCESS) return file;
         file.reset();
         ::DeleteFileW(name.c_str());
@@ -99,6 +101,7 @@ public:
 private:
     union {
         SECURITY_DESCRIPTOR head;
+        // A longer list cannot be read; the file is then overwritten in place, which keeps its list.
         BYTE bytes[8192];
     } mDescriptor;
     DWORD mSize = 0;
@@ -114,6 +117,7 @@ bool copyAccess(const platform::FileHandle& from, const platform::FileHandle& to
 bool copyProperties(const platform::FileHandle& from, const platform::FileHandle& to) {
     BY_HANDLE_FILE_INFORMATION old;
     if (!::GetFileInformationByHandle(from.get(), &old)) return false;
+    // A new file would not be the one that the other hard links name.
     if (old.nNumberOfLinks > 1 || (old.dwFileAttributes & kOnlyInPlace) != 0) return false;
     FILE_BASIC_INFO info{};  // a member that is 0 changes nothing
     info.CreationTime.LowPart = old.ftCreationTime.dwLowDateTime;
@@ -218,6 +222,7 @@ DWORD FileReplacement::whileBusy(DWORD busyError, Attempt attempt) {
         const DWORD error = attempt();
         const ULONGLONG now = ::GetTickCount64();
         if (error == busyError && now < end) continue;
+        // All attempts of one replacement share the time.
         mPatienceMs = now < end ? end - now : 0;
         return error;
     }
@@ -283,6 +288,7 @@ DWORD FileReplacement::commitPieces() {
 }
 
 DWORD FileReplacement::takePlace() {
+    // Before the renaming: with the mark the file would be deleted under its new name when it is closed.
     if (const DWORD error = setDeleteOnClose(mNew, false)) return error;
     const DWORD error = whileBusy(ERROR_ACCESS_DENIED, [&] { return moveOver(mNew, mTarget); });
     if (error != ERROR_SUCCESS) setDeleteOnClose(mNew, true);
