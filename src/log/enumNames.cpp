@@ -1,3 +1,4 @@
+// The names of the enumerators of the log, for xoEnumHelper.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoLog.h"
 

@@ -1,3 +1,4 @@
+// The log: which lines are wanted, and their way to the handler, the console and the file.
 #include "xoSystem/xoLog.h"
 
 #include <algorithm>
