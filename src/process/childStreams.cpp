@@ -1,3 +1,4 @@
+// Moves bytes between a child and its host by overlapped operations, on the thread of the host.
 #include "process/childStreams.h"
 
 #include <algorithm>
@@ -77,6 +78,7 @@ OutputChannel::OutputChannel(platform::FileHandle ours, std::shared_ptr<const Ou
     if (mChoice->kind == OutputChoice::Kind::Lines) mLines.emplace(mChoice->handler);
 }
 
+// Waits for the end of the operation, because the system writes to the buffer until then.
 OutputChannel::~OutputChannel() {
     DWORD unused = 0;
     mOperation.cancel(mPipe.get(), unused);
@@ -176,12 +178,14 @@ bool InputChannel::refill() {
     if (mIsLast) return false;
     const std::uint64_t size =
         (std::min)(mChoice->device->readBytes(mBuffer.get(), kBufferBytes), std::uint64_t{kBufferBytes});
+    // A device that returns less than it was asked for is at its end.
     mIsLast = size < kBufferBytes;
     mAt = mBuffer.get();
     mEnd = mAt + size;
     return size != 0;
 }
 
+// The child sees the end of its input when the last handle of this end is closed.
 void InputChannel::close() {
     DWORD unused = 0;
     mOperation.cancel(mPipe.get(), unused);
@@ -216,6 +220,7 @@ bool ChildStreams::move() {
     return hasMoved;
 }
 
+// The child has ended, but its own children may hold the pipes open. So only what is there already is read.
 void ChildStreams::finish() {
     if (mIsMoving) return;
     if (mInput) mInput->close();

@@ -1,3 +1,4 @@
+// The names of the enumerators of processes, for xoEnumHelper.
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoProcess.h"
 

@@ -1,3 +1,4 @@
+// Environment blocks: https://learn.microsoft.com/windows/win32/procthread/environment-variables
 #include "process/environmentBlock.h"
 
 #include <map>

@@ -1,3 +1,4 @@
+// A child process: its start, its state, the wait for its end.
 #include "xoSystem/xoProcess.h"
 
 #include <algorithm>
@@ -68,12 +69,14 @@ void xoProcess::Private::wait(DWORD timeoutMs) {
         ::WaitForSingleObject(process.get(), timeoutMs);
         return;
     }
+    // The child and at most three streams.
     HANDLE handles[4] = {process.get()};
     DWORD count = 1;
     streams->appendEvents(handles, count);
     ::WaitForMultipleObjects(count, handles, /*bWaitAll=*/FALSE, timeoutMs);
 }
 
+// The job contains the children of the child too.
 void xoProcess::Private::kill() {
     if (job)
         ::TerminateJobObject(job.get(), kKilledExitCode);
@@ -192,6 +195,7 @@ void xoProcess::terminateProcess() {
         process::requestClose(mPrivate->processId, mPrivate->mainThreadId);
 }
 
+// A child that is still running continues, unless it is tied: closing its job ends it.
 void xoProcess::clearProcess() { *mPrivate = Private(); }
 
 bool xoProcess::resetState() {
@@ -256,6 +260,7 @@ std::uint64_t xoProcess::getCurrentRamInUse() const {
     const HANDLE process = mPrivate->process ? mPrivate->process.get() : ::GetCurrentProcess();
     PROCESS_MEMORY_COUNTERS counters{};
     counters.cb = sizeof counters;
+    // PagefileUsage is the memory that the process has committed, whether it is in RAM or not.
     return ::GetProcessMemoryInfo(process, &counters, sizeof counters) ? counters.PagefileUsage : 0;
 }
 
