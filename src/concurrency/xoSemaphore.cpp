@@ -1,3 +1,4 @@
+// A counting semaphore on a mutex and a condition: a semaphore of the kernel gives one unit at each wait, not several.
 #include "xoSystem/xoSemaphore.h"
 
 namespace xo {
