@@ -26,6 +26,7 @@ public:
 
     // The text of the value, without environment variables in it; empty when there is none.
     std::wstring text(const wchar_t* name) const {
+        // Repeated, because another program may lengthen the value between two calls.
         std::wstring text(128, L'\0');
         while (mKey) {
             auto bytes = static_cast<DWORD>(text.size() * sizeof(wchar_t));
