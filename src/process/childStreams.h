@@ -34,6 +34,8 @@ private:
     void end(BOOL isDone, DWORD error);
     State result(HANDLE pipe, bool wait, DWORD& moved);
 
+    // Reset by hand, because both a wait and GetOverlappedResult look at it:
+    // https://learn.microsoft.com/windows/win32/api/ioapiset/nf-ioapiset-getoverlappedresult
     platform::KernelHandle mEvent{::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/TRUE,
                                                  /*bInitialState=*/FALSE,
                                                  /*lpName=*/nullptr)};

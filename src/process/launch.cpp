@@ -100,7 +100,6 @@ BOOL createWithHandles(Prepared& prepared, DWORD flags, StandardHandles& handles
     const BOOL isCreated =
         startup.lpAttributeList && attributes.makeInheritable() &&
         createProcess(prepared, flags | EXTENDED_STARTUPINFO_PRESENT, startup, /*inherits=*/TRUE, created);
-    // Read before the handles are closed, which may set another code, and set again for the caller.
     const DWORD error = isCreated ? ERROR_SUCCESS : ::GetLastError();
     for (platform::FileHandle* handle : {&handles.input, &handles.output, &handles.error}) handle->reset();
     ::SetLastError(error);
