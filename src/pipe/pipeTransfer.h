@@ -25,6 +25,8 @@ private:
     xoNamedPipe::Result finish(HANDLE pipe, DWORD error, const Deadline& deadline, const Cancellation& cancellation,
                                std::uint64_t& done);
 
+    // Reset by hand, because both a wait and GetOverlappedResult look at it:
+    // https://learn.microsoft.com/windows/win32/api/ioapiset/nf-ioapiset-getoverlappedresult
     platform::KernelHandle mEvent{::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/TRUE,
                                                  /*bInitialState=*/FALSE,
                                                  /*lpName=*/nullptr)};
