@@ -50,14 +50,12 @@ struct xoWaitConditionPrivateEvent::Waiter {
 
 bool xoWaitConditionPrivateEvent::wait(CRITICAL_SECTION* callersSection, unsigned long timeoutMs) {
     platform::KernelHandle event = takeEvent();
-    // Without an event the call returns like a spurious wake-up; callers look at their condition again.
     if (!event) {
         ::LeaveCriticalSection(callersSection);
         ::EnterCriticalSection(callersSection);
         return true;
     }
     Waiter waiter{event.get()};
-    // In the list before the section is left, so that no wake-up in between is lost.
     append(waiter);
     ::LeaveCriticalSection(callersSection);
     const DWORD result = ::WaitForSingleObject(event.get(), timeoutMs);
