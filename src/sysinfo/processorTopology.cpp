@@ -16,6 +16,7 @@ enum Relation : std::uint32_t { Core = 0, CacheOfCores = 2, Package = 3, Group =
 
 // The masks of the threads that a record is about; older systems leave the count 0 where there is always one.
 unsigned countThreads(const RecordBytes& record, std::size_t countAt, std::size_t masksAt) {
+    // A GROUP_AFFINITY: 64 bits of the mask, then the number of the group.
     constexpr std::size_t kMaskBytes = 16;
     const unsigned masks = (std::max)(unsigned{record.number<std::uint16_t>(countAt)}, 1u);
     unsigned threads = 0;
@@ -26,6 +27,8 @@ unsigned countThreads(const RecordBytes& record, std::size_t countAt, std::size_
 }
 
 void addCore(const RecordBytes& record, std::vector<CPUInfo::CoreClass>& classes) {
+    // PROCESSOR_RELATIONSHIP behind the head of 8 bytes: the class at 9, the count of masks at 30, the masks from 32
+    // on.
     const unsigned efficiencyClass = record.byte(9);
     auto place = std::find_if(classes.begin(), classes.end(),
                               [&](const auto& each) { return each.efficiencyClass >= efficiencyClass; });
@@ -37,6 +40,7 @@ void addCore(const RecordBytes& record, std::vector<CPUInfo::CoreClass>& classes
 
 void addCache(const RecordBytes& record, std::vector<CPUInfo::Cache>& caches) {
     constexpr unsigned kFullyAssociative = 0xFF;
+    // CACHE_RELATIONSHIP: level 8, ways 9, bytes of a line 10, bytes 12, kind 16, count of masks 38, masks from 40 on.
     CPUInfo::Cache cache;
     const auto kind = record.number<std::uint32_t>(16);
     if (kind > CPUInfo::Cache::Data) return;  // a trace cache, or something newer
@@ -63,6 +67,7 @@ void ProcessorFacts::readTopology(std::string_view records, CPUInfo& facts) {
     while (records.size() >= kHead) {
         const RecordBytes head(records);
         const auto size = head.number<std::uint32_t>(4);
+        // A size below that of the head would keep the loop in its place.
         if (size < kHead || size > records.size()) break;
         const RecordBytes record(records.substr(0, size));
         switch (head.number<std::uint32_t>(0)) {

@@ -120,6 +120,7 @@ std::string descriptorText(const RecordBytes& descriptor, std::size_t offsetAt) 
 
 // https://learn.microsoft.com/windows/win32/api/winioctl/ns-winioctl-storage_device_descriptor
 void reportDevice(Section& section, const platform::FileHandle& disk, bool isMadeUp, bool withIdentity) {
+    // Offsets in the descriptor: removable 10, vendor 12, product 16, serial number 24, bus 28.
     const std::string answer = queryStorage(disk, StorageDeviceProperty);
     const RecordBytes descriptor(answer);
     if (descriptor.size() == 0) return;

@@ -75,6 +75,8 @@ const char* skipPlainBlocks(const char* at, const char* end) {
     return at;
 }
 
+// Control characters, line separators, and the formatting characters with which a text could show in another order than
+// it has: https://www.unicode.org/reports/tr9/#Directional_Formatting_Characters
 bool needsEscape(char32_t code) {
     if (code < 0xA0) return code < 0x20 || code >= 0x7F;
     if (code < 0x2000) return code == 0x061C;
@@ -116,6 +118,7 @@ void appendEscape(std::string& out, CodePoint code, char first) {
 
 }  // namespace
 
+// Emoji sequences count as one character: https://www.unicode.org/reports/tr51/#Emoji_Sequences
 Cluster nextCluster(const char* at, const char* end) {
     if (isPlain(*at) && (end - at == 1 || isPlain(at[1]))) return {at + 1, 1};
 

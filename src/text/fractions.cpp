@@ -1,3 +1,4 @@
+// The fraction with a bounded denominator that is nearest to a number.
 #include <algorithm>
 #include <cmath>
 #include <limits>

@@ -1,3 +1,4 @@
+// Bytes and UUIDs as hexadecimal digits.
 #include <array>
 #include <cstring>
 #include <functional>
@@ -66,6 +67,7 @@ bool decode(const char* text, std::size_t size, char* out) {
 }
 
 // Whether the output buffer overlaps the input.
+// The whole capacity counts, because resizing may write behind the present end.
 bool liesIn(const char* data, const std::string& out) {
     const std::less<> before;
     return !before(data, out.data()) && !before(out.data() + out.capacity(), data);

@@ -1,3 +1,5 @@
+// Comparison in the order of the user's language, with digits as numbers:
+// https://learn.microsoft.com/windows/win32/api/stringapiset/nf-stringapiset-comparestringex
 #include <limits>
 
 #include "platform/wideText.h"
@@ -7,6 +9,7 @@
 namespace xo {
 namespace {
 
+// CompareStringEx returns 0 for a failure and 1 to 3 for less, equal and greater. The results here are these minus 2.
 constexpr int kFailed = -2;
 constexpr int kLess = -1;
 

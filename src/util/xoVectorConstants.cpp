@@ -86,7 +86,8 @@ const __m128 sSSEAlmostOne = XO_ALL(1.0f - FLT_EPSILON / 2);
 const __m128 sSSEDelta = XO_ALL(1e-5f);
 const __m128 sSSEPow = {1.0f, 2.0f, 4.0f, 8.0f};
 const __m128 sSSEFirst = {1.0f, 0.0f, 0.0f, 0.0f};
-// The bits of the float 2^23. From there on floats are integers, so adding and subtracting it rounds to an integer.
+// The bits of the float 2^23. From there on floats are integers, so that adding and subtracting it rounds a smaller
+// float that is not negative.
 const __m128i sSSEMaskRound = XO_INTEGERS(0x4B000000, 0x4B000000, 0x4B000000, 0x4B000000);
 const __m128 sSSEMaskRoundFloat = XO_ALL(8388608.0f);
 const __m128 sSSEReflecMagicNumber = XO_ALL(2.0f);

@@ -1,4 +1,4 @@
-// The owner of a variant's payload: building, copying, moving and destroying it.
+// The payload of a variant: building, copying and destroying it.
 #include <algorithm>
 #include <new>
 
@@ -103,8 +103,8 @@ struct xoVariant::Tree {
         return static_cast<HeldList*>(value.mPayload.list);
     }
 
-    // A container of plain values is deleted at any depth of the stack, because its destructor enters no
-    // other container. The exact type must be known for the conversion to Held, whose destructor is virtual.
+    // A container of plain values is deleted at any depth of the stack, because its destructor enters no other
+    // container.
     static void destroy(xoVariant& value) noexcept {
         const bool canDelete = mayRecurse() || !(value.mType == MAP ? hasContainers(*value.mPayload.map)
                                                                     : hasContainers(*value.mPayload.list));
@@ -167,8 +167,7 @@ struct xoVariant::Tree {
             copyOrPutOff(target.emplace_hint(target.end(), key, xoVariant())->second, value, waiting);
     }
 
-    // A copy of UNKNOWN stays in the place of a container until its turn, so an exception leaves a tree that can be
-    // destroyed.
+    // The copy of a container is UNKNOWN until its turn, so that an exception leaves a tree that can be destroyed.
     static void copyOrPutOff(xoVariant& target, const xoVariant& source, Waiting& waiting) {
         if (isContainer(source)) {
             waiting.emplace_back(&target, &source);
