@@ -111,6 +111,7 @@ void xoIoDeviceFile::Private::log(xoLogType type, const char* what, DWORD code, 
     }
 }
 
+// The first error is the one that getError() returns: later ones are mostly its consequences.
 void xoIoDeviceFile::Private::fail(DWORD code) {
     holds = Holds::Nothing;
     hasFailed = true;
@@ -124,6 +125,7 @@ bool xoIoDeviceFile::Private::failWrite(DWORD code) {
     return false;
 }
 
+// Using a file that is not open is an error of its own; it stays until the next open.
 bool xoIoDeviceFile::Private::canTransfer() {
     if (!file.isOpen()) hasFailed = true;
     return !hasFailed;
@@ -165,6 +167,7 @@ std::uint64_t xoIoDeviceFile::Private::write(const char* bytes, std::uint64_t si
     }
     // The buffer may hold bytes read ahead of the same place, which the write makes out of date.
     if (!release()) return 0;
+    // Windows has signed positions, so that none lies behind the largest 64-bit one.
     if (size > stream::kLastPosition - writeAt) return failWrite(ERROR_INVALID_PARAMETER);
     // A piece as large as the buffer goes to the file without a copy.
     if (size >= kCapacity) {
@@ -183,6 +186,7 @@ std::uint64_t xoIoDeviceFile::Private::write(const char* bytes, std::uint64_t si
 
 // ---- reading
 
+// Returns how many bytes it took: 0 when the position lies outside of what was read ahead.
 std::uint64_t xoIoDeviceFile::Private::takeBuffered(char* bytes, std::uint64_t size) {
     const std::uint64_t at = readAt - bufferAt;  // wraps round to a large number for a position before the buffer
     if (holds != Holds::Read || at >= filled) return 0;
@@ -199,6 +203,7 @@ std::uint64_t xoIoDeviceFile::Private::readFrom(std::uint64_t position, char* by
     return got;
 }
 
+// False at the end of the file and after an error.
 bool xoIoDeviceFile::Private::readAhead() {
     holds = Holds::Nothing;
     if (!allocate()) fail(ERROR_NOT_ENOUGH_MEMORY);
