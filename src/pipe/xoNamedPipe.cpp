@@ -44,6 +44,7 @@ void xoNamedPipe::Private::sendIfWriter() {
     if (writer.load(std::memory_order_relaxed) == ::GetCurrentThreadId()) send(pipe::Deadline(writeLimitMs));
 }
 
+// What this thread has written and not sent goes first: the peer may wait for it before it answers.
 bool xoNamedPipe::Private::canBeginReading() {
     sendOwn();
     if (hasReadError) return false;
@@ -62,6 +63,7 @@ bool xoNamedPipe::Private::failReading(Result result) {
     return false;
 }
 
+// At most size bytes of those in the buffer; 0 when it is empty.
 std::uint64_t xoNamedPipe::Private::takeBuffered(char* buffer, std::uint64_t size) {
     const std::size_t count = (std::min)(static_cast<std::size_t>(size), readEnd - readAt);
     stream::copyShort(buffer, readBuffer.get() + readAt, count);
@@ -85,6 +87,7 @@ std::uint64_t xoNamedPipe::Private::read(char* buffer, std::uint64_t size, std::
     Result result = ResultOk;
     while (got < atLeast && result == ResultOk) {
         const std::uint64_t rest = size - got;
+        // A piece as large as the buffer is read to its place without a copy.
         if (rest >= bufferBytes) {
             std::uint64_t arrived = 0;
             result = readLane.read(handle.get(), buffer + got, rest, deadline, cancellation, arrived);
@@ -160,6 +163,7 @@ bool xoNamedPipe::readMessage(std::string& message) {
     const pipe::Deadline deadline(self.readLimitMs);
     if (!self.readHead(deadline)) return false;
     const std::uint32_t length = lengthIn(self.incoming.head);
+    // The bytes of the message stay in the pipe. Nothing after them can be found, so that the error stays.
     if (length > self.maxMessageBytes) {
         xoLogObject(xoLogWarning) << "xoNamedPipe refused a message of " << length << " bytes (more than "
                                   << self.maxMessageBytes << ")";

@@ -166,6 +166,7 @@ bool xoNamedPipeServer::listenUtf8(const std::string& name) {
     return false;
 }
 
+// The settings of the host are copied, so that later changes take effect at the next start only.
 DWORD xoNamedPipeServer::Private::begin(const std::wstring& fullName) {
     if (fullName.empty()) return ERROR_INVALID_NAME;
     if (!closing.event()) return ERROR_NOT_ENOUGH_MEMORY;
