@@ -30,8 +30,7 @@ public:
 
     // The list in the form of STARTUPINFOEXW, valid as long as this object; null when Windows refuses it.
     LPPROC_THREAD_ATTRIBUTE_LIST get() {
-        // The first call returns the size, and always fails:
-        // https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-initializeprocthreadattributelist
+        // The first call always fails, and returns the size that the list needs.
         SIZE_T size = 0;
         ::InitializeProcThreadAttributeList(/*lpAttributeList=*/nullptr, /*dwAttributeCount=*/1, 0, &size);
         mMemory.resize(size);
