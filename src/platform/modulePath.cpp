@@ -4,6 +4,7 @@
 namespace xo::platform {
 
 std::wstring modulePath(HMODULE module) {
+    // In UTF-16 units. The loop ends with the first capacity that holds the longest path.
     constexpr std::size_t kLongestPath = 32768;  // its end included
     std::wstring path;
     for (std::size_t capacity = MAX_PATH; capacity < 2 * kLongestPath; capacity *= 2) {

@@ -29,6 +29,7 @@ void makeUnique(unsigned char (&bytes)[16]) {
 
 std::string createUuid() {
     unsigned char bytes[16];
+    // The generator of the system needs no provider to be opened and no state to be kept.
     if (!::RtlGenRandom(bytes, sizeof bytes)) makeUnique(bytes);
     bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4
     bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // the RFC's variant
