@@ -30,6 +30,8 @@ xoWaitCondition::~xoWaitCondition() = default;
 bool xoWaitCondition::wait(xoMutex* mutex, unsigned long timeoutMs) {
     if (!mutex) return false;
     CRITICAL_SECTION& section = impl::MutexAccess::sectionOf(*mutex);
+    // A section that the caller does not own must not be left:
+    // https://learn.microsoft.com/windows/win32/api/synchapi/nf-synchapi-leavecriticalsection
     return impl::MutexAccess::isOwnedByCaller(section) && mPrivate->wait(&section, timeoutMs);
 }
 
