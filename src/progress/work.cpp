@@ -53,6 +53,7 @@ std::uint64_t Level::count() const {
     return total == 0 ? counted : (std::min)(counted, total);
 }
 
+// The span applies to the step at which it was set only, and never reaches beyond the total.
 std::uint64_t Level::spanAt(std::uint64_t step) const {
     const std::uint64_t wanted = step == spanStep ? span : 1;
     return total == 0 ? wanted : (std::min)(wanted, total - step);
@@ -76,6 +77,7 @@ double Level::fraction(std::uint64_t step, double spanFraction) const {
     return (begin + (endOf(step + spanAt(step)) - begin) * spanFraction) / ends.back();
 }
 
+// Finished explicitly, or all steps completed, where nested scopes may have filled the last ones.
 bool Level::isComplete() const {
     if (isFinished) return true;
     if (total == 0) return false;
@@ -268,6 +270,7 @@ double Work::spanFractionOf(std::size_t index) const {
     for (std::size_t i = mDepth; i > index; --i) {
         const Level& level = *mLevels[i - 1];
         const std::uint64_t step = level.count();
+        // The open scope counts only while this level is at the step in which that scope began.
         const bool hasOpen = i < mDepth && mLevels[i]->stepBelow == step;
         const double begin = hasOpen ? mLevels[i]->fillBelow : level.fillAt(step);
         const double spanFraction = hasOpen ? begin + (1 - begin) * fraction : begin;

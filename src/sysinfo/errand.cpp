@@ -34,6 +34,7 @@ ULONGLONG Lane::enter(const Deadline& deadline) {
     const Locker locker(mLock);
     for (;;) {
         const DWORD left = deadline.left();
+        // While a thread that was left behind still runs, no other one is started: the threads would pile up.
         if (left == 0 || mIsLate) return 0;
         if (!mIsBusy) break;
         ::SleepConditionVariableSRW(&mChanged, &mLock, left, /*Flags=*/0);
@@ -54,6 +55,7 @@ void Lane::leave() {
 void Lane::setLate(ULONGLONG turn) {
     {
         const Locker locker(mLock);
+        // The turn tells whether the lane is still with that thread; it may have ended meanwhile.
         if (mIsBusy && mTurn == turn) mIsLate = true;
     }
     ::WakeAllConditionVariable(&mChanged);

@@ -1,3 +1,4 @@
+// Wraps a text by clusters and their widths.
 #include "text/wrapping.h"
 
 #include "text/displayWidth.h"
@@ -37,6 +38,7 @@ public:
                 if (width != 0) break;
             }
             const Cluster cluster = nextCluster(at, mEnd);
+            // Between two wide characters a line may break: East Asian texts have no blanks between words.
             if (before == 2 && cluster.width == 2) allowBreak(at, width, at);
             if (width + cluster.width > mColumns) break;
             width += cluster.width;

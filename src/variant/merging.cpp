@@ -60,6 +60,7 @@ void Map::Merge::takeEntries(Map& target, Map& source) {
 
 void Map::Merge::finish() {
     while (!waiting.empty()) {
+        // Moved out before it is processed, because that may append to the vector.
         auto [target, source] = std::move(waiting.back());
         waiting.pop_back();
         takeEntries(*target, source.editMap());

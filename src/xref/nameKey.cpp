@@ -61,6 +61,7 @@ std::string nameKey(std::string_view utf8) {
     return key;
 }
 
+// The hash only selects candidates, whose keys are compared, so that a weak and fast one suffices.
 std::uint32_t hashOf(std::string_view key) {
     std::uint32_t hash = 2166136261U;  // FNV-1a
     for (const char c : key) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;

@@ -95,6 +95,8 @@ bool takeRoot(std::string_view& path, Reference& reference) {
     return true;
 }
 
+// Resolves "." and ".." without the file system. Above a root ".." has no effect, as in Windows; in a relative
+// reference it is counted.
 bool takeNames(std::string_view path, Reference& reference) {
     while (!path.empty()) {
         const std::string_view name = takeName(path);

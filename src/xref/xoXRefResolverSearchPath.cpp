@@ -77,6 +77,7 @@ public:
     }
     bool add(std::string path, xoXRefResolverSearchPath::How how, unsigned shared) {
         if (!isFile(path)) return true;
+        // By the key, since several rules may lead to one file in different spellings.
         if (!mKeys.insert(xref::nameKey(path)).second) return true;
         return mSink({std::move(path), how, shared});
     }
@@ -133,6 +134,7 @@ void xoXRefResolverSearchPath::Private::change(Change change) {
     settings = std::move(changed);
 }
 
+// The pointer is copied under the lock: the index lives as long as a reader has it, even when another one replaces it.
 std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::lastIndex() const {
     const platform::SlimLocker locker(lock);
     return index;

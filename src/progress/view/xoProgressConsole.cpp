@@ -136,6 +136,7 @@ void xoProgressConsole::Private::drawBar() {
 void xoProgressConsole::Private::drawPlainLine() {
     const xoProgressState state = view.getState();
     if (state.elapsedMs < nextLineMs) return;
+    // The interval doubles up to five minutes, so that the log of a long work stays short.
     nextLineMs += (std::min)(nextLineMs, kMostLineMs);
     hasDrawn = true;
     writePlainLine(progress::plainLine(state));
