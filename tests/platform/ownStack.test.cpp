@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
 #include <stdexcept>
 
@@ -44,7 +45,8 @@ TEST(OwnStack, IsAsLargeAsAskedForOnTheSameThread) {
 std::size_t addressesInUse() {
     std::size_t sum = 0;
     MEMORY_BASIC_INFORMATION region{};
-    for (const char* at = nullptr; ::VirtualQuery(at, &region, sizeof region) != 0; at += region.RegionSize)
+    for (std::uintptr_t at = 0; ::VirtualQuery(reinterpret_cast<void*>(at), &region, sizeof region) != 0;
+         at += region.RegionSize)
         if (region.State != MEM_FREE) sum += region.RegionSize;
     return sum;
 }
