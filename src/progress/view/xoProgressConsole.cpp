@@ -4,10 +4,10 @@
 #include <io.h>
 
 #include <cstdio>
-#include <mutex>
 
 #include "log/console.h"
 #include "platform/handle.h"
+#include "platform/slimLock.h"
 #include "progress/view/consoleLine.h"
 
 namespace xo {
@@ -69,8 +69,8 @@ struct xoProgressConsole::Private {
 
     void begin();
     void draw();
-    void drawBar();
-    void drawPlainLine();
+    void drawBar() XO_REQUIRES(lock);
+    void drawPlainLine() XO_REQUIRES(lock);
     void end(const xoProgressState& state);
     static void CALLBACK onTimer(PTP_CALLBACK_INSTANCE, void* self, PTP_TIMER);
 
@@ -79,12 +79,12 @@ struct xoProgressConsole::Private {
     const unsigned delayMs;
     HANDLE console = nullptr;  // of the current work; null for plain lines
 
-    std::mutex mutex;  // guards what follows
-    bool isRunning = false;
-    bool isVisible = true;
-    bool hasDrawn = false;
-    unsigned tick = 0;
-    std::int64_t nextLineMs = 0;
+    platform::SlimLock lock;
+    bool isRunning XO_GUARDED_BY(lock) = false;
+    bool isVisible XO_GUARDED_BY(lock) = true;
+    bool hasDrawn XO_GUARDED_BY(lock) = false;
+    unsigned tick XO_GUARDED_BY(lock) = 0;
+    std::int64_t nextLineMs XO_GUARDED_BY(lock) = 0;
 
     platform::Owned<TimerPolicy> timer;  // the last member: its callback uses the others
 };
@@ -92,7 +92,7 @@ struct xoProgressConsole::Private {
 void xoProgressConsole::Private::begin() {
     console = findConsole();
     {
-        const std::lock_guard<std::mutex> locker(mutex);
+        const platform::SlimLocker locker(lock);
         isRunning = true;
         hasDrawn = false;
         tick = 0;
@@ -117,8 +117,8 @@ void CALLBACK xoProgressConsole::Private::onTimer(PTP_CALLBACK_INSTANCE, void* s
 }
 
 void xoProgressConsole::Private::draw() {
-    const std::lock_guard<std::mutex> locker(mutex);
-    // A callback that had begun before the end waits for the mutex and then draws nothing.
+    const platform::SlimLocker locker(lock);
+    // A callback that had begun before the end waits for the lock and then draws nothing.
     if (!isRunning) return;
     if (console)
         drawBar();
@@ -143,7 +143,7 @@ void xoProgressConsole::Private::drawPlainLine() {
 }
 
 void xoProgressConsole::Private::end(const xoProgressState& state) {
-    const std::lock_guard<std::mutex> locker(mutex);
+    const platform::SlimLocker locker(lock);
     isRunning = false;
     if (timer) ::SetThreadpoolTimer(timer.get(), nullptr, 0, 0);
     const std::string line = (flags & ProgressConsoleErase) != 0 ? std::string() : progress::endLine(state);
@@ -164,7 +164,7 @@ xoProgressConsole::~xoProgressConsole() {
 }
 
 void xoProgressConsole::setVisible(bool visible) {
-    const std::lock_guard<std::mutex> locker(mPrivate->mutex);
+    const platform::SlimLocker locker(mPrivate->lock);
     mPrivate->isVisible = visible;
     if (!visible) log::endStatusLine(mPrivate.get());
 }
