@@ -4,28 +4,12 @@
 
 #include <atomic>
 
+#include "platform/deadline.h"
 #include "platform/handle.h"
 
 namespace xo::pipe {
 
-// The end of a time limit, counted from its making.
-class Deadline {
-public:
-    explicit Deadline(unsigned limitMs) : mLimitMs(limitMs), mStart(isRunning() ? ::GetTickCount64() : 0) {}
-
-    // As the wait functions take it.
-    DWORD remainingMs() const {
-        if (!isRunning()) return mLimitMs;
-        const ULONGLONG elapsedMs = ::GetTickCount64() - mStart;
-        return elapsedMs < mLimitMs ? static_cast<DWORD>(mLimitMs - elapsedMs) : 0;
-    }
-
-private:
-    bool isRunning() const { return mLimitMs != 0 && mLimitMs != INFINITE; }
-
-    unsigned mLimitMs;
-    ULONGLONG mStart;
-};
+using platform::Deadline;
 
 // A request that stays until it is cleared. It is an event, because a call of CancelIoEx just before the wait begins
 // would have no effect.

@@ -32,6 +32,8 @@ public:
     void unlock() XO_RELEASE() { ::ReleaseSRWLockExclusive(&mLock); }
 
 private:
+    friend class SlimCondition;
+
     SRWLOCK mLock = SRWLOCK_INIT;
 };
 
@@ -45,6 +47,23 @@ public:
 
 private:
     SlimLock& mLock;
+};
+
+// A condition variable for threads that hold a SlimLock. It may be a static object, too.
+class SlimCondition {
+public:
+    constexpr SlimCondition() = default;
+    SlimCondition(const SlimCondition&) = delete;
+    SlimCondition& operator=(const SlimCondition&) = delete;
+
+    // Releases the lock while it waits. It may return without cause, so that the caller looks at its condition again.
+    void wait(SlimLock& lock, DWORD timeoutMs) XO_REQUIRES(lock) {
+        ::SleepConditionVariableSRW(&mCondition, &lock.mLock, timeoutMs, /*Flags=*/0);
+    }
+    void wakeAll() { ::WakeAllConditionVariable(&mCondition); }
+
+private:
+    CONDITION_VARIABLE mCondition = CONDITION_VARIABLE_INIT;
 };
 
 }  // namespace xo::platform

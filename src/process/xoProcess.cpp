@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "pipe/pipeAccess.h"
+#include "platform/deadline.h"
 #include "platform/exceptionCodes.h"
 #include "process/closeRequest.h"
 #include "process/processRecord.h"
@@ -171,18 +172,14 @@ bool xoProcess::waitForFinished(unsigned timeoutMs, xoProgressNotifier* progress
     Private& self = *mPrivate;
     const DWORD longestWaitMs = progress ? kProgressMs : kLongestWaitMs;
     xoProgressScope work(progress, /*total=*/0);
-    const ULONGLONG start = ::GetTickCount64();
+    const platform::Deadline deadline(timeoutMs);
     for (;;) {
         const bool hasMore = self.poll();
         if (self.state != StateRunning) break;
         if (!self.process || !work.advance(0)) return false;
-        DWORD waitMs = longestWaitMs;
-        if (timeoutMs != kNoLimit) {
-            const ULONGLONG elapsedMs = ::GetTickCount64() - start;
-            if (elapsedMs >= timeoutMs) return false;
-            waitMs = static_cast<DWORD>((std::min<ULONGLONG>)(timeoutMs - elapsedMs, longestWaitMs));
-        }
-        if (!hasMore) self.wait(waitMs);
+        const DWORD remainingMs = deadline.remainingMs();
+        if (remainingMs == 0) return false;
+        if (!hasMore) self.wait((std::min)(remainingMs, longestWaitMs));
     }
     work.finish();
     return true;

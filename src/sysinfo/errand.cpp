@@ -9,35 +9,15 @@
 #include "platform/threadDescription.h"
 
 namespace xo::sysinfo {
-namespace {
-
-class Locker {
-public:
-    explicit Locker(SRWLOCK& lock) : mLock(lock) { ::AcquireSRWLockExclusive(&mLock); }
-    ~Locker() { ::ReleaseSRWLockExclusive(&mLock); }
-    Locker(const Locker&) = delete;
-    Locker& operator=(const Locker&) = delete;
-
-private:
-    SRWLOCK& mLock;
-};
-
-}  // namespace
-
-DWORD Deadline::left() const {
-    if (mTimeoutMs == INFINITE) return INFINITE;
-    const ULONGLONG passed = ::GetTickCount64() - mBegin;
-    return passed < mTimeoutMs ? static_cast<DWORD>(mTimeoutMs - passed) : 0;
-}
 
 ULONGLONG Lane::enter(const Deadline& deadline) {
-    const Locker locker(mLock);
+    const platform::SlimLocker locker(mLock);
     for (;;) {
-        const DWORD left = deadline.left();
+        const DWORD remainingMs = deadline.remainingMs();
         // While a thread that was left behind still runs, no other one is started: the threads would pile up.
-        if (left == 0 || mIsLate) return 0;
+        if (remainingMs == 0 || mIsLate) return 0;
         if (!mIsBusy) break;
-        ::SleepConditionVariableSRW(&mChanged, &mLock, left, /*Flags=*/0);
+        mChanged.wait(mLock, remainingMs);
     }
     mIsBusy = true;
     return ++mTurn;
@@ -45,20 +25,20 @@ ULONGLONG Lane::enter(const Deadline& deadline) {
 
 void Lane::leave() {
     {
-        const Locker locker(mLock);
+        const platform::SlimLocker locker(mLock);
         mIsBusy = mIsLate = false;
     }
-    ::WakeAllConditionVariable(&mChanged);
+    mChanged.wakeAll();
 }
 
 // Those who wait for the lane are late with it.
 void Lane::setLate(ULONGLONG turn) {
     {
-        const Locker locker(mLock);
+        const platform::SlimLocker locker(mLock);
         // The turn tells whether the lane is still with that thread; it may have ended meanwhile.
         if (mIsBusy && mTurn == turn) mIsLate = true;
     }
-    ::WakeAllConditionVariable(&mChanged);
+    mChanged.wakeAll();
 }
 
 struct Errand::Shared {
@@ -120,7 +100,7 @@ Errand::~Errand() {
 
 bool Errand::wait(const Deadline& deadline) {
     if (!mShared) return false;
-    const bool hasEnded = ::WaitForSingleObject(mShared->ended.get(), deadline.left()) == WAIT_OBJECT_0;
+    const bool hasEnded = ::WaitForSingleObject(mShared->ended.get(), deadline.remainingMs()) == WAIT_OBJECT_0;
     if (!hasEnded) mLane.setLate(mTurn);
     mShared.reset();
     return hasEnded;

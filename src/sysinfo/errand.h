@@ -6,20 +6,12 @@
 #include <functional>
 #include <memory>
 
-#include "platform/windows.h"
+#include "platform/deadline.h"
+#include "platform/slimLock.h"
 
 namespace xo::sysinfo {
 
-// A point in time that a wait does not pass. 0xFFFFFFFF milliseconds are without limit.
-class Deadline {
-public:
-    explicit Deadline(DWORD timeoutMs) : mBegin(::GetTickCount64()), mTimeoutMs(timeoutMs) {}
-    DWORD left() const;
-
-private:
-    ULONGLONG mBegin;
-    DWORD mTimeoutMs;
-};
+using platform::Deadline;
 
 // One kind of question. At most one thread asks it at a time, and so at most one is left behind. A static object.
 class Lane {
@@ -37,11 +29,11 @@ private:
     void setLate(ULONGLONG turn);
 
     const wchar_t* const mThreadName;
-    SRWLOCK mLock = SRWLOCK_INIT;
-    CONDITION_VARIABLE mChanged = CONDITION_VARIABLE_INIT;
-    ULONGLONG mTurn = 0;   // of the last thread; mLock guards all of these
-    bool mIsBusy = false;  // that thread has not ended yet
-    bool mIsLate = false;  // and was left behind
+    platform::SlimLock mLock;
+    platform::SlimCondition mChanged;
+    ULONGLONG mTurn XO_GUARDED_BY(mLock) = 0;   // of the last thread
+    bool mIsBusy XO_GUARDED_BY(mLock) = false;  // that thread has not ended yet
+    bool mIsLate XO_GUARDED_BY(mLock) = false;  // and was left behind
 };
 
 // A question under way. The thread keeps the library loaded until it has ended.
