@@ -74,15 +74,36 @@ public:
 
 class Bstr {
 public:
+    explicit Bstr(const Com& com) : mCom(com) {}
     Bstr(const Com& com, const std::wstring& text) : mCom(com), mText(com.sysAllocString(text.c_str())) {}
     ~Bstr() { mCom.sysFreeString(mText); }
     Bstr(const Bstr&) = delete;
     Bstr& operator=(const Bstr&) = delete;
+
     BSTR get() const { return mText; }
+    // For a function that returns a text through a pointer; only while there is none.
+    BSTR* put() { return &mText; }
 
 private:
     const Com& mCom;
-    BSTR mText;
+    BSTR mText = nullptr;
+};
+
+// A VARIANT, empty at first.
+class OwnedVariant {
+public:
+    explicit OwnedVariant(const Com& com) : mCom(com) { mValue.vt = VT_EMPTY; }
+    ~OwnedVariant() { mCom.variantClear(&mValue); }
+    OwnedVariant(const OwnedVariant&) = delete;
+    OwnedVariant& operator=(const OwnedVariant&) = delete;
+
+    const VARIANT& get() const { return mValue; }
+    // For a function that returns a value through a pointer; only while it is empty.
+    VARIANT* put() { return &mValue; }
+
+private:
+    const Com& mCom;
+    VARIANT mValue;
 };
 
 // A connection to the management service; none when it fails.

@@ -14,40 +14,12 @@ namespace {
 
 Lane managementLane(L"xoSystem management");
 
-class Value {
-public:
-    explicit Value(const Com& com) : mCom(com) { mValue.vt = VT_EMPTY; }
-    ~Value() { mCom.variantClear(&mValue); }
-    Value(const Value&) = delete;
-    Value& operator=(const Value&) = delete;
-
-    VARIANT* put() { return &mValue; }
-    const VARIANT& get() const { return mValue; }
-
-private:
-    const Com& mCom;
-    VARIANT mValue;
-};
-
-class OwnedText {
-public:
-    explicit OwnedText(const Com& com) : mCom(com) {}
-    ~OwnedText() { mCom.sysFreeString(mText); }
-    OwnedText(const OwnedText&) = delete;
-    OwnedText& operator=(const OwnedText&) = delete;
-
-    BSTR* put() { return &mText; }
-    std::string utf8() const { return mText ? platform::toUtf8(mText) : std::string(); }
-
-private:
-    const Com& mCom;
-    BSTR mText = nullptr;
-};
+std::string utf8Of(BSTR text) { return text ? platform::toUtf8(text) : std::string(); }
 
 // Integers of 64 bits arrive as text, and unsigned ones of 32 bits as signed: the type of the property decides.
 // https://learn.microsoft.com/windows/win32/wmisdk/numbers
 xoVariant textOrNumber(BSTR text, CIMTYPE type) {
-    const std::string utf8 = text ? platform::toUtf8(text) : std::string();
+    const std::string utf8 = utf8Of(text);
     if (type == CIM_SINT64) return static_cast<std::int64_t>(std::strtoll(utf8.c_str(), nullptr, 10));
     if (type == CIM_UINT64) return static_cast<std::int64_t>(std::strtoull(utf8.c_str(), nullptr, 10));
     return utf8;
@@ -114,14 +86,14 @@ xoVariant toVariant(const Com& com, const VARIANT& value, CIMTYPE type) {
 bool readRow(const Com& com, IWbemClassObject& object, xoVariant::xoVariantMapImpl& row) {
     if (FAILED(object.BeginEnumeration(WBEM_FLAG_NONSYSTEM_ONLY))) return false;
     for (;;) {
-        OwnedText name(com);
-        Value value(com);
+        Bstr name(com);
+        OwnedVariant value(com);
         CIMTYPE type = 0;
         const HRESULT result = object.Next(0, name.put(), value.put(), &type, nullptr);
         if (result == WBEM_S_NO_MORE_DATA) return true;
         if (FAILED(result)) return false;
         xoVariant converted = toVariant(com, value.get(), type);
-        if (!converted.isNull()) row[name.utf8()] = std::move(converted);
+        if (!converted.isNull()) row[utf8Of(name.get())] = std::move(converted);
     }
 }
 

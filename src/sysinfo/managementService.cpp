@@ -10,29 +10,19 @@ namespace {
 
 constexpr long kNextLimitMs = 5'000;
 
-class Value {
-public:
-    explicit Value(const Com& com) : mCom(com) { mValue.vt = VT_EMPTY; }
-    ~Value() { mCom.variantClear(&mValue); }
-    Value(const Value&) = delete;
-    Value& operator=(const Value&) = delete;
+std::wstring textIn(const VARIANT& value) {
+    return value.vt == VT_BSTR && value.bstrVal != nullptr ? value.bstrVal : std::wstring();
+}
 
-    VARIANT* put() { return &mValue; }
-    std::wstring text() const {
-        return mValue.vt == VT_BSTR && mValue.bstrVal != nullptr ? mValue.bstrVal : std::wstring();
-    }
-    // -1 when the value is not a number.
-    std::int64_t number() const { return mValue.vt == VT_I4 || mValue.vt == VT_UI4 ? std::int64_t{mValue.lVal} : -1; }
-
-private:
-    const Com& mCom;
-    VARIANT mValue;
-};
+// -1 when the value is not a number.
+std::int64_t numberIn(const VARIANT& value) {
+    return value.vt == VT_I4 || value.vt == VT_UI4 ? std::int64_t{value.lVal} : -1;
+}
 
 // A property of the first object that a query finds; the value stays empty when there is none.
 // The flags make the query return before its result is complete; Next then waits, for a limited time.
 void askFirst(const Com& com, IWbemServices& services, const std::wstring& query, const wchar_t* property,
-              Value& value) {
+              OwnedVariant& value) {
     ComObject<IEnumWbemClassObject> answers;
     if (FAILED(services.ExecQuery(Bstr(com, L"WQL").get(), Bstr(com, query).get(),
                                   WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY, nullptr, answers.put())))
@@ -51,17 +41,19 @@ std::string diskFromManagementService(const std::wstring& drive) {
     const ComObject<IWbemServices> services = connectManagement(com, L"ROOT\\CIMV2");
     if (!services) return {};
 
-    Value partition(com);
+    OwnedVariant partition(com);
     askFirst(com, *services.get(),
              L"ASSOCIATORS OF {Win32_LogicalDisk.DeviceID='" + drive + L"'} WHERE ResultClass=Win32_DiskPartition",
              L"DeviceID", partition);
-    if (partition.text().empty()) return {};
-    Value disk(com);
+    const std::wstring partitionName = textIn(partition.get());
+    if (partitionName.empty()) return {};
+    OwnedVariant disk(com);
     askFirst(
         com, *services.get(),
-        L"ASSOCIATORS OF {Win32_DiskPartition.DeviceID='" + partition.text() + L"'} WHERE ResultClass=Win32_DiskDrive",
+        L"ASSOCIATORS OF {Win32_DiskPartition.DeviceID='" + partitionName + L"'} WHERE ResultClass=Win32_DiskDrive",
         L"Index", disk);
-    return disk.number() < 0 ? std::string() : R"(\\.\PHYSICALDRIVE)" + std::to_string(disk.number());
+    const std::int64_t number = numberIn(disk.get());
+    return number < 0 ? std::string() : R"(\\.\PHYSICALDRIVE)" + std::to_string(number);
 }
 
 }  // namespace xo::sysinfo
