@@ -4,6 +4,7 @@
 
 #include "pipe/pipeName.h"
 #include "pipe/pipeSecurity.h"
+#include "platform/openFile.h"
 
 namespace xo::pipe {
 
@@ -26,9 +27,8 @@ PipePair makePair(bool isReadByUs) {
 
     // Runtime libraries ask a standard handle for its attributes, and change the mode of a pipe.
     const DWORD theirAccess = isReadByUs ? GENERIC_WRITE | FILE_READ_ATTRIBUTES : GENERIC_READ | FILE_WRITE_ATTRIBUTES;
-    pair.theirs = platform::FileHandle(
-        ::CreateFileW(name.c_str(), theirAccess, /*dwShareMode=*/0, /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING,
-                      SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, /*hTemplateFile=*/nullptr));
+    pair.theirs = platform::openFile(name, theirAccess, /*share=*/0, OPEN_EXISTING,
+                                     SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION);
     pair.error = pair.theirs ? ERROR_SUCCESS : ::GetLastError();
     return pair;
 }

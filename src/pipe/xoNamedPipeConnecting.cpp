@@ -6,6 +6,7 @@
 #include "pipe/pipeName.h"
 #include "pipe/pipeRecord.h"
 #include "pipe/pipeSecurity.h"
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoEnumHelper.h"
 #include "xoSystem/xoLog.h"
@@ -105,9 +106,7 @@ xoNamedPipe::Result xoNamedPipe::Private::connect(const std::wstring& name, cons
     if (name.empty()) return ResultInvalid;
     DWORD pauseMs = 1;
     while (!cancellation.isRequested()) {
-        platform::FileHandle opened(::CreateFileW(name.c_str(), kAccess, /*dwShareMode=*/0,
-                                                  /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING, kFlags,
-                                                  /*hTemplateFile=*/nullptr));
+        platform::FileHandle opened = platform::openFile(name, kAccess, /*share=*/0, OPEN_EXISTING, kFlags);
         const DWORD error = opened ? ERROR_SUCCESS : ::GetLastError();
         if (opened) {
             const Result result = admit(std::move(opened));

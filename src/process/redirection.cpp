@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "pipe/pipePair.h"
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoSystemError.h"
@@ -29,9 +30,8 @@ DWORD logged(const std::string& path, DWORD error) {
 }
 
 DWORD openFile(const std::string& path, DWORD access, DWORD share, DWORD creation, FileHandle& file) {
-    file = FileHandle(::CreateFileW(platform::toApiPath(path).c_str(), access, share,
-                                    /*lpSecurityAttributes=*/nullptr, creation, FILE_ATTRIBUTE_NORMAL,
-                                    /*hTemplateFile=*/nullptr));
+    const std::wstring widePath = platform::toApiPath(path);
+    file = platform::openFile(widePath, access, share, creation);
     return logged(path, file ? ERROR_SUCCESS : ::GetLastError());
 }
 
@@ -52,12 +52,13 @@ DWORD copyOwn(const Slot& slot, bool& hasConsole) {
     const HANDLE own = ::GetStdHandle(slot.standardHandle);
     if (!own || own == INVALID_HANDLE_VALUE) return ERROR_SUCCESS;
     const HANDLE self = ::GetCurrentProcess();
-    HANDLE copy = nullptr;
-    if (!::DuplicateHandle(self, own, self, &copy, 0, /*bInheritHandle=*/FALSE, DUPLICATE_SAME_ACCESS))
+    platform::KernelHandle copy;
+    if (!::DuplicateHandle(self, own, self, copy.put(), /*dwDesiredAccess=*/0, /*bInheritHandle=*/FALSE,
+                           DUPLICATE_SAME_ACCESS))
         return ERROR_SUCCESS;
-    slot.theirs.reset(copy);
     DWORD mode = 0;
-    if (::GetConsoleMode(copy, &mode)) hasConsole = true;
+    if (::GetConsoleMode(copy.get(), &mode)) hasConsole = true;
+    slot.theirs.reset(copy.release());
     return ERROR_SUCCESS;
 }
 
@@ -125,14 +126,9 @@ namespace {
 using process::InputChoice;
 using process::OutputChoice;
 
-InputChoice inputOf(InputChoice::Kind kind) {
-    InputChoice choice;
-    choice.kind = kind;
-    return choice;
-}
-
-OutputChoice outputOf(OutputChoice::Kind kind) {
-    OutputChoice choice;
+template <class Choice>
+Choice choiceOf(typename Choice::Kind kind) {
+    Choice choice;
     choice.kind = kind;
     return choice;
 }
@@ -141,65 +137,65 @@ OutputChoice outputOf(OutputChoice::Kind kind) {
 
 xoProcess::Input::Input(InputChoice choice) : mChoice(std::make_shared<const InputChoice>(std::move(choice))) {}
 
-xoProcess::Input xoProcess::Input::None() { return Input(inputOf(InputChoice::Kind::None)); }
+xoProcess::Input xoProcess::Input::None() { return Input(choiceOf<InputChoice>(InputChoice::Kind::None)); }
 
-xoProcess::Input xoProcess::Input::Null() { return Input(inputOf(InputChoice::Kind::Null)); }
+xoProcess::Input xoProcess::Input::Null() { return Input(choiceOf<InputChoice>(InputChoice::Kind::Null)); }
 
-xoProcess::Input xoProcess::Input::Inherit() { return Input(inputOf(InputChoice::Kind::Inherit)); }
+xoProcess::Input xoProcess::Input::Inherit() { return Input(choiceOf<InputChoice>(InputChoice::Kind::Inherit)); }
 
-xoProcess::Input xoProcess::Input::Pipe() { return Input(inputOf(InputChoice::Kind::Pipe)); }
+xoProcess::Input xoProcess::Input::Pipe() { return Input(choiceOf<InputChoice>(InputChoice::Kind::Pipe)); }
 
 xoProcess::Input xoProcess::Input::FileUtf8(const std::string& path) {
-    InputChoice choice = inputOf(InputChoice::Kind::File);
+    InputChoice choice = choiceOf<InputChoice>(InputChoice::Kind::File);
     choice.text = path;
     return Input(std::move(choice));
 }
 
 xoProcess::Input xoProcess::Input::Text(std::string bytes) {
-    InputChoice choice = inputOf(InputChoice::Kind::Text);
+    InputChoice choice = choiceOf<InputChoice>(InputChoice::Kind::Text);
     choice.text = std::move(bytes);
     return Input(std::move(choice));
 }
 
 xoProcess::Input xoProcess::Input::Device(xoIoDevice* device) {
-    InputChoice choice = inputOf(InputChoice::Kind::Device);
+    InputChoice choice = choiceOf<InputChoice>(InputChoice::Kind::Device);
     choice.device = device;
     return Input(std::move(choice));
 }
 
 xoProcess::Output::Output(OutputChoice choice) : mChoice(std::make_shared<const OutputChoice>(std::move(choice))) {}
 
-xoProcess::Output xoProcess::Output::None() { return Output(outputOf(OutputChoice::Kind::None)); }
+xoProcess::Output xoProcess::Output::None() { return Output(choiceOf<OutputChoice>(OutputChoice::Kind::None)); }
 
-xoProcess::Output xoProcess::Output::Null() { return Output(outputOf(OutputChoice::Kind::Null)); }
+xoProcess::Output xoProcess::Output::Null() { return Output(choiceOf<OutputChoice>(OutputChoice::Kind::Null)); }
 
-xoProcess::Output xoProcess::Output::Inherit() { return Output(outputOf(OutputChoice::Kind::Inherit)); }
+xoProcess::Output xoProcess::Output::Inherit() { return Output(choiceOf<OutputChoice>(OutputChoice::Kind::Inherit)); }
 
-xoProcess::Output xoProcess::Output::Pipe() { return Output(outputOf(OutputChoice::Kind::Pipe)); }
+xoProcess::Output xoProcess::Output::Pipe() { return Output(choiceOf<OutputChoice>(OutputChoice::Kind::Pipe)); }
 
-xoProcess::Output xoProcess::Output::Merged() { return Output(outputOf(OutputChoice::Kind::Merged)); }
+xoProcess::Output xoProcess::Output::Merged() { return Output(choiceOf<OutputChoice>(OutputChoice::Kind::Merged)); }
 
 xoProcess::Output xoProcess::Output::FileUtf8(const std::string& path, bool append) {
-    OutputChoice choice = outputOf(OutputChoice::Kind::File);
+    OutputChoice choice = choiceOf<OutputChoice>(OutputChoice::Kind::File);
     choice.path = path;
     choice.append = append;
     return Output(std::move(choice));
 }
 
 xoProcess::Output xoProcess::Output::Text(std::uint64_t maxBytes) {
-    OutputChoice choice = outputOf(OutputChoice::Kind::Text);
+    OutputChoice choice = choiceOf<OutputChoice>(OutputChoice::Kind::Text);
     choice.maxBytes = maxBytes;
     return Output(std::move(choice));
 }
 
 xoProcess::Output xoProcess::Output::Lines(LineHandler handler) {
-    OutputChoice choice = outputOf(OutputChoice::Kind::Lines);
+    OutputChoice choice = choiceOf<OutputChoice>(OutputChoice::Kind::Lines);
     choice.handler = std::move(handler);
     return Output(std::move(choice));
 }
 
 xoProcess::Output xoProcess::Output::Device(xoIoDevice* device) {
-    OutputChoice choice = outputOf(OutputChoice::Kind::Device);
+    OutputChoice choice = choiceOf<OutputChoice>(OutputChoice::Kind::Device);
     choice.device = device;
     return Output(std::move(choice));
 }

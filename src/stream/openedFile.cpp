@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "files/fileWriting.h"
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 
 namespace xo::stream {
@@ -38,8 +39,7 @@ constexpr Opening kOpenings[] = {
 DWORD sharedAccess(xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share) {
     if (share == xoIoDeviceFile::ShareNone) return 0;
     const bool isDefaultAll = share == xoIoDeviceFile::ShareDefault && mode == xoIoDeviceFile::OpenRead;
-    if (share == xoIoDeviceFile::ShareAll || isDefaultAll)
-        return FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    if (share == xoIoDeviceFile::ShareAll || isDefaultAll) return platform::kShareAll;
     return FILE_SHARE_READ;
 }
 
@@ -85,8 +85,7 @@ DWORD OpenedFile::openReplacement(std::wstring path) {
 
 DWORD OpenedFile::openItself(const std::wstring& path, xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share) {
     const Opening& opening = kOpenings[mode];
-    mFile.reset(::CreateFileW(path.c_str(), opening.access, sharedAccess(mode, share), /*lpSecurityAttributes=*/nullptr,
-                              opening.disposition, FILE_ATTRIBUTE_NORMAL, /*hTemplateFile=*/nullptr));
+    mFile = platform::openFile(path, opening.access, sharedAccess(mode, share), opening.disposition);
     const DWORD state = ::GetLastError();
     if (!mFile) return state != ERROR_SUCCESS ? state : DWORD{ERROR_GEN_FAILURE};
     // A pipe, a console or a device has no size and no position.

@@ -3,7 +3,7 @@
 #include <array>
 #include <optional>
 
-#include "platform/handle.h"
+#include "platform/openFile.h"
 #include "platform/wideText.h"
 #include "sysinfo/graphics.h"
 #include "sysinfo/mainDisk.h"
@@ -144,10 +144,8 @@ std::optional<std::uint64_t> diskBytes(const platform::FileHandle& disk) {
 
 // No access rights are asked for, so that this needs no administrator.
 platform::FileHandle openDisk(unsigned number) {
-    return platform::FileHandle(::CreateFileW((LR"(\\.\PhysicalDrive)" + std::to_wstring(number)).c_str(),
-                                              /*dwDesiredAccess=*/0, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                              /*lpSecurityAttributes=*/nullptr, OPEN_EXISTING,
-                                              /*dwFlagsAndAttributes=*/0, /*hTemplateFile=*/nullptr));
+    return platform::openFile(LR"(\\.\PhysicalDrive)" + std::to_wstring(number), /*access=*/0,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING, /*flags=*/0);
 }
 
 }  // namespace
