@@ -12,7 +12,7 @@ class AttributeList {
 public:
     AttributeList() = default;
     ~AttributeList() {
-        if (mIsMade) ::DeleteProcThreadAttributeList(list());
+        if (mIsMade) ::DeleteProcThreadAttributeList(get());
     }
     AttributeList(const AttributeList&) = delete;
     AttributeList& operator=(const AttributeList&) = delete;
@@ -28,23 +28,22 @@ public:
         return true;
     }
 
-    // The list in the form of STARTUPINFOEXW, valid as long as this object; null when Windows refuses it.
-    LPPROC_THREAD_ATTRIBUTE_LIST get() {
+    // Makes the list; false when Windows refuses that, with the reason in GetLastError.
+    bool make() {
         // The first call always fails, and returns the size that the list needs.
         SIZE_T size = 0;
         ::InitializeProcThreadAttributeList(/*lpAttributeList=*/nullptr, /*dwAttributeCount=*/1, 0, &size);
         mMemory.resize(size);
-        mIsMade = ::InitializeProcThreadAttributeList(list(), /*dwAttributeCount=*/1, 0, &size);
-        const bool isComplete =
-            mIsMade && ::UpdateProcThreadAttribute(list(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, mHandles.data(),
-                                                   mHandles.size() * sizeof(HANDLE), /*lpPreviousValue=*/nullptr,
-                                                   /*lpReturnSize=*/nullptr);
-        return isComplete ? list() : nullptr;
+        mIsMade = ::InitializeProcThreadAttributeList(get(), /*dwAttributeCount=*/1, 0, &size);
+        return mIsMade && ::UpdateProcThreadAttribute(get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, mHandles.data(),
+                                                      mHandles.size() * sizeof(HANDLE), /*lpPreviousValue=*/nullptr,
+                                                      /*lpReturnSize=*/nullptr);
     }
 
-private:
-    LPPROC_THREAD_ATTRIBUTE_LIST list() { return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(mMemory.data()); }
+    // In the form of STARTUPINFOEXW, once it is made; valid as long as this object.
+    LPPROC_THREAD_ATTRIBUTE_LIST get() { return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(mMemory.data()); }
 
+private:
     std::vector<HANDLE> mHandles;  // in use as long as the list
     std::vector<char> mMemory;
     bool mIsMade = false;

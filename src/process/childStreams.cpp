@@ -135,9 +135,9 @@ void OutputChannel::pass() {
 }
 
 void OutputChannel::keep(const char* bytes, std::size_t size) {
-    const std::uint64_t room = mChoice->maxBytes - mText.size();
-    mText.append(bytes, static_cast<std::size_t>((std::min)(room, std::uint64_t{size})));
-    if (size > room) mWasCut = true;
+    const std::uint64_t allowed = mChoice->maxBytes - mText.size();
+    mText.append(bytes, static_cast<std::size_t>((std::min)(allowed, std::uint64_t{size})));
+    if (size > allowed) mWasCut = true;
 }
 
 void OutputChannel::end() {

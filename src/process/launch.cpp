@@ -76,18 +76,20 @@ DWORD prepare(const Launch& wanted, Prepared& prepared) {
 // handles, by other means than this class, may still pass them on; children of this class get what is listed for them.
 platform::SlimLock inheritanceLock;
 
-BOOL createProcess(Prepared& prepared, DWORD flags, STARTUPINFOEXW& startup, BOOL inherits,
-                   PROCESS_INFORMATION& created) {
-    return ::CreateProcessW(prepared.command.application.c_str(), prepared.command.line.data(),
-                            /*lpProcessAttributes=*/nullptr, /*lpThreadAttributes=*/nullptr, inherits, flags,
-                            prepared.environment.empty() ? nullptr : prepared.environment.data(),
-                            prepared.directory.empty() ? nullptr : prepared.directory.c_str(), &startup.StartupInfo,
-                            &created);
+// ERROR_SUCCESS, or why there is no child.
+DWORD createProcess(Prepared& prepared, DWORD flags, STARTUPINFOEXW& startup, BOOL inherits,
+                    PROCESS_INFORMATION& created) {
+    const BOOL isCreated = ::CreateProcessW(
+        prepared.command.application.c_str(), prepared.command.line.data(), /*lpProcessAttributes=*/nullptr,
+        /*lpThreadAttributes=*/nullptr, inherits, flags,
+        prepared.environment.empty() ? nullptr : prepared.environment.data(),
+        prepared.directory.empty() ? nullptr : prepared.directory.c_str(), &startup.StartupInfo, &created);
+    return isCreated ? ERROR_SUCCESS : ::GetLastError();
 }
 
 // The child inherits the standard handles that it has, and nothing else.
 // https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-updateprocthreadattribute
-BOOL createWithHandles(Prepared& prepared, DWORD flags, StandardHandles& handles, PROCESS_INFORMATION& created) {
+DWORD createWithHandles(Prepared& prepared, DWORD flags, StandardHandles& handles, PROCESS_INFORMATION& created) {
     STARTUPINFOEXW startup = startupInformation(handles);
     AttributeList attributes;
     for (const platform::FileHandle* handle : {&handles.input, &handles.output, &handles.error})
@@ -95,15 +97,15 @@ BOOL createWithHandles(Prepared& prepared, DWORD flags, StandardHandles& handles
     if (attributes.isEmpty()) return createProcess(prepared, flags, startup, /*inherits=*/FALSE, created);
 
     const platform::SlimLocker locker(inheritanceLock);
-    startup.lpAttributeList = attributes.get();
-    startup.StartupInfo.cb = sizeof startup;
-    const BOOL isCreated =
-        startup.lpAttributeList && attributes.makeInheritable() &&
-        createProcess(prepared, flags | EXTENDED_STARTUPINFO_PRESENT, startup, /*inherits=*/TRUE, created);
-    const DWORD error = isCreated ? ERROR_SUCCESS : ::GetLastError();
+    const bool isListed = attributes.make() && attributes.makeInheritable();
+    DWORD error = isListed ? ERROR_SUCCESS : ::GetLastError();
+    if (isListed) {
+        startup.lpAttributeList = attributes.get();
+        startup.StartupInfo.cb = sizeof startup;
+        error = createProcess(prepared, flags | EXTENDED_STARTUPINFO_PRESENT, startup, /*inherits=*/TRUE, created);
+    }
     for (platform::FileHandle* handle : {&handles.input, &handles.output, &handles.error}) handle->reset();
-    ::SetLastError(error);
-    return isCreated;
+    return error;
 }
 
 // Puts a child that does not run yet into a job of its own, which its own children cannot leave. None when Windows
@@ -133,8 +135,7 @@ Child create(Prepared& prepared, const Launch& wanted, StandardHandles handles) 
     const DWORD flags = prepared.priority | CREATE_UNICODE_ENVIRONMENT | (handles.hasConsole ? 0 : CREATE_NO_WINDOW) |
                         (isLoose ? 0 : CREATE_SUSPENDED);
     PROCESS_INFORMATION created{};
-    if (!createWithHandles(prepared, flags, handles, created)) {
-        const DWORD error = ::GetLastError();
+    if (const DWORD error = createWithHandles(prepared, flags, handles, created)) {
         xoLogObject(xoLogDebug) << "CreateProcessW return an error " << error;
         return failed(error);
     }
