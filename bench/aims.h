@@ -21,7 +21,7 @@ constexpr Aim kAims[] = {
     {"log", "line to a handler", "spdlog", 0.5},
     {"log", "line to a file, one process", "limit: CreateFile", 1.1},
     {"log", "line to an open file", "spdlog, flushed", 1.0},
-    {"log", "line to an open file", "spdlog, rotating", 1.0},
+    {"log", "line to an open file", "spdlog, rotating, flushed", 1.0},
     {"numbers", "bytes to text", "fmt", 1.0},
     {"numbers", "SI to text", "fmt", 1.0},
     {"numbers", "duration to text", "fmt", 2.0},

@@ -16,7 +16,7 @@
 
 #include "dice.h"
 #include "families.h"
-#include "support/importHook.h"
+#include "peakHeap.h"
 #include "xoSystem/xoCsvFileReader.h"
 #include "xoSystem/xoCsvStream.h"
 #include "xoSystem/xoProgress.h"
@@ -191,38 +191,11 @@ std::size_t scanBytes(const CsvFile& file) {
     return cells + total % 2;
 }
 
-// The most bytes that the C++ heap held at a time while a function ran; host and DLL share it. What a FILE or a stream
-// of the system buffers is not seen.
-class PeakHeap {
-public:
-    static double ofMegabytes(const std::function<void()>& run) {
-        const xo::tests::ImportHook takes("libstdc++-6.dll", "malloc", &take);
-        const xo::tests::ImportHook gives("libstdc++-6.dll", "free", &give);
-        require(takes.isInstalled() && gives.isInstalled(), "the heap cannot be watched");
-        msMalloc = takes.original<void*(std::size_t)>();
-        msFree = gives.original<void(void*)>();
-        msHeld = msPeak = 0;
-        run();
-        return static_cast<double>(msPeak) / 1e6;
-    }
-
-private:
-    static void* take(std::size_t size) {
-        void* const block = msMalloc(size);
-        msHeld += static_cast<std::int64_t>(::_msize(block));
-        msPeak = (std::max)(msPeak, msHeld);
-        return block;
-    }
-    static void give(void* block) {
-        if (block) msHeld -= static_cast<std::int64_t>(::_msize(block));
-        msFree(block);
-    }
-
-    static inline void* (*msMalloc)(std::size_t) = nullptr;
-    static inline void (*msFree)(void*) = nullptr;
-    static inline std::int64_t msHeld = 0;
-    static inline std::int64_t msPeak = 0;
-};
+double peakMegabytes(const std::function<void()>& run) {
+    const PeakHeap heap;
+    run();
+    return heap.peak() / 1e6;
+}
 
 void compareReads(Suite& suite, const CsvFile& file) {
     const std::string name = file.name + ", a byte";
@@ -247,11 +220,11 @@ void compareReads(Suite& suite, const CsvFile& file) {
     suite.compare("csv", name + ", typed, in batches", file.bytes, batches(true), {splitsBatches, scan});
     suite.compare("csv", name + ", texts, in batches", file.bytes, batches(false), {splitsBatches, scan});
 
-    const std::pair<const Other&, double> peers[] = {{boosts, PeakHeap::ofMegabytes(boosts.run)},
-                                                     {splits, PeakHeap::ofMegabytes(splits.run)}};
+    const std::pair<const Other&, double> peers[] = {{boosts, peakMegabytes(boosts.run)},
+                                                     {splits, peakMegabytes(splits.run)}};
     for (const Other& kind :
          {Other{"typed", ours(true)}, {"texts", ours(false)}, {"typed, in batches", batches(true)}}) {
-        const double held = PeakHeap::ofMegabytes(kind.run);
+        const double held = peakMegabytes(kind.run);
         for (const auto& [peer, theirs] : peers) {
             const double ratio = held / theirs;
             suite.add({"csv", file.name + ", peak MB, " + kind.name, peer.name, held, theirs, ratio, ratio, ratio});

@@ -11,6 +11,7 @@ void measureCsv(Suite& suite);
 void measureFiles(Suite& suite);
 void measureIni(Suite& suite);
 void measureLog(Suite& suite);
+void measureMemory(Suite& suite);
 void measureNumbers(Suite& suite);  // part of the text family
 void measurePipe(Suite& suite);     // and children that print
 void measureProcess(Suite& suite);

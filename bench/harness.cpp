@@ -70,19 +70,24 @@ void require(bool condition, const char* message) {
 }
 
 void Suite::compare(const std::string& family, const std::string& name, double units, const std::function<void()>& ours,
-                    const std::vector<Other>& others) {
+                    const std::vector<Other>& others, const std::function<void()>& before) {
     if (!wants(family)) return;
     std::vector<const std::function<void()>*> runs{&ours};
     for (const Other& other : others) runs.push_back(&other.run);
     std::vector<std::int64_t> calls;
     double roundNs = 0.0;
-    for (const auto* run : runs) calls.push_back(callsPerSample(*run, roundNs));
+    for (const auto* run : runs) {
+        calls.push_back(before ? 1 : callsPerSample(*run, roundNs));
+        if (before) roundNs += timeNs(before, 1) + timeNs(*run, 1);
+    }
     const int rounds = std::clamp(static_cast<int>(kCaseNs / roundNs), kFewestRounds, kMostRounds);
 
     std::vector<std::vector<double>> ns(runs.size());
     for (int round = 0; round < rounds; ++round)
-        for (std::size_t i = 0; i < runs.size(); ++i)
+        for (std::size_t i = 0; i < runs.size(); ++i) {
+            if (before) before();
             ns[i].push_back(timeNs(*runs[i], calls[i]) / static_cast<double>(calls[i]) / units);
+        }
 
     for (std::size_t i = 1; i < runs.size(); ++i) {
         std::vector<double> ratios;

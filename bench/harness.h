@@ -59,9 +59,9 @@ public:
     bool wants(const std::string& family) const { return mOnlyFamily.empty() || mOnlyFamily == family; }
 
     // Measures one case and prints its rows. Each call of a function does `units` units of work; times are given per
-    // unit.
+    // unit. With `before`, a sample is a single call, and that function runs ahead of each without being timed.
     void compare(const std::string& family, const std::string& name, double units, const std::function<void()>& ours,
-                 const std::vector<Other>& others);
+                 const std::vector<Other>& others, const std::function<void()>& before = {});
 
     // Prints a row that was measured in another way.
     void add(Row row);

@@ -149,6 +149,8 @@ void measureOpenFile(Suite& suite) {
         auto rotating = fileLogger(
             std::make_shared<spdlog::sinks::rotating_file_sink_mt>(fileIn("rotating.log"), kFileBytes, 3), true);
         auto buffered = fileLogger(std::make_shared<spdlog::sinks::basic_file_sink_mt>(fileIn("buffered.log")), false);
+        auto rotatingBuffered = fileLogger(
+            std::make_shared<spdlog::sinks::rotating_file_sink_mt>(fileIn("rotating 2.log"), kFileBytes, 3), false);
         const xo::platform::FileHandle raw(::CreateFileW((folder / L"raw.log").c_str(), FILE_APPEND_DATA,
                                                          FILE_SHARE_READ, nullptr, OPEN_ALWAYS, 0, nullptr));
         const std::string rawLine = std::string("INFO : Tue Mar 03 14:05:09 2020 ") + kText + "12345\r\n";
@@ -166,10 +168,12 @@ void measureOpenFile(Suite& suite) {
                        {"limit: WriteFile", writeRaw}});
         suite.compare("log", "line to an open file, 8 threads", kLines * 8,
                       [] { inThreads([] { writeOurs(kLines); }); },
-                      {{"spdlog, flushed", [&] { inThreads([&] { write(basic, kLines); }); }}});
+                      {{"spdlog, flushed", [&] { inThreads([&] { write(basic, kLines); }); }},
+                       {"spdlog, buffered", [&] { inThreads([&] { write(buffered, kLines); }); }}});
         xo::xoLog::edit().installFileHandlerExUtf8(ours, xo::xoLogFileKeepOpen, kFileBytes, 3);
         suite.compare("log", "line to an open file, rotated at 1 MB", kLines, [] { writeOurs(kLines); },
-                      {{"spdlog, rotating, flushed", [&] { write(rotating, kLines); }}});
+                      {{"spdlog, rotating, flushed", [&] { write(rotating, kLines); }},
+                       {"spdlog, rotating, buffered", [&] { write(rotatingBuffered, kLines); }}});
         xo::xoLog::edit().removeFileHandler();
     }
     std::error_code ignored;

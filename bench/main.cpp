@@ -21,6 +21,7 @@ int wmain(int count, wchar_t** arguments) {
     bench::measureFiles(suite);
     bench::measureIni(suite);
     bench::measureLog(suite);
+    bench::measureMemory(suite);
     bench::measurePipe(suite);
     bench::measureProcess(suite);
     bench::measureProgress(suite);

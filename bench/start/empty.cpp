@@ -1,0 +1,2 @@
+// Does nothing: what a process costs.
+int main() { return 0; }
