@@ -2,6 +2,7 @@
 #include "platform/wideText.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "platform/windows.h"
@@ -39,9 +40,12 @@ bool startsWith(std::wstring_view text, std::wstring_view prefix) { return text.
 
 bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
 
-// Whether the path has a prefix with which Windows accepts any length:
+// With these prefixes Windows accepts any length:
 // https://learn.microsoft.com/windows/win32/fileio/maximum-file-path-limitation
-bool isExtended(std::wstring_view path) { return startsWith(path, LR"(\\?\)") || startsWith(path, LR"(\\.\)"); }
+constexpr wchar_t kExtended[] = LR"(\\?\)";
+constexpr wchar_t kExtendedShare[] = LR"(\\?\UNC\)";
+
+bool isExtended(std::wstring_view path) { return startsWith(path, kExtended) || startsWith(path, LR"(\\.\)"); }
 
 bool isSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
 
@@ -111,8 +115,13 @@ std::wstring toExtendedPath(const std::wstring& path) {
     std::wstring full =
         readWide([&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
     if (full.empty() || isExtended(full)) return full;
-    if (startsWith(full, LR"(\\)")) return LR"(\\?\UNC\)" + full.substr(2);
-    return LR"(\\?\)" + full;
+    if (startsWith(full, LR"(\\)")) return kExtendedShare + full.substr(2);
+    return kExtended + full;
+}
+
+std::wstring withoutExtendedPrefix(std::wstring path) {
+    if (startsWith(path, kExtendedShare)) return path.replace(0, std::size(kExtendedShare) - 1, LR"(\\)");
+    return startsWith(path, kExtended) ? path.erase(0, std::size(kExtended) - 1) : path;
 }
 
 }  // namespace xo::platform

@@ -35,6 +35,10 @@ std::wstring toApiPath(std::wstring path);
 // a path that names nothing.
 std::wstring toExtendedPath(const std::wstring& path);
 
+// What toExtendedPath has put in front is taken off again, for people and for other functions; other paths are returned
+// as they are.
+std::wstring withoutExtendedPrefix(std::wstring path);
+
 // Calls fill(buffer, size) as the "returns the length, or the size needed" functions want it (GetFullPathNameW,
 // GetCurrentDirectoryW, GetTempPathW, GetEnvironmentVariableW) until the text fits. Empty when the call fails.
 template <class Fill>

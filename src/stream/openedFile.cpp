@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 #include <utility>
 
 #include "files/fileWriting.h"
@@ -43,14 +42,6 @@ DWORD sharedAccess(xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share) {
     return FILE_SHARE_READ;
 }
 
-// Without the prefix of an extended path, for people and for other functions.
-std::string shownPath(const std::wstring& extended) {
-    constexpr std::wstring_view kUnc = LR"(\\?\UNC\)", kPrefix = LR"(\\?\)";
-    if (extended.compare(0, kUnc.size(), kUnc) == 0) return R"(\\)" + platform::toUtf8(extended.substr(kUnc.size()));
-    if (extended.compare(0, kPrefix.size(), kPrefix) == 0) return platform::toUtf8(extended.substr(kPrefix.size()));
-    return platform::toUtf8(extended);
-}
-
 DWORD setEnd(HANDLE file, std::uint64_t bytes) {
     FILE_END_OF_FILE_INFO info{};
     info.EndOfFile.QuadPart = static_cast<LONGLONG>(bytes);
@@ -68,7 +59,7 @@ DWORD OpenedFile::open(const std::string& path, xoIoDeviceFile::OpenMode mode, x
         fullPath = path;
         return ERROR_INVALID_NAME;
     }
-    fullPath = shownPath(extended);
+    fullPath = platform::toUtf8(platform::withoutExtendedPrefix(extended));
     mReads = kOpenings[mode].reads;
     mWrites = kOpenings[mode].writes;
     mAppends = mode == xoIoDeviceFile::OpenAppend;

@@ -11,6 +11,13 @@ constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+// Of a digit in a base up to 16; 16 for every other character.
+constexpr unsigned digitValue(char c) {
+    if (isDigit(c)) return static_cast<unsigned>(c - '0');
+    const char lower = static_cast<char>(c | 0x20);
+    return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a' + 10) : 16;
+}
+
 constexpr bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 constexpr char toLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string_view>
 
+#include "text/ascii.h"
 #include "text/blocks.h"
 #include "xoSystem/xoStringUtils.h"
 
@@ -12,22 +13,18 @@ namespace {
 
 constexpr std::size_t kUuidSize = 16;
 constexpr std::size_t kDashedUuidSize = 36;
-constexpr unsigned char kNoDigit = 0xFF;
 
 constexpr std::array<unsigned char, 256> makeDigitValues() {
     std::array<unsigned char, 256> values{};
-    for (auto& value : values) value = kNoDigit;
-    for (unsigned char i = 0; i != 10; ++i) values['0' + std::size_t{i}] = i;
-    for (unsigned char i = 10; i != 16; ++i) {
-        values['a' - 10 + std::size_t{i}] = i;
-        values['A' - 10 + std::size_t{i}] = i;
-    }
+    for (std::size_t i = 0; i != values.size(); ++i)
+        values[i] = static_cast<unsigned char>(text::digitValue(static_cast<char>(i)));
     return values;
 }
 
+// Decoding looks digits up, which is faster than comparing.
 constexpr auto kDigitValues = makeDigitValues();
 
-unsigned char digitValue(char c) { return kDigitValues[static_cast<unsigned char>(c)]; }
+unsigned char lookUpDigit(char c) { return kDigitValues[static_cast<unsigned char>(c)]; }
 
 char digitOf(unsigned value) { return "0123456789abcdef"[value]; }
 
@@ -58,8 +55,8 @@ void encode(const char* data, std::size_t size, char* out) {
 bool decode(const char* text, std::size_t size, char* out) {
     unsigned seen = 0;
     for (; size != 0; --size, text += 2) {
-        const unsigned high = digitValue(text[0]);
-        const unsigned low = digitValue(text[1]);
+        const unsigned high = lookUpDigit(text[0]);
+        const unsigned low = lookUpDigit(text[1]);
         seen |= high | low;
         *out++ = static_cast<char>(high << 4 | low);
     }

@@ -20,13 +20,6 @@ const char* skipToDigits(const char* at, const char* end, bool& negative) {
     return at != end && (*at == '-' || *at == '+') ? at + 1 : at;
 }
 
-// 16, which is no digit in any base here, for every other character.
-int digitValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : 16;
-}
-
 // "0x" without a digit behind it is the octal number 0 and a rest, as strtoll reads it.
 bool startsHexadecimal(const char* at, const char* end) {
     return end - at > 2 && at[0] == '0' && (at[1] | 0x20) == 'x' && digitValue(at[2]) < 16;
@@ -86,8 +79,14 @@ int binaryExponent(double value) {
     return static_cast<int>(bits >> 52) - 1023;
 }
 
-// Rounds by one multiplication or division, whose error is below 2e-7 here. Returns false if the value is so close to a
-// tie that this error could change the digits.
+// Rounds by one multiplication or division. Returns false if the value is so close to a tie that the error of that
+// operation could change the digits.
+//
+// The error: the power of ten is at most 10^17 or 10^-14 and so exact, and a correctly rounded operation is off by at
+// most 2^-53 of its result (Goldberg, "What every computer scientist should know about floating-point arithmetic",
+// theorem 2). The result is below 10^9, so that it is off by less than 1.2e-7. The rest after the integer part is
+// exact: it has no more bits than the result. Only a rest within that error of 0.5 can round to the wrong side, and
+// kDoubt is eight times as wide. An error across an integer does no harm, because both sides round to that integer.
 bool roundQuickly(double magnitude, int precision, Rounded& rounded) {
     constexpr double kLeast = 1e-9;
     constexpr double kEnd = 1e15;
@@ -166,7 +165,7 @@ bool parseInteger(const char* text, const char* end, std::int64_t& value) {
     const char* const first = at;
     std::uint64_t magnitude = 0;
     for (; at != end; ++at) {
-        const auto digit = static_cast<unsigned>(digitValue(*at));
+        const auto digit = digitValue(*at);
         if (digit >= base) break;
         // Beyond the limit the value stays there, and the remaining digits are still read: they belong to the number.
         const bool fits = magnitude < lastWhole || (magnitude == lastWhole && digit <= lastDigit);

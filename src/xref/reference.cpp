@@ -12,19 +12,14 @@ namespace {
 
 bool beginsWithDrive(std::string_view path) { return path.size() >= 2 && text::isLetter(path[0]) && path[1] == ':'; }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-}
-
 // A "%" without two digits behind it stands for itself.
 std::string withoutPercents(std::string_view text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool isCode =
-            text[i] == '%' && i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 && hexDigit(text[i + 2]) >= 0;
-        decoded += isCode ? static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2])) : text[i];
+        const bool isCode = text[i] == '%' && i + 2 < text.size() && text::digitValue(text[i + 1]) < 16 &&
+                            text::digitValue(text[i + 2]) < 16;
+        decoded +=
+            isCode ? static_cast<char>(text::digitValue(text[i + 1]) * 16 + text::digitValue(text[i + 2])) : text[i];
         if (isCode) i += 2;
     }
     return decoded;

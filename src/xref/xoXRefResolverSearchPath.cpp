@@ -24,13 +24,7 @@ using Match = xoXRefResolverSearchPath::Match;
 // Absolute with "/", without the prefix of an extended path and without a separator at its end unless it is a root.
 // Empty for what names nothing.
 std::string absolutePath(const std::string& path) {
-    std::wstring full = platform::toExtendedPath(platform::toWide(path));
-    constexpr std::wstring_view kUnc = LR"(\\?\UNC\)", kPrefix = LR"(\\?\)";
-    if (full.compare(0, kUnc.size(), kUnc) == 0) {
-        full.replace(0, kUnc.size(), LR"(\\)");
-    } else if (full.compare(0, kPrefix.size(), kPrefix) == 0) {
-        full.erase(0, kPrefix.size());
-    }
+    const std::wstring full = platform::withoutExtendedPrefix(platform::toExtendedPath(platform::toWide(path)));
     std::string text = platform::toUtf8(files::withoutTrailingSeparators(full));
     std::replace(text.begin(), text.end(), '\\', '/');
     return text;
