@@ -1,6 +1,7 @@
-# Checks two tables of docs/contributing.md against the tree:
+# Checks the tree against docs/contributing.md:
 #   rooms    an include leads from a room to one listed below it, never up; so no two rooms include each other
 #   classes  every exported class and every public header has a row, and the files that a row names exist
+#   names    the library uses none of the standard classes that the page rules out
 # cmake -DROOT=<folder of the project> -P checkRooms.cmake
 cmake_minimum_required(VERSION 3.21)
 
@@ -115,6 +116,10 @@ file(GLOB_RECURSE sources RELATIVE ${ROOT} ${ROOT}/src/*.h ${ROOT}/src/*.cpp)
 foreach(source IN LISTS sources)
   string(REGEX REPLACE "^src/(.+)/[^/]+$" "\\1" room ${source})
   check_includes(${source} ${room})
+  file(STRINGS ${ROOT}/${source} ruled_out REGEX "^[^/]*(std::[a-z_]*(mutex|condition_variable|call_once)|<future>)")
+  foreach(line IN LISTS ruled_out)
+    report("${source}: ${page} rules this out: ${line}")
+  endforeach()
 endforeach()
 
 if(errors)
