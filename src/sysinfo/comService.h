@@ -1,4 +1,4 @@
-// COM and the management service, Windows Management Instrumentation, for threads of the library's own.
+// COM and the management service (Windows Management Instrumentation), for threads that the library starts itself.
 #ifndef XO_SYSINFO_COMSERVICE_H
 #define XO_SYSINFO_COMSERVICE_H
 
@@ -13,6 +13,7 @@
 
 namespace xo::sysinfo {
 
+// Owns one reference to a COM object. It must end before the Com of its thread.
 template <class Interface>
 struct ComPolicy {
     using Type = Interface*;
@@ -22,8 +23,9 @@ struct ComPolicy {
 template <class Interface>
 using ComObject = platform::Owned<ComPolicy<Interface>>;
 
-// COM, loaded at run time, because no other part of the library needs it. It belongs to the thread that makes it, which
-// must not have initialised COM itself.
+// COM, initialised for the thread that makes the object, and loaded at run time because only few calls need it. The
+// thread must not have initialised COM itself: a second initialisation with another model fails. Bstr, OwnedVariant and
+// ComObject use its functions when they end, so it is declared before them.
 class Com {
 public:
     Com() {
@@ -35,12 +37,13 @@ public:
     Com(const Com&) = delete;
     Com& operator=(const Com&) = delete;
 
-    bool isReady() const { return mInitialized; }
+    bool isReady() const { return mInitialized; }  // if false, no function below may be called
 
 private:
     platform::LibraryHandle mOle{load(L"ole32.dll")};  // loaded before the functions below are looked up in it
     platform::LibraryHandle mOleAut{load(L"oleaut32.dll")};
 
+    // From the folder of the system alone: a library of that name beside the program must not be loaded.
     static HMODULE load(const wchar_t* name) { return ::LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32); }
 
     template <class Function>
@@ -56,8 +59,9 @@ private:
 
     decltype(::CoInitializeEx)* coInitialize = find<decltype(::CoInitializeEx)>(mOle, "CoInitializeEx");
     decltype(::CoUninitialize)* coUninitialize = find<decltype(::CoUninitialize)>(mOle, "CoUninitialize");
-    bool mInitialized = false;
+    bool mInitialized = false;  // by this object, which uninitialises COM in that case
 
+    // The functions of the two libraries under their own names; none is null while isReady() is true.
 public:
     decltype(::CoCreateInstance)* coCreateInstance = find<decltype(::CoCreateInstance)>(mOle, "CoCreateInstance");
     decltype(::CoSetProxyBlanket)* coSetProxyBlanket = find<decltype(::CoSetProxyBlanket)>(mOle, "CoSetProxyBlanket");
@@ -72,6 +76,8 @@ public:
         find<decltype(::SafeArrayGetElement)>(mOleAut, "SafeArrayGetElement");
 };
 
+// A BSTR, the text type of COM, with its length before the characters: neither an ordinary wide literal nor free() may
+// be used in its place. Null until it is set, and when memory is short.
 class Bstr {
 public:
     explicit Bstr(const Com& com) : mCom(com) {}

@@ -11,7 +11,8 @@ constexpr xoEnumEntry<xoPowerStatus::AcLine> kAcLines[] = {{xoPowerStatus::AcLin
                                                            {xoPowerStatus::AcLineOnline, "Online"},
                                                            {xoPowerStatus::AcLineUnknown, "Unknown"}};
 
-// In the order of their numbers; each name ends with a NUL.
+// Sorted by value and without gaps from 0 on, because CPUInfo::FeatureToString uses the value as the index. Each name
+// is a literal, so that its data() ends with a NUL.
 constexpr xoEnumEntry<CPUInfo::Feature> kFeatures[] = {
     {CPUInfo::FeatureSSE3, "SSE3"},
     {CPUInfo::FeaturePCLMULQDQ, "PCLMULQDQ"},

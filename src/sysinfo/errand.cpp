@@ -31,22 +31,23 @@ void Lane::leave() {
     mChanged.wakeAll();
 }
 
-// Those who wait for the lane are late with it.
 void Lane::setLate(ULONGLONG turn) {
     {
         const platform::SlimLocker locker(mLock);
-        // The turn tells whether the lane is still with that thread; it may have ended meanwhile.
+        // The thread may have ended meanwhile, and the next turn begun.
         if (mIsBusy && mTurn == turn) mIsLate = true;
     }
     mChanged.wakeAll();
 }
 
+// Kept by the errand and by the thread; the last of them releases it.
 struct Errand::Shared {
     std::function<void()> work;
     platform::KernelHandle ended{::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/TRUE,
                                                 /*bInitialState=*/FALSE, /*lpName=*/nullptr)};
 };
 
+// Passed to the thread, which deletes it.
 struct Errand::Argument {
     std::shared_ptr<Shared> shared;
     Lane* lane;
@@ -57,7 +58,7 @@ DWORD WINAPI Errand::run(void* given) {
     std::unique_ptr<Argument> argument(static_cast<Argument*>(given));
     try {
         argument->shared->work();
-    } catch (...) {  // out of memory: there is no answer
+    } catch (...) {  // such as std::bad_alloc: the caller finds its answer unfilled
     }
     // What the work owns is released before the end is signalled and before the lane is free.
     argument->shared->work = nullptr;

@@ -1,5 +1,6 @@
-// Questions to the system that may never be answered: to a driver, to a service, to a drive that has lost its medium.
-// They are asked on a thread of their own, which is left behind when it is late.
+// Calls of the system that may never return: into a driver, a service, or a drive that has lost its medium. Each runs
+// on a thread of its own. When it is late, the caller goes on without it, because a thread inside a driver cannot be
+// ended.
 #ifndef XO_SYSINFO_ERRAND_H
 #define XO_SYSINFO_ERRAND_H
 
@@ -13,7 +14,8 @@ namespace xo::sysinfo {
 
 using platform::Deadline;
 
-// One kind of question. At most one thread asks it at a time, and so at most one is left behind. A static object.
+// The errands of one kind. At most one of them runs at a time, so at most one thread is left behind. A lane must be a
+// static object, because that thread uses it when it ends at last.
 class Lane {
 public:
     constexpr explicit Lane(const wchar_t* threadName) : mThreadName(threadName) {}
@@ -23,26 +25,30 @@ public:
 private:
     friend class Errand;
 
-    // The number of the turn, which leave ends; 0 when the lane was not free in time.
+    // Waits until the lane is free and occupies it. Returns the number of the turn, which leave() ends; 0 when the
+    // deadline passed first, or when the thread in the lane is late.
     ULONGLONG enter(const Deadline& deadline);
     void leave();
+    // Marks the turn as late if it still lasts. enter() then fails at once, also in threads that wait there already.
     void setLate(ULONGLONG turn);
 
     const wchar_t* const mThreadName;
     platform::SlimLock mLock;
-    platform::SlimCondition mChanged;
+    platform::SlimCondition mChanged;           // signalled when mIsBusy or mIsLate has changed
     ULONGLONG mTurn XO_GUARDED_BY(mLock) = 0;   // of the last thread
     bool mIsBusy XO_GUARDED_BY(mLock) = false;  // that thread has not ended yet
     bool mIsLate XO_GUARDED_BY(mLock) = false;  // and was left behind
 };
 
-// A question under way. The thread keeps the library loaded until it has ended.
+// One call under way, owned by the thread that waits for it. The thread that runs it holds a reference to the library
+// until it ends, so that unloading the library cannot remove its code.
 class Errand {
 public:
     // Begins to work on a new thread, and waits for the lane before that. The work owns all that it uses, and its
     // exceptions are dropped. With a limit of 0, and while another one is late, nothing begins: the errand is late at
     // once.
     Errand(Lane& lane, const Deadline& deadline, std::function<void()> work);
+    // Leaves the thread behind if wait() has not been called.
     ~Errand();
     Errand(const Errand&) = delete;
     Errand& operator=(const Errand&) = delete;
@@ -52,6 +58,7 @@ public:
     bool wait(const Deadline& deadline);
 
 private:
+    // What both threads use, and what the new thread alone owns.
     struct Shared;
     struct Argument;
     static DWORD WINAPI run(void* argument);

@@ -13,7 +13,8 @@
 namespace xo::sysinfo {
 namespace {
 
-// What makers leave in place of a text, without blanks and dots.
+// Texts that makers of boards leave where no real one was entered, in lower case without blanks and dots, as
+// isPlaceholder compares them.
 constexpr std::string_view kPlaceholders[] = {"tobefilledbyoem",
                                               "defaultstring",
                                               "systemmanufacturer",
@@ -40,7 +41,8 @@ bool isPlaceholder(const std::string& text) {
                        [&](std::string_view each) { return text::equalIgnoringCase(plain, each); });
 }
 
-// Bytes that are not UTF-8 are read in the native code page, so that the text is not lost.
+// The standard allows ASCII only, but firmware contains other bytes: what is not UTF-8 is read in the native code page.
+// Empty for a placeholder.
 std::string cleaned(std::string_view bytes) {
     std::string text(bytes);
     if (!xoStringUtils::IsUtf8String(text)) text = platform::fromNative(text);
@@ -50,7 +52,8 @@ std::string cleaned(std::string_view bytes) {
     return isPlaceholder(text) ? std::string() : text;
 }
 
-// One table: its fields, and behind them its texts, which the fields number from 1.
+// One structure of the standard: a formatted area, whose first byte is the type and whose second is its length, and
+// behind it the texts. A field refers to a text by its number, from 1 on.
 class Table {
 public:
     // Cuts the table off the bytes; an empty one when it is cut short.
@@ -88,7 +91,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kHead = 4;
+    static constexpr std::size_t kHead = 4;  // type, length, and a handle of 2 bytes
 
     RecordBytes mFields{{}};
     std::string_view mTexts;  // each with its NUL
@@ -103,6 +106,7 @@ std::string isoDate(const std::string& date) {
     return isDate ? date.substr(6) + "-" + date.substr(0, 2) + "-" + date.substr(3, 2) : date;
 }
 
+// The memory types of the standard (structure 17, offset 0x12). Empty for older or unknown ones.
 const char* memoryKind(unsigned type) {
     switch (type) {
         case 0x0F: return "SDRAM";
@@ -123,8 +127,8 @@ const char* memoryKind(unsigned type) {
     }
 }
 
-// Megabytes, or kilobytes if the top bit is set. Sizes that do not fit 15 bits are in a longer field of newer tables. 0
-// for an empty slot.
+// The size field (0x0C) has megabytes, or kilobytes if its top bit is set. A size that does not fit 15 bits is in the
+// extended field (0x1C), in megabytes. 0 for an empty slot and for an unknown size.
 std::uint64_t moduleBytes(const RecordBytes& fields) {
     constexpr unsigned kUnknown = 0xFFFF, kIsFurtherOn = 0x7FFF, kIsInKilobytes = 0x8000;
     const unsigned size = fields.number<std::uint16_t>(0x0C);
@@ -133,7 +137,8 @@ std::uint64_t moduleBytes(const RecordBytes& fields) {
     return (size & kIsInKilobytes) != 0 ? std::uint64_t{size & kIsFurtherOn} << 10 : std::uint64_t{size} << 20;
 }
 
-// The one that the memory runs at, else the one that it can run at.
+// The configured speed (0x20), or else the highest possible one (0x15). Each has an extended field for speeds that do
+// not fit 16 bits. Fields that an older table lacks read as 0, which means unknown.
 std::uint32_t moduleSpeed(const RecordBytes& fields) {
     constexpr unsigned kIsFurtherOn = 0xFFFF;
     const std::pair<std::size_t, std::size_t> places[] = {{0x20, 0x58}, {0x15, 0x54}};
@@ -145,23 +150,24 @@ std::uint32_t moduleSpeed(const RecordBytes& fields) {
     return 0;
 }
 
+// Takes what a machine needs from the structures for the BIOS, the system, the board and a memory device.
 void add(const Table& table, Machine& machine) {
     switch (table.type()) {
-        case 0:
+        case 0:  // BIOS information
             machine.biosVendor = table.text(0x04);
             machine.biosVersion = table.text(0x05);
             machine.biosDate = isoDate(table.text(0x08));
             break;
-        case 1:
+        case 1:  // system information
             machine.manufacturer = table.text(0x04);
             machine.product = table.text(0x05);
             machine.serial = table.text(0x07);
             break;
-        case 2:
+        case 2:  // baseboard information
             // A machine may have several boards. The first one counts.
             if (machine.board.empty()) machine.board = table.text(0x05);
             break;
-        case 17: {
+        case 17: {  // memory device: a slot, which may be empty
             const std::uint64_t bytes = moduleBytes(table.fields());
             if (bytes != 0)
                 machine.modules.push_back(
@@ -175,8 +181,8 @@ void add(const Table& table, Machine& machine) {
 }  // namespace
 
 Machine readMachine(std::string_view firmwareTables) {
-    constexpr std::size_t kHead = 8;  // versions, and the length of the tables
-    constexpr unsigned kEnd = 127;
+    constexpr std::size_t kHead = 8;  // of Windows, not of the standard: versions, and at 4 the length of the tables
+    constexpr unsigned kEnd = 127;    // the type of the structure behind the last one
     Machine machine;
     std::string_view rest = RecordBytes(firmwareTables).from(kHead);
     rest = rest.substr(0, RecordBytes(firmwareTables).number<std::uint32_t>(4));
@@ -190,6 +196,7 @@ Machine readMachine(std::string_view firmwareTables) {
 
 std::string firmwareTables() {
     constexpr DWORD kProvider = 'R' << 24 | 'S' << 16 | 'M' << 8 | 'B';
+    // The first call returns the size, 0 when there are no tables.
     std::string tables(::GetSystemFirmwareTable(kProvider, 0, nullptr, 0), '\0');
     // A size beyond the buffer's means that nothing was written:
     // https://learn.microsoft.com/windows/win32/api/sysinfoapi/nf-sysinfoapi-getsystemfirmwaretable

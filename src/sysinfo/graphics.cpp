@@ -23,15 +23,17 @@ std::string versionText(LARGE_INTEGER version) {
     return text;
 }
 
-// "PCI\VEN_10DE&DEV_2684...", in any case.
+// Whether a hardware identifier such as "PCI\VEN_10DE&DEV_2684&SUBSYS_..." is of the adapter. Upper and lower case are
+// equal. What follows the device differs between makers of boards and is not compared.
 bool isOfDevice(const std::wstring& identifier, const DirectXDeviceInfo& adapter) {
     wchar_t wanted[32];
     const int length = std::swprintf(wanted, 32, L"PCI\\VEN_%04X&DEV_%04X", adapter.vendorId, adapter.deviceId);
     return length > 0 && ::_wcsnicmp(identifier.c_str(), wanted, static_cast<std::size_t>(length)) == 0;
 }
 
-// Drivers of Direct3D 12 alone do not answer CheckInterfaceSupport. The class of display adapters has a key for each
-// driver, also for those of adapters that were taken out; two versions for one device are none.
+// CheckInterfaceSupport fails for a driver that supports only Direct3D 12. The key of the class of display adapters has
+// a sub-key for each driver, also for adapters that were removed. When two versions are found for one device, it is
+// unknown which one is used, and the result is empty.
 // https://learn.microsoft.com/windows-hardware/drivers/install/system-defined-device-setup-classes-available-to-vendors
 std::string driverInRegistry(const DirectXDeviceInfo& adapter) {
     const platform::RegistryKey displayClass(
@@ -46,10 +48,12 @@ std::string driverInRegistry(const DirectXDeviceInfo& adapter) {
     return versions.size() == 1 ? platform::toUtf8(*versions.begin()) : std::string();
 }
 
+// All values stay empty when the adapter does not describe itself.
 DirectXDeviceInfo describe(IDXGIAdapter1& adapter) {
     DirectXDeviceInfo info;
     DXGI_ADAPTER_DESC1 description{};
     if (FAILED(adapter.GetDesc1(&description))) return info;
+    // A description that fills its array of 128 characters may lack the NUL.
     info.name = platform::toUtf8({description.Description, ::wcsnlen(description.Description, 128)});
     info.vendorId = description.VendorId;
     info.deviceId = description.DeviceId;
@@ -60,7 +64,7 @@ DirectXDeviceInfo describe(IDXGIAdapter1& adapter) {
     info.sharedSystemBytes = description.SharedSystemMemory;
     info.luid = std::uint64_t{static_cast<std::uint32_t>(description.AdapterLuid.HighPart)} << 32 |
                 description.AdapterLuid.LowPart;
-    // The Microsoft Basic Render Driver does not set the flag on every system.
+    // The Microsoft Basic Render Driver, which renders on the processor, does not set the flag on every system.
     const bool isBasicRender = info.vendorId == 0x1414 && info.deviceId == 0x8C;
     info.isSoftware = isBasicRender || (description.Flags & DXGI_ADAPTER_FLAG_SOFTWARE) != 0;
     info.isRemote = (description.Flags & DXGI_ADAPTER_FLAG_REMOTE) != 0;
@@ -70,6 +74,7 @@ DirectXDeviceInfo describe(IDXGIAdapter1& adapter) {
     return info;
 }
 
+// The names of the displays, such as "\\.\DISPLAY1". EnumOutputs fails behind the last one.
 std::vector<std::string> outputsOf(IDXGIAdapter1& adapter) {
     std::vector<std::string> names;
     for (UINT i = 0;; ++i) {
@@ -111,6 +116,7 @@ namespace xo {
 
 bool DirectXDeviceInfo::GetAdapters(std::vector<DirectXDeviceInfo>& adapters, unsigned timeoutMs) {
     adapters.clear();
+    // Shared with the thread, which may write after this function has returned.
     const auto found = std::make_shared<std::optional<std::vector<DirectXDeviceInfo>>>();
     const sysinfo::Deadline deadline(timeoutMs);
     sysinfo::Errand errand(sysinfo::graphicsLane(), deadline, [found] { *found = sysinfo::readAdapters(); });

@@ -1,4 +1,4 @@
-// The graphics adapters, and what else is asked in the same way: on a thread that may be left behind.
+// The graphics adapters. Their drivers may not answer, so they are asked by an errand.
 #ifndef XO_SYSINFO_GRAPHICS_H
 #define XO_SYSINFO_GRAPHICS_H
 
@@ -10,10 +10,11 @@
 
 namespace xo::sysinfo {
 
-// No value when DirectX cannot be asked.
+// The adapters in the order of the system, for which the first one drives the primary display. No value when DXGI is
+// not available. Call it on an errand's thread only: it may never return.
 std::optional<std::vector<DirectXDeviceInfo>> readAdapters();
 
-// The one that the questions for adapters share.
+// Shared by the report and DirectXDeviceInfo::GetAdapters, since both ask the same drivers.
 Lane& graphicsLane();
 
 }  // namespace xo::sysinfo

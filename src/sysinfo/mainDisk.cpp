@@ -11,6 +11,7 @@
 namespace xo::sysinfo {
 namespace {
 
+// Promised for getMainHDDDevice in the public header.
 constexpr DWORD kServiceLimitMs = 10'000;
 
 // Asks on a new thread: the caller's thread may have initialised COM with another concurrency model, which cannot be
@@ -57,7 +58,7 @@ std::string diskFromVolume(const std::wstring& drive) {
     return number ? R"(\\.\PHYSICALDRIVE)" + std::to_string(*number) : std::string();
 }
 
-// The volume answers at once, the management service only after seconds. On Wine a volume names no disk.
+// The volume answers at once, the management service only after seconds. On Wine a volume yields no disk.
 std::string findMainDisk() {
     const std::wstring drive = systemDrive();
     if (drive.empty()) return {};

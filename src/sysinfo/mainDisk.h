@@ -10,8 +10,8 @@ namespace xo::sysinfo {
 // "\\.\PHYSICALDRIVE0", for instance; empty when it cannot be determined. May take up to 10 seconds.
 std::string findMainDisk();
 
-// The two sources of the answer, each for a drive such as "C:". diskFromManagementService needs a thread that has not
-// initialised COM, and takes as long as the management service does.
+// The two ways to find it, each for a drive such as "C:"; empty when that way fails. diskFromManagementService needs a
+// thread that has not initialised COM, and may take more than two minutes.
 std::string diskFromManagementService(const std::wstring& drive);
 std::string diskFromVolume(const std::wstring& drive);
 

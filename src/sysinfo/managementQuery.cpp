@@ -12,11 +12,14 @@
 namespace xo::sysinfo {
 namespace {
 
+// Shared by the queries of all threads, so that they run one after the other.
 Lane managementLane(L"xoSystem management");
 
+// A null BSTR is an empty text.
 std::string utf8Of(BSTR text) { return text ? platform::toUtf8(text) : std::string(); }
 
-// Integers of 64 bits arrive as text, and unsigned ones of 32 bits as signed: the type of the property decides.
+// The service passes 64-bit integers as text and unsigned 32-bit ones as VT_I4, so the CIM type of the property
+// decides. A number above INT64_MAX wraps round, as the public header says.
 // https://learn.microsoft.com/windows/win32/wmisdk/numbers
 xoVariant textOrNumber(BSTR text, CIMTYPE type) {
     const std::string utf8 = utf8Of(text);
@@ -25,7 +28,8 @@ xoVariant textOrNumber(BSTR text, CIMTYPE type) {
     return utf8;
 }
 
-// UNKNOWN for what has no counterpart: null, and objects.
+// The data is the value field of a VARIANT or an element of an array, and holds at least the bytes of its kind. It is
+// copied by memcpy because its address need not be aligned for every kind. UNKNOWN for a kind without a counterpart.
 xoVariant toVariant(const void* data, VARTYPE kind, CIMTYPE type) {
     const auto read = [data](auto value) {
         std::memcpy(&value, data, sizeof value);
@@ -52,7 +56,8 @@ xoVariant toVariant(const void* data, VARTYPE kind, CIMTYPE type) {
     }
 }
 
-// UNKNOWN when the array cannot be read. safeArrayGetElement copies a text, and the copy is released here.
+// UNKNOWN when the array cannot be read. Properties have arrays of one dimension. safeArrayGetElement allocates a copy
+// of a text, which is released here.
 xoVariant toList(const Com& com, SAFEARRAY* array, VARTYPE kind, CIMTYPE type) {
     xoVariant::xoVariantListImpl list;
     LONG begin = 0, end = -1;
@@ -70,6 +75,8 @@ xoVariant toList(const Com& com, SAFEARRAY* array, VARTYPE kind, CIMTYPE type) {
     return list;
 }
 
+// The kinds that toVariant above converts. Others (null, objects) are rejected before an element is copied,
+// because a copied object would have to be released.
 bool isSimple(VARTYPE kind) {
     return kind == VT_BOOL || kind == VT_BSTR || kind == VT_R4 || kind == VT_R8 || kind == VT_I1 || kind == VT_I2 ||
            kind == VT_I4 || kind == VT_I8 || kind == VT_UI1 || kind == VT_UI2 || kind == VT_UI4 || kind == VT_UI8;
@@ -78,12 +85,14 @@ bool isSimple(VARTYPE kind) {
 xoVariant toVariant(const Com& com, const VARIANT& value, CIMTYPE type) {
     const auto kind = static_cast<VARTYPE>(value.vt & VT_TYPEMASK);
     const CIMTYPE elementType = type & ~CIM_FLAG_ARRAY;
-    if (!isSimple(kind)) return {};
+    if (!isSimple(kind)) return {};  // UNKNOWN: the property gets no key
     if ((value.vt & VT_ARRAY) != 0) return value.parray ? toList(com, value.parray, kind, elementType) : xoVariant();
     return toVariant(&value.llVal, kind, elementType);
 }
 
+// False when the properties cannot be enumerated to their end. Null properties have no key in the row.
 bool readRow(const Com& com, IWbemClassObject& object, xoVariant::xoVariantMapImpl& row) {
+    // Without the system properties, whose names begin with two underscores.
     if (FAILED(object.BeginEnumeration(WBEM_FLAG_NONSYSTEM_ONLY))) return false;
     for (;;) {
         Bstr name(com);
@@ -97,11 +106,14 @@ bool readRow(const Com& com, IWbemClassObject& object, xoVariant::xoVariantMapIm
     }
 }
 
+// Written by the errand's thread. The caller reads it only after Errand::wait has returned true.
 struct Answer {
-    bool isWhole = false;
+    bool isWhole = false;  // false: the rows are incomplete, and the query has failed
     xoVariant::xoVariantListImpl rows;
 };
 
+// Runs on the errand's thread, where COM is not initialised yet. The COM objects are declared after com and are
+// therefore released before it uninitialises COM.
 void query(const std::string& wql, const std::string& nameSpace, Answer& answer) {
     const Com com;
     if (!com.isReady()) return;
@@ -114,6 +126,8 @@ void query(const std::string& wql, const std::string& nameSpace, Answer& answer)
     for (;;) {
         ComObject<IWbemClassObject> object;
         ULONG count = 0;
+        // Without a limit: the deadline is the caller's, who leaves this thread behind. Since ExecQuery returns at
+        // once, an error in the query itself is reported here.
         const HRESULT result = objects.get()->Next(static_cast<LONG>(WBEM_INFINITE), 1, object.put(), &count);
         if (FAILED(result)) return;
         if (count == 0) break;
@@ -132,6 +146,7 @@ namespace xo {
 bool xoSystemUtils::QueryManagementUtf8(const std::string& wql, xoVariant::xoVariantListImpl& rows, unsigned timeoutMs,
                                         const std::string& nameSpace) {
     rows.clear();
+    // Shared with the thread, which may write after this function has returned.
     const auto answer = std::make_shared<sysinfo::Answer>();
     const sysinfo::Deadline deadline(timeoutMs);
     sysinfo::Errand errand(sysinfo::managementLane, deadline, [=] { sysinfo::query(wql, nameSpace, *answer); });

@@ -8,12 +8,15 @@
 namespace xo::sysinfo {
 namespace {
 
+// For each of the two queries. The caller waits 10 seconds for the whole (mainDisk.cpp) and abandons the thread then.
 constexpr long kNextLimitMs = 5'000;
 
+// Empty when the value is not a text.
 std::wstring textIn(const VARIANT& value) {
     return value.vt == VT_BSTR && value.bstrVal != nullptr ? value.bstrVal : std::wstring();
 }
 
+// The service passes an unsigned 32-bit property, such as Index, as VT_I4.
 // -1 when the value is not a number.
 std::int64_t numberIn(const VARIANT& value) {
     return value.vt == VT_I4 || value.vt == VT_UI4 ? std::int64_t{value.lVal} : -1;
@@ -41,6 +44,8 @@ std::string diskFromManagementService(const std::wstring& drive) {
     const ComObject<IWbemServices> services = connectManagement(com, L"ROOT\\CIMV2");
     if (!services) return {};
 
+    // Nothing needs to be escaped: the drive is a letter and a colon, the partition is named like "Disk #0, Partition
+    // #1". Of several partitions the first one counts.
     OwnedVariant partition(com);
     askFirst(com, *services.get(),
              L"ASSOCIATORS OF {Win32_LogicalDisk.DeviceID='" + drive + L"'} WHERE ResultClass=Win32_DiskPartition",

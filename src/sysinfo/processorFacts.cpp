@@ -1,5 +1,5 @@
-// What the instruction CPUID tells. https://www.intel.com/sdm, volume 2, CPUID; https://docs.amd.com, order number
-// 24594.
+// Reads the facts that the instruction CPUID returns. https://www.intel.com/sdm, volume 2, CPUID; https://docs.amd.com,
+// order number 24594.
 #include "sysinfo/processorFacts.h"
 
 #include <cstring>
@@ -19,7 +19,8 @@ constexpr std::uint32_t kHypervisor = 0x40000000;
 
 enum Register { A, B, C, D };
 
-// What the system must save for a feature: the bits of XCR0.
+// The bits of XCR0 that a feature needs. Its instructions fault if the system does not save their registers. Ymm: the
+// states of SSE and AVX (1, 2). Zmm: also the mask registers and both parts of the ZMM state (5, 6, 7).
 enum Saved : std::uint64_t { Nothing = 0, Ymm = 0x06, Zmm = 0xE6 };
 
 struct FeatureBit {
@@ -30,7 +31,7 @@ struct FeatureBit {
     Saved saved;
 };
 
-// In the order of CPUInfo::Feature.
+// Where CPUID reports each feature, in the order of CPUInfo::Feature.
 constexpr FeatureBit kFeatureBits[] = {
     {1, 0, C, 0, Nothing},               // SSE3
     {1, 0, C, 1, Nothing},               // PCLMULQDQ
@@ -91,6 +92,7 @@ Leaf readLeaf(std::uint32_t leaf, std::uint32_t subLeaf) {
     return result;
 }
 
+// The intrinsic of GCC and clang is available only to functions that are compiled with -mxsave.
 std::uint64_t readSavedRegisters() {
 #if defined(_MSC_VER)
     return ::_xgetbv(0);
@@ -101,7 +103,8 @@ std::uint64_t readSavedRegisters() {
 #endif
 }
 
-// Leaves above the highest one read as if nothing was set; processors repeat another one there.
+// Reads leaves that exist, and all zeros for others: for a leaf above the highest one, processors return the data of
+// another. A processor without extended leaves does not return a number of that range for the highest one.
 class Leaves {
 public:
     explicit Leaves(const ProcessorSource& source)
@@ -110,6 +113,7 @@ public:
     Leaf get(std::uint32_t leaf, std::uint32_t subLeaf = 0) const {
         const bool isThere =
             leaf < kHypervisor ? leaf <= mHighest : mHighestExtended >= kExtended && leaf <= mHighestExtended;
+        // Leaf 7 has its highest sub-leaf in EAX of sub-leaf 0.
         if (!isThere || (leaf == 7 && subLeaf > mSource.leaf(7, 0).a)) return {};
         return mSource.leaf(leaf, subLeaf);
     }
@@ -128,12 +132,13 @@ std::uint32_t registerOf(const Leaf& leaf, Register place) {
     }
 }
 
+// Appends the four characters of a register, the lowest byte first, without NULs and other control characters.
 void append(std::string& text, std::uint32_t bytes) {
     for (int i = 0; i < 4; ++i, bytes >>= 8)
         if (const char c = static_cast<char>(bytes & 0xFF); c >= ' ' && c < 0x7F) text += c;
 }
 
-// Without blanks around and with one between words.
+// Removes blanks at both ends and repeated ones within.
 std::string withSingleBlanks(const std::string& text) {
     std::string result;
     for (const char c : text)
@@ -186,6 +191,7 @@ void ProcessorFacts::identify(const ProcessorSource& source, CPUInfo& facts) {
     // This bit is reserved for hypervisors, which answer the leaves from 0x40000000 on:
     // https://learn.microsoft.com/virtualization/hyper-v-on-windows/tlfs/feature-discovery
     if (version.c >> 31 != 0) {
+        // Not by `leaves`: these leaves are in neither of its two ranges.
         const Leaf hypervisor = source.leaf(kHypervisor, 0);
         for (const std::uint32_t bytes : {hypervisor.b, hypervisor.c, hypervisor.d}) append(facts.mHypervisor, bytes);
     }

@@ -1,4 +1,4 @@
-// What is known of a processor, from its own instruction and from the system's records.
+// Determines the facts of a processor, from the instruction CPUID and from the system's records.
 #ifndef XO_SYSINFO_PROCESSORFACTS_H
 #define XO_SYSINFO_PROCESSORFACTS_H
 
@@ -11,28 +11,30 @@
 
 namespace xo::sysinfo {
 
-// The four registers after the instruction.
+// The registers EAX to EDX as CPUID leaves them.
 struct Leaf {
     std::uint32_t a = 0, b = 0, c = 0, d = 0;
 };
 
-// The instruction CPUID, and what the system saves of a thread's registers (XCR0), asked for only where there is that.
+// Where the facts come from; a test gives another processor's answers. `savedRegisters` returns XCR0, the register sets
+// that the system saves for a thread. It is called only if CPUID says that XCR0 exists.
 struct ProcessorSource {
     std::function<Leaf(std::uint32_t leaf, std::uint32_t subLeaf)> leaf;
     std::function<std::uint64_t()> savedRegisters;
 };
 ProcessorSource thisProcessor();
 
-// Fills parts of the facts.
+// A friend of CPUInfo that fills its members. Each function fills a part and leaves the others alone.
 struct ProcessorFacts {
     static CPUInfo nothing() { return CPUInfo(); }
     static void identify(const ProcessorSource& source, CPUInfo& facts);
-    // The records that GetLogicalProcessorInformationEx gives. What is cut short or unknown is passed over.
+    // Adds up the records that GetLogicalProcessorInformationEx returns; the facts must not have counts yet. Unknown
+    // records are skipped, and reading ends at one that is cut short.
     static void readTopology(std::string_view records, CPUInfo& facts);
     static CPUInfo readThisMachine();
 };
 
-// As the system gives them; empty where it does not.
+// The records of this machine; empty when the call fails.
 std::string topologyRecords();
 
 }  // namespace xo::sysinfo

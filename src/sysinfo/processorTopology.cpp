@@ -1,5 +1,5 @@
-// Counts, caches and kinds of cores, from the system's records. The processor's own instruction counts what a processor
-// of its kind can have, not what is there and switched on.
+// Counts, caches and kinds of cores, from the system's records. CPUID is not used here: it reports how many cores a
+// processor of this kind can have, not how many exist and are switched on.
 #include <algorithm>
 #include <bitset>
 #include <tuple>
@@ -11,10 +11,13 @@
 namespace xo::sysinfo {
 namespace {
 
+// The values of LOGICAL_PROCESSOR_RELATIONSHIP that are read. Offsets below are those of the record, whose head has the
+// relationship and the size, 4 bytes each:
 // https://learn.microsoft.com/windows/win32/api/winnt/ns-winnt-system_logical_processor_information_ex
 enum Relation : std::uint32_t { Core = 0, CacheOfCores = 2, Package = 3, Group = 4 };
 
-// The masks of the threads that a record is about; older systems leave the count 0 where there is always one.
+// The number of hardware threads in the affinity masks of a record. Older systems have no count of masks in the record
+// of a cache: the field reads as 0, and there is one mask.
 unsigned countThreads(const RecordBytes& record, std::size_t countAt, std::size_t masksAt) {
     // A GROUP_AFFINITY: 64 bits of the mask, then the number of the group.
     constexpr std::size_t kMaskBytes = 16;
@@ -26,6 +29,7 @@ unsigned countThreads(const RecordBytes& record, std::size_t countAt, std::size_
     return threads;
 }
 
+// Adds one core to its class. The classes stay sorted by rising efficiency class.
 void addCore(const RecordBytes& record, std::vector<CPUInfo::CoreClass>& classes) {
     // PROCESSOR_RELATIONSHIP behind the head of 8 bytes: the class at 9, the count of masks at 30, the masks from 32
     // on.
@@ -38,6 +42,8 @@ void addCore(const RecordBytes& record, std::vector<CPUInfo::CoreClass>& classes
     place->threads += countThreads(record, 30, 32);
 }
 
+// Counts one cache. Caches with equal properties share an entry; the entries stay sorted by level, kind and falling
+// size, which is why the size is inverted.
 void addCache(const RecordBytes& record, std::vector<CPUInfo::Cache>& caches) {
     constexpr unsigned kFullyAssociative = 0xFF;
     // CACHE_RELATIONSHIP: level 8, ways 9, bytes of a line 10, bytes 12, kind 16, count of masks 38, masks from 40 on.
@@ -67,14 +73,14 @@ void ProcessorFacts::readTopology(std::string_view records, CPUInfo& facts) {
     while (records.size() >= kHead) {
         const RecordBytes head(records);
         const auto size = head.number<std::uint32_t>(4);
-        // A size below that of the head would keep the loop in its place.
+        // With a size of 0 the loop would not end.
         if (size < kHead || size > records.size()) break;
         const RecordBytes record(records.substr(0, size));
         switch (head.number<std::uint32_t>(0)) {
             case Core: addCore(record, facts.mCoreClasses); break;
             case CacheOfCores: addCache(record, facts.mCaches); break;
             case Package: ++facts.mPackages; break;
-            case Group: facts.mGroups += record.number<std::uint16_t>(10); break;
+            case Group: facts.mGroups += record.number<std::uint16_t>(10); break;  // ActiveGroupCount
             default: break;
         }
         records.remove_prefix(size);
@@ -85,7 +91,7 @@ void ProcessorFacts::readTopology(std::string_view records, CPUInfo& facts) {
     }
 }
 
-// Processors may be added while it is asked.
+// Asks for the size and then for the records, again if the size has grown: processors may be added between the calls.
 std::string topologyRecords() {
     std::string records;
     for (DWORD size = 0;;) {

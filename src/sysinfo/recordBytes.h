@@ -1,4 +1,5 @@
-// Bytes that the processor, the firmware or a driver has written: whatever they say, nothing is read beyond their end.
+// Binary records of the system, the firmware or a driver, read field by field. Their lengths and offsets are not
+// trusted: nothing is read beyond the end.
 #ifndef XO_SYSINFO_RECORDBYTES_H
 #define XO_SYSINFO_RECORDBYTES_H
 
@@ -9,6 +10,7 @@
 
 namespace xo::sysinfo {
 
+// Refers to the bytes, which must outlive it. Every offset is allowed.
 class RecordBytes {
 public:
     explicit RecordBytes(std::string_view bytes) : mBytes(bytes) {}

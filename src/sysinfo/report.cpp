@@ -26,19 +26,21 @@ using sysinfo::Section;
 Lane volumeLane(L"xoSystem volumes");
 Lane diskLane(L"xoSystem disks");
 
-// A section that is made on a thread of its own.
+// A section that an errand makes. The map is shared with its thread, which may still write after the report is
+// returned.
 struct SlowPart {
     const char* name;
     std::shared_ptr<Map> map = std::make_shared<Map>();
     std::unique_ptr<Errand> errand = nullptr;
 
+    // The function must own all that it uses.
     void begin(Lane& lane, const Deadline& deadline, std::function<Map()> make) {
         errand = std::make_unique<Errand>(lane, deadline, [map = map, make = std::move(make)] { *map = make(); });
     }
 };
 
-// The parts share one deadline, so that the waits for all of them together end with it. A late part's map belongs to
-// its thread and is not read.
+// Waits for the parts and moves them into the report. One deadline limits all waits together. The map of a late part is
+// not read, because its thread may be writing it.
 void collect(std::vector<SlowPart>& parts, const Deadline& deadline, Map& report) {
     std::string incomplete;
     for (SlowPart& part : parts) {
@@ -53,7 +55,7 @@ void collect(std::vector<SlowPart>& parts, const Deadline& deadline, Map& report
     if (!incomplete.empty()) report["incomplete"] = incomplete;
 }
 
-// What is empty has no section.
+// Adds no section when `make` sets nothing.
 template <class Make>
 void addSection(Map& report, const char* name, Make make) {
     Map map;
@@ -65,7 +67,7 @@ void addSection(Map& report, const char* name, Make make) {
 
 xoSystemUtils::OsVersion xoSystemUtils::GetOsVersion() {
     OsVersion version;
-    // GetVersionEx tells a program the version that its manifest knows.
+    // Not GetVersionEx: it reports the newest version that the program's manifest names.
     // https://learn.microsoft.com/windows-hardware/drivers/ddi/wdm/nf-wdm-rtlgetversion
     using RtlGetVersion = LONG WINAPI(OSVERSIONINFOEXW*);
     OSVERSIONINFOEXW info{};
@@ -77,7 +79,7 @@ xoSystemUtils::OsVersion xoSystemUtils::GetOsVersion() {
         version.build = info.dwBuildNumber;
         version.isServer = info.wProductType != VER_NT_WORKSTATION;
     }
-    // RtlGetVersion does not give the revision.
+    // RtlGetVersion does not return the revision ("update build revision").
     const platform::RegistryKey key(HKEY_LOCAL_MACHINE, LR"(SOFTWARE\Microsoft\Windows NT\CurrentVersion)");
     version.revision = key.number(L"UBR").value_or(0);
     version.wineVersion = sysinfo::wineVersion();
@@ -92,7 +94,7 @@ xoSystemUtils::MemoryStatus xoSystemUtils::GetMemoryStatus() {
         status.physicalBytes = memory.ullTotalPhys;
         status.availableBytes = memory.ullAvailPhys;
     }
-    // MEMORYSTATUSEX has the limits of this process, which a job may have narrowed.
+    // The page file fields of MEMORYSTATUSEX are limited to what this process may commit; these are the machine's.
     PERFORMANCE_INFORMATION performance{};
     if (::K32GetPerformanceInfo(&performance, sizeof performance)) {
         status.commitLimitBytes = std::uint64_t{performance.CommitLimit} * performance.PageSize;

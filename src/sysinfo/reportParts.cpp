@@ -1,4 +1,4 @@
-// The parts that answer at once.
+// The parts of the report that ask no driver and therefore return at once.
 #include "sysinfo/reportParts.h"
 
 #include "platform/moduleFunction.h"
@@ -14,17 +14,20 @@ namespace {
 
 constexpr wchar_t kCurrentVersion[] = LR"(SOFTWARE\Microsoft\Windows NT\CurrentVersion)";
 
+// Null when the loaded module lacks the function, as older systems do.
 template <class Function>
 Function* findIn(const wchar_t* module, const char* name) {
     return platform::findFunction<Function>(::GetModuleHandleW(module), name);
 }
 
-// Of the machine, whatever the program was built for.
+// That of the machine, not of the program. Empty for one that is neither x64 nor arm64.
 std::string architecture() {
     USHORT process = 0, machine = 0;
     using IsWow64 = BOOL WINAPI(HANDLE, USHORT*, USHORT*);  // Windows 10 1511 has it
     static auto* const isWow64 = findIn<IsWow64>(L"kernel32.dll", "IsWow64Process2");
     if (!isWow64 || !isWow64(::GetCurrentProcess(), &process, &machine)) {
+        // Only the second choice: on an ARM64 machine it describes the emulated processor to an x64 program.
+        // https://learn.microsoft.com/windows/win32/api/sysinfoapi/nf-sysinfoapi-getnativesysteminfo
         SYSTEM_INFO info{};
         ::GetNativeSystemInfo(&info);
         machine = info.wProcessorArchitecture == PROCESSOR_ARCHITECTURE_AMD64 ? IMAGE_FILE_MACHINE_AMD64 : 0;
@@ -39,9 +42,11 @@ std::string userLanguage() {
     wchar_t name[LOCALE_NAME_MAX_LENGTH];
     const LCID language = MAKELCID(::GetUserDefaultUILanguage(), SORT_DEFAULT);
     const int length = ::LCIDToLocaleName(language, name, LOCALE_NAME_MAX_LENGTH, /*dwFlags=*/0);
+    // The length includes the NUL, and is 0 on failure.
     return length > 1 ? platform::toUtf8({name, static_cast<std::size_t>(length - 1)}) : std::string();
 }
 
+// 512 characters suffice for both callers: user names have at most 256 (UNLEN), DNS host names at most 63.
 template <class Read>
 std::string readName(Read read) {
     wchar_t name[512];
@@ -49,6 +54,7 @@ std::string readName(Read read) {
     return read(name, &size) ? platform::toUtf8(name) : std::string();
 }
 
+// The report has its own spelling, which must stay as it is: the names of xoEnumEntries begin with capitals.
 std::string lowerKind(CPUInfo::Cache::Kind kind) {
     switch (kind) {
         case CPUInfo::Cache::Instruction: return "instruction";
@@ -86,6 +92,7 @@ void reportCpu(Section section) {
     section.set("vendor", cpu.getVendor());
     section.set("brand", cpu.getBrand());
     section.setNumber("family", cpu.getFamily());
+    // 0 is a valid model, stepping and efficiency class, but no valid family or count.
     section.setAnyNumber("model", cpu.getModel());
     section.setAnyNumber("stepping", cpu.getStepping());
     section.setNumber("packages", cpu.getPackageCount());
@@ -147,6 +154,7 @@ void reportMachine(Section section, bool withIdentity) {
     section.set("biosVersion", machine.biosVersion);
     section.set("biosDate", machine.biosDate);
     if (withIdentity) section.set("serial", machine.serial);
+    // Wine invents the memory modules.
     if (!wineVersion().empty()) return;
     std::size_t number = 0;
     for (const Machine::Module& module : machine.modules) {
@@ -158,7 +166,7 @@ void reportMachine(Section section, bool withIdentity) {
     }
 }
 
-// The present mode of each display is in physical pixels, whatever the process says of its awareness of scaling.
+// The current mode of each display is in physical pixels, whether or not the process is aware of the displays' scaling.
 void reportDisplays(Section section) {
     std::size_t number = 0;
     DISPLAY_DEVICEW adapter{};
@@ -172,11 +180,14 @@ void reportDisplays(Section section) {
         DISPLAY_DEVICEW monitor{};
         monitor.cb = sizeof monitor;
         const bool hasMonitor = ::EnumDisplayDevicesW(adapter.DeviceName, 0, &monitor, /*dwFlags=*/0) != 0;
-        constexpr DWORD kDefaultFrequency = 1;  // 0 and 1 stand for whatever the hardware does
+        // 0 and 1 mean the default frequency of the hardware, which stays unknown.
+        // https://learn.microsoft.com/windows/win32/api/wingdi/ns-wingdi-devmodew
+        constexpr DWORD kDefaultFrequency = 1;
         Section one = section.below(number++);
         one.set("device", platform::toUtf8(adapter.DeviceName));
         one.set("monitor", hasMonitor ? platform::toUtf8(monitor.DeviceString) : std::string());
         one.set("adapter", platform::toUtf8(adapter.DeviceString));
+        // On the virtual screen, where the primary display is at 0, 0 and others may have negative coordinates.
         one.setAnyNumber("x", mode.dmPosition.x);
         one.setAnyNumber("y", mode.dmPosition.y);
         one.setNumber("width", mode.dmPelsWidth);

@@ -1,4 +1,4 @@
-// The parts of the report: each fills its section with what it knows. A value that is not known has no key.
+// The parts of the report. Each fills its section; a value that cannot be determined has no key.
 #ifndef XO_SYSINFO_REPORTPARTS_H
 #define XO_SYSINFO_REPORTPARTS_H
 
@@ -10,7 +10,7 @@
 
 namespace xo::sysinfo {
 
-// A map of the report, and below it others.
+// A map of the report, into which values and further sections are set. It refers to the map, which must outlive it.
 class Section {
 public:
     explicit Section(xoVariant::xoVariantMapImpl& map) : mMap(map) {}
@@ -26,6 +26,8 @@ public:
     void setAnyNumber(const char* key, std::int64_t number) { mMap[key] = number; }
     void setFlag(const char* key, bool flag) { mMap[key] = flag; }
 
+    // The section under a key, made if it is absent. Lists are sections with the keys "0", "1" and so on, so that an
+    // INI file can hold them.
     Section below(const std::string& key) const { return Section(mMap[key].editMap()); }
     Section below(std::size_t number) const { return below(std::to_string(number)); }
 
@@ -33,16 +35,18 @@ private:
     xoVariant::xoVariantMapImpl& mMap;
 };
 
-// The version of Wine; empty on Windows. What Wine makes up of disks and memory modules is left out of the report.
+// The version of Wine; empty on Windows. Wine invents disks and memory modules, which the report leaves out.
 std::string wineVersion();
 
+// These return quickly and run on the caller's thread. Names of persons and serial numbers are added only withIdentity.
 void reportCpu(Section section);
 void reportOs(Section section, bool withIdentity);
 void reportMemory(Section section);
 void reportMachine(Section section, bool withIdentity);
 void reportDisplays(Section section);
 
-// These may never come back. Each returns its section.
+// These ask drivers and may never return, so each runs as an errand. They return their section instead of writing into
+// the report, which a late thread must not touch.
 xoVariant::xoVariantMapImpl reportGraphics();
 xoVariant::xoVariantMapImpl reportVolumes(bool withIdentity);
 xoVariant::xoVariantMapImpl reportDisks(bool withIdentity);

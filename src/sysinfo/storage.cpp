@@ -27,37 +27,39 @@ using VolumeSearch = platform::Owned<VolumePolicy>;
 
 constexpr std::size_t kVolumeName = 64;  // "\\?\Volume{8b0ab1c4-33d7-4e0c-9b4f-6f0f6d1ad1c2}\" has 49
 
-// Null for a volume that the report leaves out.
+// The kind by the path where the volume is mounted. Null for a volume that the report leaves out.
 const char* volumeKind(const std::wstring& path) {
     switch (::GetDriveTypeW(path.c_str())) {
         case DRIVE_FIXED: return "fixed";
         case DRIVE_REMOVABLE: return "removable";
         case DRIVE_CDROM: return "optical";
         case DRIVE_RAMDISK: return "ram";
-        default: return nullptr;  // of another computer, or unknown
+        default: return nullptr;  // a network drive, or unknown
     }
 }
 
-// The system lists the volumes of this machine alone. The first folder or drive under which the volume is mounted;
-// empty for one that is not.
+// The first drive or folder where the volume is mounted; empty when it is mounted nowhere. The system returns all of
+// them, each with its NUL. Network drives are not volumes of this machine and do not occur.
 std::wstring mountedAt(const wchar_t* volume) {
     std::wstring paths(MAX_PATH, L'\0');
     DWORD size = 0;
     while (!::GetVolumePathNamesForVolumeNameW(volume, paths.data(), static_cast<DWORD>(paths.size()), &size)) {
         const DWORD error = ::GetLastError();
-        // The second condition ends the loop if the system asks for no more than it was given.
+        // The second condition ends the loop if the system does not ask for a larger buffer than it got.
         if (error != ERROR_MORE_DATA || size <= paths.size()) return {};
         paths.resize(size);
     }
     return paths.substr(0, paths.find(L'\0'));
 }
 
+// "1A2B-3C4D", as the command dir shows it.
 std::string serialText(DWORD serial) {
     char text[16];
     const std::string digits = (std::snprintf(text, sizeof text, "%08lX", serial), text);
     return digits.substr(0, 4) + "-" + digits.substr(4);
 }
 
+// The volume is a name that ends with a separator, as FindFirstVolumeW returns it.
 void reportVolume(Section section, std::wstring volume, const std::wstring& path, bool withIdentity) {
     wchar_t label[MAX_PATH + 1] = L"", fileSystem[MAX_PATH + 1] = L"";
     DWORD serial = 0;
@@ -74,11 +76,12 @@ void reportVolume(Section section, std::wstring volume, const std::wstring& path
         section.setNumber("totalBytes", total.QuadPart);
         section.setAnyNumber("freeBytes", static_cast<std::int64_t>(free.QuadPart));
     }
-    volume.pop_back();  // with a separator it would be the root folder
+    volume.pop_back();  // with its separator the name means the root folder, without it the device
     if (const auto disk = diskNumberOf(volume)) section.setAnyNumber("disk", *disk);
 }
 
-// A drive without a medium gives an error, and no message to the user.
+// While it exists, calls of this thread fail for a drive without a medium. Otherwise the system might show a message
+// box that asks the user for one.
 class QuietErrors {
 public:
     QuietErrors() { ::SetThreadErrorMode(SEM_FAILCRITICALERRORS, &mBefore); }
@@ -90,17 +93,18 @@ private:
     DWORD mBefore = 0;
 };
 
-// By STORAGE_BUS_TYPE.
+// The index is STORAGE_BUS_TYPE. https://learn.microsoft.com/windows/win32/api/winioctl/ne-winioctl-storage_bus_type
 constexpr const char* kBuses[] = {
     "",    "SCSI", "ATAPI", "ATA", "IEEE 1394", "SSA",         "Fibre Channel",  "USB",  "RAID", "iSCSI",
     "SAS", "SATA", "SD",    "MMC", "Virtual",   "File backed", "Storage Spaces", "NVMe", "SCM",  "UFS"};
 
-// What a query of the driver answers; empty when it does not.
+// The driver's descriptor for a property, as bytes; empty when the query fails.
 std::string queryStorage(const platform::FileHandle& disk, STORAGE_PROPERTY_ID property) {
     STORAGE_PROPERTY_QUERY query{};
     query.PropertyId = property;
     query.QueryType = PropertyStandardQuery;
-    // The descriptor has texts of any length behind its fixed part.
+    // Texts of unknown length follow the fixed part of the descriptor. What does not fit is cut off, and is not read
+    // then.
     std::string answer(4096, '\0');
     DWORD size = 0;
     const bool isDone = ::DeviceIoControl(disk.get(), IOCTL_STORAGE_QUERY_PROPERTY, &query, sizeof query, answer.data(),
@@ -109,7 +113,7 @@ std::string queryStorage(const platform::FileHandle& disk, STORAGE_PROPERTY_ID p
     return answer;
 }
 
-// A text that the descriptor has at an offset; an offset of 0 says that there is none.
+// The text whose offset is in the field at offsetAt; the offset 0 means that there is none.
 std::string descriptorText(const RecordBytes& descriptor, std::size_t offsetAt) {
     const auto offset = descriptor.number<std::uint32_t>(offsetAt);
     std::string text(offset == 0 ? std::string_view() : descriptor.text(offset));
@@ -125,7 +129,7 @@ void reportDevice(Section& section, const platform::FileHandle& disk, bool isMad
     const RecordBytes descriptor(answer);
     if (descriptor.size() == 0) return;
     section.setFlag("removable", descriptor.byte(10) != 0);
-    // A bus of a newer system has no name here.
+    // A newer system may report a bus that is not in the list.
     if (const auto bus = descriptor.number<std::uint32_t>(28); bus < std::size(kBuses)) section.set("bus", kBuses[bus]);
     if (isMadeUp) return;
     const std::string vendor = descriptorText(descriptor, 12), product = descriptorText(descriptor, 16);
@@ -133,6 +137,7 @@ void reportDevice(Section& section, const platform::FileHandle& disk, bool isMad
     if (withIdentity) section.set("serial", descriptorText(descriptor, 24));
 }
 
+// No value when the driver does not answer, as a card reader without a card.
 std::optional<std::uint64_t> diskBytes(const platform::FileHandle& disk) {
     DISK_GEOMETRY_EX geometry{};
     DWORD size = 0;
@@ -142,7 +147,8 @@ std::optional<std::uint64_t> diskBytes(const platform::FileHandle& disk) {
     return static_cast<std::uint64_t>(geometry.DiskSize.QuadPart);
 }
 
-// No access rights are asked for, so that this needs no administrator.
+// Queries need no access rights to the device, and opening it without any needs no administrator. Owns nothing when
+// there is no such disk.
 platform::FileHandle openDisk(unsigned number) {
     return platform::openFile(LR"(\\.\PhysicalDrive)" + std::to_wstring(number), /*access=*/0,
                               FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING, /*flags=*/0);
@@ -183,7 +189,8 @@ Map reportVolumes(bool withIdentity) {
 }
 
 Map reportDisks(bool withIdentity) {
-    // Numbers may have gaps, where a disk was removed, so every number up to this one is tried.
+    // The numbers have gaps where disks were removed, so a missing disk does not end the search; 64 is far more than a
+    // desktop machine has.
     constexpr unsigned kDisks = 64;
     const QuietErrors quiet;
     const bool isMadeUp = !wineVersion().empty();

@@ -6,6 +6,7 @@
 namespace xo {
 namespace {
 
+// Both values stay unknown when the system cannot be asked.
 xoPowerStatus readPowerStatus() {
     xoPowerStatus status;
     SYSTEM_POWER_STATUS power{};
@@ -24,6 +25,7 @@ xoPowerStatusReader::xoPowerStatusReader(std::int64_t intervalMs) : mIntervalMs(
 }
 
 bool xoPowerStatusReader::updatePowerStatusReader(bool force) {
+    // Compared as signed numbers, so that a negative interval always reads anew.
     if (!force && static_cast<std::int64_t>(::GetTickCount64() - mLastReadMs) <= mIntervalMs) return false;
     const xoPowerStatus status = readPowerStatus();
     const bool changed = status != mStatus;  // true only if both fields differ

@@ -17,6 +17,7 @@
 namespace xo {
 namespace {
 
+// Relaxed accesses suffice: no other data depends on the count.
 std::atomic<unsigned> processorCount{1};
 
 struct MainDisk {
@@ -24,6 +25,7 @@ struct MainDisk {
     std::optional<std::string> device XO_GUARDED_BY(lock);  // no value until the first call
 };
 
+// A static of a function, so that it exists also for a call before the static objects of this file are made.
 MainDisk& mainDisk() {
     static MainDisk disk;
     return disk;
@@ -38,6 +40,7 @@ unsigned readProcessorCount() {
         xoLogObject(xoLogCritical, nullptr, xoLog::editPtr(), nullptr) << "Failed to retrieve NUMBER_OF_PROCESSORS";
         return 1;
     }
+    // wcstol stops at the first character that is not a digit, returns 0 without a number, and saturates.
     return static_cast<unsigned>((std::max)(std::wcstol(text.c_str(), nullptr, 10), 1L));
 }
 
