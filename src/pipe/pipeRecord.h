@@ -49,7 +49,7 @@ struct xoNamedPipe::Private {
     pipe::Lane writeLane;
     std::unique_ptr<char[]> writeBuffer;  // of bufferBytes, from the first use on
     std::size_t writeUsed = 0;            // bytes in the buffer that are not sent yet
-    std::size_t writeRoom = 0;            // that the buffer can still take; 0 unless connected and without error
+    std::size_t writeSpace = 0;           // bytes that the buffer can still take; 0 unless connected and without error
     std::uint64_t writeTotal = 0;
     std::atomic<DWORD> writer{0};  // the thread that wrote last; 0 while the buffer is empty
     std::atomic<Result> writeResult{ResultFailed};

@@ -193,7 +193,7 @@ bool xoNamedPipe::atEnd() const {
 bool xoNamedPipe::Private::failWriting(Result result) {
     writeResult = result;
     hasWriteError = true;
-    writeRoom = writeUsed = 0;
+    writeSpace = writeUsed = 0;
     writer = 0;
     return false;
 }
@@ -209,7 +209,7 @@ bool xoNamedPipe::Private::canBeginWriting() {
         writeBuffer.reset(new (std::nothrow) char[bufferBytes]);
         if (!writeBuffer) return failWriting(ResultFailed);
     }
-    writeRoom = bufferBytes - writeUsed;
+    writeSpace = bufferBytes - writeUsed;
     return true;
 }
 
@@ -226,7 +226,7 @@ bool xoNamedPipe::Private::send(const pipe::Deadline& deadline) {
     if (writeUsed == 0) return true;
     if (!transmit(writeBuffer.get(), writeUsed, deadline)) return false;
     writeUsed = 0;
-    writeRoom = bufferBytes;
+    writeSpace = bufferBytes;
     writer = 0;
     return true;
 }
@@ -234,19 +234,19 @@ bool xoNamedPipe::Private::send(const pipe::Deadline& deadline) {
 void xoNamedPipe::Private::gather(const char* bytes, std::size_t size) {
     stream::copyShort(writeBuffer.get() + writeUsed, bytes, size);
     writeUsed += size;
-    writeRoom -= size;
+    writeSpace -= size;
     writer.store(::GetCurrentThreadId(), std::memory_order_relaxed);
 }
 
 std::uint64_t xoNamedPipe::Private::write(const char* buffer, std::uint64_t size) {
     if (!canBeginWriting()) return 0;
     const pipe::Deadline deadline(writeLimitMs);
-    if (size > writeRoom && !send(deadline)) return 0;
+    if (size > writeSpace && !send(deadline)) return 0;
     if (size >= bufferBytes) {
         if (!transmit(buffer, size, deadline)) return 0;
     } else {
         gather(buffer, static_cast<std::size_t>(size));
-        if (writeRoom == 0 && !send(deadline)) return 0;
+        if (writeSpace == 0 && !send(deadline)) return 0;
     }
     writeResult = ResultOk;
     writeTotal += size;
@@ -256,7 +256,7 @@ std::uint64_t xoNamedPipe::Private::write(const char* buffer, std::uint64_t size
 std::uint64_t xoNamedPipe::writeBytes(const char* buffer, std::uint64_t size) {
     Private& self = *mPrivate;
     if (!buffer || size == 0) return 0;
-    if (size >= self.writeRoom) return self.write(buffer, size);
+    if (size >= self.writeSpace) return self.write(buffer, size);
     self.gather(buffer, static_cast<std::size_t>(size));
     self.writeResult.store(ResultOk, std::memory_order_relaxed);
     self.writeTotal += size;
@@ -273,9 +273,9 @@ bool xoNamedPipe::writeMessage(const char* data, std::uint64_t size) {
     const pipe::Deadline deadline(self.writeLimitMs);
     unsigned char head[kHeadBytes];
     writeHead(head, static_cast<std::uint32_t>(size));
-    if (kHeadBytes + size > self.writeRoom && !self.send(deadline)) return false;
+    if (kHeadBytes + size > self.writeSpace && !self.send(deadline)) return false;
     self.gather(reinterpret_cast<const char*>(head), kHeadBytes);
-    const bool isShort = size <= self.writeRoom;
+    const bool isShort = size <= self.writeSpace;
     if (isShort && size != 0) self.gather(data, static_cast<std::size_t>(size));
     if (!self.send(deadline) || !(isShort || self.transmit(data, size, deadline))) return false;
     self.writeTotal += kHeadBytes + size;

@@ -140,7 +140,7 @@ bool xoNamedPipe::Private::close() {
     if (handle && !hasWriteError) send(pipe::Deadline(writeLimitMs));
     if (handle) handle.reset();
     readAt = readEnd = 0;
-    writeUsed = writeRoom = 0;
+    writeUsed = writeSpace = 0;
     writer = 0;
     return !hasWriteError;
 }
