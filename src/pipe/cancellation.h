@@ -1,4 +1,4 @@
-// What ends a wait: its time limit, and a request from another thread.
+// A request to cancel, from any thread, which ends the waits of another one.
 #ifndef XO_PIPE_CANCELLATION_H
 #define XO_PIPE_CANCELLATION_H
 
@@ -11,8 +11,8 @@ namespace xo::pipe {
 
 using platform::Deadline;
 
-// A request that stays until it is cleared. It is an event, because a call of CancelIoEx just before the wait begins
-// would have no effect.
+// A request that stays until it is cleared. An event represents it, because a call of CancelIoEx just before an
+// operation starts would have no effect. request() and isRequested() may be called from any thread.
 class Cancellation {
 public:
     void request() {
@@ -24,13 +24,13 @@ public:
         ::ResetEvent(mEvent.get());
     }
     bool isRequested() const { return mIsRequested; }
-    HANDLE event() const { return mEvent.get(); }
+    HANDLE event() const { return mEvent.get(); }  // null when it could not be made
 
 private:
     platform::KernelHandle mEvent{::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/TRUE,
                                                  /*bInitialState=*/FALSE,
                                                  /*lpName=*/nullptr)};
-    std::atomic<bool> mIsRequested{false};
+    std::atomic<bool> mIsRequested{false};  // so that a check before an operation needs no system call
 };
 
 }  // namespace xo::pipe

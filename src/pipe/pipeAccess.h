@@ -1,4 +1,4 @@
-// Gives a connection to an xoNamedPipe.
+// Passes a connection to an xoNamedPipe, whose own functions only connect by name.
 #ifndef XO_PIPE_PIPEACCESS_H
 #define XO_PIPE_PIPEACCESS_H
 
@@ -8,10 +8,10 @@
 namespace xo::pipe {
 
 struct PipeAccess {
-    // An end that a server has accepted. What the pipe held is closed.
+    // Attaches an end that a server has accepted. A connection that the pipe already has is closed.
     static void attachAccepted(xoNamedPipe& pipe, platform::FileHandle handle, std::uint32_t bufferBytes);
 
-    // One end of a pair, which is either read or written.
+    // Attaches one end of a PipePair, which is either read or written, to a pipe that is not connected.
     enum class Direction { Read, Write };
     static void attachOneWay(xoNamedPipe& pipe, platform::FileHandle handle, Direction direction);
 };

@@ -15,7 +15,7 @@ constexpr std::wstring_view kPrefix = LR"(\\.\pipe\)";
 // https://learn.microsoft.com/windows/win32/api/namedpipeapi/nf-namedpipeapi-createnamedpipew
 constexpr std::size_t kLongestBareName = 256 - kPrefix.size();
 
-// Callers may pass a full name. The prefix is recognised in either kind of slash and in any case.
+// Callers may pass a full name. The prefix may have slashes or backslashes, and upper or lower case.
 std::string_view withoutPrefix(std::string_view name) {
     constexpr std::string_view kLowerPrefix = "//./pipe/";
     if (name.size() < kLowerPrefix.size()) return name;

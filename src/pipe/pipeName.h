@@ -1,4 +1,4 @@
-// The names of pipes.
+// Makes and checks the names of pipes.
 #ifndef XO_PIPE_PIPENAME_H
 #define XO_PIPE_PIPENAME_H
 
@@ -10,7 +10,7 @@ namespace xo::pipe {
 // The full name, "\\.\pipe\...", of a bare one or of one with that prefix. Empty when the name is invalid.
 std::wstring fullName(std::string_view name);
 
-// A full name that nobody can guess.
+// A full name with a random UUID, which other processes cannot guess.
 std::wstring randomName();
 
 }  // namespace xo::pipe

@@ -12,6 +12,7 @@ PipePair makePair(bool isReadByUs) {
     constexpr DWORD kSystemBufferBytes = 65536;
     constexpr DWORD kMode = PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS;
     PipePair pair;
+    // Invalid when the user of this process cannot be determined.
     SecurityAttributes security(sameUserDescriptor());
     if (!security) {
         pair.error = ERROR_ACCESS_DENIED;
@@ -25,7 +26,8 @@ PipePair makePair(bool isReadByUs) {
     pair.error = pair.ours ? ERROR_SUCCESS : ::GetLastError();
     if (!pair.ours) return pair;
 
-    // Runtime libraries ask a standard handle for its attributes, and change the mode of a pipe.
+    // Runtime libraries read the attributes of a standard handle and set the mode of a pipe. The generic right of one
+    // direction does not include the right to both, so the other one is added.
     const DWORD theirAccess = isReadByUs ? GENERIC_WRITE | FILE_READ_ATTRIBUTES : GENERIC_READ | FILE_WRITE_ATTRIBUTES;
     pair.theirs = platform::openFile(name, theirAccess, /*share=*/0, OPEN_EXISTING,
                                      SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION);

@@ -1,5 +1,5 @@
-// A pipe whose two ends this process has, one of them for a child. The functions of Windows for anonymous pipes make no
-// end that is used with overlapped operations.
+// A pipe with both ends in this process, one of them for a child. It is a named pipe, because the ends of an anonymous
+// one do not support overlapped operations.
 #ifndef XO_PIPE_PIPEPAIR_H
 #define XO_PIPE_PIPEPAIR_H
 
@@ -9,11 +9,12 @@ namespace xo::pipe {
 
 struct PipePair {
     platform::FileHandle ours;    // for overlapped operations
-    platform::FileHandle theirs;  // for simple ones, as most programs expect of a standard handle
-    DWORD error = ERROR_SUCCESS;  // why there are none
+    platform::FileHandle theirs;  // for synchronous ones, which most programs use on a standard handle
+    DWORD error = ERROR_SUCCESS;  // if not ERROR_SUCCESS, at least one end is missing
 };
 
-// Only processes of this user could open the pipe, and there is no second instance to open. Neither end is inheritable.
+// Nobody else can take the child's end: the name is random, only processes of this user have access, and the one
+// instance is connected when the function returns. Neither end is inheritable.
 PipePair makePair(bool isReadByUs);
 
 }  // namespace xo::pipe

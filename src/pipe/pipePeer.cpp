@@ -11,10 +11,11 @@ namespace {
 
 using platform::KernelHandle;
 
-// Lets the thread act as the client for as long as the object lives, and then as before.
+// Lets the thread act as the client of a pipe while the object exists, and restores the thread's former identity then.
 class Impersonation {
 public:
     explicit Impersonation(HANDLE pipe) {
+        // Fails when the thread acts as its process, which leaves mBefore without a token.
         ::OpenThreadToken(::GetCurrentThread(), TOKEN_IMPERSONATE, /*OpenAsSelf=*/TRUE, mBefore.put());
         mIsActive = ::ImpersonateNamedPipeClient(pipe);
     }
@@ -26,8 +27,8 @@ public:
     Impersonation(const Impersonation&) = delete;
     Impersonation& operator=(const Impersonation&) = delete;
 
-    // The client's token; none when Windows does not let the server know the client, which it does only once the
-    // server has read something.
+    // The client's token. None when impersonation failed, as it does until the server has read something from the pipe.
+    // OpenAsSelf, because a client that allows identification only cannot be used for opening an object.
     KernelHandle token() const {
         KernelHandle found;
         if (mIsActive) ::OpenThreadToken(::GetCurrentThread(), TOKEN_QUERY, /*OpenAsSelf=*/TRUE, found.put());
@@ -39,6 +40,7 @@ private:
     BOOL mIsActive = FALSE;
 };
 
+// None when the process has ended, or belongs to a user whose processes this one must not open.
 KernelHandle tokenOf(DWORD processId) {
     KernelHandle token;
     const KernelHandle process(::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, /*bInheritHandle=*/FALSE, processId));
@@ -48,7 +50,7 @@ KernelHandle tokenOf(DWORD processId) {
 
 }  // namespace
 
-// The token by which the client connected comes first; that of its process is a substitute for it.
+// Prefers the token with which the client connected: the process number might be that of another process by now.
 Peer findClient(HANDLE pipe) {
     Peer peer;
     ::GetNamedPipeClientProcessId(pipe, &peer.processId);

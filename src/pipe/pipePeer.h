@@ -1,4 +1,4 @@
-// What is known of the process at the other end of a pipe.
+// Determines the process at the other end of a pipe, and its user.
 #ifndef XO_PIPE_PIPEPEER_H
 #define XO_PIPE_PIPEPEER_H
 
@@ -9,15 +9,15 @@
 namespace xo::pipe {
 
 struct Peer {
-    DWORD processId = 0;
-    std::string user;
-    bool isElevated = false;
+    DWORD processId = 0;      // 0 unknown; may be another process by now, since Windows reuses numbers
+    std::string user;         // its security identifier as text; empty when unknown
+    bool isElevated = false;  // false also when unknown
 };
 
-// Of the client of an accepted end.
+// The client of an end that a server has accepted. The thread impersonates the client meanwhile.
 Peer findClient(HANDLE pipe);
 
-// Of the server of a client's end.
+// The server of a client's end. Its user is the owner of the pipe, which needs no right to open the process.
 Peer findServer(HANDLE pipe);
 
 }  // namespace xo::pipe

@@ -1,4 +1,4 @@
-// Who may use a pipe and who owns it. Descriptors are written in SDDL:
+// Access to pipes, and their owners. Descriptors are written in SDDL:
 // https://learn.microsoft.com/windows/win32/secauthz/security-descriptor-string-format
 #include "pipe/pipeSecurity.h"
 
@@ -17,7 +17,7 @@ namespace {
 using platform::KernelHandle;
 using platform::LocalMemory;
 
-// A structure with what it points to, in one block. Empty when Windows does not tell.
+// A structure and the data that it points to, in one block. Empty when the call fails.
 std::vector<char> tokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS kind) {
     DWORD size = 0;
     ::GetTokenInformation(token, kind, /*TokenInformation=*/nullptr, 0, &size);
@@ -26,7 +26,8 @@ std::vector<char> tokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS kind) {
     return information;
 }
 
-// Both structures consist of a pointer to an identifier, the first one with attributes behind it.
+// The identifier in the information for TokenUser or TokenOwner: TOKEN_USER and TOKEN_OWNER both begin with a pointer
+// to it. Null for empty information. It points into the information.
 PSID identifierIn(const std::vector<char>& information) {
     return information.empty() ? nullptr : reinterpret_cast<const TOKEN_OWNER*>(information.data())->Owner;
 }
@@ -37,13 +38,14 @@ std::string toText(PSID identifier) {
     return platform::toUtf8(text.get());
 }
 
+// The token of the process, not that of an impersonating thread.
 KernelHandle processToken() {
     KernelHandle token;
     ::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, token.put());
     return token;
 }
 
-// The owner points into the descriptor.
+// The owner points into the descriptor; null when it cannot be read.
 struct Ownership {
     LocalMemory<void> descriptor;
     PSID owner = nullptr;
@@ -58,14 +60,15 @@ Ownership ownership(HANDLE pipe) {
 
 }  // namespace
 
-// "P" keeps inherited entries out. Empty when the user cannot be found, so that no pipe is made without a descriptor.
+// "O:" is the owner, "D:P" an access list that inherits nothing, "(A;;GA;;;user)" allows everything to the user. An
+// empty text is not a valid descriptor, so that no pipe is made when the user is unknown.
 std::string sameUserDescriptor() {
     const std::string user = userOf(processToken().get());
     return user.empty() ? user : "O:" + user + "D:P(A;;GA;;;" + user + ")";
 }
 
-// Network log-ons are denied. Interactive users get the rights to read and write, and not the right to make further
-// instances (FILE_CREATE_PIPE_INSTANCE), with which they could take clients away from the server.
+// Denies network log-ons (NU). Interactive users (IU) get the rights to read and write, but not the right to make
+// further instances (FILE_CREATE_PIPE_INSTANCE), with which they could take clients away from the server.
 std::string localUsersDescriptor() {
     const std::string user = userOf(processToken().get());
     // 0x0012019B is FILE_GENERIC_READ | FILE_GENERIC_WRITE without 0x4, which is FILE_CREATE_PIPE_INSTANCE for a pipe.
@@ -83,7 +86,7 @@ bool hasTrustedOwner(HANDLE pipe) {
     const Ownership pipes = ownership(pipe);
     if (!pipes.owner) return false;
     const KernelHandle token = processToken();
-    // What an elevated process makes may belong to administrators, its default owner.
+    // The default owner of an elevated process's objects may be the administrators instead of the user.
     for (const TOKEN_INFORMATION_CLASS kind : {TokenUser, TokenOwner}) {
         const std::vector<char> information = tokenInformation(token.get(), kind);
         const PSID own = identifierIn(information);

@@ -6,7 +6,7 @@
 namespace xo::pipe {
 namespace {
 
-// Windows copies what waits in a pipe to memory of the kernel, so that large blocks are moved in pieces.
+// Windows copies data that is pending in a pipe into kernel memory. Pieces limit that, and sizes fit a DWORD.
 constexpr std::uint64_t kLargestPiece = 1 << 20;
 
 DWORD pieceOf(std::uint64_t size) { return static_cast<DWORD>((std::min)(size, kLargestPiece)); }
@@ -52,7 +52,7 @@ xoNamedPipe::Result Lane::write(HANDLE pipe, const char* buffer, std::uint64_t s
     return xoNamedPipe::ResultOk;
 }
 
-// error is that of starting the operation.
+// `error` is the error code of ReadFile or WriteFile.
 xoNamedPipe::Result Lane::finish(HANDLE pipe, DWORD error, const Deadline& deadline, const Cancellation& cancellation,
                                  std::uint64_t& done) {
     if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) return resultOf(error);
@@ -65,8 +65,8 @@ xoNamedPipe::Result Lane::finish(HANDLE pipe, DWORD error, const Deadline& deadl
             ::CancelIoEx(pipe, &mOverlapped);
         }
     }
-    // The operation may have ended before it could be cancelled; then it counts. The memory it uses is in use until
-    // its end in any case.
+    // An operation that ended before it could be cancelled counts as done: its bytes are not lost. A cancelled one uses
+    // the buffer until it has ended, so its end is waited for.
     DWORD moved = 0;
     const BOOL isDone = ::GetOverlappedResult(pipe, &mOverlapped, &moved, /*bWait=*/given != xoNamedPipe::ResultOk);
     const DWORD endError = isDone ? ERROR_SUCCESS : ::GetLastError();

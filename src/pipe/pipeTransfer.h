@@ -7,12 +7,14 @@
 
 namespace xo::pipe {
 
-// The result that stands for an error code of reading or writing.
+// The result for an error code of reading or writing. A peer that has left is ResultEnd, not a failure.
 xoNamedPipe::Result resultOf(DWORD error);
 
-// One direction of a pipe that was opened for overlapped operations. No operation outlives its call.
+// One direction of a pipe that was opened for overlapped operations, used by one thread at a time. When a call returns,
+// no operation is pending, so the caller's buffer is free.
 class Lane {
 public:
+    // False when the event could not be made; then no other function may be called.
     bool isUsable() const { return static_cast<bool>(mEvent); }
 
     // Read at least one byte, or write all of them. done is the number of bytes that were moved, whatever the result.
@@ -22,10 +24,11 @@ public:
                               const Cancellation& cancellation, std::uint64_t& done);
 
 private:
+    // Waits for the end of a started operation, or cancels it at the deadline or on request.
     xoNamedPipe::Result finish(HANDLE pipe, DWORD error, const Deadline& deadline, const Cancellation& cancellation,
                                std::uint64_t& done);
 
-    // Reset by hand, because both a wait and GetOverlappedResult look at it:
+    // A manual-reset event: a wait would reset another one, and GetOverlappedResult might then wait without end.
     // https://learn.microsoft.com/windows/win32/api/ioapiset/nf-ioapiset-getoverlappedresult
     platform::KernelHandle mEvent{::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/TRUE,
                                                  /*bInitialState=*/FALSE,

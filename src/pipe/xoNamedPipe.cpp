@@ -1,4 +1,4 @@
-// Reading and writing of a connected pipe: bytes through two buffers, and messages with their length in front.
+// Reading and writing of a connected pipe: bytes through two buffers, and messages, which are preceded by their length.
 #include "xoSystem/xoNamedPipe.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace xo {
 namespace {
 
 constexpr std::size_t kHeadBytes = 4;               // the length of a message
-constexpr std::size_t kFirstBodyBytes = 64 * 1024;  // of memory for a message, whatever length it announces
+constexpr std::size_t kFirstBodyBytes = 64 * 1024;  // the first allocation for a message of any length
 
 // Little-endian on every machine.
 void writeHead(unsigned char (&head)[kHeadBytes], std::uint32_t length) {
@@ -27,6 +27,7 @@ std::uint32_t lengthIn(const unsigned char (&head)[kHeadBytes]) {
     return length;
 }
 
+// False when memory is short: the length is the peer's, so that is no reason to throw.
 bool resize(std::string& text, std::size_t size) {
     try {
         text.resize(size);
@@ -44,7 +45,7 @@ void xoNamedPipe::Private::sendIfWriter() {
     if (writer.load(std::memory_order_relaxed) == ::GetCurrentThreadId()) send(pipe::Deadline(writeLimitMs));
 }
 
-// What this thread has written and not sent goes first: the peer may wait for it before it answers.
+// Sends first what this thread has written: the peer may wait for it before it answers.
 bool xoNamedPipe::Private::canBeginReading() {
     sendOwn();
     if (hasReadError) return false;
@@ -71,7 +72,8 @@ std::uint64_t xoNamedPipe::Private::takeBuffered(char* buffer, std::uint64_t siz
     return count;
 }
 
-// Only while the buffer is empty.
+// Called only while the buffer is empty. After a time-out the buffer may have bytes: an operation may end while it is
+// cancelled.
 xoNamedPipe::Result xoNamedPipe::Private::fill(const pipe::Deadline& deadline) {
     readAt = readEnd = 0;
     std::uint64_t arrived = 0;
@@ -80,14 +82,15 @@ xoNamedPipe::Result xoNamedPipe::Private::fill(const pipe::Deadline& deadline) {
     return result;
 }
 
-// Waits until that many bytes are there, and takes at most size bytes.
+// Waits until atLeast bytes have arrived, and takes at most size bytes, size >= atLeast. Returns fewer than atLeast at
+// the end, at the deadline, and on failure, with the reason in readResult.
 std::uint64_t xoNamedPipe::Private::read(char* buffer, std::uint64_t size, std::uint64_t atLeast,
                                          const pipe::Deadline& deadline) {
     std::uint64_t got = takeBuffered(buffer, size);
     Result result = ResultOk;
     while (got < atLeast && result == ResultOk) {
         const std::uint64_t rest = size - got;
-        // A piece as large as the buffer is read to its place without a copy.
+        // At least a buffer's size is read directly into the caller's memory.
         if (rest >= bufferBytes) {
             std::uint64_t arrived = 0;
             result = readLane.read(handle.get(), buffer + got, rest, deadline, cancellation, arrived);
@@ -99,6 +102,7 @@ std::uint64_t xoNamedPipe::Private::read(char* buffer, std::uint64_t size, std::
     }
     readTotal += got;
     readResult = got >= atLeast ? ResultOk : result;
+    // Neither the end nor a time-out is an error: reading can go on.
     if (readResult == ResultFailed) hasReadError = true;
     return got;
 }
@@ -123,7 +127,7 @@ std::uint64_t xoNamedPipe::readSome(char* buffer, std::uint64_t size) {
 std::uint64_t xoNamedPipe::readBytes(char* buffer, std::uint64_t size) {
     Private& self = *mPrivate;
     if (!buffer || size == 0) return 0;
-    // A small value from the buffer, which is empty unless connected.
+    // The quick way for a value that is in the buffer. It needs no other check: the buffer is empty unless connected.
     if (size <= self.readEnd - self.readAt && !self.hasReadError) {
         self.sendOwn();
         self.readResult.store(ResultOk, std::memory_order_relaxed);
@@ -134,7 +138,7 @@ std::uint64_t xoNamedPipe::readBytes(char* buffer, std::uint64_t size) {
     return self.read(buffer, size, /*atLeast=*/size, pipe::Deadline(self.readLimitMs));
 }
 
-// Keeps what has arrived, so that the next call continues after a time limit.
+// Keeps the bytes that have arrived, so that the next call can continue after a time-out.
 bool xoNamedPipe::Private::readHead(const pipe::Deadline& deadline) {
     const std::size_t missing = kHeadBytes - incoming.headBytes;
     if (missing == 0) return true;
@@ -147,6 +151,7 @@ bool xoNamedPipe::Private::readHead(const pipe::Deadline& deadline) {
 // The memory grows with what has arrived, because the announced length may be false.
 bool xoNamedPipe::Private::readBody(std::size_t length, const pipe::Deadline& deadline) {
     while (incoming.bodyBytes < length) {
+        // Doubled each time, so that copying stays proportional to the length.
         const std::size_t size = (std::min)(length, (std::max)(2 * incoming.bodyBytes, kFirstBodyBytes));
         if (!resize(incoming.body, size)) return failReading(ResultFailed);
         const std::size_t missing = size - incoming.bodyBytes;
@@ -163,14 +168,14 @@ bool xoNamedPipe::readMessage(std::string& message) {
     const pipe::Deadline deadline(self.readLimitMs);
     if (!self.readHead(deadline)) return false;
     const std::uint32_t length = lengthIn(self.incoming.head);
-    // The bytes of the message stay in the pipe. Nothing after them can be found, so that the error stays.
+    // Its bytes stay in the pipe, and no later message can be found behind them. So the error stays.
     if (length > self.maxMessageBytes) {
         xoLogObject(xoLogWarning) << "xoNamedPipe refused a message of " << length << " bytes (more than "
                                   << self.maxMessageBytes << ")";
         return self.failReading(ResultTooLong);
     }
     if (!self.readBody(length, deadline)) return false;
-    message.swap(self.incoming.body);  // whose memory serves the next message
+    message.swap(self.incoming.body);  // the caller's memory is used again for the next message
     message.resize(length);
     self.incoming.body.clear();
     self.incoming.headBytes = self.incoming.bodyBytes = 0;
@@ -193,7 +198,7 @@ bool xoNamedPipe::atEnd() const {
 bool xoNamedPipe::Private::failWriting(Result result) {
     writeResult = result;
     hasWriteError = true;
-    writeSpace = writeUsed = 0;
+    writeSpace = writeUsed = 0;  // without free space every write comes to canBeginWriting, which refuses it
     writer = 0;
     return false;
 }
@@ -216,7 +221,7 @@ bool xoNamedPipe::Private::canBeginWriting() {
 bool xoNamedPipe::Private::transmit(const char* bytes, std::uint64_t size, const pipe::Deadline& deadline) {
     std::uint64_t written = 0;
     const Result result = writeLane.write(handle.get(), bytes, size, deadline, cancellation, written);
-    // A part may have been sent, and nothing that follows would be in its place. So the error stays.
+    // An unknown part may have been sent, and later bytes would be misplaced behind it. So the error stays.
     if (result != ResultOk) return failWriting(result);
     writeResult = ResultOk;
     return true;
@@ -235,12 +240,14 @@ void xoNamedPipe::Private::gather(const char* bytes, std::size_t size) {
     stream::copyShort(writeBuffer.get() + writeUsed, bytes, size);
     writeUsed += size;
     writeSpace -= size;
+    // Relaxed: a thread only compares the value with its own number, and sees its own store in any case.
     writer.store(::GetCurrentThreadId(), std::memory_order_relaxed);
 }
 
 std::uint64_t xoNamedPipe::Private::write(const char* buffer, std::uint64_t size) {
     if (!canBeginWriting()) return 0;
     const pipe::Deadline deadline(writeLimitMs);
+    // What is buffered is sent first, so that the bytes stay in order.
     if (size > writeSpace && !send(deadline)) return 0;
     if (size >= bufferBytes) {
         if (!transmit(buffer, size, deadline)) return 0;
@@ -256,6 +263,7 @@ std::uint64_t xoNamedPipe::Private::write(const char* buffer, std::uint64_t size
 std::uint64_t xoNamedPipe::writeBytes(const char* buffer, std::uint64_t size) {
     Private& self = *mPrivate;
     if (!buffer || size == 0) return 0;
+    // The quick way for a value that leaves some of the buffer free. writeSpace is 0 while anything must be checked.
     if (size >= self.writeSpace) return self.write(buffer, size);
     self.gather(buffer, static_cast<std::size_t>(size));
     self.writeResult.store(ResultOk, std::memory_order_relaxed);
@@ -275,6 +283,7 @@ bool xoNamedPipe::writeMessage(const char* data, std::uint64_t size) {
     writeHead(head, static_cast<std::uint32_t>(size));
     if (kHeadBytes + size > self.writeSpace && !self.send(deadline)) return false;
     self.gather(reinterpret_cast<const char*>(head), kHeadBytes);
+    // A short message goes out in one operation with its length, a long one in a second operation without a copy.
     const bool isShort = size <= self.writeSpace;
     if (isShort && size != 0) self.gather(data, static_cast<std::size_t>(size));
     if (!self.send(deadline) || !(isShort || self.transmit(data, size, deadline))) return false;

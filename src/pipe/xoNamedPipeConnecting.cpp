@@ -14,17 +14,18 @@
 namespace xo {
 namespace {
 
-constexpr DWORD kLongestBusyWaitMs = 50;  // before the cancellation is looked at again
-constexpr DWORD kLongestPauseMs = 20;     // between two looks for a server that is not there yet
+constexpr DWORD kLongestBusyWaitMs = 50;  // of WaitNamedPipeW, which a cancellation cannot end
+constexpr DWORD kLongestPauseMs = 20;     // between two attempts while there is no pipe of that name
 
-// Not GENERIC_WRITE, which holds the right to make instances of the pipe: a server's descriptor need not grant it.
+// Not GENERIC_WRITE: that includes the right to make instances of the pipe (FILE_CREATE_PIPE_INSTANCE), which a
+// server's descriptor need not grant to clients.
 constexpr DWORD kAccess = GENERIC_READ | FILE_WRITE_DATA | FILE_WRITE_ATTRIBUTES;
 
-// The server may learn who this process is, and not act in its name.
+// The server may learn who this process is but cannot act in its name. Without these flags Windows lets it act.
 // https://learn.microsoft.com/windows/win32/secauthz/impersonation-levels
 constexpr DWORD kFlags = FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
 
-// ResultNotFound and ResultBusy can pass, the others stay.
+// connect() tries again after ResultNotFound and ResultBusy; the other failures are permanent.
 xoNamedPipe::Result resultOfOpening(DWORD error) {
     switch (error) {
         case ERROR_FILE_NOT_FOUND: return xoNamedPipe::ResultNotFound;
@@ -36,6 +37,7 @@ xoNamedPipe::Result resultOfOpening(DWORD error) {
     }
 }
 
+// Without the prefix, for the log.
 std::string bareName(const std::wstring& name) { return platform::toUtf8(name.substr(name.rfind(L'\\') + 1)); }
 
 }  // namespace
@@ -48,6 +50,7 @@ xoNamedPipe::xoNamedPipe(xoNamedPipe&& other) : xoNamedPipe() { mPrivate.swap(ot
 
 xoNamedPipe& xoNamedPipe::operator=(xoNamedPipe&& other) {
     if (this == &other) return *this;
+    // Made first: when memory is short, nothing has changed. The other object needs a record too.
     auto fresh = std::make_unique<Private>();
     mPrivate->close();
     mPrivate = std::exchange(other.mPrivate, std::move(fresh));
@@ -81,7 +84,7 @@ void xoNamedPipe::Private::attach(platform::FileHandle connected, End newEnd, st
         writeBuffer.reset();
         bufferBytes = newBufferBytes;
     }
-    // Their events may be missing when memory or handles are short.
+    // The events of the record may be missing when memory or handles are short.
     const bool isUsable = readLane.isUsable() && writeLane.isUsable() && cancellation.event();
     if (isUsable) handle = std::move(connected);
     end = newEnd;
@@ -118,16 +121,18 @@ xoNamedPipe::Result xoNamedPipe::Private::connect(const std::wstring& name, cons
         const DWORD remainingMs = deadline.remainingMs();
         const bool mayPass = result == ResultBusy || (result == ResultNotFound && mode != ConnectIfServing);
         if (!mayPass || remainingMs == 0) return result;
-        // An instance is free now. Another client may take it first, so that the pipe is opened again at once.
+        // WaitNamedPipeW returns true once an instance is free. Another client may take it first, so this is tried
+        // again at once.
         if (result == ResultBusy && ::WaitNamedPipeW(name.c_str(), (std::min)(remainingMs, kLongestBusyWaitMs)))
             continue;
+        // Windows has no notification for a pipe that appears. The pause doubles up to its limit.
         ::WaitForSingleObject(cancellation.event(), (std::min)(remainingMs, pauseMs));
         pauseMs = (std::min)(2 * pauseMs, kLongestPauseMs);
     }
     return ResultCanceled;
 }
 
-// Any process may have made a pipe of that name before the server did.
+// Checks the owner before anything is sent: any process may have made a pipe of that name before the server did.
 xoNamedPipe::Result xoNamedPipe::Private::admit(platform::FileHandle opened) {
     if (trust != TrustAnyone && !pipe::hasTrustedOwner(opened.get())) return ResultRefused;
     attach(std::move(opened), End::Client, kDefaultBufferBytes);

@@ -1,4 +1,4 @@
-// A server keeps several instances of its pipe waiting, so that clients that come together need not retry.
+// A server keeps several instances of its pipe waiting, so that several clients can connect at the same time.
 #include <algorithm>
 #include <atomic>
 #include <deque>
@@ -19,10 +19,12 @@ namespace {
 using platform::FileHandle;
 using platform::KernelHandle;
 
-// One instance of a pipe, which waits for its client from the beginning.
+// One instance of a pipe, which waits for one client. It does not move: Windows writes to mOverlapped while a wait is
+// pending.
 class Instance {
 public:
     explicit Instance(FileHandle handle) : mHandle(std::move(handle)) {}
+    // Windows uses mOverlapped until the cancelled operation has ended. CancelIoEx fails if it has ended before.
     ~Instance() {
         DWORD unused = 0;
         if (mIsPending && ::CancelIoEx(mHandle.get(), &mOverlapped))
@@ -31,8 +33,8 @@ public:
     Instance(const Instance&) = delete;
     Instance& operator=(const Instance&) = delete;
 
-    // The event of event() is set once a client has come, and also when nobody can come any more. ERROR_SUCCESS, or why
-    // there is no waiting.
+    // Starts to wait for a client. event() is set when one has connected, and also when the wait has failed. Returns
+    // ERROR_SUCCESS, or why the wait did not start.
     DWORD await() {
         if (!mEvent) return ERROR_NOT_ENOUGH_MEMORY;
         mOverlapped = {};
@@ -41,21 +43,24 @@ public:
         const DWORD error = isDone ? ERROR_PIPE_CONNECTED : ::GetLastError();
         mIsPending = error == ERROR_IO_PENDING;
         if (mIsPending) return ERROR_SUCCESS;
-        if (error != ERROR_PIPE_CONNECTED && error != ERROR_NO_DATA) return error;  // the latter: came and left
+        // A client may come between CreateNamedPipeW and this call (ERROR_PIPE_CONNECTED), and may have left again
+        // (ERROR_NO_DATA). Windows does not set the event then.
+        if (error != ERROR_PIPE_CONNECTED && error != ERROR_NO_DATA) return error;
         ::SetEvent(mEvent.get());
         return ERROR_SUCCESS;
     }
 
     HANDLE event() const { return mEvent.get(); }
 
-    // The thread that began the waiting has ended, which has ended the waiting.
+    // Whether the wait was aborted, because the thread that started it has ended: Windows cancels the operations of a
+    // thread that ends. Called only once the event is set.
     bool mustAwaitAgain() {
         DWORD unused = 0;
         if (!mIsPending || ::GetOverlappedResult(mHandle.get(), &mOverlapped, &unused, /*bWait=*/FALSE)) return false;
         return ::GetLastError() == ERROR_OPERATION_ABORTED;
     }
 
-    // A client that is there, or has left something to read. Only once the event is set.
+    // Whether a client is connected, or has left bytes that can be read. Called only once the event is set.
     bool hasClient() {
         mIsPending = false;
         DWORD available = 0;
@@ -63,6 +68,7 @@ public:
                                &available, /*lpBytesLeftThisMessage=*/nullptr);
     }
 
+    // The connection. No operation is pending when it is taken.
     FileHandle take() { return std::move(mHandle); }
 
 private:
@@ -73,13 +79,15 @@ private:
     bool mIsPending = false;
 };
 
-// Whether a pipe of that name exists. Wine 8 ignores FILE_FLAG_FIRST_PIPE_INSTANCE, so it must be asked before.
+// Whether a pipe of that name exists. On Windows FILE_FLAG_FIRST_PIPE_INSTANCE fails for a name that is taken, but Wine
+// 8 ignores the flag, so the name is checked beforehand.
 bool exists(const std::wstring& name) {
     if (::WaitNamedPipeW(name.c_str(), NMPWAIT_NOWAIT)) return true;
     return ::GetLastError() != ERROR_FILE_NOT_FOUND;
 }
 
-// A name that was in use until just now may still be so for a moment, because both ends of a connection keep it.
+// Waits a moment for a name that exists: one that was given up just now exists until both ends of its last connection
+// are closed.
 bool isTaken(const std::wstring& name) {
     constexpr DWORD kMomentMs = 200;
     const Deadline deadline(kMomentMs);
@@ -111,22 +119,29 @@ struct xoNamedPipeServer::Private {
     unsigned backlog = kDefaultBacklog;
     std::uint32_t bufferBytes = xoNamedPipe::kDefaultBufferBytes;
 
+    // These are used without the lock.
     std::atomic<bool> isListening{false};
     std::atomic<xoNamedPipe::Result> result{xoNamedPipe::ResultFailed};
     pipe::Cancellation closing;
 
-    // Held by the thread that waits, until closing makes it leave.
+    // Held by waitForConnection() for its whole wait. close() therefore sets `closing` first, which ends that wait, and
+    // takes the lock then.
     platform::SlimLock lock;
     std::wstring name XO_GUARDED_BY(lock);
     std::optional<pipe::SecurityAttributes> security XO_GUARDED_BY(lock);
     unsigned wantedInstances XO_GUARDED_BY(lock) = 0;
     std::uint32_t instanceBufferBytes XO_GUARDED_BY(lock) = 0;
     std::deque<std::unique_ptr<pipe::Instance>> instances XO_GUARDED_BY(lock);  // the oldest first
+    // Whether the log has the line about missing instances, so that it is not repeated by every call.
     bool hasWarned XO_GUARDED_BY(lock) = false;
 
+    // Makes the instances. Returns the error code of the first one that fails; those before it are left to the caller.
     DWORD begin(const std::wstring& fullName) XO_REQUIRES(lock);
+    // Adds one instance that waits for a client; returns its error code.
     DWORD addInstance(DWORD flags) XO_REQUIRES(lock);
+    // Adds instances until there are wantedInstances. Fewer are not an error: a later call tries again.
     void refill() XO_REQUIRES(lock);
+    // Waits until a client is connected; the connection is set with ResultOk alone.
     xoNamedPipe::Result accept(const pipe::Deadline& deadline, platform::FileHandle& connection) XO_REQUIRES(lock);
     platform::FileHandle takeClient(std::size_t index) XO_REQUIRES(lock);
     void close();
@@ -166,7 +181,7 @@ bool xoNamedPipeServer::listenUtf8(const std::string& name) {
     return false;
 }
 
-// The settings of the host are copied, so that later changes take effect at the next start only.
+// Copies the settings of the host, so that later changes take effect at the next listenUtf8() only.
 DWORD xoNamedPipeServer::Private::begin(const std::wstring& fullName) {
     if (fullName.empty()) return ERROR_INVALID_NAME;
     if (!closing.event()) return ERROR_NOT_ENOUGH_MEMORY;
@@ -195,7 +210,6 @@ DWORD xoNamedPipeServer::Private::addInstance(DWORD flags) {
     return error;
 }
 
-// One that fails now may succeed at the next call.
 void xoNamedPipeServer::Private::refill() {
     while (instances.size() < wantedInstances) {
         if (addInstance(0) == ERROR_SUCCESS) continue;
@@ -229,10 +243,11 @@ xoNamedPipe::Result xoNamedPipeServer::Private::accept(const pipe::Deadline& dea
     while (!connection) {
         refill();
         if (instances.empty()) return xoNamedPipe::ResultFailed;
+        // Fits the limit of WaitForMultipleObjects, 64 handles.
         HANDLE events[1 + kMaxBacklog] = {closing.event()};
         DWORD count = 1;
         for (const auto& instance : instances) events[count++] = instance->event();
-        // Of several events that are set, the first one counts: closing, then the client that came first.
+        // Of several events that are set, the wait returns the lowest index: closing, then the oldest instance.
         const DWORD waited = ::WaitForMultipleObjects(count, events, /*bWaitAll=*/FALSE, deadline.remainingMs());
         if (waited == WAIT_OBJECT_0) return xoNamedPipe::ResultCanceled;
         if (waited == WAIT_TIMEOUT) return xoNamedPipe::ResultTimeout;
@@ -242,7 +257,8 @@ xoNamedPipe::Result xoNamedPipeServer::Private::accept(const pipe::Deadline& dea
     return xoNamedPipe::ResultOk;
 }
 
-// The connection of an instance whose event is set; none when its client has left.
+// Takes the connection of an instance whose event is set. Owns nothing when its client has left, or when the instance
+// waits again; the caller goes on waiting then.
 platform::FileHandle xoNamedPipeServer::Private::takeClient(std::size_t index) {
     const auto at = instances.begin() + static_cast<std::ptrdiff_t>(index);
     if ((*at)->mustAwaitAgain()) {
@@ -251,7 +267,7 @@ platform::FileHandle xoNamedPipeServer::Private::takeClient(std::size_t index) {
     }
     const std::unique_ptr<pipe::Instance> instance = std::move(*at);
     instances.erase(at);
-    refill();  // before a client that has left gives its instance up: the name stays taken
+    refill();  // before the instance of a client that has left is closed, so that the name always stays taken
     return instance->hasClient() ? instance->take() : platform::FileHandle();
 }
 
