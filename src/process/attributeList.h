@@ -8,6 +8,7 @@
 
 namespace xo::process {
 
+// Refers to handles, which must stay open until the process is made.
 class AttributeList {
 public:
     AttributeList() = default;
@@ -17,18 +18,18 @@ public:
     AttributeList(const AttributeList&) = delete;
     AttributeList& operator=(const AttributeList&) = delete;
 
-    // Each handle once.
+    // Each handle may be added only once: Windows refuses a list with duplicates.
     void add(HANDLE handle) { mHandles.push_back(handle); }
     bool isEmpty() const { return mHandles.empty(); }
 
-    // What is listed must be inheritable too.
+    // Listed handles must also be inheritable. False with the reason in GetLastError.
     bool makeInheritable() const {
         for (const HANDLE handle : mHandles)
             if (!::SetHandleInformation(handle, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT)) return false;
         return true;
     }
 
-    // Makes the list; false when Windows refuses that, with the reason in GetLastError.
+    // Makes the list of all added handles; call it once. False with the reason in GetLastError.
     bool make() {
         // The first call always fails, and returns the size that the list needs.
         SIZE_T size = 0;
@@ -40,12 +41,12 @@ public:
                                                       /*lpReturnSize=*/nullptr);
     }
 
-    // In the form of STARTUPINFOEXW, once it is made; valid as long as this object.
+    // For STARTUPINFOEXW, after make(); valid as long as this object.
     LPPROC_THREAD_ATTRIBUTE_LIST get() { return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(mMemory.data()); }
 
 private:
-    std::vector<HANDLE> mHandles;  // in use as long as the list
-    std::vector<char> mMemory;
+    std::vector<HANDLE> mHandles;  // the list refers to this array, which must not change after make()
+    std::vector<char> mMemory;     // the list itself, of a size that Windows decides
     bool mIsMade = false;
 };
 

@@ -9,9 +9,9 @@ namespace xo::process {
 namespace {
 
 constexpr std::size_t kBufferBytes = 65536;
-constexpr int kMostRounds = 16;  // of one look, so that a child that writes without end does not keep its host there
+constexpr int kMostRounds = 16;  // in one call of move(), which would not return while a child writes quickly
 
-// Sets a flag while it lives.
+// Sets a flag while it exists, also when a handler throws.
 class FlagGuard {
 public:
     explicit FlagGuard(bool& flag) : mFlag(flag) { mFlag = true; }
@@ -32,7 +32,7 @@ void PendingOperation::begin() {
     mOverlapped.hEvent = mEvent.get();
 }
 
-// The event of an operation that has ended at once is set too.
+// An operation that ended at once counts as running: its event is set too, and look() reports its result.
 void PendingOperation::end(BOOL isDone, DWORD error) {
     mHasFailed = !isDone && error != ERROR_IO_PENDING;
     mIsRunning = !mHasFailed;
@@ -85,7 +85,7 @@ OutputChannel::~OutputChannel() {
 }
 
 bool OutputChannel::step() {
-    if (mAt != mEnd) return pass(), true;  // what an exception has left
+    if (mAt != mEnd) return pass(), true;  // what was left by an exception
     if (mIsFinished) return false;
     if (!mPipe || mRest == std::uint64_t{0}) return end(), true;
     if (!mOperation.isRunning()) {
@@ -95,10 +95,12 @@ bool OutputChannel::step() {
     DWORD arrived = 0;
     switch (mOperation.look(mPipe.get(), arrived)) {
         case PendingOperation::State::Running:
-            if (mRest) mPipe.reset();  // cannot be: that much was there
+            if (mRest) mPipe.reset();  // not expected, as no more was requested than the pipe contained
             return mRest.has_value();
         case PendingOperation::State::Done: break;
+        // Aborted: the next step reads again.
         case PendingOperation::State::Aborted: return true;
+        // Failed: mostly ERROR_BROKEN_PIPE, as all processes have closed their end.
         case PendingOperation::State::Idle:
         case PendingOperation::State::Failed: return end(), true;
     }
@@ -109,7 +111,8 @@ bool OutputChannel::step() {
     return true;
 }
 
-// A read that waits found the pipe empty, unless it ends just now. What comes later is not the child's.
+// A pending read is cancelled; if it has just ended, its bytes count. What the pipe contains now was written by the
+// child or by its own children; what arrives later is not read.
 void OutputChannel::limitToRest() {
     if (!mPipe || mRest) return;
     DWORD arrived = 0;
@@ -123,7 +126,8 @@ void OutputChannel::limitToRest() {
     mRest = available;
 }
 
-// Whatever is called here may throw, so that what it gets counts as passed on before.
+// Handlers and devices may throw. Their bytes count as passed on before the call, so that nothing is passed on twice. A
+// device that fails once gets nothing more.
 void OutputChannel::pass() {
     if (mLines) return mLines->take(mAt, mEnd);
     const char* const bytes = std::exchange(mAt, mEnd);
@@ -135,6 +139,7 @@ void OutputChannel::pass() {
 }
 
 void OutputChannel::keep(const char* bytes, std::size_t size) {
+    // Never negative: the text is never longer than maxBytes.
     const std::uint64_t allowed = mChoice->maxBytes - mText.size();
     mText.append(bytes, static_cast<std::size_t>((std::min)(allowed, std::uint64_t{size})));
     if (size > allowed) mWasCut = true;
@@ -151,6 +156,7 @@ void OutputChannel::end() {
 InputChannel::InputChannel(platform::FileHandle ours, std::shared_ptr<const InputChoice> choice)
     : mPipe(std::move(ours)), mChoice(std::move(choice)) {
     mIsLast = mChoice->kind == InputChoice::Kind::Text;
+    // The text is written from the choice itself, which is shared and does not change.
     if (mIsLast) {
         mAt = mChoice->text.data();
         mEnd = mAt + mChoice->text.size();
@@ -170,7 +176,7 @@ bool InputChannel::step() {
     switch (mOperation.look(mPipe.get(), written)) {
         case PendingOperation::State::Running: return false;
         case PendingOperation::State::Done: mAt += written; return true;
-        default: return close(), true;  // the child reads no more
+        default: return close(), true;  // the child has closed its end, or the thread that started the write has ended
     }
 }
 
@@ -178,7 +184,7 @@ bool InputChannel::refill() {
     if (mIsLast) return false;
     const std::uint64_t size =
         (std::min)(mChoice->device->readBytes(mBuffer.get(), kBufferBytes), std::uint64_t{kBufferBytes});
-    // A device that returns less than it was asked for is at its end.
+    // xoIoDevice returns fewer bytes than requested only at its end, or after an error.
     mIsLast = size < kBufferBytes;
     mAt = mBuffer.get();
     mEnd = mAt + size;
@@ -207,7 +213,8 @@ ChildStreams::ChildStreams(StandardHandles& handles, const Redirection& choices)
         mError = std::make_unique<OutputChannel>(std::move(handles.ourError), choices.errorOutput);
 }
 
-// All channels take turns, so that no order of sizes can hold the child up.
+// The channels take turns. If one was served to its end first, the child could wait for another one, and neither
+// process would continue.
 bool ChildStreams::move() {
     if (mIsMoving) return false;
     const FlagGuard guard(mIsMoving);
@@ -220,7 +227,7 @@ bool ChildStreams::move() {
     return hasMoved;
 }
 
-// The child has ended, but its own children may hold the pipes open. So only what is there already is read.
+// The child has ended, but its own children may keep the pipes open, so the end of a pipe is not waited for.
 void ChildStreams::finish() {
     if (mIsMoving) return;
     if (mInput) mInput->close();

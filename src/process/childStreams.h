@@ -10,7 +10,8 @@
 
 namespace xo::process {
 
-// An operation of a pipe that goes on while nobody looks. It uses the memory of its owner until it has ended.
+// An overlapped operation that continues between two looks at the child. Windows uses the event, mOverlapped and the
+// given memory until the operation has ended, so the owner must call cancel() before it releases them.
 class PendingOperation {
 public:
     enum class State { Idle, Running, Done, Aborted, Failed };
@@ -18,15 +19,15 @@ public:
     HANDLE event() const { return mEvent.get(); }
     bool isRunning() const { return mIsRunning; }
 
-    // Begin an operation; see what has become of it with look().
+    // Start an operation, only while none is running. Whether it has ended, look() says, a failure to start included.
     void read(HANDLE pipe, char* buffer, DWORD size);
     void write(HANDLE pipe, const char* bytes, DWORD size);
 
-    // Done: bytes were moved, once for each operation. Aborted: the thread that began it has ended, or it was
-    // cancelled.
+    // The state without waiting. Done is returned once for each operation, with the number of bytes moved. Aborted: it
+    // was cancelled, or the thread that started it has ended.
     State look(HANDLE pipe, DWORD& moved);
 
-    // Ends the operation. Done when it had moved something before.
+    // Cancels the operation and waits for its end. Done when it had ended before.
     State cancel(HANDLE pipe, DWORD& moved);
 
 private:
@@ -34,17 +35,17 @@ private:
     void end(BOOL isDone, DWORD error);
     State result(HANDLE pipe, bool wait, DWORD& moved);
 
-    // Reset by hand, because both a wait and GetOverlappedResult look at it:
+    // A manual-reset event: a wait would reset another one, and GetOverlappedResult might then wait without end.
     // https://learn.microsoft.com/windows/win32/api/ioapiset/nf-ioapiset-getoverlappedresult
     platform::KernelHandle mEvent{::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/TRUE,
                                                  /*bInitialState=*/FALSE,
                                                  /*lpName=*/nullptr)};
     OVERLAPPED mOverlapped{};
     bool mIsRunning = false;
-    bool mHasFailed = false;  // to begin
+    bool mHasFailed = false;  // to start; look() reports it once
 };
 
-// What a child writes: this process reads it and passes it on.
+// Reads what a child writes, and passes it to the text, line handler or device of the host.
 class OutputChannel {
 public:
     OutputChannel(platform::FileHandle ours, std::shared_ptr<const OutputChoice> choice);
@@ -52,17 +53,20 @@ public:
     OutputChannel(const OutputChannel&) = delete;
     OutputChannel& operator=(const OutputChannel&) = delete;
 
-    // One read, and what follows from it. False when there is nothing to do now, or never more.
+    // Takes the result of one read and passes it on. False when nothing can be done now, or the output has ended.
+    // Throws what a handler or device throws.
     bool step();
 
-    // The child has ended: what is in the pipe now is the rest.
+    // Called when the child has ended: limits the output to the bytes that are in the pipe now.
     void limitToRest();
 
+    // Set when the running read ends; null when none is running.
     HANDLE pendingEvent() const { return mOperation.isRunning() ? mOperation.event() : nullptr; }
     bool wasCut() const { return mWasCut; }
     const std::string& text() const { return mText; }
 
 private:
+    // Pass on the bytes [mAt, mEnd), append to the text within its limit, and end the output.
     void pass();
     void keep(const char* bytes, std::size_t size);
     void end();
@@ -71,17 +75,17 @@ private:
     std::shared_ptr<const OutputChoice> mChoice;
     PendingOperation mOperation;
     std::unique_ptr<char[]> mBuffer;
-    const char* mAt = nullptr;  // [mAt, mEnd) of the buffer has arrived and is not passed on
+    const char* mAt = nullptr;  // [mAt, mEnd) of the buffer has arrived but is not passed on yet
     const char* mEnd = nullptr;
     std::optional<std::uint64_t> mRest;  // bytes still to be read, once the child has ended
     bool mIsFinished = false;
 
     std::string mText;                   // of the choice Text
     std::optional<LineSplitter> mLines;  // of the choice Lines
-    bool mWasCut = false;
+    bool mWasCut = false;                // bytes were dropped
 };
 
-// What a child reads: this process writes it.
+// Writes the text or the data of a device that a child reads.
 class InputChannel {
 public:
     InputChannel(platform::FileHandle ours, std::shared_ptr<const InputChoice> choice);
@@ -89,13 +93,16 @@ public:
     InputChannel(const InputChannel&) = delete;
     InputChannel& operator=(const InputChannel&) = delete;
 
-    // One write, and what follows from it. False when there is nothing to do now, or never more.
+    // Takes the result of one write and starts the next one. False when nothing can be done now, or the input is
+    // closed. Throws what a device throws.
     bool step();
 
+    // Ends the input: the child reads what is in the pipe, and then its end.
     void close();
     HANDLE pendingEvent() const { return mOperation.isRunning() ? mOperation.event() : nullptr; }
 
 private:
+    // Reads the next bytes from the device. False when there are none.
     bool refill();
 
     platform::FileHandle mPipe;  // until everything is written, or the child reads no more
@@ -104,23 +111,23 @@ private:
     std::unique_ptr<char[]> mBuffer;  // of the choice Device
     const char* mAt = nullptr;        // [mAt, mEnd) is to be written
     const char* mEnd = nullptr;
-    bool mIsLast = false;  // nothing follows it
+    bool mIsLast = false;  // nothing follows [mAt, mEnd)
 };
 
-// All of a child.
+// The channels of one child. All functions run on the thread that looks at the child.
 class ChildStreams {
 public:
-    // Takes the pipes of the handles whose choice is moved here.
+    // Takes those pipes out of `handles` whose data this object moves. Those of the choice Pipe stay there.
     ChildStreams(StandardHandles& handles, const Redirection& choices);
 
-    // Moves what can be moved without waiting, or a part of it. True when there may be more. Throws what handlers and
-    // devices throw; the next call goes on behind that.
+    // Moves a limited amount of what can be moved without waiting. True when there may be more. Throws what handlers
+    // and devices throw; the next call continues behind that.
     bool move();
 
-    // Once the child has ended: moves all that is left.
+    // Called when the child has ended: moves all that is left.
     void finish();
 
-    // Appends the events that are set when move() has something to do.
+    // Appends at most three events, which are set when move() has something to do.
     void appendEvents(HANDLE* events, DWORD& count) const;
 
     const OutputChannel* output() const { return mOutput.get(); }
@@ -130,7 +137,7 @@ private:
     std::unique_ptr<InputChannel> mInput;
     std::unique_ptr<OutputChannel> mOutput;
     std::unique_ptr<OutputChannel> mError;
-    bool mIsMoving = false;  // a handler must not look at its own child
+    bool mIsMoving = false;  // a handler may call a function that looks at its own child; move() does nothing then
 };
 
 }  // namespace xo::process

@@ -16,10 +16,11 @@ BOOL CALLBACK closeIfOwned(HWND window, LPARAM processId) {
 }  // namespace
 
 void requestClose(DWORD processId, DWORD mainThreadId) {
+    // The messages are posted, not sent, so that a child that hangs cannot block the caller.
     ::EnumWindows(&closeIfOwned, static_cast<LPARAM>(processId));
 
-    // A process may outlive its main thread, whose identifier may then belong to a thread of another process. While the
-    // handle is open, the identifier is not given away again.
+    // A process may outlive its main thread, whose identifier may then belong to a thread of another process. Windows
+    // does not reuse it while the handle is open.
     const platform::KernelHandle mainThread(
         ::OpenThread(THREAD_QUERY_LIMITED_INFORMATION, /*bInheritHandle=*/FALSE, mainThreadId));
     if (mainThread && ::GetProcessIdOfThread(mainThread.get()) == processId)

@@ -6,8 +6,8 @@
 
 namespace xo::process {
 
-// Posts WM_CLOSE to each top-level window of the process, and to its main thread. The caller holds a handle of the
-// process, so that Windows gives its identifier to no other process.
+// Posts WM_CLOSE to each top-level window of the process, and to its main thread. The caller must hold a handle
+// of the process: Windows does not reuse its identifier meanwhile.
 void requestClose(DWORD processId, DWORD mainThreadId);
 
 }  // namespace xo::process

@@ -39,7 +39,7 @@ bool isInterpreter(const std::wstring& path) {
     return platform::equalsIgnoringCase(path.substr(path.find_last_of(LR"(\/)") + 1), L"cmd.exe");
 }
 
-// The first word of a line has no escape for a quote, and needs none: a path contains no quotes.
+// Without escapes: the first word of a command line has none, and a path contains no quotes.
 std::wstring quotedProgram(const std::wstring& path) { return L'"' + path + L'"'; }
 
 // A backslash is an ordinary character, except in front of a quote, the closing one included. There each backslash is
@@ -87,7 +87,7 @@ constexpr const wchar_t* kBuiltInVariables[] = {
     L"PATH", L"PATHEXT",    L"PROMPT",        L"RANDOM",  L"TIME", L"__APPDIR__", L"__CD__",
 };
 
-// Names that begin with "=" are the interpreter's own.
+// Whether the interpreter would replace "%name%". Names that begin with "=" are the interpreter's own.
 bool isVariable(const std::wstring& name, const Arguments& environment) {
     const auto isName = [&](std::wstring_view other) { return platform::equalsIgnoringCase(name, other); };
     if (name.rfind(L'=', 0) == 0 || std::any_of(std::begin(kBuiltInVariables), std::end(kBuiltInVariables), isName))
@@ -114,6 +114,7 @@ bool hasVariable(const std::wstring& path, const Arguments& environment) {
     return false;
 }
 
+// Refuses what the interpreter would change or execute, instead of running the batch file with other arguments.
 Command batchCommand(const std::wstring& path, const Arguments& arguments, const Arguments& environment) {
     if (path.size() >= MAX_PATH) return refused(ERROR_FILENAME_EXCED_RANGE);  // the interpreter would not find it
     if (path.find_first_of(L"\r\n") != std::wstring::npos || hasVariable(path, environment) ||
@@ -143,7 +144,7 @@ CommandPlace findCommand(const Arguments& arguments) {
     return {0, 0};
 }
 
-// Nothing is quoted: the interpreter would take a quoted switch for a command.
+// Passes the arguments without quotes: the interpreter would take a quoted switch for a command.
 Command interpreterCommand(const std::wstring& interpreter, const Arguments& arguments, CommandPlace place) {
     std::wstring switches;
     for (std::size_t i = 0; i < place.argument; ++i) switches += L' ' + platform::toWide(arguments[i]);

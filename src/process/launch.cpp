@@ -16,14 +16,16 @@ namespace {
 
 bool isFile(const std::string& path) { return xoDirUtils::FileExistsUtf8(path) && !xoDirUtils::DirExistsUtf8(path); }
 
-// The absolute path if that is wanted, with ".exe" when there is no file without it.
+// The absolute path if that is wanted, with ".exe" appended when there is no file without it. Without makeAbsolute the
+// path is passed to Windows unchanged.
 std::string findProgram(const Launch& wanted) {
     if (!wanted.makeAbsolute || wanted.program.empty()) return wanted.program;
     const std::string path = xoDirUtils::GetAbsolutePathUtf8(wanted.program);
     return isFile(path) ? path : xoDirUtils::GetAbsolutePathUtf8(wanted.program + ".exe");
 }
 
-// The interpreter starts even if its batch file does not exist, and searches for a relative one.
+// The interpreter would start even if its batch file does not exist, and would search PATH for a relative path. So the
+// file is checked here, and its path made absolute.
 DWORD prepareBatchFile(std::string& program) {
     if (!isBatchFile(platform::toWide(program))) return ERROR_SUCCESS;
     if (!isFile(program)) return ERROR_FILE_NOT_FOUND;
@@ -31,6 +33,7 @@ DWORD prepareBatchFile(std::string& program) {
     return ERROR_SUCCESS;
 }
 
+// An empty FileHandle is INVALID_HANDLE_VALUE, but a child without a standard handle expects null.
 HANDLE orNull(const platform::FileHandle& handle) { return handle ? handle.get() : nullptr; }
 
 STARTUPINFOEXW startupInformation(const StandardHandles& handles) {
@@ -38,14 +41,14 @@ STARTUPINFOEXW startupInformation(const StandardHandles& handles) {
     STARTUPINFOW& basic = startup.StartupInfo;
     basic.cb = sizeof basic;
     basic.dwX = basic.dwY = basic.dwXSize = basic.dwYSize = static_cast<DWORD>(CW_USEDEFAULT);
-    basic.dwFlags = STARTF_USESTDHANDLES;  // null stands for none
+    basic.dwFlags = STARTF_USESTDHANDLES;  // null means that the child has no such handle
     basic.hStdInput = orNull(handles.input);
     basic.hStdOutput = orNull(handles.output);
     basic.hStdError = orNull(handles.isMerged ? handles.output : handles.error);
     return startup;
 }
 
-// All that CreateProcessW gets, as it takes it.
+// The arguments of CreateProcessW, in the form that it requires.
 struct Prepared {
     Command command;
     std::wstring environment;  // empty: that of this process
@@ -53,7 +56,7 @@ struct Prepared {
     DWORD priority = 0;
 };
 
-// ERROR_SUCCESS, or why the start is refused.
+// Converts and checks what was given. Returns ERROR_SUCCESS, or why the start is refused before Windows is asked.
 DWORD prepare(const Launch& wanted, Prepared& prepared) {
     if (!isPlainText(wanted.program)) return ERROR_INVALID_PARAMETER;  // before toWide replaces broken sequences
     std::string program = findProgram(wanted);
@@ -72,11 +75,12 @@ DWORD prepare(const Launch& wanted, Prepared& prepared) {
     return ERROR_SUCCESS;
 }
 
-// From making them inheritable to closing them. Another thread of this process that starts a child with all inheritable
-// handles, by other means than this class, may still pass them on; children of this class get what is listed for them.
+// Held while handles for a child are inheritable: inheritance is a property of the handle, not of one call. Children of
+// xoProcess get only the handles in their list in any case. A child that other code of this process starts meanwhile
+// with all inheritable handles may still get them.
 platform::SlimLock inheritanceLock;
 
-// ERROR_SUCCESS, or why there is no child.
+// Returns ERROR_SUCCESS, or the error code of CreateProcessW.
 DWORD createProcess(Prepared& prepared, DWORD flags, STARTUPINFOEXW& startup, BOOL inherits,
                     PROCESS_INFORMATION& created) {
     const BOOL isCreated = ::CreateProcessW(
@@ -87,7 +91,8 @@ DWORD createProcess(Prepared& prepared, DWORD flags, STARTUPINFOEXW& startup, BO
     return isCreated ? ERROR_SUCCESS : ::GetLastError();
 }
 
-// The child inherits the standard handles that it has, and nothing else.
+// Lets the child inherit its standard handles and nothing else. Closes the child's ends here, whether or not it starts:
+// as long as this process has the writing end of an output pipe, the reading end never sees its end.
 // https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-updateprocthreadattribute
 DWORD createWithHandles(Prepared& prepared, DWORD flags, StandardHandles& handles, PROCESS_INFORMATION& created) {
     STARTUPINFOEXW startup = startupInformation(handles);
@@ -108,11 +113,13 @@ DWORD createWithHandles(Prepared& prepared, DWORD flags, StandardHandles& handle
     return error;
 }
 
-// Puts a child that does not run yet into a job of its own, which its own children cannot leave. None when Windows
-// refuses that.
+// Puts a suspended child into a job of its own, in which all its children will be too, as the job does not allow
+// breakaway. None when that fails, with the reason in GetLastError.
 platform::KernelHandle makeJob(HANDLE process, xoProcess::ProcessTree tree) {
     platform::KernelHandle job(::CreateJobObjectW(/*lpJobAttributes=*/nullptr, /*lpName=*/nullptr));
     if (!job) return job;
+    // Windows ends the processes of a tied tree when the last handle of the job is closed, even by a crash of this
+    // process.
     if (tree == xoProcess::ProcessTreeTied) {
         JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
         limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
@@ -130,8 +137,8 @@ Child failed(DWORD error) {
 
 Child create(Prepared& prepared, const Launch& wanted, StandardHandles handles) {
     const bool isLoose = wanted.tree != xoProcess::ProcessTreeOwned && wanted.tree != xoProcess::ProcessTreeTied;
-    // A child with a job starts suspended, so that it cannot start children of its own before it is in the job. A child
-    // that gets a console handle of this process needs the console too.
+    // A child with a job starts suspended, so that it cannot start children before it is in the job. A child with a
+    // console handle of this process must share that console; CREATE_NO_WINDOW would give it a console of its own.
     const DWORD flags = prepared.priority | CREATE_UNICODE_ENVIRONMENT | (handles.hasConsole ? 0 : CREATE_NO_WINDOW) |
                         (isLoose ? 0 : CREATE_SUSPENDED);
     PROCESS_INFORMATION created{};
@@ -149,7 +156,7 @@ Child create(Prepared& prepared, const Launch& wanted, StandardHandles handles) 
     child.job = makeJob(child.process.get(), wanted.tree);
     if (child.job && ::ResumeThread(mainThread.get()) != static_cast<DWORD>(-1)) return child;
     const DWORD error = ::GetLastError();
-    // It is still suspended, and nothing would resume it.
+    // The child is suspended, and nothing else would ever resume or end it.
     ::TerminateProcess(child.process.get(), static_cast<UINT>(-1));
     xoLogObject(xoLogDebug) << "Process not started, error " << error << " : " << wanted.program;
     return failed(error);

@@ -6,7 +6,8 @@
 
 namespace xo::process {
 
-// One byte more than a piece may be the "\r" of a line end, so that only two more make a line too long.
+// A line of kLongestLine bytes may be followed by "\r\n". So one byte more is not too long yet if it is "\r"; two more
+// are.
 void LineSplitter::take(const char*& at, const char* end) {
     while (at != end) {
         const auto rest = static_cast<std::size_t>(end - at);

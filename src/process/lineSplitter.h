@@ -6,17 +6,19 @@
 
 namespace xo::process {
 
+// Lines end with "\n" or "\r\n", which the handler does not get. One object for one output.
 class LineSplitter {
 public:
-    static constexpr std::size_t kLongestLine = 1 << 20;  // bytes; a longer line comes in pieces
+    static constexpr std::size_t kLongestLine =
+        1 << 20;  // bytes; a longer line is delivered in pieces, which limits the memory
 
     explicit LineSplitter(xoProcess::LineHandler handler) : mHandler(std::move(handler)) {}
 
-    // Calls the handler for each line that is complete, and moves at to behind what is taken, before each call: after
-    // an exception of the handler, the rest can be given again.
+    // Calls the handler for each complete line of [at, end), and keeps the rest. Before each call `at` is moved behind
+    // the line: after an exception of the handler, the caller can pass [at, end) again.
     void take(const char*& at, const char* end);
 
-    // The last line, if it has no end.
+    // Delivers the last line if it has no line end.
     void finish();
 
 private:
@@ -24,8 +26,8 @@ private:
     void deliverPiece();
 
     xoProcess::LineHandler mHandler;
-    std::string mLine;   // what is there of the line that is not complete
-    std::string mGiven;  // what the handler gets
+    std::string mLine;   // the beginning of an incomplete line
+    std::string mGiven;  // the text that the handler gets, kept for its memory
 };
 
 }  // namespace xo::process

@@ -10,8 +10,8 @@ namespace {
 // Creating a snapshot fails with INVALID_HANDLE_VALUE, as opening a file does.
 using SnapshotHandle = platform::FileHandle;
 
-// The identifier on record, which may belong to another process by now. 0 when there is none.
-// https://learn.microsoft.com/windows/win32/api/tlhelp32/ns-tlhelp32-processentry32w
+// The identifier of the parent that Windows recorded when the process started. It may belong to another process by now.
+// 0 when there is no such process. https://learn.microsoft.com/windows/win32/api/tlhelp32/ns-tlhelp32-processentry32w
 DWORD recordedParent(DWORD processId) {
     const SnapshotHandle snapshot(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     if (!snapshot) return 0;
@@ -24,6 +24,7 @@ DWORD recordedParent(DWORD processId) {
     return 0;
 }
 
+// None when the process has ended, or may not be opened.
 platform::KernelHandle openProcess(DWORD processId) {
     return platform::KernelHandle(
         ::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, /*bInheritHandle=*/FALSE, processId));
@@ -37,9 +38,9 @@ bool readStart(const platform::KernelHandle& process, FILETIME& start) {
     return process && ::GetProcessTimes(process.get(), &start, &exit, &kernel, &user);
 }
 
-// When the parent has ended, its identifier may belong to another process, which is younger than the child. The clock
-// is coarse, so a parent may have the start time of its child. A process that may not be opened, such as a service, or
-// that tells no time, counts as the parent.
+// When the parent has ended, its identifier may belong to another process, which started after the child. The clock is
+// coarse, so a parent may have the same start time as its child. A process that may not be opened, such as a service,
+// or whose time cannot be read, counts as the parent.
 bool mayBeParent(DWORD parentId, DWORD childId) {
     const platform::KernelHandle parent = openProcess(parentId);
     if (!parent) return ::GetLastError() == ERROR_ACCESS_DENIED;

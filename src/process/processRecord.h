@@ -1,4 +1,4 @@
-// The private record of xoProcess, for the sources that it is spread over.
+// The private record of xoProcess, whose functions are in several sources. One thread at a time uses it.
 #ifndef XO_PROCESS_PROCESSRECORD_H
 #define XO_PROCESS_PROCESSRECORD_H
 
@@ -19,31 +19,36 @@ struct xoProcess::Private {
 
     // The child.
     State state = StateNone;
-    platform::KernelHandle process;  // while running; none is null, because -1 is the pseudo handle of this process
-    DWORD processId = 0;             // valid while process is held
-    DWORD mainThreadId = 0;          // valid while process is held
-    int exitCode = 0;                // valid once the child has ended
-    bool hasCrashed = false;         // valid once the child has ended
-    bool hasStarted = false;         // by the last attempt
-    DWORD startError = ERROR_SUCCESS;
+    platform::KernelHandle process;    // while running; -1 cannot mean "none": it is the pseudo handle of this process
+    DWORD processId = 0;               // valid while process is held
+    DWORD mainThreadId = 0;            // valid while process is held
+    int exitCode = 0;                  // valid once the child has ended
+    bool hasCrashed = false;           // valid once the child has ended
+    bool hasStarted = false;           // whether the last start succeeded
+    DWORD startError = ERROR_SUCCESS;  // why the last start failed
 
     // Of the last start, also once the child has ended.
-    platform::KernelHandle job;                      // of a tree that is not loose
+    platform::KernelHandle job;                      // of a tree that is not loose; closing it ends a tied tree
     std::unique_ptr<process::ChildStreams> streams;  // of a child with standard handles
-    std::unique_ptr<xoNamedPipe> inputPipe, outputPipe, errorPipe;
+    std::unique_ptr<xoNamedPipe> inputPipe, outputPipe, errorPipe;  // of the choice Pipe, null otherwise
 
+    // False when a child is running, or when the start fails, with the reason in startError.
     bool start(const std::string& newProgram, const std::vector<std::string>& newArguments, bool makeAbsolute,
                ProcessPriority priority);
+    // Distributes this process's ends of the pipes: to `streams`, or to the pipes that the host uses itself.
     void connect(process::StandardHandles& handles);
-    // Looks at the child. True when its streams may have more to move at once.
+    // Moves what the streams have, and notices the end of the child. True when more can be moved without waiting.
+    // Throws what handlers and devices of the host throw; the next call continues behind that.
     bool poll();
     bool isRunning() {
         poll();
         return state == StateRunning;
     }
-    // Waits for the child's end, or for something to move.
+    // Waits for the end of the child, or until a stream has something to move. Called only while `process` is held.
     void wait(DWORD timeoutMs);
+    // Ends the child, or its job with all processes in it. The end is noticed by a later poll().
     void kill();
+    // Clears what is known of the last child, but keeps its handles and what it wrote.
     void reset(State newState);
     void closeHandle();
 };

@@ -1,4 +1,4 @@
-// Programs by name, and the texts that they print.
+// Searches programs by name, and converts the output of console programs.
 #include "platform/ordinalText.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
@@ -10,12 +10,13 @@
 namespace xo {
 namespace {
 
+// Empty when there is no such variable.
 std::wstring environmentVariable(const wchar_t* name) {
     return platform::readWide(
         [name](wchar_t* buffer, DWORD size) { return ::GetEnvironmentVariableW(name, buffer, size); });
 }
 
-// The entries of a list such as PATH. Quotes hold a semicolon inside a folder's name.
+// The entries of a list such as PATH. A folder whose name contains a semicolon is in quotes, which are removed.
 std::vector<std::wstring> entriesOf(const std::wstring& list) {
     std::vector<std::wstring> entries(1);
     bool isQuoted = false;
@@ -32,17 +33,20 @@ std::vector<std::wstring> entriesOf(const std::wstring& list) {
 
 bool isSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
 
+// A drive with a root ("C:\"), or a share or device (two separators). "C:bin" and "\bin" depend on the current folder
+// or drive, which must not decide which program runs.
 bool isAbsolute(const std::wstring& folder) {
     if (folder.size() < 3) return false;
     return (isSeparator(folder[0]) && isSeparator(folder[1])) || (folder[1] == L':' && isSeparator(folder[2]));
 }
 
+// In their order of preference. Without PATHEXT the extensions that the command interpreter has always known.
 std::vector<std::wstring> programExtensions() {
     const std::wstring list = environmentVariable(L"PATHEXT");
     return entriesOf(list.empty() ? L".COM;.EXE;.BAT;.CMD" : list);
 }
 
-// Those to try: none if the name has one already.
+// The extensions to append in turn. Only an empty one if the name ends with one of PATHEXT.
 std::vector<std::wstring> extensionsFor(const std::wstring& name) {
     std::vector<std::wstring> extensions = programExtensions();
     const std::size_t dot = name.rfind(L'.');
@@ -61,6 +65,7 @@ std::string xoProcess::FindProgramUtf8(const std::string& name) {
     const std::wstring wide = platform::toWide(name);
     const std::vector<std::wstring> extensions = extensionsFor(wide);
     for (const std::wstring& folder : entriesOf(environmentVariable(L"PATH"))) {
+        // Also passes over empty entries.
         if (!isAbsolute(folder)) continue;
         for (const std::wstring& extension : extensions) {
             const std::string path = platform::toUtf8(folder + L'\\' + wide + extension);
@@ -71,6 +76,7 @@ std::string xoProcess::FindProgramUtf8(const std::string& name) {
 }
 
 std::string xoProcess::OutputToUtf8(const std::string& bytes) {
+    // Programs that write UTF-8 exist too. Text of another code page is hardly ever valid UTF-8 unless it is ASCII.
     if (text::isUtf8(bytes)) return bytes;
     const auto size = static_cast<int>(bytes.size());
     const int length = ::MultiByteToWideChar(CP_OEMCP, 0, bytes.data(), size, /*lpWideCharStr=*/nullptr, 0);

@@ -16,13 +16,14 @@ namespace {
 
 using platform::FileHandle;
 
-// One standard handle, as it is being opened.
+// Where the two ends of one standard handle are stored.
 struct Slot {
     FileHandle& theirs;
     FileHandle& ours;
     DWORD standardHandle;  // STD_INPUT_HANDLE and the like
 };
 
+// Returns the error, after a DEBUG line if it is one.
 DWORD logged(const std::string& path, DWORD error) {
     if (error != ERROR_SUCCESS)
         xoLogObject(xoLogDebug) << "xoProcess cannot open \"" << path << "\": " << SystemError(error).toString();
@@ -35,6 +36,7 @@ DWORD openFile(const std::string& path, DWORD access, DWORD share, DWORD creatio
     return logged(path, file ? ERROR_SUCCESS : ::GetLastError());
 }
 
+// The null device: a read is at the end at once, and written bytes are discarded.
 DWORD openNull(DWORD access, FileHandle& file) {
     return openFile("NUL", access, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING, file);
 }
@@ -46,8 +48,8 @@ DWORD openPipe(bool isReadByUs, const Slot& slot) {
     return logged("pipe", pair.error);
 }
 
-// A process without a console, or whose handle was closed, has none to give.
-// A copy, because the handles for the child are closed after the start, and those of this process must stay open.
+// Copies the standard handle of this process. A copy, because the handles for the child are closed after the start.
+// Without a handle, or with one that was closed, the child gets none: that is no error.
 DWORD copyOwn(const Slot& slot, bool& hasConsole) {
     const HANDLE own = ::GetStdHandle(slot.standardHandle);
     if (!own || own == INVALID_HANDLE_VALUE) return ERROR_SUCCESS;
@@ -57,6 +59,7 @@ DWORD copyOwn(const Slot& slot, bool& hasConsole) {
                            DUPLICATE_SAME_ACCESS))
         return ERROR_SUCCESS;
     DWORD mode = 0;
+    // Succeeds only for a console handle.
     if (::GetConsoleMode(copy.get(), &mode)) hasConsole = true;
     slot.theirs.reset(copy.release());
     return ERROR_SUCCESS;
@@ -67,6 +70,7 @@ DWORD openInput(const InputChoice& choice, const Slot& slot, bool& hasConsole) {
         case InputChoice::Kind::None: return ERROR_SUCCESS;
         case InputChoice::Kind::Null: return openNull(GENERIC_READ, slot.theirs);
         case InputChoice::Kind::Inherit: return copyOwn(slot, hasConsole);
+        // Sharing excludes writers, so that the input cannot change under the child.
         case InputChoice::Kind::File:
             return openFile(choice.text, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING, slot.theirs);
         case InputChoice::Kind::Device:
@@ -78,6 +82,9 @@ DWORD openInput(const InputChoice& choice, const Slot& slot, bool& hasConsole) {
     return openPipe(/*isReadByUs=*/false, slot);
 }
 
+// FILE_APPEND_DATA without FILE_WRITE_DATA makes Windows append each write at the end, even if several handles write.
+// So the file can be the output and the error output at once. Otherwise the file is replaced, and a second opening
+// fails.
 DWORD openOutputFile(const OutputChoice& choice, FileHandle& file) {
     if (choice.append)
         return openFile(choice.path, FILE_APPEND_DATA | SYNCHRONIZE, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS,
@@ -91,7 +98,8 @@ DWORD openOutput(const OutputChoice& choice, const Slot& slot, bool& hasConsole)
         case OutputChoice::Kind::Null: return openNull(GENERIC_WRITE, slot.theirs);
         case OutputChoice::Kind::Inherit: return copyOwn(slot, hasConsole);
         case OutputChoice::Kind::File: return openOutputFile(choice, slot.theirs);
-        case OutputChoice::Kind::Merged: return ERROR_INVALID_PARAMETER;  // of the output; that of errors is not asked
+        case OutputChoice::Kind::Merged:
+            return ERROR_INVALID_PARAMETER;  // allowed for the error output only, which is handled by the caller
         case OutputChoice::Kind::Lines:
             if (!choice.handler) return ERROR_INVALID_PARAMETER;
             break;
@@ -106,7 +114,7 @@ DWORD openOutput(const OutputChoice& choice, const Slot& slot, bool& hasConsole)
 
 }  // namespace
 
-// Stops at the first error. What is open by then is closed with the handles.
+// Stops at the first error. The handles that are open by then are closed by their owner.
 DWORD openStandardHandles(const Redirection& wanted, StandardHandles& handles) {
     DWORD error = ERROR_SUCCESS;
     if (wanted.input)

@@ -7,16 +7,19 @@
 namespace xo {
 namespace {
 
-constexpr unsigned kKilledWaitMs = 5000;  // a killed child ends only when its pending input and output has completed
+// A killed process ends only when its pending input and output has completed, which a driver may delay for long.
+constexpr unsigned kKilledWaitMs = 5000;
 
 using RunResult = xoProcess::RunResult;
 
+// The message for a start that failed. It names the path only when the program was not found.
 std::string startFailure(DWORD error, const std::string& program, bool makeAbsolute) {
     const std::string text = "Fail to start process";
     if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) return text;
     return text + " : " + (makeAbsolute ? xoDirUtils::GetAbsolutePathUtf8(program) : program);
 }
 
+// An empty input is the null device, not an empty text: that would need a pipe.
 void setUp(xoProcess& child, const xoProcess::RunOptions& options) {
     using Input = xoProcess::Input;
     using Output = xoProcess::Output;
@@ -28,7 +31,8 @@ void setUp(xoProcess& child, const xoProcess::RunOptions& options) {
     child.setProcessTree(options.tree);
 }
 
-// What came of a child that was started.
+// Sets the outcome of a child that was started. A child that was killed after the limit is TimedOut, whatever its exit
+// code is; the code is 0 if it has not ended yet.
 void describeEnd(const xoProcess& child, bool wasInTime, RunResult& result) {
     result.exitCode = child.exitCode();
     if (!wasInTime) {
@@ -54,6 +58,7 @@ xoProcess::RunResult xoProcess::RunUtf8(const std::string& program, const std::v
     RunResult result;
     xoProcess child;
     setUp(child, options);
+    // Not startProcess(): its pause is for programs that are closed by a window message.
     if (!child.mPrivate->start(program, arguments, options.makeAbsolute, ProcessPriorityInherit)) {
         result.message = startFailure(child.mPrivate->startError, program, options.makeAbsolute);
         return result;
@@ -64,6 +69,7 @@ xoProcess::RunResult xoProcess::RunUtf8(const std::string& program, const std::v
         child.waitForFinished(kKilledWaitMs);
     }
     describeEnd(child, wasInTime, result);
+    // Also after a time-out: what was written until then may explain it.
     result.output = child.getOutputText();
     result.errorOutput = child.getErrorText();
     result.outputCut = child.wasOutputCut();

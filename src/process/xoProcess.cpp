@@ -19,14 +19,14 @@ namespace {
 // after the start would find nothing to close.
 constexpr DWORD kSettlingMs = 10;
 
-constexpr DWORD kLongestWaitMs = 100;  // before the clock is read again
-constexpr DWORD kProgressMs = 50;      // between two looks at a notifier
+constexpr DWORD kLongestWaitMs = 100;  // of one wait in waitForFinished()
+constexpr DWORD kProgressMs = 50;      // the same with a notifier, which is asked for cancellation in between
 constexpr DWORD kKilledWaitMs = 5000;  // a killed child ends only when its pending input and output has completed
 constexpr UINT kKilledExitCode = 65535;
-constexpr SIZE_T kSmallestWorkingSet = 1024;  // bytes
+constexpr SIZE_T kSmallestWorkingSet = 1024;  // bytes; Windows requires a lower limit beside the upper one
 
-// A status that the test below would classify wrongly.
-constexpr DWORD kControlCExit = 0xC000013A;  // an ordinary end of console programs
+// STATUS_CONTROL_C_EXIT has the form of an error, but is an ordinary end of console programs.
+constexpr DWORD kControlCExit = 0xC000013A;
 
 // The status of an error has its two top bits set, and bit 28 clear, which distinguishes it from a small negative exit
 // code. Fail-fast (0xC0000409) is one of them. Statuses of lesser severity have the form of an HRESULT, a common exit
@@ -51,7 +51,8 @@ bool isExceptionStatus(DWORD code) {
 // little before the child has ended. So the handle decides.
 // https://learn.microsoft.com/windows/win32/api/processthreadsapi/nf-processthreadsapi-getexitcodeprocess
 //
-// What the child has written is in the pipes once it has ended, so that is asked before they are read.
+// The end is checked before the pipes are read: all that the child has written is in them by then. If a handler throws
+// in finish(), the state is unchanged and the next call continues.
 bool xoProcess::Private::poll() {
     if (state != StateRunning || !process) return false;
     if (::WaitForSingleObject(process.get(), 0) != WAIT_OBJECT_0) return streams && streams->move();
@@ -77,7 +78,7 @@ void xoProcess::Private::wait(DWORD timeoutMs) {
     ::WaitForMultipleObjects(count, handles, /*bWaitAll=*/FALSE, timeoutMs);
 }
 
-// The job contains the children of the child too.
+// The job also contains the processes that the child has started, and outlives the child.
 void xoProcess::Private::kill() {
     if (job)
         ::TerminateJobObject(job.get(), kKilledExitCode);
@@ -149,7 +150,7 @@ bool xoProcess::Private::start(const std::string& newProgram, const std::vector<
     return true;
 }
 
-// What the channels do not take is for pipes that the host uses itself.
+// ChildStreams takes the pipes that it moves; the rest are of the choice Pipe, and the host uses them itself.
 void xoProcess::Private::connect(process::StandardHandles& handles) {
     if (!handles.ourInput && !handles.ourOutput && !handles.ourError) return;
     streams = std::make_unique<process::ChildStreams>(handles, redirection);
@@ -174,6 +175,7 @@ bool xoProcess::waitForFinished(unsigned timeoutMs, xoProgressNotifier* progress
     xoProgressScope work(progress, /*total=*/0);
     const platform::Deadline deadline(timeoutMs);
     for (;;) {
+        // First, so that a child that has ended is noticed even with a limit of 0.
         const bool hasMore = self.poll();
         if (self.state != StateRunning) break;
         if (!self.process || !work.advance(0)) return false;
@@ -224,6 +226,7 @@ bool xoProcess::hasFailedToStart() const {
 namespace {
 
 const std::string& textOf(const process::OutputChannel* channel) {
+    // A reference is returned, so the empty text must be a static object.
     static const std::string none;
     return channel ? channel->text() : none;
 }
