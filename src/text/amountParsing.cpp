@@ -15,8 +15,9 @@ namespace {
 
 using text::DecimalText;
 
-constexpr std::uint64_t kEnd = (std::numeric_limits<std::uint64_t>::max)();
+constexpr std::uint64_t kEnd = (std::numeric_limits<std::uint64_t>::max)();  // the largest value, not one behind it
 
+// Removes a minus from the start; false if there is none.
 bool takeMinus(std::string_view& text) {
     if (text.empty() || text.front() != '-') return false;
     text.remove_prefix(1);
@@ -31,7 +32,9 @@ bool startsWith(std::string_view text, std::string_view start) { return text.sub
 
 // ---- Bytes.
 
-// A fraction below 1, exact to 72 digits. A multiple by a power of two up to 2^60 is rounded correctly with that many.
+// A decimal fraction below 1, exact to 72 digits, to be multiplied by up to 2^60 or 10^18. The product is a tie only if
+// the fraction is a multiple of 2^-61 or of 5 * 10^-19, and so has at most 61 digits. Of the digits beyond 72 it is
+// therefore enough to know whether one of them is not 0.
 class Fraction {
 public:
     explicit Fraction(std::string_view digits) {
@@ -42,7 +45,7 @@ public:
             for (std::size_t i = group.size(); i != kGroupDigits; ++i) value *= 10;
             digits.remove_prefix(group.size());
         }
-        if (digits.find_first_not_of('0') != std::string_view::npos) mGroups.back() |= 1;  // they only break a tie
+        if (digits.find_first_not_of('0') != std::string_view::npos) mGroups.back() |= 1;  // breaks a tie
     }
 
     // Multiplies by a factor of up to 16, and returns the integer part.
@@ -66,11 +69,12 @@ private:
     static constexpr std::size_t kGroupDigits = 18;
     static constexpr std::uint64_t kGroupEnd = 1000000000000000000;  // 16 times that has 64 bits
 
-    std::array<std::uint64_t, 4> mGroups{};
-    std::size_t mUsed = 0;
+    std::array<std::uint64_t, 4> mGroups{};  // the most significant first, each below kGroupEnd
+    std::size_t mUsed = 0;                   // the groups behind are 0
 };
 
-// number * base^power, rounded to the nearest integer.
+// number * base^power, rounded to the nearest integer, a tie to the even one. The base is 1000 or 1024; with the power
+// 0 it does not matter. False, with the result unchanged, beyond 64 bits.
 bool scale(const DecimalText& number, unsigned base, int power, std::uint64_t& result) {
     std::uint64_t whole = 0;
     if (!text::toInteger(number.whole, whole)) return false;
@@ -95,6 +99,7 @@ bool scale(const DecimalText& number, unsigned base, int power, std::uint64_t& r
     return true;
 }
 
+// Whether the word is the unit of bytes, which may be omitted.
 bool isBytes(std::string_view word) {
     return word.empty() || text::equalIgnoringCase(word, "b") || text::equalIgnoringCase(word, "byte") ||
            text::equalIgnoringCase(word, "bytes");
@@ -103,12 +108,12 @@ bool isBytes(std::string_view word) {
 // ---- Durations.
 
 struct TimeUnit {
-    std::string_view names[6];
-    std::uint64_t size;  // in units of 10^exponent seconds
+    std::string_view names[6];  // unused places are empty
+    std::uint64_t size;         // in units of 10^exponent seconds
     int exponent;
 };
 
-// From large to small.
+// From large to small, which readUnits relies on.
 constexpr TimeUnit kTimeUnits[] = {
     {{"w", "week", "weeks"}, 604800, 0},
     {{"d", "day", "days"}, 86400, 0},
@@ -139,10 +144,11 @@ std::string_view takeUnitName(std::string_view& text) {
     return name;
 }
 
-// A sum of decimal numbers, exact while it fits 64 bits, and a double from then on.
+// A sum of decimal numbers, exact while it fits 64 bits, and a double from then on. The exact sum is rounded only once,
+// so that "1 min 0.1 s" is the double nearest to 60.1.
 class DecimalSum {
 public:
-    // Adds number * size * 10^exponent.
+    // Adds number * size * 10^exponent. False if the result is out of range; the sum must not be used then.
     bool add(const DecimalText& number, std::uint64_t size, int exponent) {
         if (mIsExact && addExactly(number, size, exponent)) return true;
         mValue = value();
@@ -156,6 +162,7 @@ public:
     double value() const {
         if (!mIsExact) return mValue;
         if (mExponent == 0) return static_cast<double>(mDigits);
+        // Read from text, which rounds once; a cast followed by a division would round twice.
         char digits[24];
         const char* const end = std::to_chars(digits, digits + sizeof digits, mDigits).ptr;
         double value = 0;
@@ -164,18 +171,21 @@ public:
     }
 
 private:
+    // False, with the value unchanged, beyond 64 bits.
     static bool multiply(std::uint64_t& value, std::uint64_t factor) {
         if (factor != 0 && value > kEnd / factor) return false;
         value *= factor;
         return true;
     }
 
+    // Multiplies by 10^places. After false the value is of no use.
     static bool shift(std::uint64_t& value, int places) {
         for (; places > 0; --places)
             if (!multiply(value, 10)) return false;
         return true;
     }
 
+    // False, with the sum unchanged, if the new sum does not fit.
     bool addExactly(const DecimalText& number, std::uint64_t size, int exponent) {
         std::uint64_t value = 0, added = 0;
         // Zeros at the end of the fraction would only use up digits.
@@ -186,6 +196,7 @@ private:
         value += added;
         exponent -= places;
         if (!multiply(value, size)) return false;
+        // Both summands are brought to the smaller exponent.
         const int least = exponent < mExponent ? exponent : mExponent;
         std::uint64_t sum = mDigits;
         if (!shift(value, exponent - least) || !shift(sum, mExponent - least) || value > kEnd - sum) return false;
@@ -200,13 +211,13 @@ private:
     double mValue = 0;
 };
 
-// "2:03:09.5"
+// "2:03:09.5". The last number is seconds, however many there are. A point is allowed there only.
 bool readClock(std::string_view text, DecimalSum& sum) {
     constexpr std::uint64_t kSizes[] = {3600, 60, 1};
     std::size_t colons = 0;
     for (const char c : text) colons += c == ':' ? 1 : 0;
     if (colons > 2) return false;
-    for (std::size_t left = colons + 1; left-- != 0;) {
+    for (std::size_t left = colons + 1; left-- != 0;) {  // left: how many numbers follow this one
         DecimalText number;
         if (!text::takeDecimal(text, number) || number.whole.empty()) return false;
         if (left != 0) {
@@ -221,7 +232,7 @@ bool readClock(std::string_view text, DecimalSum& sum) {
     return text.empty();
 }
 
-// "90" or "2 h 03 min"
+// "90", which is seconds, or "2 h 03 min".
 bool readUnits(std::string_view text, DecimalSum& sum) {
     const TimeUnit* last = nullptr;
     for (bool isFirst = true; isFirst || !text.empty(); isFirst = false) {
@@ -230,8 +241,8 @@ bool readUnits(std::string_view text, DecimalSum& sum) {
         skipSpaces(text);
         if (isFirst && text.empty()) return sum.add(number, 1, 0);
         const TimeUnit* const unit = findTimeUnit(takeUnitName(text));
-        // Units must get smaller, and none may come twice: the table is in that order, so that the pointers are
-        // compared.
+        // Units must become smaller, and none may occur twice. The table is in that order, so comparing the places in
+        // it is enough.
         if (unit == nullptr || (last != nullptr && unit <= last)) return false;
         if (!sum.add(number, unit->size, unit->exponent)) return false;
         last = unit;
@@ -247,6 +258,7 @@ bool readUnits(std::string_view text, DecimalSum& sum) {
 // The power of 1000 that a suffix means, which is a prefix, the unit or both. False for any other suffix.
 bool readPrefix(std::string_view suffix, std::string_view unit, int& prefix) {
     prefix = 0;
+    // Before the prefixes: a letter that could be a prefix or the unit is the unit.
     if (suffix.empty() || suffix == unit) return true;
     const auto isPrefix = [&](std::string_view name) {
         return startsWith(suffix, name) && (suffix.size() == name.size() || suffix.substr(name.size()) == unit);
@@ -254,6 +266,7 @@ bool readPrefix(std::string_view suffix, std::string_view unit, int& prefix) {
     for (prefix = text::kLeastPrefix; prefix <= text::kMostPrefix; ++prefix)
         // The text of prefix 0 is empty and would match anything.
         if (prefix != 0 && isPrefix(text::kPrefixes[prefix - text::kLeastPrefix])) return true;
+    // Spellings that are not SI but common: the capital K, and u or the Greek letter for the micro sign.
     prefix = 1;
     if (isPrefix("K")) return true;
     prefix = -2;
@@ -287,11 +300,11 @@ bool xoMathUtils::ParseCount(std::string_view text, std::int64_t& value, char se
     const bool isNegative = takeMinus(text);
     const std::size_t firstGroup = separator != '\0' ? text.find(separator) : std::string_view::npos;
     if (text.empty() || firstGroup == 0 || (firstGroup != std::string_view::npos && firstGroup > 3)) return false;
-    const std::uint64_t limit = (std::uint64_t{1} << 63) - (isNegative ? 0 : 1);
+    const std::uint64_t limit = (std::uint64_t{1} << 63) - (isNegative ? 0 : 1);  // of the magnitude
     std::uint64_t magnitude = 0;
     for (std::size_t i = 0; i != text.size(); ++i) {
         if (firstGroup != std::string_view::npos && i >= firstGroup && (i - firstGroup) % 4 == 0) {
-            // Behind the first separator every group has exactly three digits.
+            // Behind the first separator every group has exactly three digits, so each fourth place is a separator.
             if (text[i] != separator || text.size() - i < 4) return false;
             continue;
         }

@@ -1,3 +1,5 @@
+// Texts of bytes, counts, quantities with prefixes, percentages and plain real numbers, for xoMathUtils. All rounding
+// happens on exact values: of integers by division with remainder, of doubles by their decimal digits.
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -13,10 +15,12 @@ namespace {
 
 using text::Digits;
 
-constexpr int kMostDigits = 17;  // the largest number of significant digits
+// The largest number of significant digits: 17 tell any two doubles apart, and as an integer they fit 64 bits.
+constexpr int kMostDigits = 17;
 
 int withinDigits(int digits) { return (std::max)(1, (std::min)(digits, kMostDigits)); }
 
+// 0 has none: in a number below 1 the significant digits begin behind the point.
 int countDigits(std::uint64_t value) {
     int count = 0;
     for (; value != 0; value /= 10) ++count;
@@ -30,14 +34,14 @@ struct Fixed {
     int decimals;
 };
 
-// dividend / divisor with so many digits, or more if the integer part has more. The divisor is at most 2^60, so that
-// ten times a remainder fits 64 bits.
+// dividend / divisor with so many significant digits, or more if the integer part has more; a tie is rounded to the
+// even digit. The divisor is at most 2^60, so that ten times a remainder fits 64 bits.
 Fixed divide(std::uint64_t dividend, std::uint64_t divisor, int digits) {
     Fixed result{dividend / divisor, 0, 0};
     std::uint64_t rest = dividend % divisor;
     const int wholeDigits = countDigits(result.whole);
     result.decimals = (std::max)(0, digits - wholeDigits);
-    std::uint64_t end = 1;  // of the fractions
+    std::uint64_t end = 1;  // 10^decimals, which the fraction may reach by rounding
     for (int i = 0; i != result.decimals; ++i) {
         rest *= 10;
         end *= 10;
@@ -50,6 +54,7 @@ Fixed divide(std::uint64_t dividend, std::uint64_t divisor, int digits) {
             result.fraction = 0;
             ++result.whole;
         }
+        // 9.996 with three digits is 10.0, not 10.00. The fraction is 0 then, so dropping a decimal changes nothing.
         if (result.decimals != 0 && countDigits(result.whole) != wholeDigits) --result.decimals;
     }
     return result;
@@ -59,7 +64,7 @@ char* printFixed(char* out, char* end, const Fixed& number) {
     out = std::to_chars(out, end, number.whole).ptr;
     if (number.decimals == 0) return out;
     *out++ = '.';
-    std::uint64_t rest = number.fraction;
+    std::uint64_t rest = number.fraction;  // written from the last decimal on, with its leading zeros
     for (int i = number.decimals; i-- != 0; rest /= 10) out[i] = static_cast<char>('0' + rest % 10);
     return out + number.decimals;
 }
@@ -82,6 +87,7 @@ std::string withUnit(const char* begin, const char* end, std::string_view prefix
     return text.append(prefix).append(unit);
 }
 
+// exponent / 3 rounded down, where the division of C++ rounds towards 0.
 int floorOfThird(int exponent) { return exponent >= 0 ? exponent / 3 : -((2 - exponent) / 3); }
 
 }  // namespace
@@ -95,7 +101,7 @@ std::string xoMathUtils::printBytes(std::uint64_t bytes, bool isNegative, xoByte
         out = append(std::to_chars(out, std::end(buffer), bytes).ptr, " B");
         return {buffer, out};
     }
-    constexpr std::string_view kPrefixes = "KMGTPE";
+    constexpr std::string_view kPrefixes = "KMGTPE";  // 2^64 bytes are 16 EiB, so no more are needed
     std::uint64_t divisor = base;
     std::size_t prefix = 0;
     while (prefix + 1 != kPrefixes.size() && bytes / divisor >= base) {
@@ -109,6 +115,7 @@ std::string xoMathUtils::printBytes(std::uint64_t bytes, bool isNegative, xoByte
     }
     out = printFixed(out, std::end(buffer), number);
     *out++ = ' ';
+    // The SI prefix of 1000 is a small letter; the binary prefix and Windows use the capital one.
     *out++ = prefix == 0 && unit == ByteUnitDecimal ? 'k' : kPrefixes[prefix];
     if (unit != ByteUnitDecimal && unit != ByteUnitWindows) *out++ = 'i';
     *out++ = 'B';
@@ -116,7 +123,7 @@ std::string xoMathUtils::printBytes(std::uint64_t bytes, bool isNegative, xoByte
 }
 
 std::string xoMathUtils::printCount(std::uint64_t value, bool isNegative, char separator) {
-    char digits[20];
+    char digits[20];  // 2^64 - 1 has as many
     const char* const end = std::to_chars(digits, std::end(digits), value).ptr;
     char buffer[32];
     char* out = buffer;
@@ -129,7 +136,8 @@ std::string xoMathUtils::printCount(std::uint64_t value, bool isNegative, char s
 }
 
 char* text::printWithPrefix(char* out, double value, int digits, int leastPrefix, int mostPrefix, int& prefix) {
-    // All digits in front of the point are wanted, so that what three digits are in front of may decide first.
+    // Up to three digits precede the point, and all of them are shown whatever the number of digits. So the prefix is
+    // chosen with at least three: 995 with one digit is "995", not "1 k".
     Digits number;
     text::roundToDigits(value, (std::max)(digits, 3), number);
     const auto prefixOf = [&](int exponent) {
@@ -142,7 +150,7 @@ char* text::printWithPrefix(char* out, double value, int digits, int leastPrefix
         text::roundToDigits(value, wanted, number);
         prefix = prefixOf(number.exponent);
     }
-    number.exponent -= 3 * prefix;
+    number.exponent -= 3 * prefix;  // divides exactly
     return text::printPlain(out, number);
 }
 
@@ -167,13 +175,14 @@ std::string xoMathUtils::PercentToText(double fraction, int decimals) {
     if (printNotFinite(fraction, "%", text)) return text;
     decimals = (std::max)(0, (std::min)(decimals, kMostDigits));
     char buffer[text::kPlainCapacity];
-    // Moving the point by two places is exact.
+    // Moving the point in the text multiplies by 100 exactly; multiplying the double could round it. There is always a
+    // point, because two decimals more than wanted are printed.
     char* const end =
         std::to_chars(buffer, std::end(buffer), std::fabs(fraction), std::chars_format::fixed, decimals + 2).ptr;
     char* const point = std::find(buffer, end, '.');
     std::memmove(point, point + 1, 2);
     point[2] = '.';
-    char* begin = buffer;
+    char* begin = buffer;  // "0.47" has become "047.": the leading zeros are skipped, but for the last whole digit
     while (begin != point + 1 && *begin == '0') ++begin;
     char* const last = decimals == 0 ? point + 2 : end;
     const bool isZero = std::all_of(begin, last, [](char c) { return c == '0' || c == '.'; });
@@ -190,20 +199,21 @@ std::string xoMathUtils::SignificantToText(double value, int digits) {
     char buffer[text::kPlainCapacity];
     char* out = buffer;
     if (value < 0) *out++ = '-';
-    const bool isPlain = number.exponent >= -5 && number.exponent < 15;
+    const bool isPlain = number.exponent >= -5 && number.exponent < 15;  // of the rounded value
     out = isPlain ? text::printPlain(out, number) : text::printScientific(out, number);
     return {buffer, out};
 }
 
 namespace {
 
+// For double and float: the digits that a float needs are fewer than those of the double of the same value.
 template <class Real>
 std::string printShortest(Real value) {
     std::string notFinite;
     if (printNotFinite(static_cast<double>(value), {}, notFinite)) return notFinite;
-    char buffer[64];
+    char buffer[64];  // the longest texts have 24 characters: "-1.2345678901234567e-308"
     char* out = buffer;
-    if (std::signbit(value)) *out++ = '-';
+    if (std::signbit(value)) *out++ = '-';  // also of -0, which is to be read back as such
     if (value == 0) {
         *out++ = '0';
         return {buffer, out};

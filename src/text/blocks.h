@@ -15,6 +15,7 @@ namespace xo::text {
 
 constexpr std::ptrdiff_t kBlock = 16;
 
+// The sixteen bytes from there on, which need no alignment. All of them must be readable.
 inline __m128i loadBlock(const char* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
 
 // A bit for each byte of the block whose top bit is set.

@@ -13,7 +13,8 @@
 namespace xo::text {
 namespace {
 
-// "1.234e-05" as std::to_chars writes it; the point is left out where it has one digit.
+// Reads "1.234e-05", or "1e-05" if there is one digit, as std::to_chars writes them. The sign of the exponent is
+// skipped here, because std::from_chars accepts no plus.
 void readScientific(const char* at, const char* end, Digits& digits) {
     digits.count = 0;
     for (; *at != 'e'; ++at)
@@ -24,19 +25,22 @@ void readScientific(const char* at, const char* end, Digits& digits) {
     if (isNegative) digits.exponent = -digits.exponent;
 }
 
-// More digits have no influence: no midpoint between two doubles has more.
+// A number is rounded by comparing it with the midpoint between two doubles, and no midpoint has that many significant
+// digits. Of the digits beyond, it matters only whether one of them is not 0.
 constexpr std::size_t kMostDigits = 800;
 
+// Whether the value could be read as a finite number.
 bool isInRange(std::from_chars_result result, double value) { return result.ec == std::errc() && !std::isinf(value); }
 
 }  // namespace
 
 void roundToDigits(double value, int count, Digits& digits) {
+    // The fast path, which refuses values that it may round to the wrong side.
     if (roundShortly(value, count, digits.text, digits.exponent)) {
         digits.count = count;
         return;
     }
-    char text[Digits::kMost + 16];
+    char text[Digits::kMost + 16];  // also the point, the "e" and the exponent
     const auto result =
         std::to_chars(text, std::end(text), value, std::chars_format::scientific, (std::min)(count, Digits::kMost) - 1);
     readScientific(text, result.ptr, digits);
@@ -56,7 +60,7 @@ char* printPlain(char* out, const Digits& digits) {
         std::memcpy(out, from, static_cast<std::size_t>(count));
         out += count;
     };
-    const int whole = digits.exponent + 1;
+    const int whole = digits.exponent + 1;  // the number of digits in front of the point
     if (whole <= 0) {
         *out++ = '0';
         *out++ = '.';
@@ -84,7 +88,7 @@ char* printScientific(char* out, const Digits& digits) {
     *out++ = 'e';
     *out++ = digits.exponent < 0 ? '-' : '+';
     const int exponent = std::abs(digits.exponent);
-    if (exponent < 10) *out++ = '0';
+    if (exponent < 10) *out++ = '0';  // two digits at least, as the C runtime prints an exponent
     return std::to_chars(out, out + 4, exponent).ptr;
 }
 
@@ -96,7 +100,7 @@ bool takeDecimal(std::string_view& text, DecimalText& number) {
         from.remove_prefix(count);
         return digits;
     };
-    std::string_view rest = text;
+    std::string_view rest = text;  // replaces the text only once a number is found
     number.whole = takeDigits(rest);
     number.fraction = {};
     number.hasPoint = false;
@@ -110,8 +114,10 @@ bool takeDecimal(std::string_view& text, DecimalText& number) {
     return true;
 }
 
+// Writes the number as "0.digits", with the power of ten behind it, for one call of std::from_chars. Multiplying a
+// double by the power of ten instead would round twice.
 bool toReal(const DecimalText& number, int exponent, double& value) {
-    char local[64];
+    char local[64];  // avoids an allocation for numbers of usual length
     std::string longer;
     char* text = local;
     // Leading zeros are not counted as digits; those of a fraction reduce the exponent.
@@ -129,7 +135,7 @@ bool toReal(const DecimalText& number, int exponent, double& value) {
             return true;
         }
     }
-    power += static_cast<long long>(whole.size());
+    power += static_cast<long long>(whole.size());  // the point moves in front of all digits
     const bool isRestZero = fraction.find_first_not_of('0') == std::string_view::npos;
     if (whole.size() > kMostDigits) {
         // If any omitted digit is not 0, one digit that is not 0 is appended for them.
@@ -160,6 +166,7 @@ bool toReal(const DecimalText& number, int exponent, double& value) {
     *out++ = 'e';
     out = std::to_chars(out, text + needed, power).ptr;
     double read = 0;
+    // The number is not 0 here, so a result of 0 means that it is too small.
     if (!isInRange(std::from_chars(text, out, read), read) || read == 0) return false;
     value = read;
     return true;

@@ -12,8 +12,8 @@ namespace xo::text {
 struct Digits {
     static constexpr int kMost = 330;  // more than the integer part of any double has
 
-    char text[kMost];  // the others are not initialised
-    int count;
+    char text[kMost];  // count digits without a point, and no NUL; the rest is not initialised
+    int count;         // at least 1
     int exponent;
 };
 
@@ -24,12 +24,12 @@ void roundToDigits(double value, int count, Digits& digits);
 template <class Real>
 void shortestDigits(Real value, Digits& digits);
 
-// Writes 0.0012, 12.3 or 1200, and returns the end. kPlainCapacity bytes fit any double; places in front of the point
-// that the digits do not reach are zeros.
+// Writes 0.0012, 12.3 or 1200, and returns the end. If there are fewer digits than places in front of the point, zeros
+// fill the rest. kPlainCapacity bytes are enough for any double.
 constexpr int kPlainCapacity = 1024;
 char* printPlain(char* out, const Digits& digits);
 
-// Writes 1.2e-05.
+// Writes 1.2e-05, and returns the end.
 char* printScientific(char* out, const Digits& digits);
 
 // A number of digits with at most one point, at the start of the text: its digits before and behind the point.
@@ -44,7 +44,8 @@ bool takeDecimal(std::string_view& text, DecimalText& number);
 // The double nearest to the number times 10^exponent. False when that is infinite, or 0 although a digit is not 0.
 bool toReal(const DecimalText& number, int exponent, double& value);
 
-// The value of digits as an integer; false beyond 64 bits.
+// The value of the digits as an integer, 0 for an empty text. The caller has checked that there are only digits. False
+// for a value beyond 64 bits.
 bool toInteger(std::string_view digits, std::uint64_t& value);
 
 }  // namespace xo::text

@@ -1,3 +1,5 @@
+// Decodes UTF-8 itself: each code point is needed together with its length, and a broken byte counts as one column
+// instead of being an error. Runs of plain ASCII are read sixteen bytes at a time.
 #include "text/displayWidth.h"
 
 #include <utility>
@@ -7,9 +9,9 @@
 namespace xo::text {
 namespace {
 
-#include "text/displayWidths.inc"
+#include "text/displayWidths.inc"  // constants only; made by displayWidths.awk
 
-constexpr char32_t kBroken = 0xFFFFFFFF;
+constexpr char32_t kBroken = 0xFFFFFFFF;  // beyond all code points
 constexpr char32_t kZeroWidthJoiner = 0x200D;
 constexpr char32_t kEmojiPresentation = 0xFE0F;
 
@@ -22,8 +24,10 @@ unsigned byteAt(const char* at) { return static_cast<unsigned char>(*at); }
 
 bool isContinuation(unsigned byte) { return (byte & 0xC0) == 0x80; }
 
-// The sequence of more than one byte that starts at a place before end. The bounds of the second byte exclude overlong
-// sequences, surrogates and values beyond U+10FFFF.
+// The sequence of more than one byte that starts at a place before end. The bounds of the first and second byte exclude
+// overlong sequences, surrogates and values beyond U+10FFFF (table 3-7 of the Unicode standard,
+// https://www.unicode.org/versions/Unicode15.0.0/ch03.pdf). Of a broken sequence only the first byte is taken, so that
+// a well-formed one behind it is found.
 CodePoint decodeLong(const char* at, const char* end) {
     constexpr CodePoint broken{kBroken, 1};
     const std::ptrdiff_t left = end - at;
@@ -49,7 +53,8 @@ CodePoint decode(const char* at, const char* end) {
     return first < 0x80 ? CodePoint{first, 1} : decodeLong(at, end);
 }
 
-// The low two bits are the width.
+// A byte of kProperties: its low two bits are the width, the others are flags such as kEmoji. The table has two stages,
+// because most blocks of code points have the same pattern.
 unsigned propertiesOf(char32_t code) {
     if (code == kBroken) return 1;
     return kProperties[kPatternOfBlock[code / kBlockSize] * kBlockSize + code % kBlockSize];
@@ -57,6 +62,7 @@ unsigned propertiesOf(char32_t code) {
 
 unsigned widthIn(unsigned properties) { return properties & 3; }
 
+// An ASCII character that has a width.
 bool isPlain(char c) { return c >= ' ' && c < '\x7F'; }
 
 bool isRegionalIndicator(char32_t code) { return code >= 0x1F1E6 && code <= 0x1F1FF; }
@@ -75,8 +81,8 @@ const char* skipPlainBlocks(const char* at, const char* end) {
     return at;
 }
 
-// Control characters, line separators, and the formatting characters with which a text could show in another order than
-// it has: https://www.unicode.org/reports/tr9/#Directional_Formatting_Characters
+// Control characters, the separators of lines and paragraphs (U+2028, U+2029), and the formatting characters that
+// change the order in which a text is shown: https://www.unicode.org/reports/tr9/#Directional_Formatting_Characters
 bool needsEscape(char32_t code) {
     if (code < 0xA0) return code < 0x20 || code >= 0x7F;
     if (code < 0x2000) return code == 0x061C;
@@ -100,6 +106,8 @@ void appendHex(std::string& out, unsigned value, int digits) {
     for (int shift = 4 * digits - 4; shift >= 0; shift -= 4) out += "0123456789abcdef"[value >> shift & 0xF];
 }
 
+// first is the first byte of the code point, which is shown if that is broken. No code point that needs an escape is
+// beyond U+FFFF, so four digits are enough.
 void appendEscape(std::string& out, CodePoint code, char first) {
     switch (code.value) {
         case '\n': out += "\\n"; return;
@@ -120,22 +128,23 @@ void appendEscape(std::string& out, CodePoint code, char first) {
 
 // Emoji sequences count as one character: https://www.unicode.org/reports/tr51/#Emoji_Sequences
 Cluster nextCluster(const char* at, const char* end) {
+    // The usual case. A plain character continues no cluster, so the one before it is complete.
     if (isPlain(*at) && (end - at == 1 || isPlain(at[1]))) return {at + 1, 1};
 
     CodePoint previous = decode(at, end);
     unsigned properties = propertiesOf(previous.value);
     unsigned width = widthIn(properties);
     bool hasPictograph = (properties & kPictographic) != 0;
-    bool wantsPair = isRegionalIndicator(previous.value);
+    bool wantsPair = isRegionalIndicator(previous.value);  // two of them are a flag; a third begins another
     at += previous.length;
     while (at != end && !isPlain(*at)) {
         const CodePoint code = decode(at, end);
         const unsigned added = propertiesOf(code.value);
         if (code.value == kEmojiPresentation) {
-            if ((properties & kEmoji) != 0) width = 2;
+            if ((properties & kEmoji) != 0) width = 2;  // also of a digit, as in a keycap
         } else if (wantsPair && isRegionalIndicator(code.value)) {
             width = 2;
-        } else if (widthIn(added) != 0) {
+        } else if (widthIn(added) != 0) {  // begins a new cluster unless it belongs to an emoji sequence
             const bool isJoined = hasPictograph && previous.value == kZeroWidthJoiner && (added & kPictographic) != 0;
             const bool isTone = isSkinTone(code.value) && (properties & kModifierBase) != 0;
             if (!isJoined && !isTone) break;
@@ -167,6 +176,7 @@ std::size_t displayWidth(std::string_view text) {
             width += static_cast<std::size_t>(plainEnd - at) - 1;
             at = plainEnd - 1;
         }
+        // One block character by character, then the fast way is tried again.
         const char* const stop = end - at < kBlock ? end : at + kBlock;
         while (at < stop) {
             if (isPlain(*at) && (end - at == 1 || isPlain(at[1]))) {
@@ -176,7 +186,8 @@ std::size_t displayWidth(std::string_view text) {
             }
             const CodePoint code = decode(at, end);
             const unsigned properties = propertiesOf(code.value);
-            if (properties == widthIn(properties)) {  // it forms no sequence with its neighbours
+            // Without flags it forms no sequence, so the widths of marks behind it, which are 0, may simply be added.
+            if (properties == widthIn(properties)) {
                 width += properties;
                 at += code.length;
                 continue;
@@ -225,7 +236,7 @@ std::string_view fittingStart(std::string_view text, std::size_t columns) {
 
 namespace {
 
-// The longest end of the text, in whole clusters, that is no wider than columns.
+// The longest end of the text, in whole clusters, that is no wider than columns. textWidth is the width of the text.
 std::string_view fittingEnd(std::string_view text, std::size_t textWidth, std::size_t columns) {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -246,6 +257,7 @@ void cutToWidth(std::string& text, std::size_t columns, std::string_view mark, b
     if (markWidth > columns) mark = {};
     const std::size_t available = columns - (mark.empty() ? 0 : markWidth);
 
+    // The end gets what the start leaves: half, rounded up, plus a column that a wide character did not fit into.
     const std::string_view start = fittingStart(text, inMiddle ? available / 2 : available);
     const std::string_view rest = std::string_view(text).substr(start.size());
     const std::size_t startWidth = displayWidth(start);

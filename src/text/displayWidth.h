@@ -9,8 +9,8 @@
 
 namespace xo::text {
 
-// A code point that has a width, and all code points behind it that have none. Code points without width at the start
-// of a text are a cluster of their own.
+// What must not be divided: a code point that has a width and all code points behind it that have none, or an emoji
+// sequence of several. Code points without width at the start of a text are a cluster of their own.
 struct Cluster {
     const char* end;
     unsigned width;  // 0, 1 or 2
@@ -19,9 +19,10 @@ struct Cluster {
 // The cluster that starts at a place before end. A byte that belongs to no UTF-8 sequence is a cluster of width 1.
 Cluster nextCluster(const char* at, const char* end);
 
+// As xoStringUtils::GetDisplayWidth: the sum of the widths of the clusters.
 std::size_t displayWidth(std::string_view text);
 
-// Whether there are only ASCII characters that have a width: one byte is one column.
+// Whether there are only ASCII characters that have a width, so that the size of the text is its width.
 bool isPlain(std::string_view text);
 
 // xoStringUtils::MakePrintable, in place or appended to a text.

@@ -15,7 +15,8 @@ constexpr double kHour = 60 * kMinute;
 constexpr double kDay = 24 * kHour;
 constexpr double kWholeEnd = 9007199254740992.0;  // 2^53: from here on every double is an integer
 
-// The value in that unit, rounded to the nearest integer, a tie to the even one. The remainder is exact.
+// The value in that unit, rounded to the nearest integer, a tie to the even one. The remainder of std::fmod is exact,
+// while value / unit could round a value just beside a tie onto it.
 double countUnits(double value, double unit) {
     const double rest = std::fmod(value, unit);
     const double count = std::round((value - rest) / unit);
@@ -23,7 +24,7 @@ double countUnits(double value, double unit) {
     return isUp ? count + 1 : count;
 }
 
-// The value is below 100.
+// Two digits; the value is below 100.
 char* printTwo(char* out, unsigned value) {
     *out++ = static_cast<char>('0' + value / 10);
     *out++ = static_cast<char>('0' + value % 10);
@@ -35,19 +36,21 @@ char* append(char* out, std::string_view text) {
     return out;
 }
 
-// A whole number, whatever its size.
+// A whole number, whatever its size: from 2^64 on it does not fit an integer.
 char* printWhole(char* out, char* end, double value) {
     if (value < kWholeEnd) return std::to_chars(out, end, static_cast<std::uint64_t>(value)).ptr;
     return std::to_chars(out, end, value, std::chars_format::fixed, 0).ptr;
 }
 
-// "2 h 03 min", of a count of the smaller units.
+// "2 h 03 min", from a count of the smaller units. The count of the larger ones is below 1000 in all calls.
 char* printPair(char* out, unsigned count, unsigned inLarger, std::string_view larger, std::string_view smaller) {
     out = std::to_chars(out, out + 8, count / inLarger).ptr;
     out = printTwo(append(out, larger), count % inLarger);
     return append(out, smaller);
 }
 
+// Of a positive finite number of seconds. Where rounding gives the first count of the next form, that form is taken; it
+// rounds the seconds again, not the rounded count.
 char* printDuration(char* out, char* end, double seconds) {
     if (seconds < kMinute) {
         constexpr int kNanoseconds = -3;
@@ -58,7 +61,7 @@ char* printDuration(char* out, char* end, double seconds) {
             *out++ = ' ';
             return append(append(out, text::kPrefixes[prefix - text::kLeastPrefix]), "s");
         }
-        // Rounded up to a minute: written again as one.
+        // It was rounded up to a minute, which has another form.
         out = begin;
     }
     if (seconds < kHour) {
@@ -100,7 +103,7 @@ std::string xoMathUtils::DurationToClock(double seconds, int decimals) {
     const char* const end =
         std::to_chars(rounded, std::end(rounded), magnitude, std::chars_format::fixed, decimals).ptr;
     const char* const fraction = decimals != 0 ? end - decimals - 1 : end;
-    double whole = magnitude;
+    double whole = magnitude;  // which is an integer from kWholeEnd on
     if (magnitude < kWholeEnd) {
         std::uint64_t count = 0;
         std::from_chars(rounded, fraction, count);
@@ -112,7 +115,7 @@ std::string xoMathUtils::DurationToClock(double seconds, int decimals) {
 
     char buffer[text::kPlainCapacity];
     char* out = buffer;
-    bool isZero = whole == 0;
+    bool isZero = whole == 0;  // after rounding: -0.001 is "0:00", without a sign
     for (const char* at = fraction; at != end; ++at) isZero = isZero && (*at == '0' || *at == '.');
     if (seconds < 0 && !isZero) *out++ = '-';
     if (hours != 0) {

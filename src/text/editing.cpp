@@ -10,11 +10,10 @@
 namespace xo {
 namespace {
 
-// For byte strings the search for the first byte runs over sixteen bytes at a time. The text that is searched for is
-// not empty.
+// Like text.find, but searches for the first byte sixteen bytes at a time. what is not empty, from at most the size.
 std::size_t findText(const std::string& text, const std::string& what, std::size_t from) {
     if (text.size() < what.size()) return std::string::npos;
-    const char* const last = text.data() + (text.size() - what.size()) + 1;
+    const char* const last = text.data() + (text.size() - what.size()) + 1;  // behind the last place where it fits
     for (const char* at = text.data() + from; at < last; ++at) {
         at = text::findByte(at, last, what[0]);
         if (at == last) break;

@@ -1,4 +1,4 @@
-// What Windows takes for the name of a file.
+// Which names of files Windows accepts, and which it takes for devices.
 #ifndef XO_TEXT_FILENAMES_H
 #define XO_TEXT_FILENAMES_H
 
@@ -6,10 +6,10 @@
 
 namespace xo::text {
 
-// Neither a control character nor one of <>:"/\|?*.
+// Whether the character is neither a control character nor one of <>:"/\|?*. Bytes from 0x80 up are allowed.
 bool mayStandInFileName(char c);
 
-// The name without the extensions and the spaces before them, which a device name has no use for.
+// The name up to its first dot, without spaces at the end. Windows looks only at this part to recognise a device.
 std::string_view deviceStem(std::string_view name);
 
 // Whether the name stands for a device whatever folder it is in: "NUL", "com1.txt".

@@ -21,10 +21,13 @@ struct Fraction {
     }
 };
 
-// The fraction between 0 and 1 nearest to value, by its continued fraction. The remainders of Euclid's algorithm are
-// exact in floating point, since fmod is.
+// The fraction between 0 and 1 nearest to value, by its continued fraction (Hardy and Wright, "An introduction to the
+// theory of numbers", chapter 10). The remainders of Euclid's algorithm are exact in floating point, since fmod is.
+// Each convergent follows from the two before it. Where the next one's denominator is too large, the nearest fraction
+// is either the current convergent or the intermediate fraction with the largest denominator that is allowed. The
+// number of rounds grows with the logarithm of maxDenominator.
 Fraction nearestFraction(double value, std::int64_t maxDenominator) {
-    Fraction previous{1, 0};
+    Fraction previous{1, 0};  // the convergent before the first, by convention
     Fraction current{0, 1};
     double dividend = 1.0;
     double divisor = value;
@@ -36,7 +39,8 @@ Fraction nearestFraction(double value, std::int64_t maxDenominator) {
         const std::int64_t steps = fits ? static_cast<std::int64_t>(quotient) : mostSteps;
         const Fraction next{previous.numerator + steps * current.numerator,
                             previous.denominator + steps * current.denominator};
-        if (!fits) {  // the last step in part: nearer than the step before, or not
+        if (!fits) {  // next is the intermediate fraction
+            // |value - next| < |value - current|, with both sides multiplied by the denominators.
             const bool nearer = next.missBy(value) * static_cast<double>(current.denominator) <
                                 current.missBy(value) * static_cast<double>(next.denominator);
             return nearer ? next : current;
@@ -56,9 +60,10 @@ bool xoStringUtils::computeFractionnalRepresentation(double value, std::int64_t&
     numerator = 0;
     denominator = 1;
     const double magnitude = std::fabs(value);
-    if (!(magnitude < kTwoTo63) || maxDenominator < 1) return false;
+    if (!(magnitude < kTwoTo63) || maxDenominator < 1) return false;  // in this form also for NaN
 
     const auto whole = static_cast<std::int64_t>(magnitude);
+    // The numerator is at most (whole + 1) * denominator, which has to fit 64 bits.
     const std::int64_t fitting = (std::numeric_limits<std::int64_t>::max)() / (whole + 1);
     const Fraction part = nearestFraction(magnitude - static_cast<double>(whole),
                                           (std::min)({maxDenominator, kMostDenominator, fitting}));

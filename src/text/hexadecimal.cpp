@@ -12,7 +12,7 @@ namespace xo {
 namespace {
 
 constexpr std::size_t kUuidSize = 16;
-constexpr std::size_t kDashedUuidSize = 36;
+constexpr std::size_t kDashedUuidSize = 36;  // 32 digits and 4 dashes: RFC 4122
 
 constexpr std::array<unsigned char, 256> makeDigitValues() {
     std::array<unsigned char, 256> values{};
@@ -21,23 +21,26 @@ constexpr std::array<unsigned char, 256> makeDigitValues() {
     return values;
 }
 
-// Decoding looks digits up, which is faster than comparing.
+// The value of each character as a digit, 16 for all others. Looking it up is faster than comparing with the ranges.
 constexpr auto kDigitValues = makeDigitValues();
 
 unsigned char lookUpDigit(char c) { return kDigitValues[static_cast<unsigned char>(c)]; }
 
 char digitOf(unsigned value) { return "0123456789abcdef"[value]; }
 
-// The hexadecimal digits of sixteen values below 16.
+// The hexadecimal digits of sixteen values below 16. To values from 10 up the distance between the character behind '9'
+// and 'a' is added.
 __m128i digitsOf(__m128i values) {
     const __m128i toLetter = _mm_and_si128(_mm_cmpgt_epi8(values, _mm_set1_epi8(9)), _mm_set1_epi8('a' - '9' - 1));
     return _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), toLetter);
 }
 
+// Writes twice as many digits as there are bytes. out must not overlap the data.
 void encode(const char* data, std::size_t size, char* out) {
     const __m128i lowBits = _mm_set1_epi8(0x0F);
     for (; size >= 16; size -= 16, data += 16, out += 32) {
         const __m128i bytes = text::loadBlock(data);
+        // SSE2 has no shift of single bytes. That of 16 bits moves in bits of the neighbour, which the mask removes.
         const __m128i high = digitsOf(_mm_and_si128(_mm_srli_epi16(bytes, 4), lowBits));
         const __m128i low = digitsOf(_mm_and_si128(bytes, lowBits));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(high, low));
@@ -63,15 +66,17 @@ bool decode(const char* text, std::size_t size, char* out) {
     return seen < 16;
 }
 
-// Whether the output buffer overlaps the input.
-// The whole capacity counts, because resizing may write behind the present end.
+// Whether the input begins in the buffer of the output. The whole capacity counts, because resizing may write behind
+// the present end. std::less orders any two pointers, operator< only those into one array.
 bool liesIn(const char* data, const std::string& out) {
     const std::less<> before;
     return !before(data, out.data()) && !before(out.data() + out.capacity(), data);
 }
 
+// In the form 8-4-4-4-12.
 bool isDashPlace(std::size_t index) { return index == 8 || index == 13 || index == 18 || index == 23; }
 
+// Writes the 16 bytes. After false they are undefined.
 bool parseUuid(std::string_view text, char* bytes) {
     if (text.size() > 2 && text.front() == '{' && text.back() == '}') text = text.substr(1, text.size() - 2);
     if (text.size() == 2 * kUuidSize) return decode(text.data(), kUuidSize, bytes);

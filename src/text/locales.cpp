@@ -1,4 +1,5 @@
-// The "C" locales, made at the library's start and released at its end; null outside.
+// The "C" locales, made at the library's start and released at its end. Between these they are not changed, so any
+// thread may read them without a lock; before and after they are null.
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {

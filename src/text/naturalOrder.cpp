@@ -17,6 +17,7 @@ constexpr int kLess = -1;
 const wchar_t* orEmpty(const wchar_t* text, std::uint64_t size) { return text || size != 0 ? text : L""; }
 
 int compareNatural(const std::string& a, const std::string& b, bool caseInsensitive) {
+    // Of a longer text toWide gives an empty one, which would then be compared in its place.
     constexpr auto kMost = static_cast<std::size_t>((std::numeric_limits<int>::max)());
     if (a.size() > kMost || b.size() > kMost) return kFailed;
     const std::wstring wideA = platform::toWide(a);

@@ -49,16 +49,17 @@ std::string xoStringUtils::roundNumber(double value, unsigned char digits, char 
     if (std::isnan(value)) return "nan";
     if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
 
+    // 309 digits in front of the point, the point and 255 decimals.
     char buffer[std::numeric_limits<double>::max_exponent10 + std::numeric_limits<unsigned char>::max() + 2];
     const auto result = std::to_chars(buffer, std::end(buffer), std::fabs(value), std::chars_format::fixed, digits);
     std::string text(buffer, result.ptr);
-    const std::size_t point = (std::min)(text.find('.'), text.size());
+    const std::size_t point = (std::min)(text.find('.'), text.size());  // the number of digits in front of it
     // A value that is rounded to 0 loses its sign.
     const bool negative = std::signbit(value) && text.find_first_not_of("0.") != std::string::npos;
     if (point != text.size()) {
         text[point] = decimalPoint;
         if (!keepZeros) text.resize((std::max)(text.find_last_not_of('0'), point) + 1);
-        if (text.size() == point + 1) text.pop_back();
+        if (text.size() == point + 1) text.pop_back();  // no decimals remain, so neither does the point
     }
     if (point < integerDigits) text.insert(0, integerDigits - point, '0');
     if (negative) text.insert(0, 1, '-');

@@ -1,4 +1,4 @@
-// Parts of paths, and valid names for files. Both separators count. The file system is not asked.
+// Parts of paths, and valid names for files. "/" and "\" are both separators. The file system is not accessed.
 #include <algorithm>
 #include <string_view>
 
@@ -13,6 +13,7 @@ constexpr char kSeparators[] = "/\\";
 std::string_view folderOf(std::string_view path) {
     const std::size_t separator = path.find_last_of(kSeparators);
     if (separator == std::string_view::npos) return {};
+    // A root keeps its separator: "C:" alone is not the root, but the current folder of the drive.
     const bool isRoot = separator == 0 || (separator == 2 && path[1] == ':');
     return path.substr(0, isRoot ? separator + 1 : separator);
 }

@@ -7,8 +7,8 @@
 namespace xo {
 namespace {
 
-// How many pieces come out; one more where the text ends with a separator and empty pieces count.
-// The text is not empty. The exact number saves the vector from moving its strings while it grows.
+// The number of pieces of a text that is not empty. Reserving that many saves the vector from moving its strings while
+// it grows. If empty pieces count and the text ends with a separator, the number is one too large.
 std::size_t countPieces(const std::string& text, char sep, bool skipEmpty) {
     if (!skipEmpty) return static_cast<std::size_t>(std::count(text.begin(), text.end(), sep)) + 1;
     std::size_t starts = text[0] != sep ? 1 : 0;
@@ -26,7 +26,7 @@ std::vector<std::string> xoStringUtils::Split(const std::string& text, char sep,
     for (const char* at = text.data(); at < end;) {
         const char* const stop = std::find(at, end, sep);
         if (stop != at || !skipEmpty) pieces.emplace_back(at, static_cast<std::size_t>(stop - at));
-        at = stop + 1;
+        at = stop + 1;  // at most one behind the NUL that ends the string, so the pointer is valid
     }
     return pieces;
 }

@@ -1,3 +1,5 @@
+// A fast pass skips only what is certainly well-formed. utfcpp decides about the first other place, so that the verdict
+// is always its own.
 #include "text/utf8Checks.h"
 
 #include <utf8.h>
@@ -12,7 +14,8 @@ using Byte = unsigned char;
 
 bool isContinuation(Byte byte) { return (byte & 0xC0) == 0x80; }
 
-// The first byte that is not ASCII, or end. The short runs of mixed text end in the first block.
+// The first byte that is not ASCII, or end. Blocks are tested four at a time only behind one that is ASCII, because
+// runs of ASCII are short in mixed text.
 const char* skipAscii(const char* at, const char* end) {
     for (; end - at >= kBlock; at += kBlock) {
         const unsigned mask = topBits(loadBlock(at));

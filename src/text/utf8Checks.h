@@ -10,7 +10,8 @@ namespace xo::text {
 // The verdict is utfcpp's: every sequence complete, shortest and a valid code point.
 bool isUtf8(std::string_view text);
 
-// How many bytes from the start are such sequences: all of them, or those before the first that is not.
+// The number of bytes at the start that are such sequences: the size of the text, or the position of the first broken
+// sequence.
 std::size_t utf8Prefix(std::string_view text);
 
 }  // namespace xo::text

@@ -11,7 +11,7 @@
 namespace xo {
 namespace {
 
-enum class Step { Number, End, Invalid };
+enum class Step { Number, End, Invalid };  // a number was read, none is left, or a component is not one
 
 // Divides at the dots as Split does: a dot at the end is not followed by another component.
 Step nextComponent(std::string_view& rest, std::uint32_t& number) {

@@ -8,12 +8,14 @@ namespace {
 
 bool isBlank(char c) { return c == ' '; }
 
+// A letter, a digit or a part of any character beyond ASCII.
 bool isWordByte(char c) {
     const auto byte = static_cast<unsigned char>(c);
     return byte >= 0x80 || (byte >= '0' && byte <= '9') || ((byte | 0x20) >= 'a' && (byte | 0x20) <= 'z');
 }
 
-// One line of the result: read cluster by cluster until the next one would be too wide.
+// One line of the result, read cluster by cluster until the next one would not fit. It ends at the last place where it
+// may be broken; a word that is longer than a line is divided.
 class Line {
 public:
     Line(const char* begin, const char* end, std::size_t columns) : mBegin(begin), mEnd(end), mColumns(columns) {}
@@ -27,7 +29,7 @@ public:
             if (isBlank(*at)) {
                 const char* behind = at;
                 while (behind != mEnd && isBlank(*behind)) ++behind;
-                if (width != 0) allowBreak(at, width, behind);
+                if (width != 0) allowBreak(at, width, behind);  // but not in front of the blanks that indent a line
                 const auto blanks = static_cast<std::size_t>(behind - at);
                 if (width + blanks <= mColumns) {
                     width += blanks;
@@ -49,11 +51,12 @@ public:
         if (at == mEnd) return put(pieces, mEnd, width, mEnd);
         if (mBreak) return put(pieces, mBreak, mBreakWidth, mNext);
         if (at != mBegin) return put(pieces, at, width, at);
-        pieces.push_back({"?", 1});
+        pieces.push_back({"?", 1});  // a cluster of two columns in a line of one
         return nextCluster(at, mEnd).end;
     }
 
 private:
+    // A hyphen allows a break only behind a word, so that "-1" and "--option" stay whole.
     bool breaksBehind(const char* at) const {
         return *at == '/' || *at == '\\' || (*at == '-' && at != mBegin && isWordByte(at[-1]));
     }

@@ -9,8 +9,8 @@
 namespace xo::text {
 
 struct Piece {
-    std::string_view text;
-    std::size_t width;
+    std::string_view text;  // points into the wrapped text, or to a literal
+    std::size_t width;      // in columns
 };
 
 // Appends the pieces of a text without control characters, at least one, none wider than columns (at least 1). Breaks
