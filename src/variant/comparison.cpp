@@ -10,6 +10,7 @@ namespace {
 using variant::Map;
 using variant::TreeCursor;
 
+// 0 also if one of the two is a NaN, which is neither less nor greater.
 template <class T>
 int order(const T& a, const T& b) {
     return a < b ? -1 : b < a ? 1 : 0;
@@ -130,7 +131,7 @@ int compareRun(Iterator& a, Iterator lastA, Iterator& b, Iterator lastB, Inner& 
         }
         if (const int result = Rule::leaves(left, right)) return result;
     }
-    // The one that ends first is a prefix of the other and precedes it.
+    // Of two runs that agree so far, the shorter one is a prefix of the other and precedes it.
     return order(b == lastB, a == lastA);
 }
 
@@ -138,7 +139,7 @@ int compareRun(Iterator& a, Iterator lastA, Iterator& b, Iterator lastB, Inner& 
 // entered by this loop, without recursion.
 template <class Rule>
 int compareTrees(TreeCursor a, TreeCursor b) {
-    std::vector<std::pair<TreeCursor, TreeCursor>> around;
+    std::vector<std::pair<TreeCursor, TreeCursor>> around;  // where to go on behind the containers that were entered
     for (;;) {
         Inner inner;
         const int result = a.isOnMap()

@@ -30,7 +30,7 @@ std::int64_t truncate(double value) {
 }
 
 // Whether a text that was read as an end of the range is that number. The parser also returns the end for every number
-// beyond it.
+// beyond it, so the digits are read once more, by a conversion that fails beyond 64 bits.
 bool isEndOfRange(std::string_view text, std::int64_t value) {
     text.remove_prefix((std::min)(text.find_first_of("0123456789"), text.size()));
     int base = 10;
@@ -44,17 +44,18 @@ bool isEndOfRange(std::string_view text, std::int64_t value) {
            magnitude == (value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value));
 }
 
+// Stricter than the parser: an empty text is no number, and a number beyond the range is refused.
 bool readInteger(std::string_view text, std::int64_t& value) {
     using Limits = std::numeric_limits<std::int64_t>;
     if (text.empty() || !text::parseInteger(text, value)) return false;
     return (value != (Limits::max)() && value != (Limits::min)()) || isEndOfRange(text, value);
 }
 
-// Whether a double is the whole number that its digits were read as.
+// Whether a double is the whole number whose digits it was read from. They begin with no zero.
 bool holdsExactly(double value, std::string_view digits) {
     // Any integer of up to 15 digits is exact in a double.
     if (digits.size() <= std::numeric_limits<double>::digits10) return true;
-    char exact[std::numeric_limits<double>::max_exponent10 + 1];
+    char exact[std::numeric_limits<double>::max_exponent10 + 1];  // the largest double has as many digits
     const auto result = std::to_chars(exact, std::end(exact), std::fabs(value), std::chars_format::fixed, 0);
     return digits == std::string_view(exact, static_cast<std::size_t>(result.ptr - exact));
 }
@@ -77,6 +78,7 @@ bool losslessInteger(const xoVariant& from, xoVariant& out) {
         case xoVariant::DATETIME: value = from.toInteger(); break;
         case xoVariant::REAL: {
             const double real = from.toReal();
+            // In this form the first test also refuses a NaN.
             if (!(real >= -kIntegerEnd && real < kIntegerEnd) || real != std::trunc(real)) return false;
             value = static_cast<std::int64_t>(real);
             break;
@@ -113,6 +115,7 @@ bool losslessBool(const xoVariant& from, xoVariant& out) {
     switch (from.getType()) {
         case xoVariant::INTEGER:
         case xoVariant::REAL:
+            // A large INTEGER may be rounded here, but not to 0 or 1.
             value = from.toReal() == 1.0;
             if (!value && from.toReal() != 0.0) return false;
             break;
@@ -157,6 +160,8 @@ bool losslessStringList(const xoVariant& from, xoVariant& out) {
 }
 
 }  // namespace
+
+// toBool, toInteger and toReal return a value of their own type inline, so these three get only the other types.
 
 bool xoVariant::convertToBool() const {
     switch (mType) {
@@ -219,12 +224,13 @@ xoVariant::xoVariantListImpl xoVariant::toList() const {
     return list;
 }
 
-xoVariant::xoVariantMapImpl xoVariant::toMap() const { return getMap(); }
+xoVariant::xoVariantMapImpl xoVariant::toMap() const { return getMap(); }  // empty for all other types
 
 xoVariant::DateTime xoVariant::toDateTime() const {
     return DateTime(mType == INTEGER || mType == DATETIME ? mPayload.integer : 0);
 }
 
+// Each function writes out last, from a complete value, because out may be this variant.
 bool xoVariant::convertLosslessTo(Type type, xoVariant& out) const {
     if (type == mType) {
         out = *this;

@@ -21,11 +21,12 @@ namespace {
 using Map = xoVariant::xoVariantMapImpl;
 using List = xoVariant::xoVariantListImpl;
 
-// Both libraries compile an expression by recursion, and match by recursion: libstdc++ for each state of the
-// expression, of which it allows 100,000, and unless the expression was compiled for its other matcher, for each
-// character of the path too. (That matcher cannot do back-references, which an expression without sub-matches does not
-// have.) All of this happens on a stack of a known size. libstdc++ was seen to take up to 512 bytes for a character of
-// a pattern and 160 for a state, without optimisation.
+// Both libraries compile an expression by recursion, and match by recursion. libstdc++ recurses for each state of the
+// expression, of which it allows 100,000, and for each character of the path too, unless the expression was compiled
+// with the flag __polynomial. (The matcher behind that flag cannot do back-references, which an expression without
+// sub-matches does not have.) All of this happens on a stack of a known size. libstdc++ was seen to take up to 512
+// bytes for a character of a pattern and 160 for a state, without optimisation; so compiling the longest pattern takes
+// a quarter of the stack.
 #if defined(__GLIBCXX__)
 constexpr auto kWithoutRecursion = std::regex_constants::__polynomial;
 #else
@@ -68,13 +69,14 @@ private:
     std::uintptr_t mLowestStack = 0;
 };
 
+// The matcher without recursion needs no watched iterator.
 bool matchesWhole(const std::string& path, const std::regex& expression, std::uintptr_t lowestStack) {
     const char* const end = path.data() + path.size();
     if ((expression.flags() & kWithoutRecursion) != 0) return std::regex_match(path.data(), end, expression);
     return std::regex_match(WatchedIterator(path.data(), lowestStack), WatchedIterator(end, lowestStack), expression);
 }
 
-// The next entry of a map, or the next element of a list.
+// The next entry of a map, or the next element of a list. Unlike a TreeCursor it is on a container that may be changed.
 struct Position {
     Position() = default;
     Position(Map& ofMap) : map(&ofMap), entry(ofMap.begin()) {}
@@ -102,13 +104,14 @@ public:
     }
 
 private:
+    // The address at which matching must stop. What is below is kept for the recursion through the states.
     static std::uintptr_t lowestStack() {
         const char here = 0;
         return reinterpret_cast<std::uintptr_t>(&here) - platform::stackLeft() + kStackForStates;
     }
 
     void visit() {
-        if (mPosition.map == nullptr) {
+        if (mPosition.map == nullptr) {  // an element of a list, which adds nothing to the path
             enterValue(*mPosition.element++);
             return;
         }
@@ -166,7 +169,7 @@ std::regex compile(const std::string& pattern, bool caseInsensitive) {
 bool isSmall(const std::string& pattern) {
     constexpr bool matchesByRecursion = kWithoutRecursion == std::regex_constants::syntax_option_type();
     constexpr std::size_t kAtLeast = 32 * 1024;
-    constexpr std::size_t kForCharacter = 2 * 1024;
+    constexpr std::size_t kForCharacter = 2 * 1024;  // more than the 512 bytes for compiling, or 160 for each state
     return !matchesByRecursion && pattern.find('{') == std::string::npos &&
            platform::stackLeft() >= kAtLeast + pattern.size() * kForCharacter;
 }

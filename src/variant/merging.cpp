@@ -14,15 +14,18 @@ struct Map::Merge {
     bool asList;
     std::vector<std::pair<Map*, xoVariant>> waiting;  // a map, and the MAP whose entries go into it
 
+    // Makes the existing value one that holds both: a merged map, a STRINGLIST or a LIST.
     void combine(xoVariant& existing, xoVariant&& added);
     bool combineAlike(xoVariant& existing, xoVariant& added);
+    // Moves all entries of the source into the target. Two maps under one key are added to waiting instead.
     void takeEntries(Map& target, Map& source);
+    // Merges the pairs in waiting, and those that this adds.
     void finish();
 };
 
 void Map::Merge::combine(xoVariant& existing, xoVariant&& added) {
     if (!asList && combineAlike(existing, added)) return;
-    if (existing.getType() != LIST) {
+    if (existing.getType() != LIST) {  // a LIST gets the value as a further element
         List list;
         list.reserve(2);
         list.push_back(std::move(existing));
@@ -94,7 +97,7 @@ void Map::mergeWith(const Map& other, bool asList) {
 
 namespace {
 
-// The leaves of a tree under their joined keys, in the order of the walk.
+// The leaves of a tree as copies under their joined keys, in the order of the walk.
 class Flattening : variant::PathWalk<variant::TreeCursor> {
 public:
     explicit Flattening(char separator) : mSeparator(separator) {}

@@ -48,8 +48,8 @@ protected:
     Position mPosition;
 
 private:
-    std::size_t mPrefix = 0;
-    std::vector<std::pair<Position, std::size_t>> mAround;
+    std::size_t mPrefix = 0;                                // the size of mPath when the container was entered
+    std::vector<std::pair<Position, std::size_t>> mAround;  // mPosition and mPrefix of the enclosing containers
 };
 
 }  // namespace xo::variant

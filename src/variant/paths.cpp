@@ -8,7 +8,7 @@ xoVariant& variant::createPath(Map& map, std::string_view path, char separator, 
     Map* at = &map;
     std::string_view key;
     while (takeKey(path, separator, key)) at = &(*at)[key].editMap();
-    const std::size_t before = at->size();
+    const std::size_t before = at->size();  // operator[] does not say whether it has inserted
     xoVariant& value = (*at)[key];
     if (isNew != nullptr) *isNew = at->size() != before;
     return value;

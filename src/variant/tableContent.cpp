@@ -37,9 +37,10 @@ std::string cellText(std::string_view text) {
 }
 
 void TableContent::beginRow(std::size_t cellCount) {
-    if (wantsRule) rules.push_back(rows.size());
+    if (wantsRule) rules.push_back(rows.size());  // the index of the row that begins here
     wantsRule = false;
     rows.push_back(cells.size());
+    // A row with more cells than there are columns adds columns.
     const std::size_t needed = (std::min)(cellCount, Builder::kMaxColumns);
     if (columns.size() < needed) columns.resize(needed);
 }
@@ -72,6 +73,7 @@ void TableContent::addCell(const xoVariant& value) {
     cells.push_back(cell);
 }
 
+// A Text even if it looks like a number.
 void TableContent::addCell(const std::string& text) {
     TableCell cell;
     cell.offset = texts.size();
@@ -80,7 +82,7 @@ void TableContent::addCell(const std::string& text) {
     cells.push_back(cell);
 }
 
-// The cell's text is what has been appended to the texts, as it came.
+// Completes a cell whose text has been appended to texts just now, from cell.offset on, and makes that text printable.
 void TableContent::addText(TableCell& cell, TableCell::Kind kind) {
     const auto added = std::string_view(texts).substr(cell.offset);
     // The usual case: nothing to escape, and each byte takes one column.
@@ -93,7 +95,7 @@ void TableContent::addText(TableCell& cell, TableCell::Kind kind) {
         texts.replace(cell.offset, std::string::npos, shown);
     }
     cell.size = texts.size() - cell.offset;
-    if (cell.size != 0) cell.kind = kind;
+    if (cell.size != 0) cell.kind = kind;  // an empty text does not make a column one of text
 }
 
 }  // namespace xo::variant

@@ -1,3 +1,5 @@
+// A first pass over all cells finds the widths of the columns; a second one draws row by row. The text
+// that a cell shows is made in both instead of being stored, because most cells show their stored text itself.
 #include "variant/tableLayout.h"
 
 #include <algorithm>
@@ -12,7 +14,7 @@ namespace {
 using Builder = AsciiTableBuilder;
 using text::Piece;
 
-// A horizontal line, and what stands in it at the columns' borders. Nothing is drawn where it has no fill.
+// The parts of a horizontal line; cross is drawn where two columns meet. A rule without fill is not drawn.
 struct Rule {
     std::string_view left, fill, cross, right;
 };
@@ -20,9 +22,9 @@ struct Rule {
 struct Look {
     Rule top, middle, bottom;
     std::string_view left, between, right;  // of a line of cells, with the blanks
-    std::string_view mark;                  // where a cell is cut
-    std::size_t frameWidth;                 // of left and right
-    std::size_t gapWidth;                   // of what is between two columns
+    std::string_view mark;                  // in place of what is cut off a cell
+    std::size_t frameWidth;                 // of left and right, in columns of a terminal
+    std::size_t gapWidth;                   // of between
 };
 
 constexpr Rule kNoRule = {};
@@ -41,6 +43,7 @@ const Look& lookOf(Builder::Style style) {
     }
 }
 
+// Any number that is no Overflow counts as OverflowWrap, and so does not cut.
 bool cuts(const Builder::Column& column) {
     return column.overflow == Builder::OverflowCutEnd || column.overflow == Builder::OverflowCutMiddle;
 }
@@ -54,7 +57,7 @@ void repeat(std::string& out, std::string_view text, std::size_t times) {
     for (; times != 0; --times) out += text;
 }
 
-// Markdown's own characters are escaped, and its cells have no lines.
+// Whether a text has to be changed for a cell of Markdown, in which a line feed would end the row.
 bool isSpecialInMarkdown(std::string_view text) { return text.find_first_of("|\\*`<\n") != std::string_view::npos; }
 
 // A pipe would end the cell, and the other characters would begin markup:
@@ -84,7 +87,7 @@ public:
     std::string build() {
         reserve();
         drawRule(mLook.top);
-        if (mHasTitles || mIsMarkdown) drawTitles();
+        if (mHasTitles || mIsMarkdown) drawTitles();  // a table of Markdown must begin with titles, if empty ones
         auto rule = mContent.rules.begin();
         for (std::size_t row = 0; row != mContent.rows.size(); ++row) {
             bool isSeparated = mContent.hasRowLines && row != 0;
@@ -104,7 +107,8 @@ public:
     bool hasTitles() const { return mHasTitles; }
 
 private:
-    // A column as it is laid out.
+    // A column as it is laid out, and its cell of the row that is being drawn. The views are into the content or into
+    // scratch and title, so they are valid until the next row.
     struct Place {
         const Builder::Column* column = nullptr;
         std::string title;
@@ -112,9 +116,9 @@ private:
         Builder::Align align = Builder::AlignLeft;
         bool isNumeric = false;
         bool hasText = false;       // a cell that is neither empty nor a number
-        std::string scratch;        // of the cell at hand, where it is not shown as it is stored
-        Piece whole{{}, 0};         // the cell at hand where it fits in one line
-        std::vector<Piece> pieces;  // else its lines
+        std::string scratch;        // the cell's text where it is not shown as it is stored
+        Piece whole{{}, 0};         // the cell if it fits in one line
+        std::vector<Piece> pieces;  // its lines otherwise
 
         // A cell with fewer lines than its row is blank below its last one.
         Piece line(std::size_t index) const {
@@ -136,7 +140,7 @@ private:
         }
     }
 
-    // The cell as it is shown where it need not be broken; its lines are separated by line feeds.
+    // The cell's text before it is cut or wrapped; its lines are separated by line feeds.
     Piece shown(const TableCell& cell, Place& place) const {
         if (cell.kind == TableCell::Real && place.column->decimals >= 0) return shownReal(mContent.realOf(cell), place);
         const std::string_view text = mContent.textOf(cell);
@@ -198,8 +202,8 @@ private:
         limitWidths(available, 1, [](const Place&) { return true; });
     }
 
-    // Brings the widest of the chosen columns to one common width, the greatest from least up with which all columns
-    // together take no more than that, or least.
+    // Narrows the widest of the chosen columns to one common width: the greatest with which all columns together take
+    // no more than available, but not less than least. Columns that are narrower than that keep their widths.
     template <class Choice>
     void limitWidths(std::size_t available, std::size_t least, Choice isChosen) {
         std::vector<std::size_t> widths;
@@ -211,10 +215,11 @@ private:
                 others += place.width;
             }
         }
+        // From the narrowest on, each column keeps its width as long as the rest, if it were all as wide, would fit.
         std::sort(widths.begin(), widths.end());
-        std::size_t narrow = others;  // the columns that keep their widths, and all others
+        std::size_t narrow = others;  // what the columns take that keep their widths
         for (std::size_t i = 0; i != widths.size(); ++i) {
-            const std::size_t wide = widths.size() - i;
+            const std::size_t wide = widths.size() - i;  // how many have this width or a larger one
             if (narrow + widths[i] * wide > available) {
                 const std::size_t common = (std::max)(least, available > narrow ? (available - narrow) / wide : 0);
                 for (Place& place : mPlaces)
@@ -237,7 +242,7 @@ private:
         std::string_view border = rule.left;
         for (const Place& place : mPlaces) {
             mOut += border;
-            repeat(mOut, rule.fill, place.width + 2);
+            repeat(mOut, rule.fill, place.width + 2);  // with the blanks beside the cell
             border = rule.cross;
         }
         mOut += rule.right;
@@ -267,7 +272,8 @@ private:
         }
     }
 
-    // The line below the titles that makes a table of Markdown what it is.
+    // The delimiter row below the titles. A colon at an end of a column aligns it to that side, colons at both ends
+    // center it: https://github.github.com/gfm/#tables-extension-
     void drawAlignments() {
         for (const Place& place : mPlaces) {
             mOut += '|';
@@ -296,12 +302,12 @@ private:
         drawLines(lines);
     }
 
-    // The pieces of a text as the column wants it where it is too wide or has several lines.
+    // Makes the lines of a text that is wider than its column or has line feeds, as the column's overflow says.
     void breakText(const Piece& whole, Place& place) const {
         if (mIsMarkdown) {
             place.pieces.push_back(whole);
         } else if (cuts(*place.column)) {
-            if (whole.width <= place.width) {
+            if (whole.width <= place.width) {  // it is one line: its line feeds have become blanks
                 place.pieces.push_back(whole);
                 return;
             }
@@ -345,7 +351,7 @@ private:
         return size;
     }
 
-    // Takes the blanks off the end of the last line.
+    // Removes the blanks at the end of the last line, which no frame ends.
     void trimLine(std::size_t begin) {
         mOut.pop_back();
         mOut.resize((std::max)(mOut.find_last_not_of(' ') + 1, begin));
@@ -354,6 +360,7 @@ private:
 
     static char* put(char* out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
 
+    // Writes the piece and the blanks that fill its column.
     static char* putPiece(char* out, const Piece& piece, const Place& place) {
         const std::size_t blanks = place.width - piece.width;
         const std::size_t before = place.align == Builder::AlignRight    ? blanks

@@ -1,3 +1,4 @@
+// Numbers look as a stream in the classic locale prints them by default, but are appended to the text without one.
 #include "variant/textForm.h"
 
 #include <charconv>
@@ -9,8 +10,7 @@ namespace xo::variant {
 namespace {
 
 void appendInteger(std::string& out, std::int64_t value) {
-    // The least value has 20 characters with its sign.
-    char digits[24];
+    char digits[24];  // the least value has 20 characters with its sign
     out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
@@ -19,6 +19,7 @@ void appendReal(std::string& out, double value) {
     out.append(digits, text::printReal(digits, value));
 }
 
+// In the order in which they are stored: a matrix has no rows here.
 void appendNumbers(std::string& out, const double* values, int count) {
     out += '[';
     for (int i = 0; i < count; ++i) {
@@ -37,6 +38,7 @@ void appendStrings(std::string& out, const std::vector<std::string>& strings) {
     }
 }
 
+// Appends a value that is not a container.
 void appendLeaf(std::string& out, const xoVariant& value) {
     switch (value.getType()) {
         case xoVariant::INTEGER:
@@ -68,6 +70,7 @@ public:
     }
 
 private:
+    // Writes the current element, or the beginning of the container that it is.
     void writeElement() {
         if (!mIsFirst) mOut += separator();
         if (mTree.isOnMap()) {
@@ -97,7 +100,7 @@ private:
         mIsFirst = true;
     }
 
-    // Goes on behind the container that has been written; false when that was the outermost one.
+    // Continues behind the container that has been written. Returns false if that was the outermost one.
     bool leave() {
         if (mAround.empty()) return false;
         mTree = mAround.back();
@@ -106,6 +109,7 @@ private:
         return true;
     }
 
+    // An element is complete: a plain value, or a container after its last element.
     void endElement() {
         if (mTree.isOnMap()) mOut += ')';
         mTree.advance();

@@ -9,9 +9,11 @@
 
 namespace xo::variant {
 
+// What xoVariant::toString returns.
 void appendText(std::string& out, const xoVariant& value);
 
-// The separator is for the elements of the outermost list; lists inside use " ".
+// Appends all elements from the cursor to the end of its container. The separator is for the elements of the outermost
+// list; lists inside use " ".
 void appendTree(std::string& out, TreeCursor tree, std::string_view listSeparator = " ");
 
 }  // namespace xo::variant

@@ -19,6 +19,7 @@ inline bool isContainer(const xoVariant& value) {
     return value.getType() == xoVariant::MAP || value.getType() == xoVariant::LIST;
 }
 
+// By copies, since the texts need not be aligned; compilers make plain loads of them.
 template <class Word>
 bool isSameWord(const char* a, const char* b) {
     Word left, right;
@@ -44,6 +45,8 @@ inline bool isSameKey(std::string_view a, std::string_view b) {
     return std::equal(left, left + size, right);
 }
 
+// A position in one container, which must outlive the cursor and must not change meanwhile. key, value and advance need
+// a position before the end, key also one in a map.
 class TreeCursor {
 public:
     TreeCursor() = default;
@@ -74,7 +77,7 @@ public:
     List::const_iterator lastElement() const { return mLastElement; }
 
 private:
-    bool mOnMap = false;
+    bool mOnMap = false;  // selects the pair of iterators that is used
     Map::const_iterator mEntry, mLastEntry;
     List::const_iterator mElement, mLastElement;
 };

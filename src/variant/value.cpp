@@ -7,6 +7,7 @@
 namespace xo {
 namespace {
 
+// How many doubles a vector or matrix has; 0 for other types.
 constexpr std::size_t numbersIn(xoVariant::Type type) {
     switch (type) {
         case xoVariant::VEC2D: return 2;
@@ -188,7 +189,7 @@ xoVariant::xoVariant(Type type) : xoVariant() {
     switch (type) {
         case INTEGER:
         case BOOL:
-        case DATETIME: break;
+        case DATETIME: break;  // xoVariant() has set the payload to 0
         case REAL: mPayload.real = 0.0; break;
         case STRING: mPayload.text = new std::string; break;
         case VEC2D:
@@ -203,6 +204,7 @@ xoVariant::xoVariant(Type type) : xoVariant() {
         // A number that is no type gives UNKNOWN.
         default: return;
     }
+    // Last: if an allocation throws, the destructor runs, because xoVariant() is complete, and must not see a payload.
     mType = type;
 }
 
@@ -220,6 +222,7 @@ xoVariant::xoVariant(xoVariantListImpl list) : mType(LIST) { mPayload.list = new
 
 xoVariant::xoVariant(xoVariantMapImpl map) : mType(MAP) { mPayload.map = new Tree::HeldMap(std::move(map)); }
 
+// For a variant that is UNKNOWN, and stays so for a count that no type has.
 template <class Number>
 void xoVariant::buildNumbers(const Number* values, std::size_t count) {
     const Type type = values != nullptr ? typeOfNumbers(count) : UNKNOWN;
@@ -233,7 +236,7 @@ xoVariant::xoVariant(const double* values, std::size_t count) : xoVariant() { bu
 
 xoVariant::xoVariant(const float* values, std::size_t count) : xoVariant() { buildNumbers(values, count); }
 
-// Replaces the payload, which is still the other variant's.
+// For a variant whose members have been copied from the other one: makes the payload, still the other's, its own.
 void xoVariant::copyPayload(const xoVariant& other) {
     mType = UNKNOWN;
     switch (other.mType) {
@@ -244,6 +247,7 @@ void xoVariant::copyPayload(const xoVariant& other) {
         case USERDATA:
             mPayload.userData = other.mPayload.userData != nullptr ? other.mPayload.userData->clone() : nullptr;
             break;
+        // Only types with a payload on the heap arrive here, so the rest are vectors and matrices.
         default: buildNumbers(other.mPayload.numbers, numbersIn(other.mType)); return;
     }
     mType = other.mType;
@@ -256,7 +260,7 @@ void xoVariant::destroyPayload() noexcept {
         case MAP:
         case LIST: Tree::destroy(*this); break;
         case USERDATA: delete mPayload.userData; break;
-        default: delete[] mPayload.numbers; break;
+        default: delete[] mPayload.numbers; break;  // a vector or matrix, as in copyPayload
     }
 }
 

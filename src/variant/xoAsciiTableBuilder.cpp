@@ -28,13 +28,14 @@ AsciiTableBuilder& AsciiTableBuilder::operator=(AsciiTableBuilder&& other) noexc
 
 AsciiTableBuilder::~AsciiTableBuilder() = default;
 
+// For members that change the content. The others treat a missing one as empty.
 variant::TableContent& AsciiTableBuilder::content() {
     if (!mContent) mContent = std::make_unique<variant::TableContent>();
     return *mContent;
 }
 
 AsciiTableBuilder::Column& AsciiTableBuilder::editColumn(std::size_t index) {
-    // A column beyond the limit is the last one: the caller gets a reference in any case.
+    // The caller gets a reference in any case. Without the limit, a single wrong index could use up the memory.
     index = (std::min)(index, kMaxColumns - 1);
     auto& columns = content().columns;
     if (columns.size() <= index) columns.resize(index + 1);
@@ -57,7 +58,7 @@ AsciiTableBuilder& AsciiTableBuilder::addRow(const std::vector<std::string>& cel
 }
 
 AsciiTableBuilder& AsciiTableBuilder::addSeparator() {
-    content().wantsRule = true;
+    content().wantsRule = true;  // drawn once there is a next row
     return *this;
 }
 
@@ -76,6 +77,7 @@ AsciiTableBuilder& AsciiTableBuilder::setRowLines(bool on) {
     return *this;
 }
 
+// The layout reads the content only, so that build() may be called again after further rows.
 std::string AsciiTableBuilder::build() const { return mContent ? variant::layOut(*mContent) : std::string(); }
 
 AsciiTableBuilder AsciiTableBuilder::FromMap(const xoVariant::xoVariantMapImpl& map) {
@@ -89,11 +91,11 @@ AsciiTableBuilder AsciiTableBuilder::FromMap(const xoVariant::xoVariantMapImpl& 
 AsciiTableBuilder AsciiTableBuilder::FromList(const xoVariant::xoVariantListImpl& list) {
     const auto isMap = [](const xoVariant& element) { return element.getType() == xoVariant::MAP; };
     AsciiTableBuilder table;
+    // The first column is kept for elements that are not maps, if there are any.
     const std::size_t firstKey = std::all_of(list.begin(), list.end(), isMap) ? 0 : 1;
     if (firstKey != 0) table.editColumn(0);
 
-    // Columns come in the order in which their keys first occur. Elements that are not maps stand in a column before
-    // them.
+    // Columns are in the order in which their keys first occur.
     std::map<std::string, std::size_t, std::less<>> columnOfKey;
     std::vector<xoVariant> cells;
     for (const xoVariant& element : list) {
@@ -107,6 +109,7 @@ AsciiTableBuilder AsciiTableBuilder::FromList(const xoVariant::xoVariantListImpl
         for (auto& [key, value] : leaves) {
             const auto [place, isNew] = columnOfKey.try_emplace(key, firstKey + columnOfKey.size());
             const std::size_t column = place->second;
+            // addRow would ignore the cell too, but editColumn would rename the last column.
             if (column >= kMaxColumns) continue;
             if (isNew) table.editColumn(column).title = key;
             if (cells.size() <= column) cells.resize(column + 1);
@@ -118,7 +121,7 @@ AsciiTableBuilder AsciiTableBuilder::FromList(const xoVariant::xoVariantListImpl
 }
 
 AsciiTableBuilder AsciiTableBuilder::FromRows(const std::vector<std::vector<xoVariant>>& rows, bool firstRowIsTitles) {
-    std::vector<std::string> titles;
+    std::vector<std::string> titles;  // without any, the rows alone make the columns
     const bool hasTitles = firstRowIsTitles && !rows.empty();
     if (hasTitles)
         for (const xoVariant& cell : rows.front()) titles.push_back(cell.toString());

@@ -10,6 +10,7 @@
 namespace xo {
 namespace {
 
+// Flags are combined as unsigned numbers; a negative value keeps its bits.
 std::uint64_t bitsOf(std::int64_t value) { return static_cast<std::uint64_t>(value); }
 
 // Each step clears the lowest bit that is set.
@@ -34,7 +35,7 @@ bool readNumber(std::string_view text, std::int64_t& value) {
     return true;
 }
 
-// The index of the entry of that value or name, or getCount().
+// The index of the first entry with that value, or getCount(). Of several names for a value the first one is written.
 std::size_t findValue(const EnumHelperInterface& helper, std::int64_t value) {
     const std::size_t count = helper.getCount();
     std::size_t index = 0;
@@ -42,7 +43,8 @@ std::size_t findValue(const EnumHelperInterface& helper, std::int64_t value) {
     return index;
 }
 
-// An exact match wins over one that differs in case, wherever it is in the table.
+// The index of the entry with that name, or getCount(). An exact match is preferred to one that differs in case,
+// wherever it is in the table.
 std::size_t findName(const EnumHelperInterface& helper, std::string_view name) {
     const std::size_t count = helper.getCount();
     std::size_t found = count;
@@ -72,17 +74,19 @@ bool readOne(const EnumHelperInterface& helper, std::string_view text, std::int6
     return true;
 }
 
-// Takes the entry with the most bits first, so that a name for a combination replaces the names of its parts. An entry
-// of 0 is never chosen. Bits without a name are appended as a hexadecimal number.
+// Takes the entry with the most bits first, and the first one in the table of those with equally many, so that a name
+// for a combination replaces the names of its parts. An entry of 0 is never chosen. Bits without a name are appended as
+// a hexadecimal number.
 std::string flagsText(const EnumHelperInterface& helper, std::uint64_t bits) {
     const std::size_t count = helper.getCount();
-    std::size_t chosen[64];  // each has a bit of its own
+    std::size_t chosen[64];  // each entry takes at least one of the 64 bits
     std::size_t chosenCount = 0;
     for (;;) {
         std::size_t best = count;
         int mostBits = 0;
         for (std::size_t index = 0; index != count; ++index) {
             const std::uint64_t entry = bitsOf(helper.getValue(index));
+            // An entry with a bit that is not left would name too much.
             if ((entry & ~bits) != 0 || countBits(entry) <= mostBits) continue;
             best = index;
             mostBits = countBits(entry);
@@ -118,6 +122,7 @@ std::string EnumHelperInterface::toText(std::int64_t value) const {
 
 bool EnumHelperInterface::fromText(std::string_view text, std::int64_t& value) const {
     text = text::trimmed(text);
+    // As a whole first: the name of an entry may itself contain a separator.
     if (readOne(*this, text, value)) return true;
     if (!areFlags()) return false;
     std::uint64_t bits = 0;
