@@ -20,7 +20,8 @@ inline bool isEnclosed(std::string_view text, char first, char last) {
 // The text without its first and last character.
 inline std::string_view inner(std::string_view text) { return text.substr(1, text.size() - 2); }
 
-// The first line of a text. One pass over its bytes finds its end, its first equals sign and whether it has escapes.
+// The first line of a text, which must outlive this object. One pass over its bytes finds its end, its first equals
+// sign and whether it has escapes.
 class Line {
 public:
     enum Kind { Skipped, Section, Key, Invalid };  // skipped are empty lines and comments
@@ -44,9 +45,9 @@ public:
         return equals == std::string_view::npos ? Invalid : Key;
     }
 
-    std::string_view sectionName() const { return inner(trimmed); }                  // of a Section
-    std::string_view key() const { return text::trimmed(whole.substr(0, equals)); }  // of a Key; it may be empty
-    std::string_view value() const { return text::trimmed(whole.substr(equals + 1)); }
+    std::string_view sectionName() const { return inner(trimmed); }                     // of a Section
+    std::string_view key() const { return text::trimmed(whole.substr(0, equals)); }     // of a Key; it may be empty
+    std::string_view value() const { return text::trimmed(whole.substr(equals + 1)); }  // of a Key
 
     // Where the next line begins.
     std::size_t next(std::string_view from) const { return end == from.size() ? end : end + 1; }

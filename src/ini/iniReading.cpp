@@ -37,7 +37,7 @@ std::string unescape(std::string_view escaped) {
     return text;
 }
 
-// The text decides on the type, since the format has none. An empty text would be read as the number 0, so it is tested
+// The format has no types, so the text decides. An empty text would be read as the number 0, so it is tested
 // before the numbers. Quotes do not make a number a text.
 xoVariant typedValue(std::string_view text) {
     if (text::equalIgnoringCase(text, "true")) return true;
@@ -56,7 +56,7 @@ public:
 
     void read(std::string_view text) {
         if (text.substr(0, kUtf8Mark.size()) == kUtf8Mark) text.remove_prefix(kUtf8Mark.size());
-        for (std::int64_t number = 0; !text.empty(); ++number) {
+        for (std::int64_t number = 0; !text.empty(); ++number) {  // messages count lines from 0
             const Line line(text);
             readLine(line, number);
             // The last line may have no line feed.
@@ -90,7 +90,8 @@ private:
         return *mSection;
     }
 
-    // The first line of a key counts: a later one is reported and ignored.
+    // The first line of a key counts: for a later one the result is false. createPath finds or makes the value and says
+    // which, so that the path is walked once.
     bool insert(std::string_view path, const Line& line) {
         bool isNew = false;
         xoVariant& place = variant::createPath(section(), path, kIniSeparator, &isNew);

@@ -12,7 +12,7 @@ namespace {
 struct GivenValue {
     xoVariant value;
     std::string text;      // as it is written
-    bool isThere = false;  // whether a line of the file has the key
+    bool isThere = false;  // whether the file has a line with the path
 };
 
 // Where bytes of the old text are replaced: from first to second. Pairs compare so that an insertion comes before the
@@ -30,16 +30,17 @@ std::string_view lineEndOf(std::string_view text) {
     return feed != std::string_view::npos && feed != 0 && text[feed - 1] == '\r' ? "\r\n" : "\n";
 }
 
-// Whether the line is read as one with this key. Not when the key has an equals sign or a line feed in it, white space
-// around it, or a first character that makes the line a comment or a section.
+// Whether the text is read as one line with this key. That is false for a key that has an equals sign or a line feed in
+// it, white space around it, or a first character that makes the line a comment or a section.
 bool isKeyLine(std::string_view text, std::string_view key) {
     const Line line(text);
     return line.end == text.size() && line.kind() == Line::Key && line.key() == key && !key.empty();
 }
 
-// The order of lines decides between lines of one key alone: the first counts, and no line counts that has a value
-// where another line has a map. So a line is changed where it is, a new one may stand anywhere, and a value that takes
-// the place of a map removes the lines of what is in that.
+// The order of lines matters only between lines of one key, of which the first one counts. A line that gives a value to
+// a path where another line makes a map has no effect, whichever of them comes first. So a line is changed at its
+// place, a new one may be anywhere in its section, and where a value replaces a map, the lines of the map's content are
+// removed.
 class Updating {
 public:
     explicit Updating(std::string_view text)
@@ -47,6 +48,7 @@ public:
           mStart(text.substr(0, kUtf8Mark.size()) == kUtf8Mark ? kUtf8Mark.size() : 0),
           mLineEnd(lineEndOf(text)) {}
 
+    // Takes the values to be written. False if one cannot be written.
     bool give(const Map& map) {
         // The overlay moves the leaves of General to the top, where the lines of the file have their paths.
         Map values, leaves;
@@ -60,6 +62,7 @@ public:
         return true;
     }
 
+    // Call it once, after give. False, with updated unchanged, if a line would not be read as its key.
     bool update(std::string& updated) {
         if (!changeLines() || !addLines()) return false;
         updated = edited();
@@ -68,6 +71,7 @@ public:
     }
 
 private:
+    // Goes over the lines of the text and stores the edits of those that have a given path or are below one.
     bool changeLines() {
         std::string prefix;  // of the section: the beginning of its keys' paths
         for (std::size_t begin = mStart; begin < mText.size();) {
@@ -109,7 +113,7 @@ private:
         return false;
     }
 
-    // Changes the bytes of the value alone, and none where the line has the value already, in whatever spelling.
+    // Changes only the bytes of the value, and none if the line has the value already, in any spelling.
     bool change(const Line& line, std::size_t begin, const std::string& path, const GivenValue& given) {
         const std::string_view old = line.value();
         const xoVariant value = readValue(old, line.hasBackslash);
@@ -119,6 +123,7 @@ private:
 
         std::size_t at = line.equals + 1;
         if (old.empty()) {
+            // Behind the blanks that follow the equals sign, but in front of a carriage return.
             while (at != line.end && (line.whole[at] == ' ' || line.whole[at] == '\t')) ++at;
         } else {
             at = static_cast<std::size_t>(old.data() - line.whole.data());
@@ -139,6 +144,8 @@ private:
         return true;
     }
 
+    // Adds a line to a section of the file if one fits, else to a new section that is named after the first key of the
+    // path.
     bool add(const std::string& path, const GivenValue& given) {
         const auto end = sectionEndFor(path);
         const std::size_t keyBegin = end != mSectionEnds.end() ? end->first.size() : path.find(kIniSeparator) + 1;
@@ -153,7 +160,7 @@ private:
         const std::string header =
             headerOf(keyBegin == 0 ? kTopSection : std::string_view(path).substr(0, keyBegin - 1));
         const Line headerLine(header);
-        if (headerLine.end != header.size()) return refuse(path);
+        if (headerLine.end != header.size()) return refuse(path);  // a line feed in the name
         (keyBegin == 0 ? mNewTop : mNewSections[header]) += line;
         return true;
     }
@@ -171,6 +178,7 @@ private:
         return mSectionEnds.end();
     }
 
+    // The text with all edits. They do not overlap, and the multimap has them in the order of their places.
     std::string edited() const {
         std::string out;
         std::size_t at = 0;
@@ -196,6 +204,7 @@ private:
         out.append(header).append(mLineEnd).append(lines);
     }
 
+    // Completes the last line of the text, except directly behind the UTF-8 mark.
     void endLine(std::string& out) const {
         if (out.size() > mStart && out.back() != '\n') out += mLineEnd;
     }
@@ -209,10 +218,12 @@ private:
     std::string_view mText;
     std::size_t mStart;  // behind the UTF-8 mark
     std::string_view mLineEnd;
-    std::map<std::string, GivenValue, std::less<>> mGiven;         // by their paths
-    std::map<std::string, std::size_t, std::less<>> mSectionEnds;  // by prefix: behind the last line of the last one
-    std::multimap<Place, std::string> mEdits;
-    std::string mNewTop;                              // the lines of a new top section
+    std::map<std::string, GivenValue, std::less<>> mGiven;  // by their paths
+    // By the prefix of a section's paths: the place behind the last line, of the last section with it, that is neither
+    // empty nor a comment.
+    std::map<std::string, std::size_t, std::less<>> mSectionEnds;
+    std::multimap<Place, std::string> mEdits;  // the new bytes of each place; several lines may be added at one place
+    std::string mNewTop;                       // the lines of a new top section
     std::map<std::string, std::string> mNewSections;  // the lines of others, by header
 };
 

@@ -1,4 +1,5 @@
-// Writes a map as an INI file's text.
+// Writes a map as an INI file's text. Keys and names of sections are written as they are: the format has no escapes for
+// them, so that some do not come back as the same keys.
 #include <algorithm>
 #include <string>
 
@@ -10,6 +11,7 @@
 namespace xo::ini {
 namespace {
 
+// Null for a character that is written as it is.
 const char* escapeOf(char c) {
     switch (c) {
         case '\\': return "\\\\";
@@ -54,9 +56,11 @@ bool appendKeyLines(std::string& out, const Map& map) {
     return true;
 }
 
+// The lines of one section: a map inside it is written as keys with "/".
 bool appendLeaves(std::string& out, const Map& map) {
     const auto isInner = [](const Map::value_type& entry) { return variant::isContainer(entry.second); };
-    if (std::none_of(map.begin(), map.end(), isInner)) return appendKeyLines(out, map);  // is flat already
+    // Most sections are flat already and need no copy.
+    if (std::none_of(map.begin(), map.end(), isInner)) return appendKeyLines(out, map);
     Map leaves;
     map.toFlattenMap(leaves, kIniSeparator);
     return appendKeyLines(out, leaves);
@@ -64,7 +68,7 @@ bool appendLeaves(std::string& out, const Map& map) {
 
 // Values of the top level and those of a map "General" share one section, because the reader merges them.
 bool appendTopSection(std::string& out, const Map& map) {
-    out += "[General]\n";
+    out += "[General]\n";  // always, even if it stays empty
     for (const auto& [key, value] : map) {
         const bool isMap = value.getType() == xoVariant::MAP;
         if (isMap && key == kTopSection && !appendLeaves(out, value.getMap())) return false;
@@ -79,7 +83,7 @@ bool appendValue(std::string& out, std::string_view key, const xoVariant& value)
     if (value.getType() == xoVariant::STRING) {
         appendEscaped(out, value.getString());
     } else if (value.isNumeric() || value.getType() == xoVariant::BOOL) {
-        variant::appendText(out, value);
+        variant::appendText(out, value);  // of a REAL six significant digits, so the value may be rounded
     } else {
         xoLogObject(xoLogCritical, nullptr, xoLog::editPtr(), nullptr)
             << "saveVariantToIni unsupported variant type (" << static_cast<int>(value.getType()) << ") for key "
@@ -92,7 +96,7 @@ bool appendValue(std::string& out, std::string_view key, const xoVariant& value)
 bool appendSections(std::string& out, const Map& map) {
     if (!appendTopSection(out, map)) return false;
     for (const auto& [key, value] : map) {
-        if (value.getType() != xoVariant::MAP || key == kTopSection) continue;
+        if (value.getType() != xoVariant::MAP || key == kTopSection) continue;  // written by appendTopSection
         out += "\n[";
         out += key;
         out += "]\n";

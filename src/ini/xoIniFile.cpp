@@ -24,7 +24,8 @@ public:
     explicit Saving(const std::string& path)
         : mPath(path), mFullPath(platform::toExtendedPath(platform::toWide(path))) {}
 
-    // The file is opened first, so that one that cannot be opened is no matter of its values.
+    // The file is opened before the text is made, so that a file that cannot be opened gives the same failure whatever
+    // the map holds.
     bool save(const Map& map) {
         // A value that cannot be written ends the text early. The lines before it are saved all the same, and the
         // result is false.
@@ -63,6 +64,7 @@ public:
     }
 
 private:
+    // Both go through the overlay, so that keys below General are at the top level and each key is written once.
     bool saveOver(std::string_view text, const Map& map) {
         Map loaded;
         ini::readIni(text, loaded);
@@ -83,7 +85,7 @@ private:
         return false;
     }
 
-    const std::string& mPath;
+    const std::string& mPath;  // as it was given, for messages
     std::wstring mFullPath;
 };
 
@@ -91,6 +93,7 @@ private:
 
 bool LoadIniFile(const std::string& path, xoVariant::xoVariantMapImpl& map) {
     files::FileBytes file;
+    // A file of which only a part could be read changes nothing in the map.
     if (file.read(platform::toApiPath(path)) != files::FileBytes::Complete) return false;
     ini::readIni(file.view(), map);
     return true;
