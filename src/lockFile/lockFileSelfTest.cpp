@@ -7,7 +7,7 @@ namespace {
 
 // Whether taking the lock has the expected result, and finds or misses the file as expected.
 bool takes(xoLockFile& lock, const std::string& path, xoLockFile::LockType type, bool expected, bool expectedExisting) {
-    bool existed = !expectedExisting;
+    bool existed = !expectedExisting;  // the wrong value, so that a call that does not set it is noticed
     return lock.takeLockUtf8(path, &existed, type) == expected && lock.isLocked() == expected &&
            existed == expectedExisting;
 }

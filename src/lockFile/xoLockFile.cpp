@@ -17,8 +17,8 @@ platform::FileHandle open(const std::wstring& path, xoLockFile::LockType type, D
     return platform::openFile(path, GENERIC_READ | GENERIC_WRITE, share, creation);
 }
 
-// Overwrites the beginning of the file, and leaves what is longer. The text is for people who look, so that the lock
-// holds without it too.
+// Overwrites the beginning of the file; a longer content keeps its end. The text is only for people who look at the
+// file, so a failed write does not fail the lock.
 void write(HANDLE file, const std::string& text) {
     OVERLAPPED atStart{};
     DWORD written = 0;
@@ -27,9 +27,10 @@ void write(HANDLE file, const std::string& text) {
 
 }  // namespace
 
-// Copies share it, so that only one of them closes the handle, whose value may belong to another object afterwards.
+// Copies share it, so that the handle is closed only once: Windows may give the same value to another object
+// afterwards.
 struct xoLockFile::Lock {
-    std::string path;           // absolute: the working directory may be another one at the release
+    std::string path;           // absolute: the working folder may be another one at the release
     platform::FileHandle file;  // none once one of the copies has released the lock
 };
 
@@ -52,7 +53,9 @@ bool xoLockFile::takeLockUtf8(const std::string& path, bool* alreadyExisted, Loc
     releaseLock(/*removeFile=*/true);
 
     const std::wstring apiPath = platform::toApiPath(path);
-    // CREATE_NEW fails with ERROR_FILE_EXISTS when the file is there, also while it is locked.
+    // CREATE_NEW fails with ERROR_FILE_EXISTS when the file is there, also while it is locked; OPEN_ALWAYS would tell
+    // this only on success. If the holder deletes the file between the two calls, the second one fails, as it would
+    // while the lock is held.
     platform::FileHandle file = open(apiPath, type, CREATE_NEW);
     if (!file) {
         const DWORD error = ::GetLastError();
@@ -69,7 +72,7 @@ bool xoLockFile::takeLockUtf8(const std::string& path, bool* alreadyExisted, Loc
 bool xoLockFile::releaseLock(bool removeFile) {
     const bool wasLocked = isLocked();
     if (wasLocked) {
-        mLock->file.reset();
+        mLock->file.reset();  // first, because this handle too does not share deletion
         // Fails while another lock on the file is held, because no lock shares deletion.
         if (removeFile) xoDirUtils::RemoveFileUtf8(mLock->path);
     }
