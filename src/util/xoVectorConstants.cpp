@@ -10,7 +10,7 @@ namespace xo {
 namespace {
 
 constexpr float kPi = 3.14159265358979f;
-constexpr float kLargestSummableRoot = 9.2233714e18f;  // sqrt(FLT_MAX) / 2
+constexpr float kLargestSummableRoot = 9.2233714e18f;  // sqrt(FLT_MAX) / 2: four squares of it sum up to a finite float
 
 // Microsoft's __m128i is a union whose first member is an array of char, other compilers' a vector of two long long.
 #if defined(_MSC_VER) && !defined(__clang__)
