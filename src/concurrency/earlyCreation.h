@@ -1,4 +1,5 @@
-// Questions about start-up from the rooms below it. src/frame defines the functions.
+// What this room needs to know about the state of the start-up. src/frame, which knows it, defines the functions: a
+// room includes only rooms below it, so this one cannot call that one directly.
 #ifndef XO_CONCURRENCY_EARLYCREATION_H
 #define XO_CONCURRENCY_EARLYCREATION_H
 

@@ -26,7 +26,7 @@ public:
     }
 
 private:
-    std::unique_ptr<xoMutex> mMutex;
+    std::unique_ptr<xoMutex> mMutex;  // not atomic: it changes only while a single thread uses the service
 };
 
 // Unlocks only what it has locked, even when the mutex is made meanwhile.
@@ -43,7 +43,7 @@ public:
     LateMutexLocker& operator=(const LateMutexLocker&) = delete;
 
 private:
-    LateMutex* mMutex;
+    LateMutex* mMutex;  // null when there was nothing to lock
 };
 
 }  // namespace xo::concurrency

@@ -8,6 +8,8 @@
 namespace xo {
 namespace {
 
+// Set by lookUp, before the first object that uses them is made, and not changed later. The DLL does not import these
+// functions, since a system that lacks one could not load it.
 decltype(&::InitializeConditionVariable) initializeConditionVariable;
 decltype(&::SleepConditionVariableCS) sleepConditionVariable;
 decltype(&::WakeAllConditionVariable) wakeAllConditionVariable;
@@ -51,17 +53,20 @@ struct xoWaitConditionPrivateEvent::Waiter {
 bool xoWaitConditionPrivateEvent::wait(CRITICAL_SECTION* callersSection, unsigned long timeoutMs) {
     platform::KernelHandle event = takeEvent();
     if (!event) {
+        // Like a wake-up without a cause, which callers expect. The section is left all the same, so that another
+        // thread can bring about the state that the caller waits for.
         ::LeaveCriticalSection(callersSection);
         ::EnterCriticalSection(callersSection);
         return true;
     }
+    // In the list before the section is left, so that no wake-up after a change of the state can miss it.
     Waiter waiter{event.get()};
     append(waiter);
     ::LeaveCriticalSection(callersSection);
     const DWORD result = ::WaitForSingleObject(event.get(), timeoutMs);
     const bool isReleased = finish(waiter, result, event);
     ::EnterCriticalSection(callersSection);
-    return isReleased || result != WAIT_TIMEOUT;
+    return isReleased || result != WAIT_TIMEOUT;  // a failed wait counts as a wake-up
 }
 
 platform::KernelHandle xoWaitConditionPrivateEvent::takeEvent() {
@@ -93,6 +98,7 @@ bool xoWaitConditionPrivateEvent::finish(Waiter& waiter, DWORD waitResult, platf
         // The wake-up came after the wait had timed out or failed: it counts, but nothing has reset the event yet.
         ::ResetEvent(event.get());
     }
+    // After a failed wait the state of the event is not certain, so it is closed.
     if (waitResult != WAIT_FAILED && mSpareCount < kMaxSpares) mSpares[mSpareCount++] = std::move(event);
     return waiter.isReleased;
 }

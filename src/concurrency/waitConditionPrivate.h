@@ -46,10 +46,11 @@ public:
 
 private:
     struct Waiter;
-    static constexpr int kMaxSpares = 4;
+    static constexpr int kMaxSpares = 4;  // events that are kept, so that most waits need not create one
 
     // An auto-reset event that is not set; null when the system has none left.
     platform::KernelHandle takeEvent();
+    // The list is linked through the waiters, so that neither allocates memory.
     void append(Waiter& waiter);
     void remove(Waiter& waiter) XO_REQUIRES(mLock);
 

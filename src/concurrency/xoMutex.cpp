@@ -16,14 +16,14 @@ constexpr char kCreatedEarly[] = "Mutex created before full init of xoSystem";
 platform::KernelHandle openSystemMutex(const char* name) {
     std::string kernelName = name ? name : platform::createUuid();
     for (char& c : kernelName)
-        if (c == '\\') c = '/';  // what stands before a backslash would be a kernel namespace
+        if (c == '\\') c = '/';  // Windows takes the part in front of a backslash for a kernel namespace
     // For the processes of all sessions: https://learn.microsoft.com/windows/win32/termserv/kernel-object-namespaces
     kernelName.insert(0, "Global\\");
     const std::wstring wideName = platform::toWide(kernelName);
     platform::KernelHandle mutex(
         ::CreateMutexW(/*lpMutexAttributes=*/nullptr, /*bInitialOwner=*/FALSE, wideName.c_str()));
     if (mutex || ::GetLastError() != ERROR_ACCESS_DENIED) return mutex;
-    // CreateMutexW wants all access to a mutex that exists; its owner may grant this process only what a lock needs:
+    // CreateMutexW asks for all access to a mutex that exists; its owner may grant this process only what a lock needs:
     // https://learn.microsoft.com/windows/win32/api/synchapi/nf-synchapi-createmutexw
     return platform::KernelHandle(
         ::OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, /*bInheritHandle=*/FALSE, wideName.c_str()));
@@ -55,7 +55,7 @@ bool xoMutex::tryLock() XO_NO_THREAD_SAFETY_ANALYSIS { return ::TryEnterCritical
 void* xoMutex::getMutexData() const { return &mPrivate->section; }
 
 struct xoMutex2::Private {
-    platform::KernelHandle mutex;
+    platform::KernelHandle mutex;  // belongs to a thread: ReleaseMutex by another one fails and changes nothing
 };
 
 xoMutex2::xoMutex2() : mPrivate(std::make_unique<Private>()) {
@@ -67,6 +67,7 @@ xoMutex2::~xoMutex2() = default;
 
 void xoMutex2::lock() XO_NO_THREAD_SAFETY_ANALYSIS { ::WaitForSingleObject(mPrivate->mutex.get(), INFINITE); }
 
+// WAIT_ABANDONED, after the death of an owner, gives false too, although the caller owns the mutex then.
 bool xoMutex2::tryLock(unsigned int timeoutMs) XO_NO_THREAD_SAFETY_ANALYSIS {
     return ::WaitForSingleObject(mPrivate->mutex.get(), timeoutMs) == WAIT_OBJECT_0;
 }
@@ -74,7 +75,7 @@ bool xoMutex2::tryLock(unsigned int timeoutMs) XO_NO_THREAD_SAFETY_ANALYSIS {
 void xoMutex2::unlock() XO_NO_THREAD_SAFETY_ANALYSIS { ::ReleaseMutex(mPrivate->mutex.get()); }
 
 struct xoMutexSystem::Private {
-    platform::KernelHandle mutex;  // null when the system refused it
+    platform::KernelHandle mutex;  // null when the system refused it: the calls below then fail and do nothing
 };
 
 xoMutexSystem::xoMutexSystem(const char* name) : xoMutexSystem(name, impl::WithoutEarlyWarning()) {

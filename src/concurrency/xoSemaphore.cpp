@@ -9,6 +9,7 @@ xoSemaphore::~xoSemaphore() = default;
 
 void xoSemaphore::acquire(unsigned int n) {
     const xoMutexLocker locker(mMutex);
+    // All n at once: threads that each held a part of what they need could wait for each other for ever.
     while (getNoResources() < n) mCondition.wait(&mMutex);
     mCount.store(getNoResources() - n, std::memory_order_relaxed);
 }

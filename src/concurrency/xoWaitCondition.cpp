@@ -17,6 +17,7 @@ std::unique_ptr<xoWaitConditionPrivate> make() {
     return std::make_unique<Implementation>();
 }
 
+// FindBestImplementation replaces it, during full initialisation; objects that exist then keep their implementation.
 std::atomic<Factory> factory{make<xoWaitConditionPrivateEvent>};
 
 }  // namespace
