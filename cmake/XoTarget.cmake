@@ -2,7 +2,9 @@
 
 add_library(xoWarnings INTERFACE)
 if(MSVC)
-  target_compile_options(xoWarnings INTERFACE /W4 /WX /permissive- /utf-8)
+  target_compile_options(xoWarnings INTERFACE /W4 /WX /permissive-)
+  # C4996 recommends functions that only this C runtime has.
+  target_compile_definitions(xoWarnings INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
   target_compile_options(xoWarnings INTERFACE
     -Wall -Wextra -Wpedantic -Werror
@@ -10,10 +12,15 @@ else()
     -Wconversion    # 64-bit sizes meet 32-bit Windows interfaces everywhere here
     -Wno-language-extension-token  # __try and __int64 come from the platform
     -Wdate-time)    # the same sources give the same bytes
-  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    target_compile_options(xoWarnings INTERFACE -Wthread-safety)
-  endif()
 endif()
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang") # clang-cl as well
+  target_compile_options(xoWarnings INTERFACE -Wthread-safety)
+endif()
+
+# For tests, which find the library's module by the name of its file: a debug build for Visual Studio has another name.
+add_library(xoLibraryFile INTERFACE)
+target_compile_definitions(xoLibraryFile INTERFACE
+  $<$<STREQUAL:$<TARGET_PROPERTY:xoSystem,TYPE>,SHARED_LIBRARY>:XO_LIBRARY_FILE="$<TARGET_FILE_NAME:xoSystem>">)
 
 # Gives a program or library the project's language level, warnings, Windows target and, beside it, its PDB.
 function(xo_target_defaults target)
@@ -26,12 +33,28 @@ function(xo_target_defaults target)
   target_compile_definitions(${target} PRIVATE
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN WINVER=0x0A00 _WIN32_WINNT=0x0A00)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:xoWarnings>)
-  if(NOT MSVC)
+  if(MSVC)
+    xo_use_msvc_settings(${target})
+  else()
     xo_build_the_same_bytes(${target})
     target_link_options(${target} PRIVATE
       -Wl,--pdb= # beside the program, under its name
       -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
   endif()
+endfunction()
+
+# What cl and clang-cl need beyond their defaults, and link.exe and lld-link.
+function(xo_use_msvc_settings target)
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
+    /utf-8            # sources and literals, whatever the machine's code page
+    /EHsc             # under /EHa, catch (...) would take processor faults before the fault guard's filter sees them
+    /Zc:__cplusplus /Zc:inline>)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "MSVC")
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:/MP>)
+  endif()
+  # Crash reports need the PDB in every configuration, and the names of functions instead of those of the thunks of an
+  # incremental link. /DEBUG alone would switch off what makes the program small.
+  target_link_options(${target} PRIVATE /DEBUG /INCREMENTAL:NO $<$<NOT:$<CONFIG:Debug>>:/OPT:REF,ICF>)
 endfunction()
 
 # Neither the time nor a folder of this machine is in what is built: sources lie in /xoSystem wherever they were, a

@@ -13,6 +13,30 @@
 #    define XOSYSTEM_API __declspec(dllimport)
 #endif
 
+// Host and library share one C++ runtime and one layout of std::string and its like. With Microsoft's C++ library, the
+// build of xoSystem records its settings in a header, and a host with others does not compile.
+#if defined(_MSC_VER)
+#    include <iosfwd>  // defines _ITERATOR_DEBUG_LEVEL
+#    if defined(_DEBUG) && !__has_include("xoSystem/xoBuiltDebug.h")
+#        error "The debug library xoSystemd is not here: build and install the configuration Debug, or compile with /MD."
+#    elif defined(_DEBUG)
+#        include "xoSystem/xoBuiltDebug.h"
+#    elif !__has_include("xoSystem/xoBuiltRelease.h")
+#        error "The release library xoSystem is not here: build and install RelWithDebInfo, or compile with /MDd."
+#    else
+#        include "xoSystem/xoBuiltRelease.h"
+#    endif
+#    if defined(_DLL) != XOSYSTEM_BUILT_WITH_RUNTIME_DLL
+#        error "xoSystem was built for another C++ runtime: either both use /MD (or /MDd), or both /MT (or /MTd)."
+#    endif
+#    if _ITERATOR_DEBUG_LEVEL != XOSYSTEM_BUILT_WITH_ITERATOR_DEBUG_LEVEL
+#        error "xoSystem was built with another _ITERATOR_DEBUG_LEVEL, which changes the layout of standard containers."
+#    endif
+#    if defined(XOSYSTEM_STATIC) != XOSYSTEM_BUILT_STATIC
+#        error "XOSYSTEM_STATIC must be defined if and only if xoSystem was built as a static library."
+#    endif
+#endif
+
 // Clang's thread safety analysis, https://clang.llvm.org/docs/ThreadSafetyAnalysis.html
 #if defined(__clang__)
 #    define XO_THREAD_ATTRIBUTE(x) __attribute__((x))

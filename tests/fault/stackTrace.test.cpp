@@ -63,7 +63,7 @@ TEST_F(StackTrace, NamesFunctionsFilesAndLinesOfHostAndLibrary) {
 }
 
 TEST_F(StackTrace, KnowsTheWayToThrowsAndToNowhere) {
-    EXPECT_TRUE(hasInOrder(traceOf(&throwText), {"RaiseException @0x", "kernelbase.dll", "__cxa_throw @0x",
+    EXPECT_TRUE(hasInOrder(traceOf(&throwText), {"RaiseException @0x", "kernelbase.dll", xo::tests::kThrowingFunction,
                                                  "throwText @0x", "ExecGuardedCode @0x"}));
     nowhere = nullptr;
     EXPECT_TRUE(hasInOrder(traceOf(&callNowhere), {"\n\t#  @0x0 in \n\t# ", "callNowhere @0x", "ExecGuardedCode @0x"}));
@@ -103,7 +103,7 @@ TEST_F(StackTrace, KnowsTheModuleThatIsNowAtAnAddress) {
 HMODULE unloaded = nullptr;  // a module that another thread unloads while a report looks at it
 BOOL WINAPI findUnloaded(DWORD flags, LPCWSTR address, HMODULE* module) {
     const BOOL isFound = ImportHook::behind(&findUnloaded)(flags, address, module);
-    if (isFound && *module == ::GetModuleHandleW(L"xoSystem.dll")) *module = unloaded;
+    if (isFound && *module == ::GetModuleHandleW(L"" XO_LIBRARY_FILE)) *module = unloaded;
     return isFound;
 }
 

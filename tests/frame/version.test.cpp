@@ -39,7 +39,7 @@ TEST(LibraryVersion, IsTheOneInTheFile) {
     EXPECT_TRUE(Version::GetYear() == 2020 && Version::GetMonth() == 5);
 
 #if !defined(XOSYSTEM_STATIC)  // a program that the library is linked into has a version resource of its own
-    const HMODULE library = ::GetModuleHandleW(L"xoSystem.dll");
+    const HMODULE library = ::GetModuleHandleW(L"" XO_LIBRARY_FILE);
     const HRSRC found = ::FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
     ASSERT_TRUE(found);
     const auto* const fixedInfo = static_cast<const DWORD*>(::LockResource(::LoadResource(library, found))) + 10;

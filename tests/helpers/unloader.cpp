@@ -27,13 +27,13 @@ bool runGuarded(Guard guard) {
 
 int main() {
     for (int round = 0; round < 3; ++round) {
-        const HMODULE library = ::LoadLibraryW(L"xoSystem.dll");
+        const HMODULE library = ::LoadLibraryW(L"" XO_LIBRARY_FILE);
         if (!library) return 2;
         const auto guard = reinterpret_cast<Guard>(reinterpret_cast<void*>(::GetProcAddress(library, kGuard)));
         if (!guard || !runGuarded(guard)) return 3;
         if (::GetModuleHandleW(L"dbghelp.dll")) return 4;
         ::FreeLibrary(library);
-        if (::GetModuleHandleW(L"xoSystem.dll")) return 5;
+        if (::GetModuleHandleW(L"" XO_LIBRARY_FILE)) return 5;
     }
     return 7;
 }

@@ -45,10 +45,14 @@ public:
     }
 
 private:
-    static void** findSlot(const char* moduleName, const char* functionName) {
 #if defined(XOSYSTEM_STATIC)
-        if (moduleName && std::strcmp(moduleName, "xoSystem.dll") == 0) moduleName = nullptr;
+    static constexpr const char* kLibraryFile = nullptr;
+#else
+    static constexpr char kLibraryFile[] = XO_LIBRARY_FILE;
 #endif
+
+    static void** findSlot(const char* moduleName, const char* functionName) {
+        if (moduleName && std::strcmp(moduleName, "xoSystem.dll") == 0) moduleName = kLibraryFile;
         auto* const base = reinterpret_cast<std::uint8_t*>(::GetModuleHandleA(moduleName));
         if (!base) return nullptr;
         const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
