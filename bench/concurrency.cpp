@@ -320,7 +320,7 @@ void measureThread(Suite& suite) {
 
 int calls = 0;
 
-__attribute__((noinline)) void countCall() {
+__declspec(noinline) void countCall() {
     ++calls;
     keep(calls);
 }

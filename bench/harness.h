@@ -19,7 +19,12 @@ namespace bench {
 // Makes the compiler believe that the value is used.
 template <class T>
 void keep(const T& value) {
+#if defined(_MSC_VER) && !defined(__clang__)  // cl has no assembler for x64
+    static const volatile void* volatile kept;
+    kept = &value;
+#else
     asm volatile("" : : "r,m"(value) : "memory");
+#endif
 }
 
 // Ends the program with a message unless the condition holds: asked before a case is measured, for what makes the

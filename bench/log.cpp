@@ -25,7 +25,7 @@ std::size_t bytesSeen = 0;
 
 void countBytes(const std::string& message, xo::xoLogType, const std::string&, void*) { bytesSeen += message.size(); }
 
-__attribute__((noinline)) void plainHandler(const std::string& message) { bytesSeen += message.size(); }
+__declspec(noinline) void plainHandler(const std::string& message) { bytesSeen += message.size(); }
 
 // Hands each line to a function of the host, under the sink's lock, as this library does.
 class CallbackSink final : public spdlog::sinks::base_sink<std::mutex> {

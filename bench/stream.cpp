@@ -119,31 +119,31 @@ private:
 
 // ---- The data stream. Each function is compiled for a device that it knows nothing of.
 
-__attribute__((noinline)) bool writeOurs(Records& records, xo::xoIoDevice& device, int order) {
+__declspec(noinline) bool writeOurs(Records& records, xo::xoIoDevice& device, int order) {
     xo::xoDataStream stream(&device, order);
     for (Record& record : records) record.visit([&](const auto& value) { stream << value; });
     return stream.isOk();
 }
 
-__attribute__((noinline)) bool readOurs(Records& records, xo::xoIoDevice& device, int order) {
+__declspec(noinline) bool readOurs(Records& records, xo::xoIoDevice& device, int order) {
     xo::xoDataStream stream(&device, order);
     for (Record& record : records) record.visit([&](auto& value) { stream >> value; });
     return stream.isOk();
 }
 
-__attribute__((noinline)) void writeCereal(Records& records, std::ostream& out, int order) {
+__declspec(noinline) void writeCereal(Records& records, std::ostream& out, int order) {
     using Archive = cereal::PortableBinaryOutputArchive;
     Archive archive(out, order == 1 ? Archive::Options::BigEndian() : Archive::Options::LittleEndian());
     for (Record& record : records) record.visit([&](const auto& value) { archive(value); });
 }
 
 // The order stands in the bytes.
-__attribute__((noinline)) void readCereal(Records& records, std::istream& in) {
+__declspec(noinline) void readCereal(Records& records, std::istream& in) {
     cereal::PortableBinaryInputArchive archive(in);
     for (Record& record : records) record.visit([&](auto& value) { archive(value); });
 }
 
-__attribute__((noinline)) void copyOut(Records& records, char* to) {
+__declspec(noinline) void copyOut(Records& records, char* to) {
     for (Record& record : records)
         record.visit([&](const auto& value) {
             std::memcpy(to, &value, sizeof value);
@@ -151,7 +151,7 @@ __attribute__((noinline)) void copyOut(Records& records, char* to) {
         });
 }
 
-__attribute__((noinline)) void copyIn(Records& records, const char* from) {
+__declspec(noinline) void copyIn(Records& records, const char* from) {
     for (Record& record : records)
         record.visit([&](auto& value) {
             std::memcpy(&value, from, sizeof value);
@@ -262,7 +262,7 @@ void measureInFile(Suite& suite, Records& records, int order) {
 
 // ---- Devices on one another.
 
-__attribute__((noinline)) void fill(xo::xoIoDevice& device, const std::vector<char>& piece, std::size_t pieces) {
+__declspec(noinline) void fill(xo::xoIoDevice& device, const std::vector<char>& piece, std::size_t pieces) {
     for (std::size_t i = 0; i < pieces; ++i) keep(device.writeBytes(piece.data(), piece.size()));
 }
 
@@ -295,13 +295,13 @@ void measureStacks(Suite& suite, std::size_t pieceSize) {
 
 constexpr int kWords = 4000000;
 
-__attribute__((noinline)) bool writeWords(xo::xoIoDevice& device) {
+__declspec(noinline) bool writeWords(xo::xoIoDevice& device) {
     xo::xoDataStream stream(&device, xo::xoDataStream::EndiannessLittle);
     for (int i = 0; i < kWords; ++i) stream << i;
     return stream.isOk();
 }
 
-__attribute__((noinline)) bool readWords(xo::xoIoDevice& device) {
+__declspec(noinline) bool readWords(xo::xoIoDevice& device) {
     xo::xoDataStream stream(&device, xo::xoDataStream::EndiannessLittle);
     int last = -1;
     for (int i = 0; i < kWords; ++i) stream >> last;

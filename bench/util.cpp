@@ -51,9 +51,13 @@ void measureStamps(Suite& suite) {
 void measureMachine(Suite& suite) {
     using Utils = xo::xoSystemUtils;
     static const xo::CPUInfo& cpu = xo::CPUInfo::Get();
+#if defined(_MSC_VER)
+    const Other other{"IsProcessorFeaturePresent", many([] { return ::IsProcessorFeaturePresent(40 /* AVX2 */); })};
+#else
+    const Other other{"__builtin_cpu_supports", many([] { return __builtin_cpu_supports("avx2"); })};
+#endif
     suite.compare("util", "a feature of the processor", kCalls,
-                  many([] { return cpu.hasFeature(xo::CPUInfo::FeatureAVX2); }),
-                  {{"__builtin_cpu_supports", many([] { return __builtin_cpu_supports("avx2"); })}});
+                  many([] { return cpu.hasFeature(xo::CPUInfo::FeatureAVX2); }), {other});
     constexpr int kAtOnce = Utils::ReportAll & ~(Utils::ReportGraphics | Utils::ReportVolumes | Utils::ReportDisks);
     suite.compare(
         "util", "report, what answers at once", 1, [] { keep(Utils::GetReport(kAtOnce)); },

@@ -13,7 +13,7 @@ struct Account {
 };
 
 // Not inlined, so that the report shows the way here.
-__attribute__((noinline)) void deposit(volatile Account* account, int amount) { account->balance += amount; }
+__declspec(noinline) void deposit(volatile Account* account, int amount) { account->balance += amount; }
 
 void bookToNobody() { deposit(nullptr, 42); }
 

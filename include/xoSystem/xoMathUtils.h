@@ -3,7 +3,7 @@
 //     xo::xoMathUtils::BytesToText(1468006);                  // "1.40 MiB"
 //     xo::xoMathUtils::CountToText(1234567);                  // "1,234,567"
 //     xo::xoMathUtils::DurationToText(7380);                  // "2 h 03 min"
-//     xo::xoMathUtils::SiToText(12.3e-6, "F");                // "12.3 µF"
+//     xo::xoMathUtils::SiToText(12.3e-6, "F");                // "12.3 uF" with the micro sign
 //     std::uint64_t limit = 0;
 //     if (!xo::xoMathUtils::ParseBytes(typed, limit)) complain();     // "1.5 MiB", "250Mi", "10 mb"
 //
@@ -64,8 +64,8 @@ public:
     // As on a clock: "0:17", "2:03:09", "100:00:00", with up to 9 decimals "0:17.25".
     static std::string DurationToClock(double seconds, int decimals = 0);
 
-    // With a prefix from q (10^-30) to Q (10^30): "1.50 kHz", "12.3 µF" (U+00B5), "1.00 M" without a unit; 0 is "0 V".
-    // Values beyond these prefixes have the last one, with zeros.
+    // With a prefix from q (10^-30) to Q (10^30): "1.50 kHz", "12.3 uF" with the micro sign U+00B5,
+    // "1.00 M" without a unit; 0 is "0 V". Values beyond these prefixes have the last one, with zeros.
     static std::string SiToText(double value, std::string_view unit = {}, int digits = 3);
 
     // "47 %" for the fraction 0.4711, or with one of up to 17 decimals "47.1 %".
@@ -95,9 +95,9 @@ public:
     static bool ParseCount(std::string_view text, std::int64_t& value, char separator = ',');
 
     // "90" (seconds), "2h 3m", "1h30m", "1.5 h", "14.2ms", "3 days 4 hours", "2:03:09", "0:17.2", with "-" or nothing
-    // in front. Units, in any case and with a plural s: ns, us, µs, ms, s sec second, m min minute, h hr hour, d day, w
-    // week; each once, the larger first, a fraction in the last number alone. In the form of a clock all numbers but
-    // the first are below 60.
+    // in front. Units, in any case and with a plural s: ns, us (also with U+00B5), ms, s sec second, m min minute, h hr
+    // hour, d day, w week; each once, the larger first, a fraction in the last number alone. In the form of a clock all
+    // numbers but the first are below 60.
     static bool ParseDuration(std::string_view text, double& seconds);
 
     // "1.5 kHz", "12.3uF", "-5". K too is 1000, and u, U+00B5 and U+03BC are 10^-6; otherwise case counts. The unit may

@@ -3,7 +3,7 @@
 //     std::string line = "  name = 007 ";
 //     xo::xoStringUtils::trim(line);                              // "name = 007"
 //     auto parts = xo::xoStringUtils::Split(line, '=', false);    // "name ", " 007"
-//     auto path = xo::xoStringUtils::convertToUnicode("été.txt", xo::xoStringUtils::CharSetUtf8);
+//     auto path = xo::xoStringUtils::convertToUnicode(nameInUtf8, xo::xoStringUtils::CharSetUtf8);
 //
 // Narrow text is UTF-8 unless a name says otherwise. Functions that work byte by byte (trimming, case, searching) treat
 // ASCII characters only and leave all other bytes as they are, so they never break a UTF-8 sequence. Nothing here

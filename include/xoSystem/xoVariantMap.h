@@ -51,7 +51,8 @@ public:
     using iterator = Container::iterator;
     using const_iterator = Container::const_iterator;
 
-    // The map that is assigned may lie inside the one that it is assigned to.
+    // The map that is assigned may lie inside the one that it is assigned to. With Microsoft's std::map, making and
+    // moving a map takes a small block of memory; where none is left, this ends the program.
     xoVariantMapImpl() noexcept = default;
     xoVariantMapImpl(const xoVariantMapImpl& other);
     xoVariantMapImpl(xoVariantMapImpl&&) noexcept = default;

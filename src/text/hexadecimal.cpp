@@ -69,7 +69,7 @@ bool decode(const char* text, std::size_t size, char* out) {
 // Whether the input begins in the buffer of the output. The whole capacity counts, because resizing may write behind
 // the present end. std::less orders any two pointers, operator< only those into one array.
 bool liesIn(const char* data, const std::string& out) {
-    const std::less<> before;
+    const std::less<> before{};
     return !before(data, out.data()) && !before(out.data() + out.capacity(), data);
 }
 

@@ -92,7 +92,7 @@ struct OrderRule {
     // By address, because the interface offers equality only. std::less orders pointers to unrelated objects, for which
     // the operator < is unspecified: https://en.cppreference.com/w/cpp/utility/functional/less
     static int orderOfUserData(const xoVariant::UserDataInterface* a, const xoVariant::UserDataInterface* b) {
-        const std::less<> before;
+        const std::less<> before{};
         return before(a, b) ? -1 : before(b, a) ? 1 : 0;
     }
 };

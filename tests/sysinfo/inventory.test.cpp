@@ -39,20 +39,23 @@ TEST_F(Inventory, TheProcessorIsThatOfTheSystemAndTheCompiler) {
     const struct {
         CPUInfo::Feature feature;
         bool isThere;
-    } rows[] = {{CPUInfo::FeatureSSE3, __builtin_cpu_supports("sse3") != 0},
-                {CPUInfo::FeatureSSSE3, __builtin_cpu_supports("ssse3") != 0},
-                {CPUInfo::FeatureSSE4_1, __builtin_cpu_supports("sse4.1") != 0},
-                {CPUInfo::FeatureSSE4_2, __builtin_cpu_supports("sse4.2") != 0},
-                {CPUInfo::FeaturePOPCNT, __builtin_cpu_supports("popcnt") != 0},
-                {CPUInfo::FeatureAES, __builtin_cpu_supports("aes") != 0},
-                {CPUInfo::FeatureAVX, __builtin_cpu_supports("avx") != 0},
-                {CPUInfo::FeatureFMA, __builtin_cpu_supports("fma") != 0},
-                {CPUInfo::FeatureBMI1, __builtin_cpu_supports("bmi") != 0},
-                {CPUInfo::FeatureBMI2, __builtin_cpu_supports("bmi2") != 0},
-                {CPUInfo::FeatureAVX2, __builtin_cpu_supports("avx2") != 0},
-                {CPUInfo::FeatureAVX512F, __builtin_cpu_supports("avx512f") != 0},
-                {CPUInfo::FeatureSSE3, ::IsProcessorFeaturePresent(PF_SSE3_INSTRUCTIONS_AVAILABLE) != 0},
-                {CPUInfo::FeatureCMPXCHG16B, ::IsProcessorFeaturePresent(PF_COMPARE_EXCHANGE128) != 0}};
+    } rows[] = {
+#if !defined(_MSC_VER)  // cl has no such function, and clang-cl does not link it
+        {CPUInfo::FeatureSSE3, __builtin_cpu_supports("sse3") != 0},
+        {CPUInfo::FeatureSSSE3, __builtin_cpu_supports("ssse3") != 0},
+        {CPUInfo::FeatureSSE4_1, __builtin_cpu_supports("sse4.1") != 0},
+        {CPUInfo::FeatureSSE4_2, __builtin_cpu_supports("sse4.2") != 0},
+        {CPUInfo::FeaturePOPCNT, __builtin_cpu_supports("popcnt") != 0},
+        {CPUInfo::FeatureAES, __builtin_cpu_supports("aes") != 0},
+        {CPUInfo::FeatureAVX, __builtin_cpu_supports("avx") != 0},
+        {CPUInfo::FeatureFMA, __builtin_cpu_supports("fma") != 0},
+        {CPUInfo::FeatureBMI1, __builtin_cpu_supports("bmi") != 0},
+        {CPUInfo::FeatureBMI2, __builtin_cpu_supports("bmi2") != 0},
+        {CPUInfo::FeatureAVX2, __builtin_cpu_supports("avx2") != 0},
+        {CPUInfo::FeatureAVX512F, __builtin_cpu_supports("avx512f") != 0},
+#endif
+        {CPUInfo::FeatureSSE3, ::IsProcessorFeaturePresent(PF_SSE3_INSTRUCTIONS_AVAILABLE) != 0},
+        {CPUInfo::FeatureCMPXCHG16B, ::IsProcessorFeaturePresent(PF_COMPARE_EXCHANGE128) != 0}};
     for (const auto& row : rows)
         EXPECT_EQ(cpu.hasFeature(row.feature), row.isThere) << CPUInfo::FeatureToString(row.feature);
     EXPECT_STREQ(CPUInfo::FeatureToString(CPUInfo::FeatureINVARIANT_TSC), "INVARIANT_TSC");
