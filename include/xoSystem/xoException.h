@@ -31,7 +31,8 @@ namespace xo::exception {
 // outermost termination. They report faults outside any guard, each signal once, but do not prevent the end of the
 // process: the faulting instruction runs again, without a handler. The C runtime of Windows keeps the handlers of these
 // signals separately for each thread, so they are installed on the thread that initialised the library, and on threads
-// that the library starts while they are installed.
+// that the library starts while they are installed. Faults of other threads are reported by an unhandled-exception
+// filter, which calls the one that the host had set before, and is taken back at the termination.
 // https://learn.microsoft.com/cpp/c-runtime-library/reference/signal
 XOSYSTEM_API bool IsSigWatcherRegistered();
 
