@@ -204,7 +204,7 @@ char* printReal(char* out, double value, int precision, int capacity) {
         if (value < 0) *out++ = '-';
         return printRounded(out, rounded, precision);
     }
-    if (std::isnan(value)) value = std::fabs(value);  // a stream prints NaN without a sign
+    if (std::isnan(value)) return std::copy_n("nan", 3, out);  // std::to_chars may add a sign or the kind of NaN
     return std::to_chars(out, out + capacity, value, std::chars_format::general, precision).ptr;
 }
 

@@ -19,6 +19,19 @@ namespace xo::tests {
 
 using Reports = std::vector<std::string>;
 
+// The code of this compiler's exceptions, the same in a report, and that of the other compiler family's.
+#if defined(_MSC_VER)
+constexpr char kThrow[] = "Msvc C++ Exception 0xe06d7363";
+constexpr char kThrowingFunction[] = "_CxxThrowException @0x";
+constexpr char kForeignThrow[] = "Msvc C++ Exception 0x20474343";
+constexpr DWORD kForeignCode = 0x20474343;
+#else
+constexpr char kThrow[] = "Msvc C++ Exception 0x20474343";
+constexpr char kThrowingFunction[] = "__cxa_throw @0x";
+constexpr char kForeignThrow[] = "Msvc C++ Exception 0xe06d7363";
+constexpr DWORD kForeignCode = 0xE06D7363;
+#endif
+
 constexpr char kFaultReport[] = "Catch std exception : Catch an SEH exception";
 
 // How a guarded call ends: "returned", or the kind of the exception and its text.

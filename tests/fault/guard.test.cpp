@@ -12,9 +12,9 @@ using xo::exception::impl::ExecGuardedCode;
 using xo::tests::faultLine;
 using xo::tests::FaultTest;
 using xo::tests::kFaultReport;
+using xo::tests::kThrow;
 using xo::tests::outcomeOf;
 
-constexpr char kThrow[] = "Msvc C++ Exception 0x20474343";
 constexpr char kViolation[] = "EXCEPTION_ACCESS_VIOLATION 0xc0000005";
 
 __declspec(noinline) void writeToNull() { *static_cast<volatile int*>(nullptr) = 1; }

@@ -90,7 +90,8 @@ TEST_F(IoDevice, AnswersEachOperationInEachState) {
                 table >> expected;
                 Devices devices(state);
                 xoIoDevice& device = *devices.byName.at(name);
-                std::string outcome = std::to_string(perform(operation, device)) + (device.good() ? "" : "!");
+                std::string outcome = std::to_string(perform(operation, device));
+                if (!device.good()) outcome += '!';
                 std::vector<std::string> lines;
                 if (std::isalpha(expected.back())) {
                     if (enabled) lines = {messageFor(expected.back(), operation)};

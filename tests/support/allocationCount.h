@@ -1,4 +1,5 @@
-// Counts what the C++ runtime that host and DLL share allocates while the object lives, and can refuse it.
+// Counts what the C++ runtime that host and DLL share allocates while the object lives, and can refuse it. Microsoft's
+// operator new is in each of the two, so what the library allocates by itself is counted there.
 #ifndef XO_TESTS_ALLOCATIONCOUNT_H
 #define XO_TESTS_ALLOCATIONCOUNT_H
 
@@ -11,7 +12,7 @@ namespace xo::tests {
 
 class AllocationCount {
 public:
-    AllocationCount() : mHook("libstdc++-6.dll", "malloc", &countingMalloc) {
+    AllocationCount() : mHook(kAllocator, "malloc", &countingMalloc) {
         msOriginal = mHook.original<void*(std::size_t)>();
         msCount = 0;
     }
@@ -23,6 +24,12 @@ public:
     static void refuseAll(bool refuses) { msRefuses = refuses; }
 
 private:
+#if defined(_MSC_VER)
+    static constexpr char kAllocator[] = "xoSystem.dll";
+#else
+    static constexpr char kAllocator[] = "libstdc++-6.dll";
+#endif
+
     static void* countingMalloc(std::size_t size) {
         ++msCount;
         return msRefuses ? nullptr : msOriginal(size);

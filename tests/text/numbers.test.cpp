@@ -62,6 +62,7 @@ TEST(NumberText, ReadsDecimalRealsAlone) {
 
 template <class Value>
 std::string streamed(Value value, int width, int precision = 6) {
+    if (value != value) return "nan";  // Microsoft's C runtime adds a sign or the kind of NaN
     std::ostringstream stream;
     stream << std::setfill('0') << std::setw(width) << std::setprecision(precision) << value;
     return stream.str();
