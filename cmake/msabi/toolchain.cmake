@@ -1,0 +1,26 @@
+# Microsoft's ABI with clang-cl and lld-link on Debian. XO_MSABI_WORK is the folder that cmake/msabi/check fills, and
+# cmake/msabi/build with a C and C++ runtime; without one, CMake configures and builds nothing.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR AMD64)
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES XO_MSABI_WORK)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+
+foreach(language C CXX)
+  set(CMAKE_${language}_COMPILER ${XO_MSABI_WORK}/bin/clang-cl)
+  set(CMAKE_${language}_COMPILER_TARGET x86_64-pc-windows-msvc)
+  set(CMAKE_${language}_COMPILER_WORKS 1)
+  if(EXISTS ${XO_MSABI_WORK}/flags.rsp)
+    set(CMAKE_${language}_FLAGS_INIT "@${XO_MSABI_WORK}/flags.rsp")
+  endif()
+  set(CMAKE_${language}_STANDARD_LIBRARIES "vcruntime.lib ucrt.lib kernel32.lib user32.lib shell32.lib ole32.lib \
+oleaut32.lib uuid.lib advapi32.lib" CACHE STRING "")
+endforeach()
+set(CMAKE_RC_COMPILER ${XO_MSABI_WORK}/bin/llvm-rc)
+set(CMAKE_RC_FLAGS_INIT "-I /usr/x86_64-w64-mingw32/include")
+set(CMAKE_MT ${XO_MSABI_WORK}/bin/llvm-mt)
+set(CMAKE_LINKER ${XO_MSABI_WORK}/bin/lld-link)
+set(CMAKE_AR ${XO_MSABI_WORK}/bin/llvm-lib)
+foreach(kind EXE SHARED MODULE)
+  set(CMAKE_${kind}_LINKER_FLAGS_INIT "/manifest:no /libpath:${XO_MSABI_WORK}/lib")
+endforeach()
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../wine-test)
