@@ -18,11 +18,11 @@
 #if defined(_MSC_VER)
 #    include <iosfwd>  // defines _ITERATOR_DEBUG_LEVEL
 #    if defined(_DEBUG) && !__has_include("xoSystem/xoBuiltDebug.h")
-#        error "The debug library xoSystemd is not here: build and install the configuration Debug, or compile with /MD."
+#        error "The debug library xoSystemd is not here: install the configuration Debug, or compile with /MD."
 #    elif defined(_DEBUG)
 #        include "xoSystem/xoBuiltDebug.h"
 #    elif !__has_include("xoSystem/xoBuiltRelease.h")
-#        error "The release library xoSystem is not here: build and install RelWithDebInfo, or compile with /MDd."
+#        error "The release library xoSystem is not here: install RelWithDebInfo, or compile with /MDd."
 #    else
 #        include "xoSystem/xoBuiltRelease.h"
 #    endif

@@ -55,7 +55,8 @@ TEST_F(Inventory, TheProcessorIsThatOfTheSystemAndTheCompiler) {
         {CPUInfo::FeatureAVX512F, __builtin_cpu_supports("avx512f") != 0},
 #endif
         {CPUInfo::FeatureSSE3, ::IsProcessorFeaturePresent(PF_SSE3_INSTRUCTIONS_AVAILABLE) != 0},
-        {CPUInfo::FeatureCMPXCHG16B, ::IsProcessorFeaturePresent(PF_COMPARE_EXCHANGE128) != 0}};
+        {CPUInfo::FeatureCMPXCHG16B, ::IsProcessorFeaturePresent(PF_COMPARE_EXCHANGE128) != 0}
+    };
     for (const auto& row : rows)
         EXPECT_EQ(cpu.hasFeature(row.feature), row.isThere) << CPUInfo::FeatureToString(row.feature);
     EXPECT_STREQ(CPUInfo::FeatureToString(CPUInfo::FeatureINVARIANT_TSC), "INVARIANT_TSC");
