@@ -50,6 +50,7 @@ bool CsvParser::parse(std::uint64_t rowCount, bool& finished) {
     while (rowCount != 0) {
         if (!scan(rowCount)) return false;
         if (rowCount == 0) break;
+        // The scan ends in front of a sequence that is not valid or not complete yet.
         if (mEnd - mAt >= kLongestSequence) return failAtMalformed();
         bool moreInput = false;
         if (!refill(moreInput)) return false;
@@ -63,8 +64,8 @@ bool CsvParser::parse(std::uint64_t rowCount, bool& finished) {
     return true;
 }
 
-// Scans the valid bytes up to the end of the last row that is wanted. Marks and dialect are copied to locals, because
-// the compiler would load members again after each write to the buffer.
+// Scans the valid bytes up to the end of the last row that is wanted. False after an error. Marks and dialect are
+// copied to locals, because the compiler would load members again after each write to the buffer.
 bool CsvParser::scan(std::uint64_t& rowsLeft) {
     const CsvMarks marks = mMarks;
     const CsvDialect dialect = mDialect;
@@ -152,6 +153,7 @@ CsvParser::Row CsvParser::takeSpareRow() {
     return row;
 }
 
+// Gives the value of a cell to a variant, which may have any value from an earlier table.
 void CsvParser::fill(xoVariant& value, std::string_view text) {
     if (mDialect.guessTypes && variant::readNumber(text, value)) return;
     variant::BorrowedText::put(value, mTexts.add(text));
@@ -217,6 +219,7 @@ bool CsvParser::failAtMalformed() {
 void CsvParser::setTable(const Table& table) { mTable = table; }
 
 void CsvParser::clearTable() {
+    // After an error no more rows are parsed, so none are kept.
     if (mError.empty()) mSpareRows.swap(mTable);
     mTable.clear();
     mTexts.clear();

@@ -41,7 +41,7 @@ public:
     // Starts with an empty table and a source of that many bytes.
     void start(const CsvDialect& dialect, std::uint64_t size, Read read);
 
-    // Takes effect at the next row.
+    // Takes effect at the next row that is completed.
     void setGuessTypes(bool guessTypes) { mDialect.guessTypes = guessTypes; }
 
     // Appends up to that many rows. After an error the rows before it are in the table, and every later call fails the
@@ -59,12 +59,14 @@ public:
     // Empties the table and frees its memory.
     void releaseTable();
 
+    // Makes this and all later calls of parse and refill fail with the error. Returns false.
     bool fail(std::string error);
     const std::string& error() const { return mError; }
     std::uint32_t maxColumnCount() const { return mMaxColumnCount; }
 
     // Of the source, in bytes.
     std::uint64_t size() const { return mSize; }
+    // How many bytes of the source have been scanned.
     std::uint64_t parsedSize() const { return mSize - mUnread - (mEnd - mAt); }
 
 private:

@@ -17,21 +17,21 @@ constexpr std::uint64_t kMaxTransfer = std::uint64_t{1} << 30;  // a single call
 struct Opening {
     DWORD access;
     DWORD disposition;
-    bool reads, writes;
+    bool reads, writes;  // what the device allows
 };
 
 // By OpenMode. FILE_APPEND_DATA without FILE_WRITE_DATA makes the system write at the end, whoever else appends:
 // https://learn.microsoft.com/windows/win32/fileio/file-access-rights-constants
 //
-// OPEN_ALWAYS and then an empty file, because CREATE_ALWAYS refuses hidden and system files, and would empty a file
-// before it is known to be one.
+// For OpenWrite the file is opened with OPEN_ALWAYS and then emptied, because CREATE_ALWAYS refuses hidden and system
+// files, and would empty a file before it is known to be one on a disk.
 constexpr Opening kOpenings[] = {
-    {GENERIC_READ, OPEN_EXISTING, true, false},
-    {GENERIC_WRITE, OPEN_ALWAYS, false, true},
-    {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS, false, true},
-    {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, true, true},
-    {GENERIC_READ | GENERIC_WRITE, CREATE_NEW, true, true},
-    {0, 0, false, true},
+    {GENERIC_READ, OPEN_EXISTING, true, false},                                         // OpenRead
+    {GENERIC_WRITE, OPEN_ALWAYS, false, true},                                          // OpenWrite
+    {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS, false, true},  // OpenAppend
+    {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, true, true},                            // OpenReadWrite
+    {GENERIC_READ | GENERIC_WRITE, CREATE_NEW, true, true},                             // OpenNew
+    {0, 0, false, true},                                                                // OpenReplace
 };
 
 // By default a writer lets others read, and a reader shares everything.
@@ -126,7 +126,7 @@ std::uint64_t OpenedFile::read(std::uint64_t position, char* bytes, std::uint64_
     if (error == ERROR_SUCCESS) return done;
     // A failed transfer may have moved the position.
     mPosition = kUnknown;
-    // Far behind the end the file system may know no position any more.
+    // A file system may refuse a position that is far behind the end. Reading there gives no bytes, and is no error.
     if (position + done >= this->size()) error = ERROR_SUCCESS;
     return done;
 }

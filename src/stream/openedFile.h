@@ -19,7 +19,7 @@ public:
     // std::bad_alloc.
     DWORD open(const std::string& path, xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share,
                std::string& fullPath);
-    // Closes it. A new file that has not taken the place of the old one goes.
+    // Closes the file. With OpenReplace a new file that was not committed is deleted.
     void close() noexcept;
     bool isOpen() const { return mHandle != INVALID_HANDLE_VALUE; }
 
@@ -31,11 +31,11 @@ public:
     std::uint64_t size() const;
     // Reads at most that much, and less only at the end of the file or before an error.
     std::uint64_t read(std::uint64_t position, char* bytes, std::uint64_t size, DWORD& error);
-    // All of the bytes. A file that is appended to takes them at its end, wherever the position is.
+    // Writes all of the bytes, with OpenAppend at the end of the file whatever the position is.
     DWORD write(std::uint64_t position, const char* bytes, std::uint64_t size);
     DWORD resize(std::uint64_t bytes) const;
     DWORD flushToDisk() const;
-    // Puts the new file in the place of the old one.
+    // With OpenReplace: puts the new file in the place of the old one.
     DWORD commit();
 
 private:
@@ -44,7 +44,7 @@ private:
 
     DWORD moveTo(std::uint64_t position);
 
-    static constexpr std::uint64_t kUnknown = UINT64_MAX;
+    static constexpr std::uint64_t kUnknown = UINT64_MAX;  // differs from each position, so that moveTo moves
 
     HANDLE mHandle = INVALID_HANDLE_VALUE;  // owned by one of the two below
     platform::FileHandle mFile;

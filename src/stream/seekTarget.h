@@ -1,4 +1,4 @@
-// Where a seek of a device leads that has a beginning and an end.
+// The position to which a seek leads, for devices that have a beginning and an end.
 #ifndef XO_STREAM_SEEKTARGET_H
 #define XO_STREAM_SEEKTARGET_H
 
@@ -10,6 +10,7 @@
 
 namespace xo::stream {
 
+// Windows has signed positions.
 constexpr std::uint64_t kLastPosition = (std::numeric_limits<std::int64_t>::max)();
 
 // No value for a position before 0 or behind the last possible one, and for an unknown start. Both the current position

@@ -18,6 +18,7 @@ void copyEnds(char* out, const char* bytes, std::size_t size) {
     std::memcpy(out + size - kSize, last, kSize);
 }
 
+// As memcpy, for any size; 0 copies nothing, and the pointers may be null then.
 inline void copyShort(char* out, const char* bytes, std::size_t size) {
     if (size > 32) {
         std::memcpy(out, bytes, size);

@@ -6,7 +6,7 @@
 namespace xo::stream {
 
 std::string& StringArena::add(std::string_view text) {
-    // Larger capacities are given back: each string of the arena would have that of the longest text it ever held.
+    // A larger capacity is freed. Otherwise each string would keep the capacity of the longest text that it ever held.
     constexpr std::size_t kMaxCapacityKept = 256;
     if (mNext == mEnd) nextBlock();
     std::string& added = *mNext;
@@ -27,6 +27,7 @@ void StringArena::release() {
 }
 
 void StringArena::nextBlock() {
+    // In strings. Each block is twice as large as the one before, so that a small table takes little memory.
     constexpr std::size_t kFirstSize = 32;
     constexpr std::size_t kMaxSize = 1024;
     if (mNextBlock == mBlocks.size()) {

@@ -1,4 +1,4 @@
-// An arena of strings: they are given out one by one and freed all at once, and their memory is used again.
+// An arena of strings: they are handed out one by one and become free all at once, and their memory is used again.
 #ifndef XO_STREAM_STRINGARENA_H
 #define XO_STREAM_STRINGARENA_H
 

@@ -31,10 +31,11 @@ struct xoCsvFileReader::Private {
     stream::CsvDialect dialect;
     stream::CsvParser parser;  // reads from file while isStarted
     bool isStarted = false;
-    unsigned maxColumnCount = 0;
+    unsigned maxColumnCount = 0;  // of the parser; kept here for a copy, whose parser has read nothing
     std::string lastError;
     xoProgressScope* scope = nullptr;  // of the call under way
 
+    // Functions that return a bool have stored the last error when it is false.
     void copyFrom(const Private& other);
     void setFileName(const std::string& path);
     bool start();
@@ -45,7 +46,7 @@ struct xoCsvFileReader::Private {
     bool attempt(Step&& step);
     bool fail(const char* error);
     std::uint64_t fileSize() const;
-    std::size_t read(char* out, std::size_t capacity);
+    std::size_t read(char* out, std::size_t capacity);  // the parser's source
 };
 
 // A copy does not share the handle, whose position both would move. It opens the file again when it first parses.
@@ -64,7 +65,7 @@ void xoCsvFileReader::Private::setFileName(const std::string& path) {
     fileName.clear();
     attempt([&] {
         platform::FileHandle opened = openForReading(path);
-        fileName = path;
+        fileName = path;  // also after a failure, so that setting the same name does not try again
         file = std::move(opened);
         return file || fail(kOpenFailed);
     });
@@ -82,6 +83,7 @@ bool xoCsvFileReader::Private::openAndStart() {
     if (std::exchange(isOpenPending, false)) file = openForReading(fileName);
     if (!file) return fail(kOpenFailed);
     LARGE_INTEGER size{};
+    // The handle is kept from one parse to the next, and may be anywhere in the file.
     const bool isAtStart = ::GetFileSizeEx(file.get(), &size) &&
                            ::SetFilePointerEx(file.get(), LARGE_INTEGER{}, /*lpNewFilePointer=*/nullptr, FILE_BEGIN);
     if (!isAtStart) return fail("Failed to read the file");  // a pipe or a device
@@ -97,6 +99,8 @@ std::uint64_t xoCsvFileReader::Private::fileSize() const {
     return file && ::GetFileSizeEx(file.get(), &size) ? static_cast<std::uint64_t>(size.QuadPart) : 0;
 }
 
+// Progress is reported before a block is read, with what has been parsed of the blocks before it. A cancellation ends
+// the parse as a read error does.
 std::size_t xoCsvFileReader::Private::read(char* out, std::size_t capacity) {
     constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // ReadFile takes a 32-bit size
     if (scope && !scope->advanceTo(parser.parsedSize())) {
@@ -172,11 +176,11 @@ bool xoCsvFileReader::parseCsvFile(xoProgressNotifier* progress) {
     if (!startParsing()) return false;
     Private& self = *mPrivate;
     xoProgressScope work(progress, self.fileSize(), {}, ProgressUnitBytes);
-    self.scope = &work;
+    self.scope = &work;  // parseNext lets no exception out, so the pointer is reset in any case
     bool finished = false;
     const bool isDone = parseNext(finished, false, (std::numeric_limits<std::uint64_t>::max)());
     self.scope = nullptr;
-    if (isDone) {
+    if (isDone) {  // the last block has not been counted yet
         work.advanceTo(self.fileSize());
         work.finish();
     }
@@ -193,7 +197,7 @@ bool xoCsvFileReader::parseNext(bool& finished, bool clearTable, std::uint64_t r
     Private& self = *mPrivate;
     if (!self.isStarted && !self.start()) return false;
     if (clearTable) self.parser.clearTable();
-    self.parser.setGuessTypes(self.dialect.guessTypes);
+    self.parser.setGuessTypes(self.dialect.guessTypes);  // unlike the delimiters it may change in the midst of a file
     return self.parse([&] { return self.parser.parse(rowCount, finished); });
 }
 

@@ -94,6 +94,7 @@ void xoCsvFileWriter::openNextFile() {
         isOpen = self.device.openUtf8(self.path, xoIoDeviceFile::OpenWrite, xoIoDeviceFile::ShareAll);
     } catch (const std::bad_alloc&) {
     }
+    // Also after a failure: the first write to the closed device then clears the stream's flag.
     self.stream.setDevice(&self.device);
     if (!isOpen) {
         report("Fail to open csv file ", self.path);

@@ -123,7 +123,7 @@ void xoCsvStream::writeCell(const char* data, std::size_t size) {
     try {
         escape(data, size);
     } catch (const std::exception&) {  // std::bad_alloc or std::length_error
-        mOk = false;
+        mOk = false;                   // so the calls below write nothing
     }
     write(&mQuote, 1);
     write(mEscaped.data(), mEscaped.size());
@@ -153,7 +153,7 @@ bool xoCsvStream::isMarked(const char* data, std::size_t size) const {
 
 // Copies the cell with each quote character doubled.
 void xoCsvStream::escape(const char* data, std::size_t size) {
-    constexpr std::size_t kUsualQuotes = 8;
+    constexpr std::size_t kUsualQuotes = 8;  // so many quotes need no further allocation
     mEscaped.clear();
     mEscaped.reserve(size + kUsualQuotes);
     const char* const end = data + size;

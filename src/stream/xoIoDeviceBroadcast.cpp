@@ -16,7 +16,8 @@ std::uint64_t xoIoDeviceBroadcast::readBytes(char* /*buffer*/, std::uint64_t /*s
     return 0;
 }
 
-// Stops at the first device that fails. The devices before it have the bytes, those behind it have not.
+// Stops at the first device that fails. The devices before it have the bytes, those behind it have not. After an
+// earlier error of this object the bytes still go to the devices, but the result is 0.
 std::uint64_t xoIoDeviceBroadcast::writeBytes(const char* buffer, std::uint64_t size) {
     for (xoIoDevice* const device : mDevices) {
         if (device->writeBytes(buffer, size) >= size && !device->hasError()) continue;
@@ -43,9 +44,10 @@ bool xoIoDeviceBroadcast::seekg(std::int64_t /*offset*/, SeekStart /*start*/) {
 }
 
 bool xoIoDeviceBroadcast::seekp(std::int64_t offset, SeekStart start) {
+    // All devices move even if one fails, so that those that work stay at one position.
     for (xoIoDevice* const device : mDevices)
         if (!device->seekp(offset, start)) mError = true;
-    return !mError;
+    return !mError;  // so false also after an earlier error
 }
 
 std::uint64_t xoIoDeviceBroadcast::tellg() {
@@ -54,7 +56,7 @@ std::uint64_t xoIoDeviceBroadcast::tellg() {
     return 0;
 }
 
-// There is one position only while all devices agree. When they do not, it is 0 and an error.
+// This device has a position only if all devices have the same one. Otherwise that is an error.
 std::uint64_t xoIoDeviceBroadcast::tellp() {
     if (mDevices.empty()) return 0;
     const std::uint64_t position = mDevices.front()->tellp();

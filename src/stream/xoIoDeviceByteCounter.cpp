@@ -42,7 +42,7 @@ bool xoIoDeviceByteCounter::seekg(std::int64_t /*offset*/, SeekStart /*start*/) 
 }
 
 bool xoIoDeviceByteCounter::seekp(std::int64_t offset, SeekStart start) {
-    updateWriteEnd();
+    updateWriteEnd();  // a seek back must not make the end smaller
     switch (start) {
         // The position is set before the error is looked at, and stays set when the device refuses.
         case SeekFromBegin: mWritePosition = static_cast<std::uint64_t>(offset); break;
@@ -69,7 +69,7 @@ bool xoIoDeviceByteCounter::beginDelegation(xoIoDevice* device) {
 
 bool xoIoDeviceByteCounter::endDelegation() {
     updateWriteEnd();
-    clearDelegation();
+    clearDelegation();  // before hasError(), so that only the flag of this object counts
     return !hasError();
 }
 

@@ -29,7 +29,7 @@ struct xoIoDeviceFile::Private {
     std::uint64_t readAt = 0;
     std::uint64_t writeAt = 0;  // bufferAt + filled while the buffer holds unwritten bytes
     Holds holds = Holds::Nothing;
-    bool hasFailed = false;  // then the buffer holds nothing
+    bool hasFailed = false;  // the error flag; while it is raised, the buffer holds nothing
     bool hasLost = false;    // a write failed, and that is in the log
     DWORD error = ERROR_SUCCESS;
     stream::OpenedFile file;
@@ -98,8 +98,8 @@ std::uint64_t xoIoDeviceFile::Private::size() const {
 
 // ---- failing
 
-// The reason, or what the system has to say of the code. The destructor may call it, so it must not throw: without
-// memory the line is lost.
+// Logs the reason, or without one the system's text for the code. The destructor may call it, so it must not throw:
+// when memory runs out, the line is lost.
 void xoIoDeviceFile::Private::log(xoLogType type, const char* what, DWORD code, const char* reason) const noexcept {
     xoLog* const target = xoLog::editPtr();
     if (!target || !target->isLogTypeEnabled(type)) return;
@@ -162,7 +162,7 @@ bool xoIoDeviceFile::Private::release() {
 std::uint64_t xoIoDeviceFile::Private::write(const char* bytes, std::uint64_t size) {
     if (!bytes || size == 0 || !canTransfer()) return 0;
     if (!allows(file.writes(), "writeBytes on", "the file is open for reading")) {
-        hasLost = true;
+        hasLost = true;  // it has been logged, and close() has to return false
         return 0;
     }
     // The buffer may hold bytes read ahead of the same place, which the write makes out of date.
@@ -196,6 +196,7 @@ std::uint64_t xoIoDeviceFile::Private::takeBuffered(char* bytes, std::uint64_t s
     return count;
 }
 
+// Reads from the file, past the buffer. An error raises the flag.
 std::uint64_t xoIoDeviceFile::Private::readFrom(std::uint64_t position, char* bytes, std::uint64_t size) {
     DWORD code = ERROR_SUCCESS;
     const std::uint64_t got = file.read(position, bytes, size, code);
@@ -221,7 +222,7 @@ std::uint64_t xoIoDeviceFile::Private::read(char* bytes, std::uint64_t size) {
     std::uint64_t done = takeBuffered(bytes, size);
     while (done < size) {
         const std::uint64_t rest = size - done;
-        if (rest >= kCapacity) {
+        if (rest >= kCapacity) {  // goes to the caller without a copy in between
             const std::uint64_t got = readFrom(readAt, bytes + done, rest);
             readAt += got;
             done += got;
@@ -239,8 +240,9 @@ std::uint64_t xoIoDeviceFile::Private::read(char* bytes, std::uint64_t size) {
 xoIoDeviceFile::xoIoDeviceFile() : mPrivate(new Private) {}
 
 xoIoDeviceFile::~xoIoDeviceFile() {
-    // Without close() the caller has not said that the content is whole, so that the old file stays.
-    if (mPrivate->file.isReplacement()) return;  // the new file goes with its handle
+    // Without close() the caller has not said that the content is whole, so the old file stays. The new one is deleted
+    // when its handle is closed.
+    if (mPrivate->file.isReplacement()) return;
     mPrivate->close();
 }
 
@@ -307,6 +309,7 @@ bool xoIoDeviceFile::hasError() const { return mPrivate->hasFailed; }
 
 bool xoIoDeviceFile::atEnd() const {
     const Private& self = *mPrivate;
+    // The usual answer, without a call to the system.
     if (self.holds == Private::Holds::Read && self.readAt - self.bufferAt < self.filled) return false;
     return self.readAt >= self.size();
 }

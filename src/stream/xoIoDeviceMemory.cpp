@@ -1,4 +1,6 @@
-// A device on memory: its own, which grows, or the caller's, which does not.
+// A device on memory: its own, which grows, or the caller's, which does not. Most transfers are a few bytes that fit,
+// so readBytes and writeBytes test for that with as few comparisons as possible; all other cases are functions of their
+// own.
 #include "xoSystem/xoIoDeviceMemory.h"
 
 #include <algorithm>
@@ -22,7 +24,7 @@ xoIoDeviceMemory::xoIoDeviceMemory(Kind kind, char* data, std::size_t size)
     updateRoom();
 }
 
-// A view is never written to: its capacity is 0.
+// The const_cast is safe: nothing is written to a view, because its room is 0.
 xoIoDeviceMemory xoIoDeviceMemory::View(const char* data, std::size_t size) {
     return {Kind::View, const_cast<char*>(data), size};
 }
@@ -65,7 +67,7 @@ std::vector<char> xoIoDeviceMemory::takeBytes() {
     std::vector<char> bytes;
     if (mKind == Kind::Growing) {
         bytes.swap(mBytes);
-        bytes.resize(static_cast<std::size_t>(mSize));
+        bytes.resize(static_cast<std::size_t>(mSize));  // shrinks, and so does not allocate
         mData = nullptr;
     } else {
         bytes.assign(getData(), getData() + mSize);
@@ -89,6 +91,7 @@ void xoIoDeviceMemory::updateRoom() {
     } else if (mKind == Kind::Room) {
         mRoom = mSize;
     } else {
+        // Bytes that are held already may be overwritten even if a lower limit was set later.
         mRoom = (std::min)(std::uint64_t{mBytes.size()}, (std::max)(mSize, mMaxBytes));
     }
 }
@@ -117,7 +120,7 @@ std::uint64_t xoIoDeviceMemory::writeBytes(const char* buffer, std::uint64_t siz
     return size;
 }
 
-// Grows, and fills the gap between the end and the position.
+// For a write that needs more memory, begins behind the end (the gap is filled with zeros) or cannot be done.
 std::uint64_t xoIoDeviceMemory::writeSlowly(const char* buffer, std::uint64_t size) {
     if (!buffer || size == 0 || mError) return 0;
     if (mKind == Kind::View) {
@@ -135,9 +138,11 @@ std::uint64_t xoIoDeviceMemory::writeSlowly(const char* buffer, std::uint64_t si
     return size;
 }
 
+// Makes space for that many bytes in all. The old memory goes to before. False beyond the limit, for memory of the
+// caller and when memory runs out; nothing has changed then.
 bool xoIoDeviceMemory::reserve(std::uint64_t size, std::vector<char>& before) {
     if (mKind != Kind::Growing || size > mMaxBytes) return false;
-    constexpr std::uint64_t kFirstCapacity = 64;
+    constexpr std::uint64_t kFirstCapacity = 64;  // spares an allocation for each of the first small writes
     const std::uint64_t twice = (std::min)((std::max)(2 * std::uint64_t{mBytes.size()}, kFirstCapacity), mMaxBytes);
     // Twice the size first, so that each byte is moved a constant number of times; the exact size when memory is short.
     for (const std::uint64_t capacity : {(std::max)(size, twice), size}) {
@@ -156,7 +161,7 @@ bool xoIoDeviceMemory::reserve(std::uint64_t size, std::vector<char>& before) {
 
 std::uint64_t xoIoDeviceMemory::fail() {
     mError = true;
-    mRoom = 0;
+    mRoom = 0;  // so that each further write takes the slow path, which tests the flag
     return 0;
 }
 
@@ -173,6 +178,7 @@ bool xoIoDeviceMemory::seekg(std::int64_t offset, SeekStart start) {
 
 bool xoIoDeviceMemory::seekp(std::int64_t offset, SeekStart start) {
     if (mKind == Kind::View) {
+        // Only the first attempt is logged.
         if (!mError) failOnView("xoIoDeviceMemory seekp on a view is not supported");
         return false;
     }

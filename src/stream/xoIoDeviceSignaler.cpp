@@ -23,7 +23,7 @@ void xoIoDeviceSignaler::signal() {
         explicit Pause(xoIoDeviceSignaler& s) : signaler(s), signal(s.mSignal) { signaler.mSignal = nullptr; }
         ~Pause() {
             signaler.mSignal = signal;
-            signaler.mCount = 0;
+            signaler.mCount = 0;  // also after an exception, so that the next write does not signal again
         }
         Pause(const Pause&) = delete;
         Pause& operator=(const Pause&) = delete;
@@ -39,6 +39,7 @@ bool xoIoDeviceSignaler::hasError() const { return mError || (mDevice && mDevice
 
 bool xoIoDeviceSignaler::atEnd() const { return !mDevice || mDevice->atEnd(); }
 
+// Both messages name the byte counter, as the header says.
 bool xoIoDeviceSignaler::seekg(std::int64_t /*offset*/, SeekStart /*start*/) {
     stream::report("xoIoDeviceByteCounter seekg is not supported");
     mError = true;
@@ -63,7 +64,7 @@ bool xoIoDeviceSignaler::beginDelegation(xoIoDevice* device) {
 }
 
 bool xoIoDeviceSignaler::endDelegation() {
-    clearDelegation();
+    clearDelegation();  // first, so that only the flag of this object counts and not the device's
     return !hasError();
 }
 

@@ -11,9 +11,9 @@
 namespace xo {
 namespace {
 
-constexpr std::size_t kPendingCapacity = 0x500000;
-constexpr std::size_t kBlock = 0x100000;
-constexpr std::uint64_t kThreshold = kBlock * 21 / 10;
+constexpr std::size_t kPendingCapacity = 0x500000;      // reserved at once, so that writes seldom move what waits
+constexpr std::size_t kBlock = 0x100000;                // bytes that the modifier is asked for at a time
+constexpr std::uint64_t kThreshold = kBlock * 21 / 10;  // while fewer bytes wait, the modifier is not asked
 
 }  // namespace
 
@@ -23,6 +23,7 @@ struct xoIoDeviceWriteStreamModifier::Private {
     std::size_t pendingCount() const { return pending.size() - pendingStart; }
     std::uint64_t takePending(char* buffer, std::uint64_t size);
     bool appendPending(const char* buffer, std::uint64_t size);
+    // self is the object that owns this record: the modifier reads from it.
     void processPending(xoIoDevice* self);
     bool startModifier(xoIoDevice* self);
     bool moveBlock();
@@ -46,7 +47,7 @@ xoIoDeviceWriteStreamModifier::Private::Private(xoIoDeviceDelegable* theModifier
 std::uint64_t xoIoDeviceWriteStreamModifier::Private::takePending(char* buffer, std::uint64_t size) {
     auto count = static_cast<std::size_t>((std::min)(size, std::uint64_t{pendingCount()}));
     if (count == 0 || !buffer) return 0;
-    // Below the threshold a byte at a time: a modifier that wants more waits for more to be written.
+    // One byte a call below the threshold, so that the modifier takes little of a rest that may still grow.
     if (pendingCount() < threshold) count = 1;
     std::memcpy(buffer, pending.data() + pendingStart, count);
     pendingStart += count;
@@ -109,7 +110,7 @@ std::uint64_t xoIoDeviceWriteStreamModifier::readBytes(char* buffer, std::uint64
 
 std::uint64_t xoIoDeviceWriteStreamModifier::writeBytes(const char* buffer, std::uint64_t size) {
     Private& self = *mPrivate;
-    if (!self.appendPending(buffer, size)) self.hasError = true;
+    if (!self.appendPending(buffer, size)) self.hasError = true;  // what waits already is processed all the same
     if (self.device) self.processPending(this);
     return hasError() ? 0 : size;
 }
@@ -154,7 +155,8 @@ bool xoIoDeviceWriteStreamModifier::beginDelegation(xoIoDevice* device) {
 bool xoIoDeviceWriteStreamModifier::endDelegation() {
     Private& self = *mPrivate;
     if (!self.device) return !self.hasError && self.pendingCount() == 0;  // what waits is kept for the next device
-    // No more bytes will be written, so that the modifier may now take what is left in whole pieces.
+    // No more bytes will be written, so the modifier may take all that is left. With a threshold of 0 it is asked until
+    // it returns nothing, also when no byte waits, because it may hold some back.
     self.threshold = 0;
     self.processPending(this);
     if (!self.modifier || !self.modifier->endDelegation()) {
