@@ -9,6 +9,7 @@
 
 namespace xo::xref {
 
+// Puts each path into the index once, under the first search path that it is below.
 class FileIndex::Builder : public xoDirUtils::FileSystemVisitor {
 public:
     Builder(FileIndex& index, const IndexSettings& settings, const std::atomic<bool>* cancel)
@@ -23,6 +24,7 @@ public:
             mLevels.clear();
             visit(path.folder, path.isRecursive);
             if (mIsCanceled) return false;
+            // A folder that cannot be listed is not entered.
             if (!mHasEntered && mIndex.mIsComplete) reportMissing(path.folder);
         }
         if (!mIndex.mIsComplete)

@@ -1,4 +1,5 @@
-// The files of the search paths, to be found by name. An index never changes once it is made.
+// The files of the search paths, to be found by name. An index never changes once it is made, so threads share it
+// without a lock.
 #ifndef XO_XREF_FILEINDEX_H
 #define XO_XREF_FILEINDEX_H
 
@@ -24,6 +25,8 @@ struct IndexSettings {
     std::uint64_t generation = 0;  // changes with each change of the others
 };
 
+// A hash table with chaining: mHeads has the first entry of each chain. The keys of the names are not stored, only
+// their hashes.
 class FileIndex {
 public:
     // Walks the search paths. Null when it was cancelled.
@@ -31,7 +34,7 @@ public:
 
     std::uint64_t generation() const { return mGeneration; }
     std::size_t fileCount() const { return mEntries.size(); }
-    bool isComplete() const { return mIsComplete; }
+    bool isComplete() const { return mIsComplete; }  // false if a limit was reached
 
     struct Found {
         std::string path;
@@ -54,16 +57,17 @@ private:
         std::uint32_t folder;
         std::uint32_t name;  // where it begins in mNames; a NUL ends it
         std::uint32_t hash;  // of its key
-        std::uint32_t next;  // with the same head, kNone at the end
+        std::uint32_t next;  // the next entry of the chain, kNone at the end
     };
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
+    // Makes the chains from the entries.
     void link();
 
     std::vector<Folder> mFolders;
     std::vector<Entry> mEntries;
     std::string mNames;
-    std::vector<std::uint32_t> mHeads;  // a power of two of them
+    std::vector<std::uint32_t> mHeads;  // by the low bits of the hash; their number is a power of two
     std::uint64_t mGeneration = 0;
     bool mIsComplete = true;
 };

@@ -44,6 +44,7 @@ std::string upperUnicode(std::string_view utf8) {
     return platform::toUtf8(wide);
 }
 
+// Removes the last name, and the separator in front of it, from the path.
 std::string_view takeLastName(std::string_view& path) {
     const std::size_t separator = path.rfind('/');
     const std::string_view name = path.substr(separator + 1);  // npos + 1 is 0

@@ -8,10 +8,11 @@
 
 namespace xo::xref {
 
-// The same for texts that name one file: composed letters (NFC), upper case by the mapping that knows no language.
+// The same text for all spellings that name one file: composed letters (NFC), upper case by the mapping that knows no
+// language. For comparisons only, not for access to the file.
 std::string nameKey(std::string_view utf8);
 
-// Of a key.
+// For a hash table in memory.
 std::uint32_t hashOf(std::string_view key);
 
 // How many names of two paths with "/" are equal, counted from their ends.

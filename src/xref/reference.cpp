@@ -12,7 +12,7 @@ namespace {
 
 bool beginsWithDrive(std::string_view path) { return path.size() >= 2 && text::isLetter(path[0]) && path[1] == ':'; }
 
-// A "%" without two digits behind it stands for itself.
+// Decodes each "%" with two hexadecimal digits behind it; any other "%" is kept as it is.
 std::string withoutPercents(std::string_view text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -33,14 +33,16 @@ std::string pathOfUrl(std::string_view url) {
     if (path.compare(0, 2, "//") == 0) {
         const std::string_view host = std::string_view(path).substr(2, path.find('/', 2) - 2);
         const bool isHere = host.empty() || text::equalIgnoringCase(host, "localhost");
+        // Without the third slash ("file://D:/a") a drive takes the place of the host.
         if (isHere || beginsWithDrive(host)) path.erase(0, isHere ? 2 + host.size() : 2);
     }
+    // "/D:/a": the slash in front of a drive belongs to the URL.
     if (beginsWithDrive(std::string_view(path).substr((std::min)(path.size(), std::size_t{1}))) && path[0] == '/')
         path.erase(0, 1);
     return path;
 }
 
-// The path with "/" alone.
+// The path of a reference, with "/" as the only separator.
 std::string normalized(std::string_view text) {
     constexpr std::string_view kScheme = "file:";
     text = text::trimmed(text);

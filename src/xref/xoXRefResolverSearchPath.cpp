@@ -30,7 +30,8 @@ std::string absolutePath(const std::string& path) {
     return text;
 }
 
-// The folder of a file's absolute path, cut by so many names more; a root stays. Empty for a relative path.
+// The folder of a file, and from there as many folders up, but not above the root; it ends with "/". Empty for a
+// relative path, since the working folder says nothing about the document.
 std::string folderOf(const std::string& file, std::size_t leavesFolders) {
     if (xoDirUtils::IsPathRelativeUtf8(file) && file.compare(0, 2, "//") != 0) return {};
     std::string path = absolutePath(file);
@@ -49,7 +50,7 @@ std::string shareOf(const std::string& path) {
     return end == std::string::npos ? std::string() : path.substr(0, end + 1);
 }
 
-// The attributes of a link are its own; then the file behind it is asked for.
+// GetFileAttributesW gives the attributes of a link itself, so that for a link the file behind it is tested.
 bool isFile(const std::string& path) {
     const std::wstring apiPath = platform::toApiPath(path);
     const DWORD attributes = apiPath.empty() ? INVALID_FILE_ATTRIBUTES : ::GetFileAttributesW(apiPath.c_str());
@@ -57,14 +58,14 @@ bool isFile(const std::string& path) {
     return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || xoDirUtils::FileExistsUtf8(path);
 }
 
-// Gives the matches that exist to a sink, each path once, until it takes no more.
+// Passes the files that exist to a sink, each once, until the sink returns false.
 class Matches {
 public:
     using Sink = std::function<bool(Match&&)>;
 
     Matches(const Reference& reference, Sink sink) : mNames(xref::joinNames(reference.names)), mSink(std::move(sink)) {}
 
-    // False when the sink takes no more.
+    // Passes the path on if it is an existing file. False once the sink has returned false.
     bool add(std::string path, xoXRefResolverSearchPath::How how) {
         const unsigned shared = sharedNames(path);
         return add(std::move(path), how, shared);
@@ -92,7 +93,8 @@ struct xoXRefResolverSearchPath::Private {
     bool allowsNetwork XO_GUARDED_BY(lock) = false;
     mutable std::shared_ptr<const FileIndex> index XO_GUARDED_BY(lock);  // null until the first one is made
 
-    // Held while an index is made: by one thread at a time, and never the other lock's owner.
+    // Held while an index is made, so that one thread makes it and others wait for the result. It is taken before the
+    // other lock, never by a thread that holds that one.
     mutable platform::SlimLock building;
 
     struct Snapshot {
@@ -151,8 +153,8 @@ std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::upToDateInde
     };
     if (auto found = present()) return found;
     const platform::SlimLocker builder(building);
-    if (auto found = present()) return found;
-    return build(/*cancel=*/nullptr);
+    if (auto found = present()) return found;  // another thread has made it meanwhile
+    return build(/*cancel=*/nullptr);          // not null, since nothing cancels it
 }
 
 xoXRefResolverSearchPath::xoXRefResolverSearchPath(std::size_t maxFiles) : mPrivate(new Private) {
@@ -202,7 +204,7 @@ void xoXRefResolverSearchPath::setExtensions(const std::vector<std::string>& ext
 
 void xoXRefResolverSearchPath::setNetworkReferences(bool allowed) {
     const platform::SlimLocker locker(mPrivate->lock);
-    mPrivate->allowsNetwork = allowed;
+    mPrivate->allowsNetwork = allowed;  // does not affect the index, so its generation stays
 }
 
 bool xoXRefResolverSearchPath::refresh(const std::atomic<bool>* cancel) {
@@ -240,6 +242,7 @@ void xoXRefResolverSearchPath::Private::search(const std::string& text, const st
         if (!share.empty() && key.compare(0, share.size(), share) == 0) return true;
         return std::any_of(paths.begin(), paths.end(), [&](const auto& each) { return xref::isBelow(key, each.key); });
     };
+    // The rules in the order of the enumeration How.
     if (const std::string path = reference.root + names;
         !reference.root.empty() && mayAsk(path) && !matches.add(path, FoundAsWritten))
         return;
@@ -254,13 +257,14 @@ void xoXRefResolverSearchPath::Private::search(const std::string& text, const st
     searchByName(reference, matches);
 }
 
-// The order does not depend on that of the walk.
+// The candidates are sorted completely, so that the result does not depend on the order of the walk.
 bool xoXRefResolverSearchPath::Private::searchByName(const Reference& reference, Matches& matches) const {
     struct Candidate {
         FileIndex::Found file;
         unsigned sharedNames;
         std::string key;
 
+        // sharedNames is on the other side than the rest: more come first.
         bool operator<(const Candidate& other) const {
             return std::tie(other.sharedNames, file.searchPath, file.depth, key, file.path) <
                    std::tie(sharedNames, other.file.searchPath, other.file.depth, other.key, other.file.path);
