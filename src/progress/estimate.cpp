@@ -8,10 +8,10 @@ namespace xo::progress {
 namespace {
 
 constexpr double kMsPerSecond = 1000;
-constexpr std::int64_t kLeastSampleMs = 50;  // the system's tick count is too coarse for shorter ones
-constexpr std::int64_t kFirstEstimateMs = 2000;
+constexpr std::int64_t kLeastSampleMs = 50;      // GetTickCount64 advances by 10 to 16 ms, too coarse for less
+constexpr std::int64_t kFirstEstimateMs = 2000;  // after the begin; earlier estimates are far off
 constexpr double kLastEstimateMs = 99.0 * 3600 * kMsPerSecond;
-constexpr double kSmallRise = 1.1;
+constexpr double kSmallRise = 1.1;  // up to 10 % is suppressed
 
 }  // namespace
 
@@ -53,7 +53,7 @@ std::int64_t RemainingTime::at(std::int64_t nowMs, double fraction) {
     if (mLastRemainingMs != kNone) {
         const std::int64_t countedDownMs = (std::max)(mLastRemainingMs - (nowMs - mLastMs), std::int64_t{0});
         const double smallRiseMs = static_cast<double>(countedDownMs) * kSmallRise;
-        // The display then counts down with the clock.
+        // Then the last estimate is continued, less the time that has passed.
         if (estimateMs > countedDownMs && remainingMs < smallRiseMs) estimateMs = countedDownMs;
     }
     mLastMs = nowMs;

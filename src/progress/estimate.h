@@ -1,4 +1,4 @@
-// How fast a work moves, and how long it will still take.
+// Estimates the speed of a work and its remaining time.
 #ifndef XO_PROGRESS_ESTIMATE_H
 #define XO_PROGRESS_ESTIMATE_H
 
@@ -6,28 +6,28 @@
 
 namespace xo::progress {
 
-// The exponential average of a speed whose samples come at irregular times. It forgets with a time constant of 15
-// seconds, or of a quarter of the time so far where that is longer. The first samples are not pulled towards 0: the
-// average is divided by the sum of the weights that it was made with.
+// The exponential moving average of a speed, with samples at irregular times. Its time constant is 15 seconds, or a
+// quarter of the elapsed time if that is longer: a long work needs a steadier value. Dividing by the sum of the weights
+// keeps the first values from being too low.
 class SmoothedSpeed {
 public:
-    // The amount at a time, neither ever below the last one.
+    // The amount that is done at a time. Neither value may be below the one before.
     void begin(std::int64_t nowMs, double amount);
     void add(std::int64_t nowMs, double amount);
 
-    // Per second; 0 before the second sample.
+    // Units per second; 0 until a sample was added at least 50 ms after begin().
     double perSecond() const { return mWeight > 0 ? mSpeed / mWeight : 0; }
 
 private:
     std::int64_t mBeginMs = 0;
     std::int64_t mLastMs = 0;
     double mLastAmount = 0;
-    double mSpeed = 0;
-    double mWeight = 0;
+    double mSpeed = 0;   // starts at 0 and is too low at first; perSecond() corrects that
+    double mWeight = 0;  // the sum of the weights, from 0 towards 1
 };
 
-// The time that a work will still take, from its fraction. A small rise is not passed on: it would make the display
-// jump up and down.
+// The remaining time of a work, from its fraction. A small rise is suppressed, because the display would jump up and
+// down.
 class RemainingTime {
 public:
     static constexpr std::int64_t kNone = -1;

@@ -1,4 +1,4 @@
-// The stack of levels and the arithmetic on it. A notifier has one lock; counters alone are read without it.
+// The stack of levels and the arithmetic on it. Each work has one lock; only counters are read without it.
 #include "progress/work.h"
 
 #include <algorithm>
@@ -16,6 +16,7 @@ constexpr std::uint64_t kNoLimit = (std::numeric_limits<std::uint64_t>::max)();
 
 std::int64_t tickMs() { return static_cast<std::int64_t>(::GetTickCount64()); }
 
+// Unknown values of the enumeration count as none.
 bool isUnit(xoProgressUnit unit) { return unit == ProgressUnitBytes || unit == ProgressUnitItems; }
 
 }  // namespace
@@ -68,6 +69,7 @@ double Level::stepsBeyond(std::uint64_t step, double spanFraction) const {
 double Level::fraction(std::uint64_t step, double spanFraction) const {
     // A level of unknown length has no fraction; what is nested in it moves no bar.
     if (total == 0) return 0;
+    // Tasks are not counted for weighted steps: a proxy has no weights.
     if (ends.empty()) {
         const double steps = static_cast<double>(step) + stepsBeyond(step, spanFraction);
         return (std::min)(steps / static_cast<double>(total), 1.0);
@@ -77,7 +79,8 @@ double Level::fraction(std::uint64_t step, double spanFraction) const {
     return (begin + (endOf(step + spanAt(step)) - begin) * spanFraction) / ends.back();
 }
 
-// Finished explicitly, or all steps completed, where nested scopes may have filled the last ones.
+// Whether finish() was called or all steps are complete. The last step counts as complete too when a complete nested
+// scope has filled it and advance() was not called behind it.
 bool Level::isComplete() const {
     if (isFinished) return true;
     if (total == 0) return false;
@@ -89,8 +92,8 @@ bool Level::isComplete() const {
 Level* Work::open(const Description& description, bool hasCalls, bool& isOutermost, bool& isForeign) {
     const unsigned long thread = ::GetCurrentThreadId();
     const platform::SlimLocker locker(mLock);
-    // One thread owns a work from its first scope to its last. Scopes of others count for nothing and are reported
-    // once.
+    // One thread owns a work from its first scope to its last. Scopes of other threads are not counted, and are
+    // reported once.
     if ((mDepth > 0 || mIsInCall) && mOwner != thread) {
         isForeign = !std::exchange(mHasReportedForeignScope, true);
         return nullptr;
@@ -126,7 +129,7 @@ Level* Work::open(const Description& description, bool hasCalls, bool& isOutermo
 bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
     const platform::SlimLocker locker(mLock);
     if (!find(serial)) return false;
-    mIsInCall = false;  // a fault has ended the call
+    mIsInCall = false;  // a scope is closed during a call only if a fault has ended the call
     // Levels above this one were left open, for instance by a fault; they end with it.
     for (bool isClosed = false; !isClosed;) {
         const Level& level = *mLevels[mDepth - 1];
@@ -150,7 +153,7 @@ bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
     return true;
 }
 
-// The last state is what getState() returns until the next work.
+// Keeps the last state, which getState() returns until the next work begins.
 void Work::end(bool isComplete, bool isCanceled) {
     mLast = snapshot(tickMs());
     mLast.remainingMs = -1;
@@ -175,14 +178,14 @@ void Work::setText(std::uint64_t serial, std::string_view text) {
     Level* const level = find(serial);
     try {
         if (level) level->text.assign(text);
-    } catch (const std::bad_alloc&) {  // the old one stays
+    } catch (const std::bad_alloc&) {  // the former text stays
     }
 }
 
 void Work::setTotal(std::uint64_t serial, std::uint64_t total) {
     const platform::SlimLocker locker(mLock);
     Level* const level = find(serial);
-    // The weights give the number of steps, so that a total would contradict them.
+    // The number of weights is the total of weighted steps, which therefore cannot change.
     if (!level || !level->ends.empty()) return;
     level->total = total == 0 ? 0 : (std::max)(total, level->count());
     level->limit = total == 0 ? kNoLimit : level->total;
@@ -289,7 +292,7 @@ xoProgressState Work::snapshot(std::int64_t nowMs) {
     xoProgressState state;
     state.phase = xoProgressState::PhaseRunning;
     mHighestFraction = (std::max)(mHighestFraction, overallFraction());
-    // Below 1 until the work has ended, and never back: a total that grows does not move the bar to the left.
+    // Below 1 until the work has ended. It never falls: a total that grows does not move the bar to the left.
     state.fraction = (std::min)(mHighestFraction, std::nextafter(1.0, 0.0));
     state.isIndeterminate = mLevels[mDepth - 1]->total == 0;
     state.elapsedMs = nowMs - mBeginMs;
@@ -299,6 +302,7 @@ xoProgressState Work::snapshot(std::int64_t nowMs) {
 
     for (std::size_t i = 0; i < mDepth; ++i) {
         const Level& level = *mLevels[i];
+        // Counts and speed are those of the outermost level with a unit.
         if (!isUnit(level.unit)) continue;
         const std::uint64_t count = level.count();
         const auto beyond = static_cast<std::uint64_t>(level.stepsBeyond(count, spanFractionOf(i)));

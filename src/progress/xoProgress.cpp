@@ -1,4 +1,4 @@
-// The public classes: they find the work of their notifier and call the notifier when it is due.
+// The public classes. They forward to the work of their notifier, and call the notifier's onProgress when it is due.
 #include "xoSystem/xoProgress.h"
 
 #include "platform/windows.h"
@@ -6,16 +6,17 @@
 
 namespace xo {
 
-// How often the owning thread is called, and the work.
+// The state of a notifier. The work locks itself; the rest is used by the owning thread, except isCanceled.
 struct xoProgressNotifier::Private {
     explicit Private(unsigned interval) : intervalMs(interval) {}
 
-    const unsigned intervalMs;
-    std::uint64_t lastCallMs = 0;  // of the owning thread
-    std::atomic<bool> isCanceled{false};
+    const unsigned intervalMs;            // of the calls between the ends, or kNoCalls or kCallsAtEnds
+    std::uint64_t lastCallMs = 0;         // when onProgress was called last
+    std::atomic<bool> isCanceled{false};  // not used by a task's notifier, which shares that of the root
     progress::Work work;
 };
 
+// A task refers to the proxy's notifier, so it must end before that.
 struct xoProgressProxy::Task::Private {
     progress::Work* rootWork = nullptr;  // that of the proxy's notifier; null when the proxy counts for nothing
     std::uint64_t serial = 0;            // of the proxy's level
@@ -25,10 +26,11 @@ struct xoProgressProxy::Task::Private {
 
 namespace impl {
 
-// What the classes of this file need of each other.
+// The friend of the public classes, through which the functions of this file reach their private members.
 struct ProgressAccess {
     static progress::Work& work(xoProgressNotifier& notifier) { return notifier.mPrivate->work; }
 
+    // Whether onProgress is called at the begin and end of a work, and also in between.
     static bool hasCallsAtEnds(const xoProgressNotifier& notifier) {
         return notifier.mPrivate->intervalMs != xoProgressNotifier::kNoCalls;
     }
@@ -36,9 +38,9 @@ struct ProgressAccess {
         return notifier.mPrivate->intervalMs < xoProgressNotifier::kCallsAtEnds;
     }
 
-    // Calls the notifier. What a host's function throws must not end the work.
+    // Calls onProgress, without a lock. An exception of the host's function must not end the work and is dropped.
     static void call(xoProgressNotifier& notifier) {
-        // A host's function that leads to another call, for instance by update(), does not get it.
+        // A host's function that causes another call, for instance by update(), is not called recursively.
         if (!work(notifier).beginCall()) return;
         notifier.mPrivate->lastCallMs = ::GetTickCount64();
         try {
@@ -48,6 +50,7 @@ struct ProgressAccess {
         work(notifier).endCall();
     }
 
+    // Called by the owning thread only. An interval of 0 means every time, without a look at the clock.
     static void callIfDue(xoProgressNotifier& notifier) {
         const unsigned intervalMs = notifier.mPrivate->intervalMs;
         if (!hasCallsBetween(notifier)) return;
@@ -55,6 +58,8 @@ struct ProgressAccess {
         call(notifier);
     }
 
+    // Opens the level of a scope. Without a level (no notifier, not counted) the scope keeps its null counter, and all
+    // its functions do nothing.
     static void open(xoProgressScope& scope, const progress::Description& description) {
         if (!scope.mNotifier) return;
         xoProgressNotifier& notifier = *scope.mNotifier;
@@ -83,6 +88,7 @@ using impl::ProgressAccess;
 
 xoProgressNotifier::xoProgressNotifier(unsigned intervalMs) : xoProgressNotifier(intervalMs, nullptr) {}
 
+// A task's notifier has the root of its proxy, whose flag of cancellation it shares. `root` may be null.
 xoProgressNotifier::xoProgressNotifier(unsigned intervalMs, xoProgressNotifier* root)
     : mPrivate(std::make_unique<Private>(intervalMs)), mCanceled(root ? root->mCanceled : &mPrivate->isCanceled) {}
 
@@ -156,7 +162,7 @@ xoProgressProxy::xoProgressProxy(xoProgressNotifier* notifier, std::uint64_t tot
 xoProgressProxy::~xoProgressProxy() = default;
 
 bool xoProgressProxy::advance(std::uint64_t steps) {
-    // No step writes more than the total, so that a sum beyond it does not wrap around.
+    // Adds at most the limit, so that the sum does not wrap around. Several threads do this at the same time.
     if (impl::ProgressCounter* const counter = mScope.mCounter)
         counter->done.fetch_add(steps < counter->limit ? steps : counter->limit, std::memory_order_relaxed);
     return !isCanceled();
@@ -179,6 +185,7 @@ xoProgressProxy::Task::Task(xoProgressProxy& proxy, std::uint64_t steps)
 
 xoProgressProxy::Task::~Task() {
     if (!mTask->rootWork) return;
+    // A task that ends early, by an exception or a cancellation, completes no steps.
     const bool counts = mTask->isFinished || ProgressAccess::work(*this).wasCompleted();
     mTask->rootWork->removeTask(mTask->serial, mTask->share, counts);
 }

@@ -10,18 +10,20 @@
 namespace xo::progress {
 namespace {
 
+// In columns. The bar includes its brackets.
 constexpr std::size_t kLeastBar = 10;
 constexpr std::size_t kMostBar = 40;
-constexpr std::size_t kLeastText = 10;
-constexpr std::string_view kGap = "  ";
-constexpr std::string_view kCut = "...";
-constexpr std::string_view kMoving = "<=>";
+constexpr std::size_t kLeastText = 10;       // the text is cut no further; after that it is left out
+constexpr std::string_view kGap = "  ";      // between the parts of a line
+constexpr std::string_view kCut = "...";     // in place of what was cut; ASCII, which every code page has
+constexpr std::string_view kMoving = "<=>";  // for a work whose total is unknown
 
+// The text is valid UTF-8, as `printable` returns it: each byte that is not a continuation byte begins a code point.
 std::size_t utf16Units(const char* at, const char* end) {
     std::size_t units = 0;
     for (; at < end; ++at) {
         const auto byte = static_cast<unsigned char>(*at);
-        if ((byte & 0xC0) != 0x80) units += byte >= 0xF0 ? 2 : 1;  // one for each code point, two beyond U+FFFF
+        if ((byte & 0xC0) != 0x80) units += byte >= 0xF0 ? 2 : 1;  // a code point beyond U+FFFF has two units
     }
     return units;
 }
@@ -30,7 +32,7 @@ std::size_t clusterColumns(const char* at, const text::Cluster& cluster) {
     return (std::max)(std::size_t{cluster.width}, utf16Units(at, cluster.end));
 }
 
-// The longest start of the text, in whole clusters, within that many columns.
+// The longest beginning of the text, in whole clusters, that fits into the columns.
 std::string_view fittingStart(std::string_view text, std::size_t columns) {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -44,7 +46,7 @@ std::string_view fittingStart(std::string_view text, std::size_t columns) {
     return text.substr(0, static_cast<std::size_t>(at - text.data()));
 }
 
-// The longest end of the text within that many columns.
+// The longest ending of the text, in whole clusters, that fits into the columns.
 std::string_view fittingEnd(std::string_view text, std::size_t columns) {
     std::size_t rest = consoleColumns(text);
     const char* at = text.data();
@@ -57,12 +59,14 @@ std::string_view fittingEnd(std::string_view text, std::size_t columns) {
     return text.substr(static_cast<std::size_t>(at - text.data()));
 }
 
+// Both cut a text to the columns and mark the place. Empty when not even the mark fits.
 std::string cutEnd(const std::string& text, std::size_t columns) {
     if (consoleColumns(text) <= columns) return text;
     if (columns < kCut.size()) return {};
     return std::string(fittingStart(text, columns - kCut.size())).append(kCut);
 }
 
+// Paths differ mostly at their beginning and end, so the middle is left out.
 std::string cutMiddle(const std::string& text, std::size_t columns) {
     if (consoleColumns(text) <= columns) return text;
     if (columns < kCut.size()) return {};
@@ -77,12 +81,14 @@ std::string printable(const std::string& text) {
     return result;
 }
 
-// Rounded down, so that 100 % stands for a work that is complete.
+// Rounded down, so that 100 % is shown only for a complete work.
 std::string percentOf(const xoProgressState& state) {
     const int percent = static_cast<int>(std::floor((std::min)((std::max)(state.fraction, 0.0), 1.0) * 100));
-    return (percent < 10 ? " " : "") + std::to_string(percent) + " %";  // of one width, so that the bar keeps its own
+    return (percent < 10 ? " " : "") + std::to_string(percent) +
+           " %";  // always two digits wide below 100 %, so that the bar does not jump
 }
 
+// Empty for steps without a unit: their number means nothing to a reader.
 std::string amount(xoProgressUnit unit, std::uint64_t count) {
     if (unit == ProgressUnitBytes) return xoMathUtils::BytesToText(count);
     if (unit == ProgressUnitItems) return xoMathUtils::CountToText(count);
@@ -94,12 +100,14 @@ std::string countsOf(const xoProgressState& state) {
     return done.empty() || state.total == 0 ? done : done + " of " + amount(state.unit, state.total);
 }
 
+// Empty when the speed is unknown, and for speeds (kMost, NaN) that llround could not convert.
 std::string rateOf(const xoProgressState& state) {
     constexpr double kMost = 1e18;
     if (!(state.unitsPerSecond > 0 && state.unitsPerSecond < kMost)) return {};
     const auto whole = static_cast<std::uint64_t>(std::llround(state.unitsPerSecond));
     if (state.unit == ProgressUnitBytes) return amount(state.unit, whole) + "/s";
     if (state.unit != ProgressUnitItems) return {};
+    // Slow works show a fraction: "0.25/s".
     constexpr double kFew = 10;
     return (state.unitsPerSecond < kFew ? xoMathUtils::SignificantToText(state.unitsPerSecond, 2)
                                         : amount(state.unit, whole)) +
@@ -108,6 +116,7 @@ std::string rateOf(const xoProgressState& state) {
 
 std::string clock(std::int64_t ms) { return xoMathUtils::DurationToClock(static_cast<double>(ms) / 1000); }
 
+// The remaining time, or the elapsed time while there is no estimate.
 std::string timeOf(const xoProgressState& state) {
     return state.remainingMs >= 0 ? clock(state.remainingMs) + " left" : clock(state.elapsedMs);
 }
@@ -122,9 +131,10 @@ struct Parts {
           rate(rateOf(state)),
           time(timeOf(state)) {}
 
+    // Title and text, without a colon when one of them is empty.
     std::string label() const { return title.empty() || text.empty() ? title + text : title + ": " + text; }
 
-    // With a bar of the least width, or without one.
+    // The columns of the line, with a bar of the least width or without one.
     std::size_t columns(bool hasBar) const {
         std::size_t sum = hasBar ? kLeastBar : 0;
         std::size_t count = hasBar ? 1 : 0;
@@ -138,7 +148,7 @@ struct Parts {
     std::string title, text, percent, counts, rate, time;
 };
 
-// The columns include the brackets and are kLeastBar at least, here and for the moving bar.
+// `columns` is the width of the bar with its brackets, at least kLeastBar, here and for the moving bar.
 std::string bar(double fraction, std::size_t columns) {
     const std::size_t inside = columns - 2;
     const auto filled = (std::min)(static_cast<std::size_t>(fraction * static_cast<double>(inside)), inside);
@@ -147,7 +157,7 @@ std::string bar(double fraction, std::size_t columns) {
     return result + "]";
 }
 
-// Goes to and fro by a column a tick.
+// The mark moves one column per tick, to the right and back again.
 std::string movingBar(unsigned tick, std::size_t columns) {
     const std::size_t ways = columns - 2 - kMoving.size();
     const std::size_t at = tick % (2 * ways);
@@ -155,6 +165,7 @@ std::string movingBar(unsigned tick, std::size_t columns) {
     return "[" + std::string(before, ' ') + std::string(kMoving) + std::string(ways - before, ' ') + "]";
 }
 
+// Leaves out empty parts.
 std::string joined(std::initializer_list<std::string> parts, std::string_view gap) {
     std::string line;
     for (const std::string& part : parts) {
@@ -178,7 +189,8 @@ std::size_t consoleColumns(std::string_view text) {
     return columns;
 }
 
-// What matters least goes first where there is not enough width.
+// While the line is too wide, removes or shortens its parts, the least important first: the rate, the counts, part of
+// the text, the time, the bar, the rest of the text, and part of the title. The percentage always stays.
 std::string barLine(const xoProgressState& state, std::size_t columns, unsigned tick) {
     Parts parts(state);
     bool hasBar = true;
@@ -205,7 +217,7 @@ std::string barLine(const xoProgressState& state, std::size_t columns, unsigned 
 
     std::string barText;
     if (hasBar) {
-        // What the other parts leave goes to the bar, up to its greatest width.
+        // The bar takes the columns that the other parts leave, up to kMostBar.
         const std::size_t width = (std::min)(kMostBar, kLeastBar + columns - parts.columns(true));
         barText = state.isIndeterminate ? movingBar(tick, width) : bar(state.fraction, width);
     }

@@ -1,4 +1,4 @@
-// The texts of the console view.
+// Composes the lines of the console view.
 #ifndef XO_PROGRESS_VIEW_CONSOLELINE_H
 #define XO_PROGRESS_VIEW_CONSOLELINE_H
 
@@ -9,11 +9,14 @@
 
 namespace xo::progress {
 
-// The columns that no console exceeds for a printable text: of each cluster the greater of its width and of its number
-// of UTF-16 units, since consoles without support for wide characters show each unit in a cell of its own.
+// The largest number of columns that any console needs for a printable text. For each cluster (one visible character)
+// that is its width or its number of UTF-16 units, whichever is greater: consoles without support for wide characters
+// show each unit in a cell of its own.
 std::size_t consoleColumns(std::string_view text);
 
-// The bar, the line that stands for it where there is no console, and the line at the end of a work.
+// The line with the bar, at most `columns` wide if that is possible; `tick` moves the bar of a work without a known
+// total. The line for output that is not a console, and the line at the end of a work. None has a line end. Control
+// characters in the texts of a state are replaced, so that they cannot control the terminal.
 std::string barLine(const xoProgressState& state, std::size_t columns, unsigned tick);
 std::string plainLine(const xoProgressState& state);
 std::string endLine(const xoProgressState& state);

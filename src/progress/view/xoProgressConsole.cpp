@@ -13,9 +13,9 @@
 namespace xo {
 namespace {
 
-constexpr DWORD kDrawMs = 100;
-constexpr std::int64_t kFirstLineMs = 10000;  // of plain lines; then each time twice as late
-constexpr std::int64_t kMostLineMs = 300000;
+constexpr DWORD kDrawMs = 100;                // the period of the timer: often enough to look smooth
+constexpr std::int64_t kFirstLineMs = 10000;  // of plain lines; each later one at twice the time of the one before
+constexpr std::int64_t kMostLineMs = 300000;  // the longest time between two plain lines
 
 struct TimerPolicy {
     using Type = PTP_TIMER;
@@ -35,6 +35,7 @@ bool isConsole(HANDLE handle) {
     return ::GetConsoleMode(handle, &mode);
 }
 
+// Null when both outputs are redirected. The handle belongs to the process and must not be closed.
 HANDLE findConsole() {
     // Standard error first, because standard output is redirected more often.
     for (const DWORD standard : {STD_ERROR_HANDLE, STD_OUTPUT_HANDLE}) {
@@ -44,7 +45,8 @@ HANDLE findConsole() {
     return nullptr;
 }
 
-// Without the last column of the window, where some consoles would go on to the next line.
+// The columns of the window without the last one: some consoles continue on the next line once that is filled. 79 when
+// the console does not report its size.
 std::size_t usableColumns(HANDLE console) {
     CONSOLE_SCREEN_BUFFER_INFO info{};
     if (!::GetConsoleScreenBufferInfo(console, &info)) return 79;
@@ -52,6 +54,7 @@ std::size_t usableColumns(HANDLE console) {
     return columns > 0 ? static_cast<std::size_t>(columns) : 1;
 }
 
+// To standard error, so that redirected output of the program itself stays clean.
 void writePlainLine(std::string line) {
     const HANDLE output = ::GetStdHandle(STD_ERROR_HANDLE);
     if (!output || output == INVALID_HANDLE_VALUE) return;
@@ -62,29 +65,30 @@ void writePlainLine(std::string line) {
 
 }  // namespace
 
-// The timer draws while a work runs. The mutex is held while it does, so that it draws nothing after the end line.
+// The state of a view. While a work runs, a timer draws from a thread of the system's pool. It holds the lock while it
+// draws, so that nothing is drawn after the end line.
 struct xoProgressConsole::Private {
     Private(const xoProgressConsole& ownView, int ownFlags, unsigned ownDelayMs)
         : view(ownView), flags(ownFlags), delayMs(ownDelayMs) {}
 
-    void begin();
-    void draw();
+    void begin();  // on the thread that owns the work, as end()
+    void draw();   // on a thread of the pool
     void drawBar() XO_REQUIRES(lock);
     void drawPlainLine() XO_REQUIRES(lock);
     void end(const xoProgressState& state);
     static void CALLBACK onTimer(PTP_CALLBACK_INSTANCE, void* self, PTP_TIMER);
 
-    const xoProgressConsole& view;
+    const xoProgressConsole& view;  // the object that owns this record
     const int flags;
-    const unsigned delayMs;
+    const unsigned delayMs;    // before the bar is shown for the first time
     HANDLE console = nullptr;  // of the current work; null for plain lines
 
     platform::SlimLock lock;
-    bool isRunning XO_GUARDED_BY(lock) = false;
+    bool isRunning XO_GUARDED_BY(lock) = false;  // between begin() and end()
     bool isVisible XO_GUARDED_BY(lock) = true;
     bool hasDrawn XO_GUARDED_BY(lock) = false;
-    unsigned tick XO_GUARDED_BY(lock) = 0;
-    std::int64_t nextLineMs XO_GUARDED_BY(lock) = 0;
+    unsigned tick XO_GUARDED_BY(lock) = 0;            // bars drawn, which moves a bar without a fraction
+    std::int64_t nextLineMs XO_GUARDED_BY(lock) = 0;  // the elapsed time at which the next plain line is due
 
     platform::Owned<TimerPolicy> timer;  // the last member: its callback uses the others
 };
@@ -100,11 +104,11 @@ void xoProgressConsole::Private::begin() {
     }
     if (!console && (flags & ProgressConsoleNoLines) != 0) return;
     if (!timer) timer.reset(::CreateThreadpoolTimer(&onTimer, this, nullptr));
-    if (!timer) return;  // then there is the end line alone
+    if (!timer) return;  // the end line is still written
     constexpr std::int64_t kTicksPerMs = 10000;
     const std::int64_t firstMs = console ? static_cast<std::int64_t>(delayMs) : kFirstLineMs;
     ULARGE_INTEGER due;
-    due.QuadPart = static_cast<ULONGLONG>(-firstMs * kTicksPerMs);  // negative: from now on
+    due.QuadPart = static_cast<ULONGLONG>(-firstMs * kTicksPerMs);  // negative: relative to now
     FILETIME dueTime{due.LowPart, due.HighPart};
     ::SetThreadpoolTimer(timer.get(), &dueTime, kDrawMs, /*msWindowLength=*/0);
 }
@@ -112,7 +116,7 @@ void xoProgressConsole::Private::begin() {
 void CALLBACK xoProgressConsole::Private::onTimer(PTP_CALLBACK_INSTANCE, void* self, PTP_TIMER) {
     try {
         static_cast<Private*>(self)->draw();
-    } catch (...) {  // out of memory: the next time
+    } catch (...) {  // such as std::bad_alloc: this drawing is skipped, the next one may succeed
     }
 }
 
@@ -148,6 +152,7 @@ void xoProgressConsole::Private::end(const xoProgressState& state) {
     if (timer) ::SetThreadpoolTimer(timer.get(), nullptr, 0, 0);
     const std::string line = (flags & ProgressConsoleErase) != 0 ? std::string() : progress::endLine(state);
     if (console) {
+        // A work that ended before the first bar was shown leaves no line.
         const bool wasShown = log::endStatusLine(this, isVisible ? line : std::string());
         if (!wasShown && isVisible && hasDrawn && !line.empty()) log::writeConsoleLine(console, line);
     } else if ((flags & ProgressConsoleNoLines) == 0 && (hasDrawn || state.elapsedMs >= kFirstLineMs)) {
