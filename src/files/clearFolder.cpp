@@ -1,4 +1,4 @@
-// Emptying a folder.
+// Empties a folder, and deletes it if asked.
 #include "files/fileCopy.h"
 #include "files/folderWalk.h"
 #include "files/pathParts.h"
@@ -61,7 +61,8 @@ DWORD deleteOpened(Open open) {
     return error;
 }
 
-// Whether the path is that of a link to a folder. A reparse point whose tag is unknown counts as a link.
+// Whether the path is that of a link to a folder. A reparse point whose tag is unknown counts as a link, because
+// deleting what it leads to would be worse than deleting the link.
 bool isFolderLink(const std::wstring& path) {
     WIN32_FIND_DATAW found;
     const platform::FindHandle search(::FindFirstFileW(path.c_str(), &found));
@@ -69,6 +70,7 @@ bool isFolderLink(const std::wstring& path) {
     return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
 }
 
+// One call of ClearFolderUtf8. Continues after failures, so that as much as possible is deleted.
 class FolderClearing : public FolderWalk::Task {
 public:
     using Step = FolderWalk::Step;
@@ -87,6 +89,7 @@ public:
     bool run() {
         if (isCancelled(mProgress.goesOn())) return false;
         FolderWalk walk(*this, mTop, /*keepsFolderOpen=*/true);
+        // Of a link only the link is removed, not the content of its target. Without mRemovesTop the target is emptied.
         if (mRemovesTop && isFolderLink(mTop)) {
             removeFolder(walk);
         } else {
@@ -95,7 +98,7 @@ public:
         return !mHasFailed && !mIsCancelled;
     }
 
-    // Files and links go first, while the folder is open.
+    // Deletes files and links at once, while the folder is open; sub-folders are deleted when they are left.
     bool onEnter(FolderWalk& walk) override {
         if (mProgress) mProgress.enter(countSteps(walk), platform::toUtf8(walk.below()));
         walk.forEachEntry([&](const files::FolderEntry& entry) {
@@ -134,7 +137,7 @@ private:
         return steps;
     }
 
-    // Another thread writes the flag, so each look must be a read of its own.
+    // Another thread sets the flag, so it must be read anew each time.
     bool isCancelled(bool progressGoesOn) {
         if (mIsCancelled) return true;
         const bool isAsked = mCancel != nullptr && *static_cast<const volatile bool*>(mCancel);

@@ -1,4 +1,4 @@
-// Copying a tree of folders.
+// Copies a tree of folders.
 #include <algorithm>
 
 #include "files/fileCopy.h"
@@ -25,10 +25,10 @@ constexpr ULONG kFile = FILE_NON_DIRECTORY_FILE;
 constexpr ULONG kFolder = FILE_DIRECTORY_FILE;
 constexpr OpenMode kToListFolder{FILE_LIST_DIRECTORY | FILE_TRAVERSE | FILE_READ_ATTRIBUTES, kFolder,
                                  /*followsLink=*/true};
-constexpr std::size_t kLongPath = 1000;  // characters; from here on a system may refuse a path as a whole
-constexpr std::size_t kMostReports = 100;
+constexpr std::size_t kLongPath = 1000;    // characters; from here on a system may refuse a path as a whole
+constexpr std::size_t kMostReports = 100;  // lines of errors that are kept; further ones are only counted
 
-// The path that a handle stands for, without links and short names; the fallback where the system does not tell it.
+// The path of an open folder, without links and short names; the fallback when Windows cannot determine it.
 std::wstring finalPath(HANDLE folder, const std::wstring& fallback) {
     const std::wstring path = platform::readWide([folder](wchar_t* buffer, DWORD size) {
         return ::GetFinalPathNameByHandleW(folder, buffer, size, FILE_NAME_NORMALIZED);
@@ -36,6 +36,7 @@ std::wstring finalPath(HANDLE folder, const std::wstring& fallback) {
     return path.empty() ? fallback : path;
 }
 
+// As the file system compares them by default: without regard to case, independent of the locale.
 bool areSameNames(std::wstring_view a, std::wstring_view b) {
     return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
                                   /*bIgnoreCase=*/TRUE) == CSTR_EQUAL;
@@ -46,7 +47,7 @@ std::wstring joined(std::wstring_view below, std::wstring_view name) {
     return below.empty() ? std::wstring(name) : std::wstring(below).append(L"\\").append(name);
 }
 
-// Where the target lies as seen from the source.
+// The position of the target relative to the source, by their final paths.
 struct Target {
     bool isSource = false;
     std::wstring below;  // its path below the source; empty when it lies elsewhere
@@ -63,7 +64,7 @@ struct Target {
     }
 };
 
-// Adds up the sizes of the files.
+// Adds up the sizes of the files to copy, before the copying, as the total of the progress.
 class SizeCount final : public FolderWalk::Task {
 public:
     SizeCount(xoProgressNotifier* progress, const Target& target)
@@ -93,6 +94,8 @@ private:
     std::uint64_t mBytes = 0;
 };
 
+// One call of CopyFolderUtf8. Walks the source while mTarget follows with the path of the copy. Continues after
+// failures and reports each.
 class FolderCopying final : public FolderWalk::Task {
 public:
     using Step = FolderWalk::Step;
@@ -124,14 +127,14 @@ public:
         return !mHasFailed && !mIsCanceled;
     }
 
-    // What could not be copied, a line each.
+    // The files that could not be copied, one line each.
     std::string errors() const {
         if (mIsCanceled) return "Canceled";
         if (mReportCount <= kMostReports) return mErrors;
         return mErrors + "\nand " + std::to_string(mReportCount - kMostReports) + " more";
     }
 
-    // A target inside of the source would grow while it is copied, without an end.
+    // A target inside the source is not entered: it would grow while it is copied, without end.
     bool onEnter(FolderWalk& walk) override {
         if (walk.depth() == 1) {
             mFolders.push_back({mTarget.length(), /*isThere=*/true, mIsTopNew});
@@ -181,24 +184,25 @@ public:
     }
 
 private:
-    // A folder that the walk is inside of.
+    // A folder that the walk is in.
     struct Folder {
         std::size_t targetLength;  // of the path of its copy
-        bool isThere;              // the copy could be made, or was there
+        bool isThere;              // the copy exists; otherwise the entries are passed over
         bool isNew;                // the copy was made
     };
 
-    // Only what is noticed before the end counts.
+    // A cancellation counts only if it is noticed before the end.
     bool isCanceled() { return mIsCanceled = mIsCanceled || (mProgress && mProgress->isCanceled()); }
 
-    // Its path has not told, for instance because it leads over a share. The failure is reported, because identities of
-    // two folders may be equal by chance where a file system has longer ones.
+    // Whether the folder of the walk is the target, by identity. Target::isAt does not recognise it when it is reached
+    // by another path, for instance over a share. The caller reports it as a failure, because two folders may have
+    // equal identities by chance on a file system with identifiers of more than 64 bits.
     bool isTarget(FolderWalk& walk) const {
         const Opened folder = walk.openFolder({FILE_READ_ATTRIBUTES, kFolder, /*followsLink=*/true});
         return mTargetIdentity && folder.handle && FolderWalk::identityOf(folder.handle.get()) == mTargetIdentity;
     }
 
-    // As FindFirstFileW reports a folder that is missing.
+    // The error that FindFirstFileW reports for a missing folder.
     static DWORD missingFolder(DWORD error) {
         return error == ERROR_FILE_NOT_FOUND ? DWORD{ERROR_PATH_NOT_FOUND} : error;
     }
@@ -208,7 +212,7 @@ private:
         return mTarget.create(kToListFolder, Existing::IsOpened);
     }
 
-    // Weights of 0 and 1: the time to count is not known in advance, and is short.
+    // Weights of 0 and 1: counting takes an unknown but short time, so it does not move the bar.
     void copyAll() {
         xoProgressScope work(mProgress, {0, 1});
         if (mProgress) {
@@ -246,7 +250,7 @@ private:
         mBytes->advance(entry.size);
     }
 
-    // By handles, because CopyFileExW takes no path of 32767 characters.
+    // Copies by handles, because CopyFileExW does not accept longer paths.
     DWORD copyFarFile(FolderWalk& walk, const FolderEntry& entry, xoProgressNotifier* watched) {
         const Opened from = walk.openEntry(entry.name, {FILE_READ_DATA | FILE_READ_ATTRIBUTES, kFile, false});
         if (!from.handle) return from.error;
@@ -274,6 +278,7 @@ private:
         if (error != ERROR_SUCCESS) fail("DeviceIoControl", error, shown(below));
     }
 
+    // Copies a link itself, to a file or folder of the same name; nothing that it leads to is copied.
     DWORD copyOpenedLink(HANDLE from, std::wstring_view name, ULONG kind) {
         const OpenMode toChange{FILE_WRITE_ATTRIBUTES | DELETE, kind, /*followsLink=*/false};
         const Created to = mTarget.createEntry(name, toChange, mFailsIfExists ? Existing::Fails : Existing::IsOpened);
@@ -286,14 +291,14 @@ private:
         return error;
     }
 
-    // CopyFileExW keeps the attributes, but of the times only that of the last change.
+    // CopyFileExW copies the attributes, but only one of the times, that of the last change.
     void copyTimesOfFile(FolderWalk& walk, const FolderEntry& entry) {
         const Opened from = walk.openEntry(entry.name, {FILE_READ_ATTRIBUTES, kFile, /*followsLink=*/false});
         const Opened to = mTarget.openEntry(entry.name, {FILE_WRITE_ATTRIBUTES, kFile, /*followsLink=*/false});
         if (from.handle && to.handle) files::copyTimes(from.handle.get(), to.handle.get(), /*withAttributes=*/false);
     }
 
-    // The root of a volume has attributes that no folder should have: hidden and system.
+    // The attributes of the root of a volume, hidden and system, are not copied to an ordinary folder.
     void copyTimesOfFolder(FolderWalk& walk) {
         const bool isRoot = walk.depth() == 1 && files::rootLength(mSourceTop) == mSourceTop.size();
         const Opened from = walk.openFolder({FILE_READ_ATTRIBUTES, kFolder, /*followsLink=*/true});
@@ -326,10 +331,10 @@ private:
     const Target* mTargetPlace = nullptr;  // these four are valid while the walk runs
     FolderWalk::Identity mTargetIdentity;
     bool mIsTopNew = false;
-    xoProgressScope* mBytes = nullptr;
-    std::uint64_t mTotal = 0;
-    std::wstring mName;  // of the folder seen last
-    std::vector<Folder> mFolders;
+    xoProgressScope* mBytes = nullptr;  // the scope of the copying
+    std::uint64_t mTotal = 0;           // bytes to copy; 0 without a notifier
+    std::wstring mName;                 // of the folder that onEnter is called for next
+    std::vector<Folder> mFolders;       // from the top to the folder of the walk
     bool mIsCanceled = false;
     bool mHasFailed = false;
     std::string mErrors;

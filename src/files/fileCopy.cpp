@@ -11,9 +11,10 @@
 namespace xo::files {
 namespace {
 
-constexpr DWORD kBlockBytes = DWORD{1} << 20;
+constexpr DWORD kBlockBytes = DWORD{1} << 20;  // the notifier is asked for cancellation after each block
 
-// The size may have changed, and streams beside the content count too: the system says so at the start of each stream.
+// Called by CopyFileExW in this thread. The total size may differ from the expected one: the file may have changed, and
+// its alternate data streams count too. Windows passes it at the start of each stream.
 // https://learn.microsoft.com/windows/win32/api/winbase/nc-winbase-lpprogress_routine
 DWORD CALLBACK onCopied(LARGE_INTEGER size, LARGE_INTEGER copied, LARGE_INTEGER /*streamSize*/,
                         LARGE_INTEGER /*streamCopied*/, DWORD /*stream*/, DWORD reason, HANDLE /*from*/, HANDLE /*to*/,

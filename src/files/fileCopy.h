@@ -16,21 +16,22 @@ namespace xo::files {
 // The error of a copy that was canceled. The target is deleted then, also one that was there before.
 constexpr DWORD kCopyCanceled = ERROR_REQUEST_ABORTED;
 
-// Copies as CopyFileExW does with its flags; gives the error. The size is what the source is expected to have; the
-// notifier may be null.
+// Copies as CopyFileExW does with its flags. The size is the one expected of the source, for the progress only; the
+// notifier may be null. Returns the error, as all functions here do.
 DWORD copyFile(const std::wstring& from, const std::wstring& to, DWORD flags, std::uint64_t size,
                xoProgressNotifier* progress);
 
-// Copies the content between two open files, for paths that are too long for CopyFileExW.
+// Copies the content between two open files, from their positions on, for paths that are too long for CopyFileExW.
 DWORD copyContent(HANDLE from, HANDLE to, std::uint64_t size, xoProgressNotifier* progress);
 
-// Gives a file or folder the times of another one, and its attributes if asked, as far as the file system has them.
+// Sets the times of a file or folder to those of another one, and its attributes too if asked. Failures are ignored:
+// not every file system stores them.
 void copyTimes(HANDLE from, HANDLE to, bool withAttributes);
 
-// Makes an empty file or folder the same link as another one.
+// Turns an empty file or folder into the same link as another one.
 DWORD copyReparsePoint(HANDLE from, HANDLE to);
 
-// Marks what the handle stands for as to be deleted when the handle is closed; gives the error.
+// Marks a file or folder for deletion, which happens when its last handle is closed. The handle needs the right DELETE.
 DWORD setDeleteOnClose(HANDLE target);
 
 }  // namespace xo::files

@@ -1,4 +1,4 @@
-// What a path names, its size and times; and the free space of a disk.
+// Existence, kind, size and times of files, and the free space of a disk.
 #include <algorithm>
 #include <utility>
 
@@ -13,6 +13,7 @@ namespace {
 
 using platform::toApiPath;
 
+// The attributes, times and size of a file or folder, from whichever call of Windows could read them.
 struct Facts {
     DWORD attributes;
     FILETIME accessed;
@@ -21,14 +22,15 @@ struct Facts {
     std::uint64_t size;
 };
 
-// The three structures of Windows that tell about a file share these names.
+// WIN32_FIND_DATAW, WIN32_FILE_ATTRIBUTE_DATA and BY_HANDLE_FILE_INFORMATION have these members in common.
 template <class Source>
 Facts factsOf(const Source& source) {
     return {source.dwFileAttributes, source.ftLastAccessTime, source.ftCreationTime, source.ftLastWriteTime,
             (std::uint64_t{source.nFileSizeHigh} << 32) | source.nFileSizeLow};
 }
 
-// Of a file that cannot be opened even for its attributes, such as the paging file.
+// Reads the facts from the folder's listing, for a file that cannot be opened even for its attributes, such as the
+// paging file. They may be older than the file's own.
 bool readFromFolder(const std::wstring& path, Facts& facts) {
     WIN32_FIND_DATAW found;
     if (!platform::FindHandle(::FindFirstFileW(path.c_str(), &found))) return false;
@@ -36,7 +38,7 @@ bool readFromFolder(const std::wstring& path, Facts& facts) {
     return true;
 }
 
-// Of what a link leads to.
+// Reads the facts of the file or folder to which a link leads. FILE_FLAG_BACKUP_SEMANTICS is needed to open folders.
 bool readTarget(const std::wstring& path, Facts& facts) {
     const platform::FileHandle file =
         platform::openFile(path, FILE_READ_ATTRIBUTES, platform::kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
@@ -46,6 +48,7 @@ bool readTarget(const std::wstring& path, Facts& facts) {
     return true;
 }
 
+// False when nothing exists at the path, or a link leads nowhere.
 bool readFacts(const std::wstring& path, Facts& facts) {
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (!::GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data))
@@ -55,13 +58,13 @@ bool readFacts(const std::wstring& path, Facts& facts) {
     return true;
 }
 
-// Whether the error says no more than that the path does not lead to a folder.
+// Whether the error only means that the path does not lead to a folder, so that a parent may still be a valid one.
 bool isNoFolder(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_DIRECTORY ||
            error == ERROR_INVALID_NAME || error == ERROR_BAD_PATHNAME;
 }
 
-// 0 stands for a time that the file system does not keep.
+// Windows reports 0 for a time that the file system does not store.
 std::int64_t toSeconds(const FILETIME& time, std::int64_t unknown) {
     return platform::toTicks(time) == 0 ? unknown : platform::toUnixSeconds(time);
 }
@@ -92,7 +95,7 @@ bool xoDirUtils::DirExistsUtf8(const std::string& path) {
 }
 
 void xoDirUtils::GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info) {
-    std::string asked = path;  // which may be info's own
+    std::string asked = path;  // a copy: the path may be info.path itself, which is cleared next
     info.clearInfos();
     info.path = std::move(asked);
 
@@ -109,7 +112,8 @@ void xoDirUtils::GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info) 
 std::uint64_t xoDirUtils::GetAvailableDiskSizeUtf8(const std::string& path, std::string& error) {
     std::wstring folder = platform::toExtendedPath(platform::toWide(path));
     const std::size_t root = files::rootLength(folder);
-    if (files::isNetworkPath(folder)) {  // a server that does not answer is to be asked only once
+    if (files::isNetworkPath(
+            folder)) {  // only the share is asked, since a server that does not answer would delay each attempt
         folder.resize(root);
         if (!files::isSeparator(folder.back())) folder += L'\\';
     }

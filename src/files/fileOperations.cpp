@@ -1,4 +1,4 @@
-// Single files renamed, copied and removed; folders made.
+// Renames, copies and removes single files, and makes folders.
 #include <algorithm>
 
 #include "files/fileCopy.h"
@@ -18,10 +18,10 @@ bool isFolder(const wchar_t* path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-// Someone else may make the folder at the same moment.
+// True also if somebody else makes the folder at the same moment.
 bool makeFolder(const wchar_t* path) { return ::CreateDirectoryW(path, nullptr) || isFolder(path); }
 
-// 0 where it is not known.
+// 0 when it cannot be read; CopyFileExW then reports the failure, or the size.
 std::uint64_t sizeOf(const wchar_t* path) {
     WIN32_FILE_ATTRIBUTE_DATA data{};
     if (!::GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return 0;
@@ -68,7 +68,7 @@ bool xoDirUtils::MkpathUtf8(const std::string& path) {
 
     std::replace(folder.begin(), folder.end(), L'/', L'\\');
     const std::size_t root = files::rootLength(folder);
-    bool mayExist = true;  // below the first folder made here, nothing does
+    bool mayExist = true;  // false below the first folder that is made here, which saves the question
     for (std::size_t at = root; at < folder.size();) {
         const std::size_t end = (std::min)(folder.find(L'\\', at), folder.size());
         const std::wstring prefix = folder.substr(0, end);
@@ -78,7 +78,7 @@ bool xoDirUtils::MkpathUtf8(const std::string& path) {
         }
         at = (std::min)(folder.find_first_not_of(L'\\', end), folder.size());
     }
-    return root < folder.size();  // a drive or share alone cannot be made
+    return root < folder.size();  // false for a root that does not exist: it cannot be made
 }
 
 }  // namespace xo

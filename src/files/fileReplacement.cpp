@@ -12,9 +12,10 @@
 namespace xo::files {
 namespace {
 
-constexpr DWORD kMostNames = 16;
+constexpr DWORD kMostNames = 16;  // attempts to find a free name for the new file
 
-// Attributes that a new file would not get, so that a file with one of them is overwritten in place.
+// Attributes that cannot be set on a new file by SetFileInformationByHandle. A file with one of them is overwritten in
+// place.
 constexpr DWORD kOnlyInPlace = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_COMPRESSED;
 
 DWORD setDeleteOnClose(const platform::FileHandle& file, bool isDeleted) {
@@ -80,6 +81,7 @@ bool isFree(const std::wstring& path) {
     return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && ::GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
+// The discretionary access list of a file.
 class AccessList {
 public:
     bool read(const platform::FileHandle& file) {
@@ -107,6 +109,7 @@ private:
     DWORD mSize = 0;
 };
 
+// Writes only a list that differs: a new file inherits the same entries from the folder in most cases.
 bool copyAccess(const platform::FileHandle& from, const platform::FileHandle& to) {
     AccessList wanted, inherited;
     if (!wanted.read(from) || !inherited.read(to)) return false;
@@ -117,7 +120,7 @@ bool copyAccess(const platform::FileHandle& from, const platform::FileHandle& to
 bool copyProperties(const platform::FileHandle& from, const platform::FileHandle& to) {
     BY_HANDLE_FILE_INFORMATION old;
     if (!::GetFileInformationByHandle(from.get(), &old)) return false;
-    // A new file would not be the one that the other hard links name.
+    // The other hard links of the file would keep the old content.
     if (old.nNumberOfLinks > 1 || (old.dwFileAttributes & kOnlyInPlace) != 0) return false;
     FILE_BASIC_INFO info{};  // a member that is 0 changes nothing
     info.CreationTime.LowPart = old.ftCreationTime.dwLowDateTime;
@@ -126,7 +129,7 @@ bool copyProperties(const platform::FileHandle& from, const platform::FileHandle
     return ::SetFileInformationByHandle(to.get(), FileBasicInfo, &info, sizeof info) && copyAccess(from, to);
 }
 
-// FILE_RENAME_INFO, as both kinds of the call lay it out.
+// The layout of FILE_RENAME_INFO for both kinds of the call. Older headers have a BOOLEAN in place of the flags.
 struct RenameInfo {
     DWORD flags;
     HANDLE root;
@@ -228,13 +231,13 @@ DWORD FileReplacement::whileBusy(DWORD busyError, Attempt attempt) {
     }
 }
 
-// Written through, lest after a power failure the file has its name but not yet its bytes.
+// Written through: otherwise the file might have its new name but not yet its bytes after a power failure.
 DWORD FileReplacement::begin() {
     mNew = createReplacement(FILE_FLAG_WRITE_THROUGH);
     return mNew ? ERROR_SUCCESS : openInPlace();
 }
 
-// Many pieces are faster flushed once, at the end, than each written through.
+// Not written through: many pieces are written faster if they are flushed once, at the end.
 DWORD FileReplacement::beginInPieces() {
     mNew = createReplacement(FILE_ATTRIBUTE_NORMAL);
     if (mNew) return ERROR_SUCCESS;
@@ -244,7 +247,6 @@ DWORD FileReplacement::beginInPieces() {
     return errorOf(mNew.get() != INVALID_HANDLE_VALUE);
 }
 
-// Returns no handle if the file is to be overwritten in place.
 platform::FileHandle FileReplacement::createReplacement(DWORD flags) {
     platform::FileHandle old;
     if (whileBusy(ERROR_SHARING_VIOLATION, [&] { return openExisting(mPath, old); }) != ERROR_SUCCESS) {
@@ -268,7 +270,7 @@ DWORD FileReplacement::commit(std::string_view bytes) {
     if (mNew) {
         if (const DWORD error = writeAll(mNew, bytes)) return error;
         const bool isDone = takePlace() == ERROR_SUCCESS;
-        mNew.reset();  // now: it excludes readers that share no writing, and takes disk space
+        mNew.reset();  // at once: the handle excludes readers that do not share writing, and keeps disk space
         if (isDone) return ERROR_SUCCESS;
         if (const DWORD error = openInPlace()) return error;
     }

@@ -11,7 +11,7 @@
 
 namespace xo::files {
 
-// Whether it is a file on a disk: no folder, volume, pipe, console or other device.
+// Whether the handle is that of a file on a disk, not of a folder, volume, pipe, console or other device.
 bool isDiskFile(const platform::FileHandle& file);
 
 // The bytes are written to a new file in the same folder, which gets the access list, attributes and creation time of
@@ -43,14 +43,18 @@ public:
     DWORD commitPieces();
 
 private:
+    // Creates the new file beside the old one, with its properties. Returns no handle if the file must be overwritten
+    // in place.
     platform::FileHandle createReplacement(DWORD flags);
+    // Renames the new file to the name of the old one.
     DWORD takePlace();
+    // Opens the file itself for overwriting; creates it if it does not exist.
     DWORD openInPlace();
     template <class Attempt>
     DWORD whileBusy(DWORD busyError, Attempt attempt);
 
     std::wstring mPath;
-    std::wstring mTarget;           // of the link that mPath may be; valid while mNew takes its place
+    std::wstring mTarget;           // mPath without links: the path that mNew is renamed to
     platform::FileHandle mNew;      // null if the file is overwritten in place, or the temporary file of its pieces
     platform::FileHandle mInPlace;  // the file itself, with its old bytes
     ULONGLONG mPatienceMs = 125;    // the remaining time to wait for other processes

@@ -1,4 +1,4 @@
-// The walks of visitors: converts the paths and names of a walk to UTF-8.
+// Walks a tree for a visitor, and converts the paths and names to UTF-8.
 #include <string_view>
 #include <vector>
 
@@ -13,14 +13,14 @@ namespace {
 
 using FileSystemVisitor = xoDirUtils::FileSystemVisitor;
 
-// Appends a name to a path as it is shown.
+// Appends a name to a path in the form that visitors get: with "/", and without a separator in front of the first name.
 void appendName(std::string& path, std::string_view name) {
     if (!path.empty() && path.back() != '/' && path.back() != '\\') path += '/';
     path += name;
 }
 
-// The ends of file names that a walk accepts.
-// Case counts. A list of nothing but empty extensions accepts no file.
+// The extensions of the files that are visited; null or an empty list accepts all files. Upper and lower case differ. A
+// list of only empty extensions accepts no file.
 class NameFilter {
 public:
     explicit NameFilter(const std::vector<std::string>* extensions)
@@ -41,6 +41,7 @@ private:
     std::vector<std::string> mEnds;
 };
 
+// One call of visit().
 class Visit : public files::FolderWalk::Task {
 public:
     using FolderWalk = files::FolderWalk;
@@ -77,7 +78,7 @@ public:
     }
 
 private:
-    // Each sub-folder that is walked is a step, and all the rest is one.
+    // Each sub-folder that is walked is a step, and all other entries together are one.
     std::uint64_t countSteps(const FolderWalk& walk) const {
         std::uint64_t steps = 1;
         walk.forEachEntry([&](const files::FolderEntry& entry) {
@@ -91,9 +92,9 @@ private:
     const bool mIsRecursive;
     const NameFilter mFilter;
     files::WalkProgress mProgress;
-    std::string mFolder;                      // its path as the visitor sees it
-    std::string mName;                        // of the entry seen last
-    std::vector<std::size_t> mFolderLengths;  // of the paths of the folders that the walk is inside of
+    std::string mFolder;                      // the path of the walk's folder as the visitor gets it
+    std::string mName;                        // of the last entry; a buffer that is used again
+    std::vector<std::size_t> mFolderLengths;  // the lengths of mFolder in the folders that the walk is in
 };
 
 }  // namespace

@@ -12,10 +12,10 @@ namespace xo::files {
 // Creates the file, or empties an existing one. Null if that fails.
 platform::FileHandle openForWriting(const std::string& path);
 
-// The error of the call that has just returned isDone; never ERROR_SUCCESS if it failed.
+// The error code of the Windows call that has just returned isDone. Never ERROR_SUCCESS if it failed.
 DWORD errorOf(BOOL isDone);
 
-// The error of Windows when not all of the bytes were written, else ERROR_SUCCESS.
+// Writes at the file's position. Returns ERROR_SUCCESS when all bytes were written, otherwise the error.
 DWORD writeAll(const platform::FileHandle& file, std::string_view bytes);
 
 }  // namespace xo::files

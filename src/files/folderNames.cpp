@@ -1,4 +1,4 @@
-// The entries of folders, packed one behind the other: kind, length of the name, name and, if wanted, size.
+// Lists folders by GetFileInformationByHandleEx, which returns many entries in one call.
 #include "files/folderNames.h"
 
 #include <cstring>
@@ -8,7 +8,7 @@
 namespace xo::files {
 namespace {
 
-// The most that a server gives in one answer.
+// The largest answer of a file server, so that a larger buffer would save no calls.
 constexpr DWORD kBufferBytes = 65536;
 
 // Bits of an entry's kind.
@@ -16,9 +16,9 @@ constexpr wchar_t kFolder = 1;
 constexpr wchar_t kLink = 2;
 constexpr wchar_t kReparsePoint = 4;
 
-// The tag of a reparse point stands in place of the size of its extended attributes:
-// https://learn.microsoft.com/openspecs/windows_protocols/ms-fscc/e8d926d1-3a22-4654-be9c-58317a85540b Wine returns 0.
-// An entry that may be a link then counts as one.
+// For a reparse point EaSize is its tag:
+// https://learn.microsoft.com/openspecs/windows_protocols/ms-fscc/e8d926d1-3a22-4654-be9c-58317a85540b
+// Wine returns 0; such an entry counts as a link, because entering a link by mistake would be worse.
 wchar_t kindOf(const FILE_FULL_DIR_INFO& info) {
     if ((info.FileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return 0;
     if ((info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return kFolder;

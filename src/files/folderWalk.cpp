@@ -1,4 +1,4 @@
-// Walks a folder and what is below it, without recursion, so that deep trees need no stack.
+// Walks a tree of folders without recursion, so that deep trees need no stack.
 #include "files/folderWalk.h"
 
 #include <algorithm>
@@ -34,8 +34,8 @@ bool FolderWalk::goOn() {
     return step == Step::Enter ? enterBelow(entry) : step != Step::Stop;
 }
 
-// A folder that was listed without a reparse point is opened without following links: it may have been replaced by a
-// link meanwhile.
+// A folder that was listed without a reparse point is opened without following links: if it has been replaced by a link
+// meanwhile, its target must not be walked, and deleted by a task.
 bool FolderWalk::enterBelow(const FolderEntry& entry) {
     mPath.append(entry.name);
     Opened folder = openFolder(toList(/*followsLink=*/entry.isReparsePoint));
@@ -67,7 +67,7 @@ bool FolderWalk::enterListed() {
 }
 
 bool FolderWalk::leave() {
-    // First, because the task may delete the folder, and an open handle could delay that.
+    // Before onLeave, because the task may delete the folder, which an open handle could delay.
     mPath.release();
     if (!mTask.onLeave(*this)) return false;
     mNames.cut(mLevels.back().names);
@@ -80,7 +80,7 @@ Opened FolderWalk::openEntry(std::wstring_view name, const OpenMode& mode) {
     return mFolder ? openRelative(mFolder.get(), name, mode) : mPath.openEntry(name, mode);
 }
 
-// Some network redirectors report the index 0 for every file.
+// An index of 0 counts as unknown: some network redirectors report it for every file.
 FolderWalk::Identity FolderWalk::identityOf(HANDLE folder) {
     BY_HANDLE_FILE_INFORMATION info;
     if (!::GetFileInformationByHandle(folder, &info)) return {};
@@ -89,8 +89,8 @@ FolderWalk::Identity FolderWalk::identityOf(HANDLE folder) {
     return {{info.dwVolumeSerialNumber, index}};
 }
 
-// Whether the walk is inside the folder that a link leads to, or cannot tell. Another link to the same folder is no
-// circle: it is walked again, under the path of that link.
+// Whether the walk is in the folder to which a link leads, or this is unknown: not entering is safer than not ending. A
+// second link to the same folder is not a circle; the folder is walked again under the path of that link.
 bool FolderWalk::isInside(HANDLE folder) {
     const Identity identity = identityOf(folder);
     if (!identity) return true;

@@ -1,9 +1,10 @@
-// Collecting the paths or names that a walk comes across.
+// Collects the paths or names of the files and folders that a walk visits.
 #include "xoSystem/xoDirUtils.h"
 
 namespace xo {
 namespace {
 
+// Appends to the lists of the caller, each of which may be null.
 class GlobFileAndFolderFunctor : public xoDirUtils::FileSystemVisitor {
 public:
     GlobFileAndFolderFunctor(std::vector<std::string>* files, std::vector<std::string>* folders, bool fullPaths)
@@ -37,8 +38,9 @@ private:
 void xoDirUtils::GlobFileAndFolderUtf8(const std::string& folder, std::vector<std::string>* files,
                                        std::vector<std::string>* folders, const std::vector<std::string>* extensions,
                                        int flags) {
-    const std::string start(folder.data(), folder.size());  // a text of its own: the folder's may be in a vector
-    std::vector<std::string> ownExtensions;                 // and so may the extensions
+    const std::string start(folder.data(),
+                            folder.size());  // a copy, as `folder` may be an element of a list that is cleared
+    std::vector<std::string> ownExtensions;  // the same for the extensions
     if (extensions != nullptr && (extensions == files || extensions == folders)) {
         ownExtensions = *extensions;
         extensions = &ownExtensions;

@@ -11,8 +11,9 @@ namespace xo {
 namespace {
 
 constexpr DWORD kTempPathCapacity = 2048;
-constexpr DWORD kLongestTempPath = 260;
+constexpr DWORD kLongestTempPath = 260;  // characters; a longer result counts as none
 
+// The id is a CSIDL. Empty when the system has no such folder.
 std::string knownFolder(int id) {
     wchar_t path[MAX_PATH];
     if (FAILED(::SHGetFolderPathW(nullptr, id, nullptr, 0, path))) return {};

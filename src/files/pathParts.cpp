@@ -20,6 +20,7 @@ bool hasNetworkPrefix(std::wstring_view path) {
     return platform::equalsIgnoringCase(path.substr(kDevicePrefix, 3), L"UNC");
 }
 
+// The position behind a name, and behind any number of separators, that begin at a position.
 std::size_t pastName(std::wstring_view path, std::size_t at) {
     while (at < path.size() && !isSeparator(path[at])) ++at;
     return at;
@@ -64,7 +65,8 @@ std::wstring_view withoutTrailingSeparators(std::wstring_view path) {
     return path.substr(0, length);
 }
 
-// Without the "\*" Windows would remove trailing dots and blanks, so that "..." would mean the working directory.
+// The path is extended with "\*" behind it, which is removed again. Without it Windows would remove trailing dots and
+// blanks, so that "..." would mean the working directory.
 std::wstring searchedFolder(const std::string& folder) {
     std::wstring pattern(withoutTrailingSeparators(platform::toWide(folder)));
     if (pattern.empty()) return {};

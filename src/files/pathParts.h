@@ -13,7 +13,7 @@ inline bool isSeparator(wchar_t c) noexcept { return c == L'\\' || c == L'/'; }
 // Whether the name is "." or "..".
 inline bool isDots(std::wstring_view name) noexcept { return name == L"." || name == L".."; }
 
-// The length of what stands before the first name, separators included: "C:", "C:\", "\", "\\server\share\",
+// The length of the part in front of the first name, separators included: "C:", "C:\", "\", "\\server\share\",
 // "\\?\C:\", "\\?\UNC\server\share\", "\\.\device\". 0 for a path that begins with a name.
 std::size_t rootLength(std::wstring_view path);
 

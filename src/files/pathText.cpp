@@ -1,4 +1,4 @@
-// Paths as text: of the process, absolute, parent, and in the case of the disk.
+// Paths as text: those of the process, absolute ones, parents, and paths in the spelling of the disk.
 #include <algorithm>
 
 #include "files/pathParts.h"
@@ -21,8 +21,8 @@ using platform::toWide;
 
 bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
 
-// The shell may hide an extension or translate a name, and it accepts neither long paths nor "\\?\". Its answer is used
-// only if it differs in nothing but case.
+// The name as the shell displays it. The shell may hide an extension or translate a name, and it accepts neither long
+// paths nor "\\?\". So its answer is used only if it differs in nothing but case.
 std::wstring nameInShell(const std::wstring& path, std::wstring_view name) {
     SHFILEINFOW info{};
     if (path.size() >= MAX_PATH || ::SHGetFileInfoW(path.c_str(), 0, &info, sizeof info, SHGFI_DISPLAYNAME) == 0)
@@ -30,6 +30,7 @@ std::wstring nameInShell(const std::wstring& path, std::wstring_view name) {
     return platform::equalsIgnoringCase(info.szDisplayName, name) ? info.szDisplayName : std::wstring();
 }
 
+// The name as the folder stores it; empty when there is no such file.
 std::wstring nameInFolder(const std::wstring& path) {
     WIN32_FIND_DATAW found;
     const platform::FindHandle search(::FindFirstFileW(toApiPath(path).c_str(), &found));
@@ -47,7 +48,7 @@ std::wstring storedName(const std::wstring& path, std::wstring_view name) {
     return stored;
 }
 
-// "C:" at the start, or behind "\\?\".
+// Makes the letter in front of the colon upper case: in "c:" and in "\\?\c:".
 void raiseDriveLetter(std::wstring& root) {
     const std::size_t colon = root.find(L':');
     if (colon == std::wstring::npos || colon == 0) return;
@@ -106,6 +107,7 @@ std::string xoDirUtils::GetActualPathNameUtf8(const std::string& path) {
         const auto rest = given.begin() + static_cast<std::ptrdiff_t>(at);
         const auto nameEnd = std::find_if(rest, given.end(), isSeparator);
         const std::wstring name(rest, nameEnd);
+        // From the first name that does not exist on, the path stays as it was given.
         const std::wstring stored = storedName(actual + name, name);
         if (stored.empty()) return toUtf8(actual.append(given, at));
         const auto next = std::find_if_not(nameEnd, given.end(), isSeparator);

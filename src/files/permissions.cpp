@@ -1,4 +1,4 @@
-// Full access for everyone.
+// Grants everyone full access to a file or folder.
 #include "platform/handle.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
@@ -8,7 +8,8 @@
 namespace xo {
 namespace {
 
-// An access list with one entry: full access for the group. Empty when Windows refuses.
+// An access list with one entry: full access for the group. Empty when the call fails. The ANSI form suffices, because
+// the group is given by its identifier and not by a name.
 platform::LocalMemory<ACL> fullAccessFor(PSID group) {
     EXPLICIT_ACCESS_A access{};
     access.grfAccessPermissions = GENERIC_ALL;
@@ -30,11 +31,12 @@ bool xoDirUtils::GrantAllFilePermissionsUtf8(const std::string& path) {
     DWORD size = sizeof everyone;
     if (!::CreateWellKnownSid(WinWorldSid, /*DomainSid=*/nullptr, everyone, &size)) return false;
     const platform::LocalMemory<ACL> list = fullAccessFor(everyone);
-    if (!list) return false;  // without a list the call below would mean something else
+    if (!list) return false;  // a null list would remove all access control instead
 
     SECURITY_DESCRIPTOR descriptor;
     if (!::InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION)) return false;
     if (!::SetSecurityDescriptorDacl(&descriptor, TRUE, list.get(), /*bDaclDefaulted=*/FALSE)) return false;
+    // Not SetNamedSecurityInfoW, which would also change the permissions inherited by the files in a folder.
     return ::SetFileSecurityW(platform::toApiPath(path).c_str(), DACL_SECURITY_INFORMATION, &descriptor) != FALSE;
 }
 

@@ -21,7 +21,7 @@ constexpr UINT kLastNumber = 0xFFFF;                   // the numbers are 1 to t
 constexpr std::size_t kPrefixLength = 3;               // GetTempFileNameW ignores further characters of a prefix
 constexpr std::size_t kSystemExtension = 4;            // ".tmp"
 constexpr std::size_t kLongestFolder = MAX_PATH - 14;  // GetTempFileNameW fails for longer ones
-constexpr int kMostDenied = 100;
+constexpr int kMostDenied = 100;                       // names that may be denied before the folder counts as closed
 
 UINT after(UINT number) noexcept { return number % kLastNumber + 1; }
 
@@ -63,7 +63,8 @@ struct TemporaryFile {
     std::wstring folder;  // with backslashes
     std::wstring prefix;  // kPrefixLength at most
 
-    // A number whose file could be made in the folder just now; 0 when none can be made.
+    // A number whose file could be created in the folder just now; the file is deleted again. 0 when none can be
+    // created.
     UINT tryOut() const {
         if (folder.size() > kLongestFolder) return tryOutByHand();
         wchar_t made[MAX_PATH];
@@ -84,8 +85,8 @@ struct TemporaryFile {
     }
 
 private:
-    // What GetTempFileNameW does, in a folder of any length. A name is denied too while its last file waits for its
-    // deletion, so that a few such names do not mean that the folder is closed.
+    // Does the same as GetTempFileNameW, in a folder of any length. A name is denied also while its deleted file is
+    // still open, so a few denied names do not mean that files cannot be created in the folder.
     UINT tryOutByHand() const {
         int denied = 0;
         UINT number = ::GetTickCount() % kLastNumber + 1;
@@ -101,7 +102,7 @@ private:
     }
 };
 
-// Whether the text may stand inside a file name.
+// Whether all characters of the text are allowed in a file name.
 bool fitsName(std::wstring_view text) {
     const auto forbidden = [](wchar_t c) {
         return c < L' ' || std::wstring_view(LR"(\/:*?"<>|)").find(c) != std::wstring_view::npos;
@@ -117,6 +118,7 @@ std::wstring shortPrefix(std::wstring prefix) {
     return prefix;
 }
 
+// The folder, or the one for temporary files; empty when it contains a NUL.
 std::wstring folderFor(const std::string& utf8Folder) {
     std::wstring folder = platform::toWide(utf8Folder.empty() ? xoDirUtils::GetTempFolderUtf8() : utf8Folder);
     std::replace(folder.begin(), folder.end(), L'/', L'\\');
@@ -129,7 +131,7 @@ std::string freshName(const std::string& folder, const std::string& prefix, cons
     UINT number = file.tryOut();
     if (number == 0) return {};
 
-    // Up to the end of the round that others have begun, and once round.
+    // Enough for the rest of the numbers before they are all unused again, and for all of them once more.
     for (UINT tries = 0; tries < 2 * kLastNumber; ++tries) {
         number = numbers().give(number);
         std::wstring path = file.name(number);

@@ -17,22 +17,23 @@ class WalkProgress {
 public:
     explicit WalkProgress(xoProgressNotifier* notifier) : mNotifier(notifier) {}
 
-    // Whether somebody looks: only then are steps to be counted.
+    // Whether there is a notifier. Without one the caller need not count steps.
     explicit operator bool() const { return mNotifier != nullptr; }
 
-    // A folder is entered, which is that many steps. Below a depth of 8 a folder is only a step of the one above it.
+    // Called when a folder is entered; `steps` is the number of its steps. From a depth of 8 on a folder has no scope
+    // of its own and is only one step of the folder above: deeper scopes would hardly move the bar.
     void enter(std::uint64_t steps, std::string_view text) {
         if (mNotifier && mDepth++ < kMostScopes) mFolders[mDepth - 1].emplace(mNotifier, steps, text);
     }
 
-    // The next step begins: those before it are complete. False once the walk is canceled.
+    // Begins the next step, which completes those before it. False once the walk is canceled.
     bool beginStep() {
         if (!hasScope()) return goesOn();
         Folder& folder = *mFolders[mDepth - 1];
         return folder.scope.advanceTo(folder.begunSteps++);
     }
 
-    // The folder is left. With success all of its steps are complete.
+    // Called when the folder is left. isComplete completes its steps, also those that were not begun.
     void leave(bool isComplete) {
         if (!mNotifier) return;
         if (hasScope()) {
@@ -42,7 +43,7 @@ public:
         --mDepth;
     }
 
-    // False once the walk is canceled. The notifier is called when that is due.
+    // False once the walk is canceled. Calls the notifier if that is due.
     bool goesOn() {
         if (!mNotifier) return true;
         if (mDepth == 0) return !mNotifier->isCanceled();
@@ -50,8 +51,9 @@ public:
     }
 
 private:
-    static constexpr std::size_t kMostScopes = 8;
+    static constexpr std::size_t kMostScopes = 8;  // deep enough for a smooth bar
 
+    // A scope and the number of its steps that have begun; the last of them is under way.
     struct Folder {
         Folder(xoProgressNotifier* notifier, std::uint64_t steps, std::string_view text)
             : scope(notifier, steps, text) {}
@@ -63,7 +65,7 @@ private:
     bool hasScope() const { return mDepth > 0 && mDepth <= kMostScopes; }
 
     xoProgressNotifier* const mNotifier;
-    std::size_t mDepth = 0;
+    std::size_t mDepth = 0;  // of the folders that were entered and not left; may exceed kMostScopes
     std::array<std::optional<Folder>, kMostScopes> mFolders;  // destroyed from the innermost on
 };
 

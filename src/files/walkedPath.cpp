@@ -1,4 +1,4 @@
-// Opens and creates files below a folder by calls of the kernel, which take a path relative to an open folder.
+// Opens and creates files by the functions of ntdll, which unlike CreateFileW take a path relative to an open folder.
 #include "files/walkedPath.h"
 
 #include <algorithm>
@@ -12,11 +12,12 @@
 namespace xo::files {
 namespace {
 
-constexpr std::wstring_view kKernelPrefix = LR"(\??\)";  // stands for both "\\?\" and "\\.\"
-constexpr std::size_t kFar = 1000;                       // characters
+constexpr std::wstring_view kKernelPrefix = LR"(\??\)";  // in the kernel it takes the place of both "\\?\" and "\\.\"
+constexpr std::size_t kFar = 1000;  // characters between two held folders: few handles, and paths far below the limit
 constexpr ULONG kSharedByAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// Calls open(handle, access, attributes, status, share, options) for a path of a length that the kernel takes.
+// Prepares the arguments that NtOpenFile and NtCreateFile have in common, and calls
+// open(handle, access, attributes, status, share, options). A path that is too long for a UNICODE_STRING is refused.
 template <class Open>
 Opened openBy(Open open, HANDLE folder, std::wstring_view path, const OpenMode& mode) {
     constexpr std::size_t kMostBytes = (std::numeric_limits<USHORT>::max)();
@@ -34,6 +35,7 @@ Opened openBy(Open open, HANDLE folder, std::wstring_view path, const OpenMode& 
     platform::KernelHandle opened;
     IO_STATUS_BLOCK status;
     const NTSTATUS result = open(opened.put(), mode.access | SYNCHRONIZE, &attributes, &status, kSharedByAll, options);
+    // Negative statuses are warnings and errors; others are successes.
     if (result < 0) return {{}, ::RtlNtStatusToDosError(result)};
     return {std::move(opened), ERROR_SUCCESS};
 }
@@ -45,6 +47,7 @@ Opened openRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode)
 }
 
 Created createRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode, Existing existing) {
+    // In the order of Existing.
     constexpr ULONG kDispositions[] = {FILE_CREATE, FILE_OPEN_IF, FILE_OVERWRITE_IF};
     const ULONG disposition = kDispositions[static_cast<ULONG>(existing)];
     bool isNew = false;
@@ -61,6 +64,7 @@ Created createRelative(HANDLE folder, std::wstring_view path, const OpenMode& mo
 }
 
 WalkedPath::WalkedPath(std::wstring_view extendedPath) {
+    // The prefixes have the same length, so that one replaces the other.
     if (extendedPath.size() > kKernelPrefix.size()) {
         mPath = kKernelPrefix;
         mPath += extendedPath.substr(kKernelPrefix.size());

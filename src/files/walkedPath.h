@@ -1,4 +1,4 @@
-// The current path of a walk, which can be opened at any depth.
+// The current path of a walk, from which files can be opened at any depth.
 #ifndef XO_FILES_WALKEDPATH_H
 #define XO_FILES_WALKEDPATH_H
 
@@ -12,42 +12,46 @@
 
 namespace xo::files {
 
-// The way to open a file or folder. It is shared for reading, writing and deletion.
+// How a file or folder is opened. It is always shared for reading, writing and deletion.
 struct OpenMode {
     ACCESS_MASK access;  // FILE_READ_ATTRIBUTES, DELETE, ...; SYNCHRONIZE is added
     ULONG kind;          // FILE_DIRECTORY_FILE, FILE_NON_DIRECTORY_FILE, or 0 for either
     bool followsLink;    // false opens a link itself, and the kind is the link's
 };
 
+// The result of opening. The handle is for synchronous operations.
 struct Opened {
     platform::KernelHandle handle;
     DWORD error;  // the Win32 code when there is no handle
 };
 
-// Opens a path relative to an open folder, or for null a path in the form of the kernel.
+// Opens a path relative to an open folder. If the folder is null, the path is a full one with the kernel's prefix,
+// "\??\".
 Opened openRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode);
 
-// What becomes of a file or folder that is there.
+// What happens if the file or folder exists already. The values are indexes of a table in the source.
 enum class Existing : ULONG { Fails, IsOpened, IsEmptied };
 
 struct Created {
     Opened opened;
-    bool isNew;  // it was not there before
+    bool isNew;  // it did not exist before
 };
 
-// Makes what the path leads to, as NtCreateFile does.
+// Creates the file or folder at a path; folder and path as above. mode.kind decides which.
 Created createRelative(HANDLE folder, std::wstring_view path, const OpenMode& mode, Existing existing);
 
-// Windows accepts at most 32,767 characters. So from time to time a folder on the path is held open, and deeper files
-// are opened relative to it, which is also faster than from the root.
+// A path may be longer than the 32,767 characters that Windows accepts: every kFar characters a folder on it is held
+// open, and deeper files are opened relative to that folder, which is also faster. An object is used by one thread.
 class WalkedPath {
 public:
-    // Begins at a folder that is given by its extended path; an empty one names no folder.
+    // Begins at a folder, the top, that is given by its extended path ("\\?\..."). With an empty path nothing can be
+    // opened, and nothing may be appended.
     explicit WalkedPath(std::wstring_view extendedPath);
 
+    // The length of the whole path, which cut() takes to return to this folder.
     std::size_t length() const noexcept { return mPath.size(); }
 
-    // The appended part, without a leading separator.
+    // The part below the top, without a separator in front.
     std::wstring_view below() const noexcept;
 
     void append(std::wstring_view name);
@@ -65,24 +69,26 @@ public:
     // The extended path of an entry in the folder to which the whole path leads.
     std::wstring extended(std::wstring_view name) const;
 
-    // Takes the handle of the folder, to which the whole path leads, if the last folder held is far; else leaves it.
+    // Takes over the handle of the folder to which the whole path leads, if the last held folder is more than kFar
+    // characters above it. Otherwise the handle stays with the caller.
     void hold(platform::KernelHandle& folder);
 
-    // Lets the folder go if it is held: nothing below is to be opened any more.
+    // Closes the folder to which the whole path leads, if it is held. Called before the path is cut.
     void release() noexcept;
 
 private:
     struct Held {
-        std::size_t length;  // of its path
+        std::size_t length;  // of the folder's path
         platform::KernelHandle folder;
     };
 
-    // Where to begin for the first `length` characters, and what of them lies below.
+    // The deepest held folder above the path of the first `length` characters, and the rest of that path below it. Null
+    // and the whole path when there is none. The view is into mPath.
     std::pair<HANDLE, std::wstring_view> nearest(std::size_t length) const;
 
-    std::wstring mPath;  // as the kernel takes it: with "\??\" in front
-    std::size_t mTopLength;
-    std::vector<Held> mHeld;
+    std::wstring mPath;       // as the kernel takes it: with "\??\" in front
+    std::size_t mTopLength;   // the length of the path of the top
+    std::vector<Held> mHeld;  // from the top down, by rising length
 };
 
 }  // namespace xo::files
