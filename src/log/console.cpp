@@ -1,4 +1,4 @@
-// Lines on the console, and a status line below them.
+// Writes lines to the console, above a status line.
 #include "log/console.h"
 
 #include <io.h>
@@ -18,10 +18,10 @@
 namespace xo::log {
 namespace {
 
-// Whether std::cout still has a buffer of the C++ library's own. A host that gave it another one, before or after this
-// library was loaded, wants the lines there and not on the console window.
+// Whether std::cout still has a buffer of the C++ library. If a host has replaced it, before or after this library was
+// loaded, the lines go to the host's buffer and not to the console window.
 #if defined(__GLIBCXX__)
-// There are two: the first one, and the one that std::ios::sync_with_stdio(false) sets.
+// The library has two kinds: the first one, and the one that std::ios::sync_with_stdio(false) sets.
 bool isStandardOutput(std::streambuf* buffer) {
     if (auto* const synchronised = dynamic_cast<__gnu_cxx::stdio_sync_filebuf<char>*>(buffer))
         return synchronised->file() == stdout;
@@ -44,7 +44,7 @@ HANDLE consoleWindow() {
     return ::GetConsoleMode(handle, &mode) ? handle : nullptr;
 }
 
-// A console window shows wide text as it is, and reads bytes in a code page of its own.
+// Wide text, because a console window converts bytes from its own code page.
 // https://learn.microsoft.com/en-us/windows/console/writeconsole
 void writeWide(HANDLE console, const std::wstring& text) {
     constexpr std::size_t kMostPerCall = 8192;  // older consoles refuse more than 64 KB
@@ -58,7 +58,7 @@ void writeWide(HANDLE console, const std::wstring& text) {
     }
 }
 
-// Orders what is written to consoles.
+// Lets one thread at a time write to consoles, so that lines and the status line do not mix.
 class ConsoleLock {
 public:
     // Runs the function with the lock held. A fault in it that a guard takes releases the lock too.
@@ -76,9 +76,9 @@ private:
     static inline platform::SlimLock msLock;
 };
 
-StatusLine gStatus{};  // guarded by the lock; without an owner there is none
+StatusLine gStatus{};  // guarded by the lock; there is no status line while the owner is null
 
-// What goes to the cursor's place in front of all else: it empties the status line.
+// The text that removes the status line, at whose end the cursor is: blanks over it, and the cursor at its begin.
 std::string erasure() { return gStatus.owner ? "\r" + std::string(gStatus.columns, ' ') + "\r" : std::string(); }
 
 // In one write, so that the status line does not flicker.
@@ -100,7 +100,7 @@ void writeLineToConsole(std::string& line) {
             out->sputn(line.data(), static_cast<std::streamsize>(line.size()));
             out->pubsync();
         }
-    } catch (...) {  // a buffer of the host's may throw; the line still goes to the file
+    } catch (...) {  // a buffer of the host may throw; the line still goes to the file
     }
     line.pop_back();
 }

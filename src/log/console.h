@@ -12,24 +12,24 @@ namespace xo::log {
 // removed again.
 void writeLineToConsole(std::string& line);
 
-// Writes the line and a line end to a console, above its status line.
+// Writes the line and a line end to a console, above the status line.
 void writeConsoleLine(HANDLE console, const std::string& line);
 
-// A line at the bottom of a console. writeLineToConsole() writes its lines above it. There is one at a time; what else
-// is written to the console does not know of it.
+// A line at the bottom of a console, such as a progress bar. There is one in the process at a time. The functions above
+// write their lines above it; other output to the console may overwrite it.
 struct StatusLine {
-    const void* owner;    // tells the users of the line apart
-    HANDLE console;       // which it is on
+    const void* owner;    // identifies the user of the line; never dereferenced
+    HANDLE console;       // where it is shown; not owned
     std::string text;     // no control characters, and shorter than the console is wide
-    std::size_t columns;  // that it takes, or more
+    std::size_t columns;  // that the text takes at most
 };
 
-// Shows the text in place of the owner's last one. False when another owner has the line. A text that is there already
-// is not written again.
+// Shows the text in place of the owner's last one. False when another owner has the line. An unchanged text is not
+// written again.
 bool setStatusLine(const StatusLine& line);
 
-// Takes the owner's line away, and leaves this one in its place, if it is not empty, with a line end. False when it
-// does not have the line; then nothing is written.
+// Removes the owner's line, and writes lastLine with a line end in its place if it is not empty. False, with nothing
+// written, when the owner does not have the line.
 bool endStatusLine(const void* owner, const std::string& lastLine = {});
 
 }  // namespace xo::log

@@ -1,4 +1,4 @@
-// Lines of the log as events of Windows.
+// Writes lines to the Windows event log.
 #include "log/eventLog.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace {
 // https://learn.microsoft.com/en-us/windows/win32/api/winbase/nf-winbase-reporteventa limits an insertion string to
 // 31,839 characters.
 constexpr std::size_t kMaxTextBytes = 16384;
-constexpr DWORD kEventId = 1;
+constexpr DWORD kEventId = 1;  // the library has no message file, so the number selects no text
 
 // An event source is closed by a function of its own, not by CloseHandle.
 struct EventSourcePolicy {
@@ -22,6 +22,7 @@ struct EventSourcePolicy {
 };
 using EventSource = platform::Owned<EventSourcePolicy>;
 
+// The type may be any number that a host has cast.
 WORD eventType(xoLogType type) {
     switch (static_cast<int>(type)) {
         case xoLogWarning: return EVENTLOG_WARNING_TYPE;

@@ -8,7 +8,8 @@
 
 namespace xo::log {
 
-// Reports one event. Nothing for a DEBUG line, and when the source cannot be registered.
+// Reports one event, under the source "xoLog" if the name is empty. Does nothing for a DEBUG line, and when the source
+// cannot be registered.
 void reportEvent(const std::string& message, xoLogType type, const std::string& sourceName);
 
 }  // namespace xo::log

@@ -15,7 +15,8 @@ namespace {
 
 using platform::kShareAll;
 
-constexpr int kMostBackups = 128;
+constexpr int kMostBackups = 128;  // as many files are open during a rotation
+// Without it some editors would read the UTF-8 text in the native code page.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 platform::FileHandle open(const std::wstring& path, DWORD access, DWORD disposition, DWORD share = kShareAll,
@@ -36,7 +37,7 @@ platform::FileHandle openToMove(const std::wstring& path) {
     return open(path, DELETE, OPEN_EXISTING, kShareAll, FILE_FLAG_OPEN_REPARSE_POINT);
 }
 
-// Returns how many bytes were written.
+// Returns how many bytes were written. A failure is not reported: there is no other place to report it.
 std::int64_t write(HANDLE file, std::string_view bytes) {
     constexpr std::size_t kMostPerCall = std::size_t{1} << 30;  // the size is passed in 32 bits
     const std::size_t total = bytes.size();
@@ -133,7 +134,7 @@ void LogFile::writeLine(std::string& line, std::int64_t second, Access& access) 
     line.resize(length);
 }
 
-// The path is looked at once in a second rather than for each line.
+// Whether the open file still has its path is checked once per second, not for each line.
 void LogFile::writeToKept(std::string_view line, std::int64_t second) {
     if (std::exchange(mCheckedSecond, second) != second && mKept && !isUnder(mApiPath, mKept.get())) mKept.reset();
     if (!mKept) openKept();
@@ -153,6 +154,7 @@ void LogFile::openKept() {
     mKeptSizeBytes = size.QuadPart;
 }
 
+// With a limit, writing is not shared: mKeptSizeBytes counts only the bytes of this process.
 platform::FileHandle LogFile::openToKeep(DWORD disposition) const {
     return openToAppend(mApiPath, disposition, hasLimit() ? FILE_SHARE_READ | FILE_SHARE_DELETE : kShareAll);
 }
@@ -165,7 +167,7 @@ platform::FileHandle LogFile::openForLine() {
     return file;
 }
 
-// Moves a file of that size into the backups or empties it. Returns whether the path names an empty file, or none, now.
+// Moves a file of that size into the backups, or empties it. Returns whether the path now names an empty file or none.
 bool LogFile::rotate(std::int64_t sizeBytes) {
     const bool isAnew = mBackupCount > 0 ? moveAside() : truncate();
     const std::int64_t growth = (std::min)(mMaxSizeBytes, (std::numeric_limits<std::int64_t>::max)() - sizeBytes);

@@ -14,11 +14,11 @@
 
 namespace xo::log {
 
-// Used under the log's lock.
+// An object is used by one thread at a time, under the lock of the log.
 class LogFile {
 public:
-    // What one write holds: the cross-process mutex and the open file. An object of its own, because a write that a
-    // processor fault ends is released without destructors, by a call of release.
+    // The cross-process mutex and the open file during one write. A separate object, because a processor fault ends a
+    // write without destructors; what it held is then released by a call of release().
     class Access {
     public:
         Access() = default;
@@ -42,8 +42,8 @@ public:
     bool install(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount, bool shared);
     void remove() { *this = LogFile(); }
 
-    // From now on a mutex named after the path excludes other processes during each access. Nothing when no file is
-    // installed, or when it stays open.
+    // From now on a mutex named after the path excludes other processes during each access. Does nothing when no file
+    // is installed, or when it stays open: other processes could not be excluded from a file that is open all the time.
     void share();
 
     bool isInstalled() const { return !mPath.empty(); }
@@ -54,11 +54,15 @@ public:
     void writeLine(std::string& line, std::int64_t second, Access& access);
 
 private:
+    // Rotates or empties the file if the flags ask for it, and creates it with a byte order mark if it does not exist.
     bool prepare(int flags);
+    // A limit below 1 means none.
     bool hasLimit() const { return mMaxSizeBytes >= 1; }
+    // Opens the file for appending, after a rotation if it is too large.
     platform::FileHandle openForLine();
     bool isTooLarge(std::int64_t sizeBytes);
     bool rotate(std::int64_t sizeBytes);
+    // True when the file is empty, or was moved to the backups.
     bool truncate() const;
     bool moveAside() const;
     bool openBackupsToMove(std::vector<platform::FileHandle>& backups) const;

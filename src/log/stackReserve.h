@@ -9,19 +9,19 @@
 
 namespace xo::log {
 
-// Enough for the C runtime's and the system's part of writing to the console and to a file. A handler of the host may
-// need more.
+// Bytes; enough for the C runtime and the system to write to the console and to a file. A handler of the host may need
+// more.
 constexpr std::size_t kStackOfWrite = std::size_t{16} * 1024;
 
-// The compiler has a function with a frame of several pages touch each of them on entry.
+// A function with a frame of several pages touches each of them on entry, by code that the compiler adds.
 // https://learn.microsoft.com/en-us/windows/win32/devnotes/-win32-chkstk
 __declspec(noinline) inline void touchStack() {
     volatile char frame[kStackOfWrite];
     frame[0] = 0;
 }
 
-// Makes a thread that has too little stack left overflow it here, where it holds nothing, and not while it writes.
-// Usually one comparison: pages above the stack limit have been touched before.
+// A thread that has too little stack left overflows it here, where it holds no lock, and not while it writes. Usually
+// one comparison: pages above the stack limit have been touched before.
 inline void reserveStack() {
     const char here = 0;
     const auto limit = reinterpret_cast<std::uintptr_t>(reinterpret_cast<const NT_TIB*>(::NtCurrentTeb())->StackLimit);

@@ -1,4 +1,4 @@
-// The log: which lines are wanted, and their way to the handler, the console and the file.
+// The log: decides which lines are wanted, and passes them to the handler, the console and the file.
 #include "xoSystem/xoLog.h"
 
 #include <algorithm>
@@ -17,25 +17,28 @@
 
 namespace xo {
 
+// The sinks and settings. The atomic members are read for each line before the lock is taken.
 struct xoLog::Private {
     class Writing;
 
-    concurrency::LateMutex mutex;  // guards the sinks
+    concurrency::LateMutex mutex;  // guards the sinks; does nothing until makeThreadSafe()
     std::atomic<bool> echoToConsole{true};
-    std::atomic<bool> hasFile{false};              // whether file is installed; set under the lock
-    std::set<std::string, std::less<>> blacklist;  // read without the lock: set before several threads log
+    std::atomic<bool> hasFile{false};  // whether file is installed; set under the lock
+    // Qualifiers of DEBUG lines that are not wanted. Read without the lock: a host changes it before several threads
+    // log.
+    std::set<std::string, std::less<>> blacklist;
 
     CustomHandler handler XO_GUARDED_BY(mutex) = nullptr;
     void* handlerUser XO_GUARDED_BY(mutex) = nullptr;
     log::LogFile file XO_GUARDED_BY(mutex);
     log::LocalTimeText localTime XO_GUARDED_BY(mutex);
-    std::string line XO_GUARDED_BY(mutex);  // the buffer that most lines are put together in
-    std::string pendingNotice XO_GUARDED_BY(mutex);
+    std::string line XO_GUARDED_BY(mutex);           // the buffer in which most lines are composed
+    std::string pendingNotice XO_GUARDED_BY(mutex);  // about the blacklist; written before the next DEBUG line
     std::atomic<bool> hasPendingNotice{false};
 };
 
-// One call of Write. What it holds is released by release, also after a processor fault: a guard further out handles
-// the fault without running destructors, and the locks must not stay locked.
+// One call of Write. release() releases the locks and buffers, also after a processor fault: a guard further out
+// handles the fault without running destructors, and the locks must not stay locked.
 class xoLog::Private::Writing {
 public:
     Writing(Private& log, const std::string& message, xoLogType type, const std::string& qualifier)
@@ -54,10 +57,11 @@ private:
         return mLog.echoToConsole.load(std::memory_order_relaxed) || mLog.hasFile.load(std::memory_order_relaxed);
     }
     struct Text {
-        std::string line;  // with the log's buffer: a sink that logs in turn finds another one there
+        std::string line;  // takes the log's buffer: a sink that writes a line itself finds an empty one there
         log::LogFile::Access fileAccess;
     };
 
+    // The steps of write() and release().
     void callHandler() XO_REQUIRES(mLog.mutex);
     void writeText() XO_REQUIRES(mLog.mutex);
     void releaseText() XO_REQUIRES(mLog.mutex);
@@ -75,10 +79,11 @@ private:
 
 namespace {
 
-constexpr std::size_t kMaxBufferKept = 65536;  // a larger line gives its memory back
+constexpr std::size_t kMaxBufferKept = 65536;  // a larger buffer is released after its line
 
 }  // namespace
 
+// Made and destroyed by the initialisation of the library, from one thread.
 xoLog* xoLog::msInstance = nullptr;
 
 void xoLog::createInstance(bool threadSafe) {
@@ -155,6 +160,7 @@ void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::in
         installed = mPrivate->file.install(path, flags, maxSizeBytes, backupCount, isShared);
         mPrivate->hasFile = mPrivate->file.isInstalled();
     }
+    // After the lock is released, since the line is written by this log itself.
     if (!installed) xoLogObject(xoLogCritical, nullptr, this) << "Fail to install log file handler to " << path;
 }
 
@@ -177,6 +183,7 @@ void xoLog::installCustomHandler(CustomHandler handler, void* user) {
 }
 
 void xoLog::Write(const std::string& message, xoLogType type, const std::string& qualifier) {
+    // A thread that overflows its stack does so here, before anything is locked.
     log::reserveStack();
     Private::Writing(*mPrivate, message, type, qualifier).run();
 }
@@ -198,7 +205,7 @@ void xoLog::Private::Writing::release(void* writing) XO_NO_THREAD_SAFETY_ANALYSI
 void xoLog::Private::Writing::callHandler() {
     try {
         mLog.handler(mMessage, mType, mQualifier, mLog.handlerUser);
-    } catch (...) {  // the line still goes to the console and the file
+    } catch (...) {  // a handler's exception is dropped; the line still goes to the console and the file
     }
 }
 
@@ -216,6 +223,7 @@ void xoLog::Private::Writing::writeText() {
 
 void xoLog::Private::Writing::releaseText() {
     std::string& text = mText->line;
+    // Returns the buffer to the log, unless a nested line has left a larger one there.
     if (text.capacity() > mLog.line.capacity() && text.capacity() <= kMaxBufferKept) mLog.line.swap(text);
     mText.reset();
 }

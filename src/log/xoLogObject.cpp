@@ -1,4 +1,4 @@
-// One line of the log as a stream of pieces.
+// Composes one line of the log from the pieces that are streamed into an xoLogObject.
 #include <algorithm>
 #include <atomic>
 #include <charconv>
@@ -9,15 +9,16 @@
 
 namespace xo {
 
+// One line that is being composed. It belongs to its xoLogObject, and so to one thread, until end().
 struct xoLogObject::Line {
     class Pool;
 
     void write() const;
 
-    xoLog* log = nullptr;
+    xoLog* log = nullptr;  // null: the line goes to standard output only
     xoLogType type = xoLogInfo;
-    bool hasText = false;
-    bool hasEventSource = false;
+    bool hasText = false;                      // false: nothing was streamed, and nothing is written
+    bool hasEventSource = false;               // the line goes to the event log instead
     std::atomic<bool>* placeIsFree = nullptr;  // the flag of its place in the pool; null for a line from the heap
     std::string text;
     std::string qualifier;
@@ -54,7 +55,7 @@ public:
             delete line;
             return;
         }
-        constexpr std::size_t kMostKept = 4096;
+        constexpr std::size_t kMostKept = 4096;  // bytes; a longer line gives its memory back
         if (line->text.capacity() > kMostKept) std::string().swap(line->text);
         line->placeIsFree->store(true, std::memory_order_release);
     }
@@ -89,7 +90,7 @@ void xoLogObject::begin(xoLogType type, const char* qualifier, xoLog* log, const
         line->qualifier = qualifier ? qualifier : "";
         line->eventSource = eventSourceName ? eventSourceName : "";
         mLine = line;
-    } catch (...) {  // out of memory: the line is dropped
+    } catch (...) {  // such as std::bad_alloc: the line is dropped, and mLine stays null
         if (line) Line::Pool::msInstance.give(line);
     }
 }
@@ -97,7 +98,7 @@ void xoLogObject::begin(xoLogType type, const char* qualifier, xoLog* log, const
 void xoLogObject::end() noexcept {
     try {
         mLine->write();
-    } catch (...) {  // out of memory
+    } catch (...) {  // such as std::bad_alloc: the line is lost
     }
     Line::Pool::msInstance.give(mLine);
 }
@@ -116,6 +117,7 @@ void xoLogObject::Line::write() const {
 void xoLogObject::append(const char* text) { append(std::string_view(text ? text : "[NullPtr]")); }
 
 void xoLogObject::append(std::string_view text) {
+    // Most lines need one allocation; longer ones double.
     constexpr std::size_t kUsualLength = 120;
     std::string& line = mLine->text;
     mLine->hasText = true;
@@ -123,7 +125,7 @@ void xoLogObject::append(std::string_view text) {
     try {
         if (size > line.capacity()) line.reserve((std::max)(kUsualLength, 2 * size));
         line += text;
-    } catch (...) {  // out of memory: the line lacks this piece
+    } catch (...) {  // such as std::bad_alloc: the line lacks this piece
     }
 }
 
