@@ -178,7 +178,7 @@ private:
         return true;
     }
 
-    // Multiplies by 10^places. After false the value is of no use.
+    // Multiplies by 10^places. False, with the value undefined, beyond 64 bits.
     static bool shift(std::uint64_t& value, int places) {
         for (; places > 0; --places)
             if (!multiply(value, 10)) return false;

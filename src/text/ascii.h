@@ -1,4 +1,6 @@
-// The ASCII side of characters, which no locale changes. Every byte from 0x80 up is neither white space nor a letter.
+// Tests and conversions of ASCII characters. A byte from 0x80 up is neither white space nor a letter, and is not
+// converted. The functions of <cctype> are not used, because they depend on the C locale and are undefined for most
+// negative values of char.
 #ifndef XO_TEXT_ASCII_H
 #define XO_TEXT_ASCII_H
 
@@ -14,7 +16,7 @@ constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 // Of a digit in a base up to 16; 16 for every other character.
 constexpr unsigned digitValue(char c) {
     if (isDigit(c)) return static_cast<unsigned>(c - '0');
-    const char lower = static_cast<char>(c | 0x20);
+    const char lower = static_cast<char>(c | 0x20);  // the bit by which the cases of a letter differ
     return lower >= 'a' && lower <= 'f' ? static_cast<unsigned>(lower - 'a' + 10) : 16;
 }
 

@@ -21,7 +21,8 @@ Text failed(const char* message) {
     return {};
 }
 
-// Cuts the text at the terminating NUL, which the count includes; except on Wine where the last character is broken.
+// Removes the terminating NUL, which the count includes. Wine does not write it when the last character is broken, so
+// it is tested.
 template <class Text>
 void cutAtNul(Text& text, int count) {
     const auto last = static_cast<std::size_t>(count) - 1;
@@ -45,7 +46,8 @@ std::wstring widen(const std::string& text) {
 
 template <UINT codePage>
 std::string narrow(const std::wstring& text) {
-    // Many characters take three bytes of UTF-8. A text with too many of them does not fit, and the conversion fails.
+    // Many characters take three bytes of UTF-8. A text with too many of them does not fit, and the conversion fails,
+    // as the header says; programs may rely on that.
     const std::size_t capacity = 2 * text.size() + 1;
     if (!fitsInt(capacity)) return failed<std::string>(kNarrowingFailed);
     std::string narrowed(capacity, '\0');

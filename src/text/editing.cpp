@@ -73,8 +73,8 @@ std::string& xoStringUtils::rtrim(std::string& text) {
 }
 
 std::string& xoStringUtils::trimAndRemoveConsecutiveSpaces(std::string& text) {
-    auto out = text.begin();
-    bool afterSpace = true;  // at the start, so that leading white space goes
+    auto out = text.begin();  // never behind the character that is read, so the text is overwritten in place
+    bool afterSpace = true;   // at the start, so that leading white space goes
     for (const char c : text) {
         const bool space = text::isSpace(c);
         if (!space || !afterSpace) *out++ = space ? ' ' : c;

@@ -12,7 +12,7 @@ bool mayStandInFileName(char c);
 // The name up to its first dot, without spaces at the end. Windows looks only at this part to recognise a device.
 std::string_view deviceStem(std::string_view name);
 
-// Whether the name stands for a device whatever folder it is in: "NUL", "com1.txt".
+// Whether the name is that of a device, which it means in any folder: "NUL", "com1.txt".
 bool isDeviceName(std::string_view name);
 
 }  // namespace xo::text

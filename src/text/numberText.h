@@ -8,9 +8,10 @@
 namespace xo::text {
 
 // Both parsers read as the C runtime's strtoll (base 0) and strtod do in the "C" locale: leading white space and a sign
-// are taken, a text out of range gives the nearest end of the range. They return whether nothing is left over. An empty
-// text leaves nothing over and reads as 0; a text without any number, such as " " or "-", is all left over. Whatever
-// follows a NUL counts as left over.
+// are accepted, and a number out of range gives the nearest end of the range. They return whether the whole text was
+// read. An empty text is read as 0; a text without any number, such as " " or "-", is not read. A NUL is a character
+// like any other that does not belong to a number. After false the value is that of the part that was read, 0 without
+// one.
 
 // "12", "-0x1F" (hexadecimal), "010" (octal).
 bool parseInteger(const char* text, const char* end, std::int64_t& value);

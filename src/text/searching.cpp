@@ -6,6 +6,7 @@
 
 namespace xo {
 
+// compare() limits the size to that of the text, so that a text shorter than the prefix is simply unequal.
 bool xoStringUtils::StartsWith(const std::string& text, const std::string& prefix) {
     return text.compare(0, prefix.size(), prefix) == 0;
 }
@@ -20,6 +21,7 @@ std::size_t xoStringUtils::FindCaseSensitive(const std::string& text, const std:
 }
 
 std::size_t xoStringUtils::FindCaseInsensitive(const std::string& text, const std::string& what) {
+    // In the worst case the time is proportional to the product of the sizes.
     const auto same = [](char a, char b) { return text::toLower(a) == text::toLower(b); };
     const auto found = std::search(text.begin(), text.end(), what.begin(), what.end(), same);
     // An empty text is found at the start, which is also the end where the searched text is empty.
