@@ -43,7 +43,7 @@ int orderOfNumbers(const xoVariant& a, const xoVariant& b) {
 // return any other number for a difference, OrderRule returns its sign.
 
 struct EqualityRule {
-    // Containers of different sizes are unequal, which is known without a look at their elements.
+    // Containers of different sizes are unequal, so their elements need not be compared.
     static bool mayMatch(std::size_t a, std::size_t b) { return a == b; }
     static int keys(const xoVariant&, const xoVariant&) { return 0; }
     static int keys(const Map::value_type& a, const Map::value_type& b) {

@@ -44,7 +44,7 @@ bool isEndOfRange(std::string_view text, std::int64_t value) {
            magnitude == (value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value));
 }
 
-// Stricter than the parser: an empty text is no number, and a number beyond the range is refused.
+// Stricter than the parser: an empty text is not a number, and a number beyond the range is refused.
 bool readInteger(std::string_view text, std::int64_t& value) {
     using Limits = std::numeric_limits<std::int64_t>;
     if (text.empty() || !text::parseInteger(text, value)) return false;
@@ -80,7 +80,7 @@ bool losslessInteger(const xoVariant& from, xoVariant& out) {
             const double real = from.toReal();
             // In this form the first test also refuses a NaN.
             if (!(real >= -kIntegerEnd && real < kIntegerEnd) || real != std::trunc(real)) return false;
-            value = static_cast<std::int64_t>(real);
+            value = static_cast<std::int64_t>(real);  // -0.0 becomes 0, which is equal to it
             break;
         }
         case xoVariant::STRING:
@@ -254,7 +254,7 @@ bool xoVariant::convertLosslessTo(Type type, xoVariant& out) const {
     }
 }
 
-// A text that is no number stays a STRING.
+// A text that is not a number becomes a STRING.
 xoVariant xoVariant::BuildFromString(std::string_view text) {
     xoVariant number;
     if (variant::readNumber(text, number)) return number;

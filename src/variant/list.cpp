@@ -7,6 +7,7 @@ namespace xo {
 // The copy is made before the vector grows: the value may be an element of this list.
 xoVariant& xoVariant::xoVariantListImpl::push_back(const xoVariant& value) { return push_back(xoVariant(value)); }
 
+// The value may be an element of this list: emplace_back builds the new element before it moves the others.
 xoVariant& xoVariant::xoVariantListImpl::push_back(xoVariant&& value) {
     return mElements.emplace_back(std::move(value));
 }

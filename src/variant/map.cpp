@@ -17,6 +17,7 @@ xoVariant& Map::editValue(std::string_view key, const xoVariant& defaultValue) {
     const bool isBehindAll = !mEntries.empty() && KeyOrder()(std::prev(mEntries.end())->first, key);
     const auto at = isBehindAll ? mEntries.end() : mEntries.lower_bound(key);
     if (at != mEntries.end() && variant::isSameKey(at->first, key)) return at->second;
+    // The default may be a value of this map: inserting does not move the nodes of others.
     return mEntries.emplace_hint(at, key, defaultValue)->second;
 }
 

@@ -41,8 +41,8 @@ xoVariant Map::getValuePath(const char* path, const xoVariant& defaultValue, cha
 }
 
 xoVariant& Map::editValuePath(const char* path, const xoVariant& defaultValue, char separator) {
-    // There is no place in the map for a null path, yet the caller gets a reference that it may write to. Each thread
-    // has one of its own, overwritten by the next such call.
+    // A null path has no place in the map, but the caller gets a reference that it may write to: a value of the calling
+    // thread, which the next such call overwrites.
     if (path == nullptr) {
         static thread_local xoVariant scratch;
         return scratch = defaultValue;

@@ -75,6 +75,7 @@ std::string markdownText(std::string_view text) {
     return out;
 }
 
+// The layout of one table. build() is called once, because it moves the text out.
 class Layout {
 public:
     explicit Layout(const TableContent& content)

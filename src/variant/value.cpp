@@ -46,7 +46,8 @@ struct xoVariant::Tree {
         return reinterpret_cast<std::uintptr_t>(&here) % kBlock >= kLoopPart;
     }
 
-    // A container that a variant holds. Destroying must not allocate, so containers are linked to their outer ones.
+    // A container that a variant holds; each one is made as a HeldList or HeldMap, which release relies on. Destroying
+    // must not allocate, so containers are linked to their outer ones.
     struct Held {
         Held() = default;
         Held(const Held&) = delete;
@@ -98,7 +99,7 @@ struct xoVariant::Tree {
         return std::any_of(container.begin(), container.end(), [](const auto& each) { return holdsContainer(each); });
     }
 
-    // Passes the container of a MAP or LIST to the caller.
+    // Takes the container out of a MAP or LIST, which becomes UNKNOWN. The caller owns the container.
     static Held* release(xoVariant& value) noexcept {
         if (std::exchange(value.mType, UNKNOWN) == MAP) return static_cast<HeldMap*>(value.mPayload.map);
         return static_cast<HeldList*>(value.mPayload.list);
@@ -138,6 +139,7 @@ struct xoVariant::Tree {
     // complete.
     using Waiting = std::vector<std::pair<xoVariant*, const xoVariant*>>;
 
+    // Called by the copy constructors of the containers, at each level of a recursion.
     static Elements copyOf(const Elements& source) { return mayRecurse() ? source : copyInLoop(source); }
     static Entries copyOf(const Entries& source) { return mayRecurse() ? source : copyInLoop(source); }
 
@@ -168,7 +170,7 @@ struct xoVariant::Tree {
             copyOrPutOff(target.emplace_hint(target.end(), key, xoVariant())->second, value, waiting);
     }
 
-    // The copy of a container is UNKNOWN until its turn, so that an exception leaves a tree that can be destroyed.
+    // The copy of a container is UNKNOWN until it is made, so that an exception leaves a tree that can be destroyed.
     static void copyOrPutOff(xoVariant& target, const xoVariant& source, Waiting& waiting) {
         if (isContainer(source)) {
             waiting.emplace_back(&target, &source);
@@ -244,6 +246,7 @@ void xoVariant::copyPayload(const xoVariant& other) {
         case STRINGLIST: mPayload.strings = new std::vector<std::string>(*other.mPayload.strings); break;
         case MAP: mPayload.map = new Tree::HeldMap(*other.mPayload.map); break;
         case LIST: mPayload.list = new Tree::HeldList(*other.mPayload.list); break;
+        // clone() may throw, and may return null.
         case USERDATA:
             mPayload.userData = other.mPayload.userData != nullptr ? other.mPayload.userData->clone() : nullptr;
             break;
@@ -321,7 +324,7 @@ const xoVariant::xoVariantMapImpl& xoVariant::noMap() {
 }
 
 const double* xoVariant::noNumbers() {
-    static const double none[16] = {};
+    static const double none[16] = {};  // as many as MAT4D, the largest type, has
     return none;
 }
 
