@@ -18,8 +18,8 @@ public:
         : mColumnDelimiter(_mm_set1_epi8(isCharacter(columnDelimiter) ? columnDelimiter : '\n')),
           mStringDelimiter(_mm_set1_epi8(isCharacter(stringDelimiter) ? stringDelimiter : '\n')) {}
 
-    // A bit for each delimiter, line feed and carriage return among the next 64 bytes. Bytes from end on do not count,
-    // but all 64 must be readable.
+    // A bit for each delimiter, line feed and carriage return among the next 64 bytes. Bytes from end on, which is
+    // behind at, do not count, but all 64 must be readable.
     std::uint64_t find(const char* at, const char* end) const {
         const std::uint64_t marks = find16(at) | find16(at + text::kBlock) << 16 | find16(at + 2 * text::kBlock) << 32 |
                                     find16(at + 3 * text::kBlock) << 48;

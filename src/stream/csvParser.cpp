@@ -124,8 +124,10 @@ bool CsvParser::append(const char* run, const char* end) {
     return fail("Header cell size during parsing exceed max size of 65535 characters");
 }
 
+// Begins the next cell; it stays empty until text is appended.
 void CsvParser::endCell() { mCells.emplace_back(); }
 
+// Gives the texts of the cells to the table now, because the next read may overwrite the buffer.
 void CsvParser::endRow() {
     // The last entry is the cell that the next text would go to; it belongs to no row yet.
     const std::size_t count = mCells.size() - 1;
@@ -174,6 +176,7 @@ bool CsvParser::refill(bool& moreInput) {
     makeSpace();
     const auto wanted = static_cast<std::size_t>((std::min<std::uint64_t>)({mCapacity - mEnd, mUnread, kMaxRead}));
     const std::size_t got = mRead(mBuffer.get() + mEnd, wanted);
+    // The size was taken at the start: a source that ends before has been cut, or cannot be read.
     if (got == 0) return mError.empty() ? fail("Failed to read the file") : false;
     mUnread -= got;
     mEnd += got;
@@ -203,8 +206,8 @@ void CsvParser::makeSpace() {
     mRowBegin = 0;
 }
 
-// utfcpp tells the kinds of invalid text apart by its exceptions. A sequence that is cut off by the end of the text is
-// one of them.
+// utfcpp reports the kind of invalid text by its exceptions, also for a sequence that is cut off by the end of the
+// text.
 bool CsvParser::failAtMalformed() {
     const char* at = mBuffer.get() + mAt;
     try {

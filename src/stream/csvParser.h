@@ -48,7 +48,8 @@ public:
     // same way.
     bool parse(std::uint64_t rowCount, bool& finished);
 
-    // Reads more when fewer bytes are left than the longest sequence of UTF-8 has. False after an error.
+    // Reads a block if fewer bytes are left than the longest sequence of UTF-8 has. moreInput becomes whether the
+    // source had unread bytes before. False after an error.
     bool refill(bool& moreInput);
 
     const Table& table() const { return mTable; }

@@ -20,7 +20,7 @@ struct Opening {
     bool reads, writes;  // what the device allows
 };
 
-// By OpenMode. FILE_APPEND_DATA without FILE_WRITE_DATA makes the system write at the end, whoever else appends:
+// By OpenMode. FILE_APPEND_DATA without FILE_WRITE_DATA makes the system write at the end, also while others append:
 // https://learn.microsoft.com/windows/win32/fileio/file-access-rights-constants
 //
 // For OpenWrite the file is opened with OPEN_ALWAYS and then emptied, because CREATE_ALWAYS refuses hidden and system

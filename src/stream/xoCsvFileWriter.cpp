@@ -10,7 +10,7 @@
 namespace xo {
 namespace {
 
-// U+FEFF in UTF-8, by which spreadsheet programs tell UTF-8 from the code page of the system.
+// U+FEFF in UTF-8. Spreadsheet programs recognise UTF-8 by it; without it many assume the code page of the system.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Without memory the line is lost.
@@ -24,7 +24,7 @@ void report(const char* message, const std::string& path) noexcept {
 struct Settings {
     std::string folder;
     std::string baseName;
-    unsigned maxRowsPerFile;
+    unsigned maxRowsPerFile;  // at least 1
     bool writeByteOrderMark;
 };
 

@@ -28,7 +28,7 @@ __m128i loadShort(const char* data, std::size_t size) {
     return _mm_set_epi32(loadWord<std::int32_t>(data), last, last, last);
 }
 
-// An index stays at its maximum. From 0 again it would leave out a separator or a line end.
+// An index stays at its maximum. If it wrapped to 0, a separator or a line end would be left out.
 void count(unsigned int& index) {
     if (index != (std::numeric_limits<unsigned int>::max)()) ++index;
 }
@@ -43,7 +43,7 @@ void xoCsvStream::setDevice(xoIoDevice* device) {
     mRowIndex = 0;
     mColumnIndex = 0;
     mOk = true;
-    std::vector<char>().swap(mEscaped);
+    std::vector<char>().swap(mEscaped);  // frees what a long cell has taken
 }
 
 template <class Integer>
@@ -75,7 +75,7 @@ xoCsvStream& xoCsvStream::operator<<(std::uint64_t value) { return writeInteger(
 xoCsvStream& xoCsvStream::operator<<(float value) { return *this << static_cast<double>(value); }
 
 xoCsvStream& xoCsvStream::operator<<(double value) {
-    constexpr int kDigits = 3;
+    constexpr int kDigits = 3;  // part of the format: docs/formats.md
     char text[text::kRealCapacity];
     writeCell(text, static_cast<std::size_t>(text::printReal(text, value, kDigits) - text));
     return *this;

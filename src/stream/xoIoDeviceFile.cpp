@@ -24,7 +24,7 @@ struct xoIoDeviceFile::Private {
     enum class Holds : unsigned char { Nothing, Read, Unwritten };
 
     std::unique_ptr<char[]> buffer;  // kCapacity bytes, from the first transfer that needs it on
-    std::uint64_t bufferAt = 0;      // the position of its first byte in the file; of no meaning with OpenAppend
+    std::uint64_t bufferAt = 0;      // the position of its first byte in the file; not used with OpenAppend
     std::uint64_t filled = 0;        // how many bytes it holds
     std::uint64_t readAt = 0;
     std::uint64_t writeAt = 0;  // bufferAt + filled while the buffer holds unwritten bytes
@@ -62,7 +62,7 @@ bool xoIoDeviceFile::Private::open(const std::string& newPath, OpenMode mode, Sh
     close();
     readAt = writeAt = 0;
     hasFailed = hasLost = false;
-    error = ERROR_NOT_ENOUGH_MEMORY;
+    error = ERROR_NOT_ENOUGH_MEMORY;  // stays if an exception leaves the block
     try {
         path.clear();
         error = file.open(newPath, mode, share, path);
@@ -78,6 +78,7 @@ bool xoIoDeviceFile::Private::open(const std::string& newPath, OpenMode mode, Sh
 bool xoIoDeviceFile::Private::close() {
     if (!file.isOpen()) return false;
     release();
+    // A new file takes the place of the old one only after no error at all. For other files only writes matter here.
     bool isWhole = file.isReplacement() ? !hasFailed : !hasLost;
     if (isWhole && file.isReplacement()) {
         const DWORD code = file.commit();
@@ -134,7 +135,7 @@ bool xoIoDeviceFile::Private::canTransfer() {
 // Reports an operation that the mode does not allow.
 bool xoIoDeviceFile::Private::allows(bool isAllowed, const char* operation, const char* allowed) {
     if (isAllowed) return true;
-    release();
+    release();  // first, because fail() discards what waits in the buffer
     log(xoLogCritical, operation, ERROR_ACCESS_DENIED, allowed);
     fail(ERROR_ACCESS_DENIED);
     return false;

@@ -40,7 +40,7 @@ xoIoDeviceMemory& xoIoDeviceMemory::operator=(xoIoDeviceMemory&& other) noexcept
 
 xoIoDeviceMemory::~xoIoDeviceMemory() = default;
 
-// A vector keeps its memory when it is moved, so that mData goes on pointing to it.
+// A vector keeps its memory when it is moved, so mData remains valid.
 void xoIoDeviceMemory::take(xoIoDeviceMemory& other) noexcept {
     mData = std::exchange(other.mData, nullptr);
     mSize = std::exchange(other.mSize, 0);

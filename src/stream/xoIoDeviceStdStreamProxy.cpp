@@ -51,12 +51,12 @@ struct Areas : std::streambuf {
 // As many bytes as a number has. Larger pieces are left to the stream, whose buffer may pass them on without a copy.
 constexpr std::uint64_t kFew = 16;
 
-// True when the stream is sound, flushes no other stream first, and has all of the bytes in its buffer.
+// True if the stream is good(), flushes no other stream first, and has all of the bytes in its buffer.
 bool readFew(std::istream& in, char* buffer, std::uint64_t size) {
     return size <= kFew && in.good() && !in.tie() && Areas::get(*in.rdbuf(), buffer, static_cast<std::size_t>(size));
 }
 
-// True when the stream is sound, flushes nothing before or after a write, and has space for all of the bytes.
+// True if the stream is good(), flushes nothing before or after a write, and has space for all of the bytes.
 bool writeFew(std::ostream& out, const char* buffer, std::uint64_t size) {
     return size <= kFew && out.good() && !out.tie() && !(out.flags() & std::ios_base::unitbuf) &&
            Areas::put(*out.rdbuf(), buffer, static_cast<std::size_t>(size));
@@ -115,7 +115,7 @@ bool xoIoDeviceStdStreamProxy::seekp(std::int64_t offset, SeekStart start) {
     return !hasError();
 }
 
-// The -1 of a stream that cannot tell its position becomes the largest value; a missing stream has the position 0.
+// The -1 of a stream that does not know its position becomes the largest value; a missing stream has the position 0.
 std::uint64_t xoIoDeviceStdStreamProxy::tellg() {
     std::streamoff position = mIn ? -1 : 0;
     if (mIn) ignoringExceptions([&] { position = mIn->tellg(); });
