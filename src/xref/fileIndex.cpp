@@ -47,7 +47,7 @@ private:
         });
     }
 
-    // A cancelled walk ends at the next folder.
+    // The result false ends the whole walk. So a cancellation takes effect at the next folder.
     bool onEnterFolder(const std::string& folder) override {
         mIsCanceled = mCancel && mCancel->load(std::memory_order_relaxed);
         if (mIsCanceled) return false;
@@ -71,7 +71,7 @@ private:
             mIndex.mIsComplete = false;
             return false;
         }
-        // A folder without wanted files takes no place in the index.
+        // A folder gets a record in the index with its first wanted file.
         if (level.folder == kNone) level.folder = addFolder(folder);
         const auto name = static_cast<std::uint32_t>(mIndex.mNames.size());
         mIndex.mEntries.push_back({level.folder, name, hashOf(nameKey(file)), kNone});

@@ -11,7 +11,7 @@ namespace xo::xref {
 
 struct Reference {
     enum class Kind {
-        Nowhere,   // names nothing that may be looked for
+        Nowhere,   // names no file, or nothing that may be searched for
         Relative,  // begins with a name or ".."
         Rooted,    // begins with one separator, or with a drive and no separator: of a folder that is not known
         Drive,     // "D:/..."

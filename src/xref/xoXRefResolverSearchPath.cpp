@@ -137,7 +137,8 @@ std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::lastIndex() 
 }
 
 std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::build(const std::atomic<bool>* cancel) const {
-    // Without the lock of the settings: the walk may take minutes, and other threads go on with the last index.
+    // The walk may take minutes. It does not hold the lock of the settings, so that other threads use the last index
+    // meanwhile.
     auto made = FileIndex::build(*snapshot().settings, cancel);
     if (!made) return made;
     const platform::SlimLocker locker(lock);
