@@ -18,6 +18,8 @@ public:
 
     bool isMade() const { return mMutex != nullptr; }
 
+    // Clang's analysis has no way to express a lock that may be missing, so it does not look into these functions;
+    // their callers are checked as if the lock were always there.
     void lock() XO_ACQUIRE() XO_NO_THREAD_SAFETY_ANALYSIS {
         if (mMutex) mMutex->lock();
     }

@@ -22,6 +22,7 @@ std::atomic<Factory> factory{make<xoWaitConditionPrivateEvent>};
 
 }  // namespace
 
+// Relaxed is enough: full initialisation is over before other threads make wait conditions.
 xoWaitCondition::xoWaitCondition() : mPrivate(factory.load(std::memory_order_relaxed)()) {
     concurrency::warnIfCreatedEarly("WaitCondition created before full init of xoSystem");
 }
