@@ -43,7 +43,7 @@ public:
     void remove() { *this = LogFile(); }
 
     // From now on a mutex named after the path excludes other processes during each access. Does nothing when no file
-    // is installed, or when it stays open: other processes could not be excluded from a file that is open all the time.
+    // is installed, or when it stays open.
     void share();
 
     bool isInstalled() const { return !mPath.empty(); }

@@ -1,4 +1,4 @@
-// The process-wide pool.
+// The process-wide pool, which the library's initialisation makes.
 #include "threads/concurrentPoolInstance.h"
 
 #include <system_error>
@@ -8,7 +8,7 @@
 namespace xo {
 namespace {
 
-ConcurrentPool* instance = nullptr;  // a bare pointer: nothing happens to it at exit
+ConcurrentPool* instance = nullptr;  // a bare pointer, so that no destructor joins the workers at the process's exit
 
 }  // namespace
 
@@ -34,6 +34,8 @@ void destroyConcurrentPool() {
 }  // namespace threads
 
 ConcurrentPool& concurrent::GetConcurrentPool() {
+    // The error of a thread that cannot be started: the library is not fully initialised, or no worker could be
+    // started.
     if (!instance) throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
     return *instance;
 }

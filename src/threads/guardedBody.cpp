@@ -19,7 +19,8 @@ const bool isThreadStorageSetUp = [] {
     return true;
 }();
 
-// A critical section counts how often its owner has entered it, and must be left as often.
+// Releases a recursive lock completely. A critical section counts how often its owner has entered it, and must be left
+// as often.
 void releaseWholly(const xoMutex& lock) {
     CRITICAL_SECTION& section = impl::MutexAccess::sectionOf(lock);
     while (impl::MutexAccess::isOwnedByCaller(section)) ::LeaveCriticalSection(&section);

@@ -1,4 +1,4 @@
-// Runs thread bodies that hold locks under the guard.
+// Runs the bodies of threads under the guard, and releases their locks when they fail.
 #ifndef XO_THREADS_GUARDEDBODY_H
 #define XO_THREADS_GUARDEDBODY_H
 

@@ -26,7 +26,7 @@ struct ThreadNameRecord {
 #pragma pack(pop)
 static_assert(sizeof(ThreadNameRecord) == 24);
 
-// A debugger handles the exception; without one, callSilently does.
+// A debugger reads the name and continues the thread. Without one, callSilently handles the exception.
 void raiseNameException(void* name) {
     constexpr DWORD kNameException = 0x406D1388;
     ThreadNameRecord record;

@@ -1,4 +1,4 @@
-// Names of threads, for people and for debuggers.
+// Gives threads names, which debuggers and the system show.
 #ifndef XO_THREADS_THREADNAME_H
 #define XO_THREADS_THREADNAME_H
 

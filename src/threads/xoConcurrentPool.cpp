@@ -1,4 +1,5 @@
-// The workers of a pool; each serves one task at a time under the lock of the pool.
+// The workers of a pool. Each runs one task at a time, with the pool's mutex locked; the task may unlock it meanwhile.
+// The functions that distribute the tasks are in the public header, because the caller's module compiles them.
 #include "xoSystem/xoConcurrentPool.h"
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 
 namespace xo {
 
-// No destructor runs for a constructor that throws, so that the workers already started are ended here.
+// The destructor does not run when the constructor throws, so the workers that were started already are ended here.
 ConcurrentPool::ConcurrentPool(unsigned int workerCount) : mWorkerCount((std::max)(workerCount, 1u)) {
     try {
         start();
@@ -20,6 +21,7 @@ ConcurrentPool::ConcurrentPool(unsigned int workerCount) : mWorkerCount((std::ma
 
 ConcurrentPool::~ConcurrentPool() { stop(); }
 
+// Adds one worker after the other, so that stop() finds exactly those that exist.
 void ConcurrentPool::start() {
     mWorkers.reserve(mWorkerCount);
     for (unsigned i = 0; i < mWorkerCount; ++i) {
@@ -28,7 +30,8 @@ void ConcurrentPool::start() {
     }
 }
 
-// The workers are destroyed without the lock, because a worker needs it to see the request and end.
+// The workers are destroyed, which joins them, without the lock: a worker needs it to see the request and end. A
+// running task is not interrupted.
 void ConcurrentPool::stop() {
     {
         const xoMutexLocker locker(mMutex);
@@ -46,12 +49,14 @@ unsigned int ConcurrentPool::getWorkerCount() const { return mWorkerCount; }
 
 ConcurrentPool::Worker::Worker(ConcurrentPool& pool) : mPool(pool) {}
 
+// Joins without a time limit. Here and not only in the base class, because the thread uses the members of Worker.
 ConcurrentPool::Worker::~Worker() { waitThread(INT_MAX); }
 
 void ConcurrentPool::Worker::run() {
     if (!threads::runReporting(&serve, this, {&mPool.mMutex})) loseTask();
 }
 
+// The loop of the thread. A worker without a task sleeps in mWorkCondition, whose wait releases the mutex.
 void ConcurrentPool::Worker::serve(void* argument) {
     auto& worker = *static_cast<Worker*>(argument);
     ConcurrentPool& pool = worker.mPool;
@@ -63,16 +68,19 @@ void ConcurrentPool::Worker::serve(void* argument) {
             pool.mWorkCondition.wait(&pool.mMutex);
             continue;
         }
+        // From here on the task can no longer be withdrawn by the caller of solve().
         worker.mIsSolving = true;
         worker.mTask->solve(&pool.mMutex, &pool.mSolverCondition);
         worker.mIsSolving = false;
         worker.mTask = nullptr;
+        // mBusyCount was incremented when the task was assigned.
         if (--pool.mBusyCount == 0) pool.mDoneCondition.wakeAll();
     }
     pool.mMutex.unlock();
 }
 
-// The thread has ended in its task, or short of memory before it had one. The callers must learn that the task is gone.
+// Called when serve() has failed: in its task, or for lack of memory. Marks the worker as ended, so that it can be
+// started again, and wakes the callers of solve(), because nobody else will complete the task.
 void ConcurrentPool::Worker::loseTask() {
     const xoMutexLocker locker(mPool.mMutex);
     mKeepRunning = false;

@@ -1,4 +1,4 @@
-// Threads that the copies of an object share, and that can be suspended and killed.
+// Threads that copies of an object share, and that can be suspended and killed. See the header for the rules of copies.
 #include "xoSystem/xoLegacyThread.h"
 
 #include <process.h>
@@ -31,6 +31,7 @@ struct Thread {
 
 struct xoLegacyThread::Private {
     explicit Private(xoRunnable* runnable) : body(runnable), alive(false), mustEnd(false), current(nullptr) {}
+    // Written out, because std::atomic cannot be copied.
     Private(const Private& other)
         : body(other.body),
           thread(other.thread),
@@ -50,15 +51,15 @@ struct xoLegacyThread::Private {
 
     void kill();
 
-    xoRunnable* body;
+    xoRunnable* body;                      // not owned; null does nothing
     std::shared_ptr<Thread> thread;        // null before the first one
-    std::atomic<bool> isSuspended{false};  // what suspend() and resume() of this object noted
-    xoThreadSafePtr<bool> alive;           // this and what follows is shared with all copies
+    std::atomic<bool> isSuspended{false};  // whether this object has suspended the thread; not shared with copies
+    xoThreadSafePtr<bool> alive;           // this and the next two are shared with all copies
     xoThreadSafePtr<bool> mustEnd;
     xoThreadSafePtr<const Thread*> current;  // the thread that alive refers to; for comparison only
 };
 
-// Leaves the current thread alone if this is a copy from before its creation.
+// Kills the thread unless it has ended, or was created after this copy was made.
 void xoLegacyThread::Private::kill() {
     if (current.get() != thread.get() || !alive.exchange(false) || !thread) return;
     ::TerminateThread(thread->handle.get(), 0);
@@ -108,11 +109,13 @@ bool xoLegacyThread::create(const xoThreadCreationFlag& flag) {
     return true;
 }
 
+// The function of the Windows thread.
 unsigned int __stdcall xoLegacyThread::execute(void* thread) {
     auto* const self = static_cast<xoLegacyThread*>(thread);
     fault::watchSignalsOfThread();
     xoThreadSafePtr<bool> alive =
         self->mPrivate->alive;  // a copy: the object may be destroyed once the body has cleared it
+    // A body that fails does not clear the flag itself, and end(true) would wait for ever.
     if (!threads::runReporting(&runBody, self, /*locks=*/{})) alive.set(false);
     return 0;
 }
@@ -143,15 +146,15 @@ bool xoLegacyThread::isAlive() const { return mPrivate->alive.get(); }
 void xoLegacyThread::suspend() {
     if (mPrivate->isSuspended.exchange(true)) return;
     Thread* const thread = mPrivate->thread.get();
-    // A thread that is no longer alive is about to end: it may hold the loader's lock or the heap's, and nobody would
-    // resume it.
+    // A thread that is not alive any more is about to end and may hold the lock of the loader or of the heap.
+    // Suspended, it would keep that lock, because nobody resumes it.
     if (!thread || !isAlive()) return;
     ++thread->suspensions;  // before the call: a thread that suspends itself stops there
     ::SuspendThread(thread->handle.get());
     if (!isAlive()) thread->resume();  // it began to end meanwhile
 }
 
-// The note is cleared first: once the thread runs, it may suspend itself again.
+// isSuspended is cleared first: once the thread runs, it may suspend itself again.
 void xoLegacyThread::resume() {
     if (mPrivate->isSuspended.exchange(false) && mPrivate->thread) mPrivate->thread->resume();
 }

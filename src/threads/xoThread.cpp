@@ -1,4 +1,4 @@
-// Threads as objects: started, named, joined.
+// Threads as objects: start, name and join.
 #include "xoSystem/xoThread.h"
 
 #include <process.h>
@@ -18,10 +18,14 @@
 
 namespace xo {
 
+// `thread` and `name` belong to the thread that uses the object; the atomic members may be read by any thread.
 struct xoThread::Private {
-    // Creates a thread, suspended, that will run the object.
+    // Creates a suspended thread that will run the object. Throws std::system_error.
     void create(xoThread* object);
+    // Waits for the end of the thread without limit, and closes its handle. Throws when the thread would wait for
+    // itself.
     void join();
+    // Waits at most that long; a negative time does not wait and counts as not ended.
     bool hasEndedWithin(int timeoutMs) const;
 
     static unsigned __stdcall enter(void* object);
@@ -34,6 +38,7 @@ struct xoThread::Private {
 
 void xoThread::Private::create(xoThread* object) {
     unsigned newId = 0;
+    // _beginthreadex and not CreateThread, so that the C runtime prepares and cleans up its data of the thread.
     platform::KernelHandle created(reinterpret_cast<HANDLE>(
         ::_beginthreadex(/*security=*/nullptr, /*stack_size=*/0, &enter, object, CREATE_SUSPENDED, &newId)));
     if (!created) throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
@@ -89,7 +94,7 @@ void xoThread::startThread(const char* name) {
 
 bool xoThread::waitThread(int timeoutMs) {
     if (!mPrivate->thread) return false;
-    // The second look is for a body that has returned while its thread is still on its way out.
+    // isRunning() is read again, because the body may have returned while its thread has not ended yet.
     if (timeoutMs < INT_MAX && isRunning() && !mPrivate->hasEndedWithin(timeoutMs) && isRunning()) return false;
     mPrivate->join();
     return true;
@@ -127,7 +132,8 @@ void xoThread::Run(xoThread* thread) {
 void xoThread::RunImpl(void* argument) {
     auto* const thread = static_cast<xoThread*>(argument);
     if (typeid(*thread) == typeid(xoThread)) {
-        // The derived object is destroyed already, so that run() is pure virtual again: calling it ends the process.
+        // The destructor of the derived class has run already, so run() is pure virtual again, and calling it would end
+        // the process.
         xoLogObject(xoLogCritical) << "Thread destroyed before its body began: " << thread->mPrivate->name;
         return;
     }

@@ -1,4 +1,4 @@
-// Calls a list of functions again and again in a thread of its own.
+// Calls a list of functions periodically, in a thread of its own.
 #include <algorithm>
 #include <climits>
 #include <cstddef>
@@ -16,12 +16,13 @@ namespace {
 
 constexpr unsigned int kInfinite = 0xFFFFFFFF;
 
-// The longest period stays below the value that means to wait without a limit.
+// The longest period is below the value that xoWaitCondition takes as no limit. 0 seconds count as 1.
 unsigned int toMilliseconds(unsigned int seconds) {
     constexpr unsigned int kLongest = (kInfinite - 1) / 1000;
     return (std::clamp)(seconds, 1u, kLongest) * 1000;
 }
 
+// The function, which may be null, and the argument of the host.
 using Callback = std::pair<void (*)(void*), void*>;
 
 }  // namespace
@@ -29,8 +30,8 @@ using Callback = std::pair<void (*)(void*), void*>;
 struct xoThreadPeriodicalUpdater::Private {
     explicit Private(unsigned int milliseconds) : periodMs(milliseconds) {}
 
-    static void serve(void* state);
-    void callAll() XO_REQUIRES(mutex);
+    static void serve(void* state);     // the loop of the thread
+    void callAll() XO_REQUIRES(mutex);  // one round
 
     const unsigned int periodMs;
     xoMutex mutex;  // held by the updater's thread except while it waits
@@ -52,6 +53,7 @@ xoThreadPeriodicalUpdater::~xoThreadPeriodicalUpdater() {
         mPrivate->mustStop = true;
         mPrivate->condition.wakeAll();
     }
+    // Without the mutex, which the thread needs in order to end.
     waitThread(INT_MAX);
 }
 

@@ -1,4 +1,4 @@
-// A thread that executes a queue of jobs, one after the other.
+// A thread that executes a queue of jobs, one at a time.
 #include "xoSystem/xoWorkThread.h"
 
 #include <atomic>
@@ -24,14 +24,14 @@ struct xoWorkThread::Private {
     xoMutex queueMutex;         // never waited for by a thread that holds jobMutex
     xoMutex jobMutex;           // held while a job executes
     std::atomic<bool> mustStop{false};
-    std::atomic<bool> isIdle{true};
-    std::deque<xoJob*> queue XO_GUARDED_BY(queueMutex);
-    bool isAsleep XO_GUARDED_BY(queueMutex) = false;  // there is a thread to wake
+    std::atomic<bool> isIdle{true};  // true: sleeps before it takes a job; set by derived classes and endWake()
+    std::deque<xoJob*> queue XO_GUARDED_BY(queueMutex);  // not owned; may contain null
+    bool isAsleep XO_GUARDED_BY(queueMutex) = false;     // the thread waits in `condition`
 };
 
 xoWorkThread::xoWorkThread() : mPrivate(std::make_unique<Private>()) {}
 
-// Here as well as in the base class, because the thread uses the record.
+// Joins here and not only in the base class, because the thread uses the record.
 xoWorkThread::~xoWorkThread() { waitThread(INT_MAX); }
 
 void xoWorkThread::lock() XO_NO_THREAD_SAFETY_ANALYSIS { mPrivate->queueMutex.lock(); }
@@ -59,7 +59,7 @@ void xoWorkThread::addJob(xoJob* job) {
 void xoWorkThread::clearJobs() {
     mPrivate->isQueueLocked();
     std::deque<xoJob*>& queue = mPrivate->queue;
-    // As many as there are now: onDelete() may queue its job again.
+    // Only as many as are queued now, since onDelete() may queue its job again.
     for (std::size_t left = queue.size(); left != 0 && !queue.empty(); --left) {
         xoJob* const job = queue.front();
         queue.pop_front();
@@ -83,6 +83,7 @@ void xoWorkThread::setIdle(bool idle) { mPrivate->isIdle.store(idle, std::memory
 
 void xoWorkThread::run() { threads::runReporting(&serve, this, {&mPrivate->jobMutex, &mPrivate->queueMutex}); }
 
+// The loop of the thread.
 void xoWorkThread::serve(void* thread) {
     auto& self = *static_cast<xoWorkThread*>(thread);
     Private& state = *self.mPrivate;
@@ -96,7 +97,8 @@ void xoWorkThread::serve(void* thread) {
             state.condition.wait(&state.queueMutex);
             state.isAsleep = false;
         }
-        // Looked at only here: a stop that finds the queue empty and a job in progress is seen after the next wake-up.
+        // The only place where the request to stop is read. A request that comes during the last job is therefore seen
+        // only after the next wake-up, as the header documents.
         if (self.mustStop()) break;
         if (state.queue.empty()) {
             state.queueMutex.unlock();
