@@ -4,13 +4,14 @@
 
 namespace xo::frame {
 
-// Creates the registry, empty and without a lock, unless there is one: a module may have registered resources earlier.
+// Creates an empty registry without a lock, unless it exists: a module may have registered resources before. Creation
+// and destruction are not synchronised: they happen while one thread uses the library.
 void createResourceRegistry();
 
 // Creates the registry if there is none, and its lock.
 void makeResourceRegistryThreadSafe();
 
-// Destroys the lock, then the entries. Nothing when there is no registry.
+// Destroys the lock, then the entries. Does nothing when there is no registry.
 void destroyResourceRegistry();
 
 }  // namespace xo::frame

@@ -17,11 +17,13 @@
 namespace xo {
 namespace {
 
+// How often each level was requested. Several libraries of a program may initialise and terminate this one.
 impl::LibInitCounter basicCounter("xoSystem basic");
 impl::LibInitCounter fullCounter("xoSystem full");
 std::atomic<int> levelReached{0};  // 0, InitTypeBasic or InitTypeFull
 
-// After an unmatched termination the full level may be reached before the basic one; it is kept.
+// After an unmatched termination the full level may be reached before the basic one; levelReached keeps it. The log is
+// made first, because the steps after it may write lines.
 void initializeBasic() {
     if (!IsXoSystemThreadSafe()) levelReached = InitTypeBasic;
     xoLog::createInstance(/*threadSafe=*/IsXoSystemThreadSafe());
@@ -31,7 +33,8 @@ void initializeBasic() {
     frame::createResourceRegistry();
 }
 
-// The log may be missing: after an unmatched termination, the full level is reached without the basic one.
+// The log may be missing: after an unmatched termination the full level is reached without the basic one. The pool is
+// made after the locks of the log and of the resources, since its threads are the first ones that may need them.
 void initializeFull(bool queryMainDisk) {
     levelReached = InitTypeFull;
     frame::makeResourceRegistryThreadSafe();
@@ -82,6 +85,7 @@ bool LibInitCounter::incrementInitCounter() {
     return ++mCounter == 1;
 }
 
+// False also when the counter becomes negative, by a termination without an initialisation.
 bool LibInitCounter::decrementInitCounter() { return --mCounter == 0; }
 
 void LibInitCounter::clearInitCounter() { mCounter = 0; }
@@ -92,6 +96,7 @@ int LibInitCounter::getInitCounter() const { return mCounter; }
 
 }  // namespace impl
 
+// The functions that lower rooms declare, because they need to know the level of initialisation or the log.
 namespace concurrency {
 
 void warnIfCreatedEarly(const char* text) {

@@ -37,6 +37,7 @@ void impl::RegisterThirdPartyLibVersionInfo(const char* name, const char* versio
     if (!name) return;
     const platform::SlimLocker locker(registryLock);
     if (!registry) registry = new xoVariant::xoVariantMapImpl();
+    // A second registration of a name replaces its version.
     (*registry)[name] = version;
 }
 
@@ -49,6 +50,7 @@ void impl::UnRegisterThirdPartyLibVersionInfo(const char* name) {
     registry = nullptr;
 }
 
+// The visitor is called under the lock and must not register or unregister versions.
 void impl::VisitThirdPartyLibVersions(void (*visit)(const std::string& name, const std::string& version, void* user),
                                       void* user) {
     const platform::SlimLocker locker(registryLock);
