@@ -1,3 +1,4 @@
+// Loads DbgHelp.dll for one trace and calls it.
 #include "fault/debugHelp.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@
 namespace xo::fault {
 namespace {
 
-constexpr ULONG kLongestName = 2000;
+constexpr ULONG kLongestName = 2000;  // characters of a symbol; longer names are cut
 
 constexpr DWORD kWithoutDialogs = SYMOPT_FAIL_CRITICAL_ERRORS | SYMOPT_NO_PROMPTS;
 constexpr DWORD kOptions = SYMOPT_LOAD_LINES | SYMOPT_UNDNAME | SYMOPT_DEFERRED_LOADS | kWithoutDialogs;
@@ -30,6 +31,7 @@ std::string toUtf8(std::string_view text) {
     return text::isUtf8(text) ? std::string(text) : platform::fromNative(text);
 }
 
+// The folders in which program databases are searched: the working folder, that of the program, and "bin" below both.
 std::string symbolSearchPath() {
     std::string folder;
     xoDirUtils::GetFolderOfCurrentProcessUtf8(folder);
@@ -69,6 +71,7 @@ std::string_view DebugHelp::open() {
     return {};
 }
 
+// After a fault in DbgHelp only the host's options are restored: cleaning up or unloading might fault or hang.
 bool DebugHelp::close() {
     const bool hasFaulted = mIsInside;
     const auto end = [](void* help) { static_cast<DebugHelp*>(help)->endSession(); };
@@ -85,6 +88,7 @@ void DebugHelp::endSession() {
     mLibrary.reset();
 }
 
+// False when a function is missing without which there is no trace. The first four are optional.
 bool DebugHelp::resolveAll() {
     resolve(mGetOptions, "SymGetOptions");
     resolve(mSetOptions, "SymSetOptions");
@@ -137,7 +141,9 @@ void DebugHelp::loadModuleAt(std::uint64_t address) {
     if (!handle || std::find(mModules.begin(), mModules.end(), handle) != mModules.end()) return;
     const std::optional<LoadedModule> module = describeModule(handle);
     if (!module) return;
+    // Before it is loaded: a module for which DbgHelp fails is not tried again.
     mModules.push_back(handle);
+    // The options apply to the next module that is loaded.
     setOptions(module->hasOnlyExports ? kOptionsForExports : kOptions);
     call(mLoadModule, mProcess, /*hFile=*/HANDLE{}, module->file.c_str(), /*ModuleName=*/PCWSTR{},
          reinterpret_cast<DWORD64>(handle), module->size, /*Data=*/PMODLOAD_DATA{}, /*Flags=*/DWORD{0});

@@ -44,7 +44,8 @@ public:
     struct Symbol {
         std::string name;       // empty when the address has no symbol
         std::uint64_t address;  // the start of the symbol; 0 without one
-        bool isUnconfident;
+        bool isUnconfident;     // an exported name, not one from a program database; the function may be another one
+                                // behind it
     };
     Symbol symbolAt(std::uint64_t address);
 
@@ -55,12 +56,15 @@ public:
     Line lineAt(std::uint64_t address);
 
 private:
+    // Steps of open() and close().
     bool resolveAll();
     void initialise();
     void setOptions(DWORD options);
     void endSession();
+    // Loads the symbols of the module that contains the address, unless they are loaded.
     void loadModuleAt(std::uint64_t address);
     Symbol findSymbol(std::uint64_t address);
+    // Callbacks of StackWalk64: they load the symbols of a module before DbgHelp needs them.
     static void* WINAPI functionTableAt(HANDLE process, DWORD64 address);
     static DWORD64 WINAPI moduleBaseAt(HANDLE process, DWORD64 address);
 
@@ -79,7 +83,7 @@ private:
         return result;
     }
 
-    // Null until DbgHelp is loaded. The last four are optional.
+    // The functions of DbgHelp; null until open(). The last four may stay null.
     decltype(::StackWalk64)* mStackWalk = nullptr;
     decltype(::SymGetLineFromAddr64)* mGetLine = nullptr;
     decltype(::SymGetSymFromAddr64)* mGetSymbol = nullptr;

@@ -1,3 +1,4 @@
+// Writes the report of a fault, on enough stack and with floating-point exceptions masked.
 #include "fault/faultFilter.h"
 
 #include <xmmintrin.h>
@@ -18,7 +19,7 @@ namespace {
 class MaskedFloatingPoint {
 public:
     MaskedFloatingPoint() : mBefore(::_mm_getcsr()) {
-        constexpr unsigned kAllMasked = 0x1F80;
+        constexpr unsigned kAllMasked = 0x1F80;  // the default of MXCSR: all exceptions masked, no flag set
         ::_mm_setcsr(kAllMasked);
     }
     ~MaskedFloatingPoint() { ::_mm_setcsr(mBefore); }
@@ -38,11 +39,12 @@ void writeReport(void* argument) {
     const DWORD code = fault.ExceptionRecord->ExceptionCode;
     try {
         std::string text = describeFault(code);
+        // A fault in sending a report is reported without a trace, which would take long and might fault again.
         if (!isReporting())
             appendStackTrace(text, *fault.ContextRecord,
                              code == EXCEPTION_STACK_OVERFLOW ? kMostFramesOfOverflow : kMostFrames);
         emitReport(text);
-    } catch (...) {  // out of memory: there is no report
+    } catch (...) {  // such as std::bad_alloc: there is no report
     }
 }
 

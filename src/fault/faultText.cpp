@@ -1,3 +1,5 @@
+// Composes the first line of a report about a fault. docs/formats.md describes the wording, so that programs can search
+// logs for it.
 #include "fault/faultText.h"
 
 #include <charconv>
@@ -8,11 +10,13 @@
 namespace xo::fault {
 namespace {
 
+// The codes with a name of their own; all others share one text.
 struct Name {
     std::uint32_t code;
     std::string_view name;
 };
 
+// A macro, because the text is the spelling of the constant.
 #define XO_NAME(code) \
     Name { static_cast<std::uint32_t>(code), #code }
 constexpr Name kNames[] = {
@@ -46,6 +50,7 @@ bool isLanguageException(std::uint32_t code) {
 }
 
 std::string_view faultName(std::uint32_t code) {
+    // The text is the same for exceptions of GCC's runtime; logs are searched for it.
     if (isLanguageException(code)) return "Msvc C++ Exception";
     for (const Name& known : kNames)
         if (known.code == code) return known.name;
@@ -65,6 +70,7 @@ std::string describeFault(std::uint32_t code) {
 }
 
 void appendHex(std::string& text, std::uint64_t value) {
+    // 64 bits have at most 16 digits.
     char digits[16];
     text.append(digits, std::to_chars(digits, digits + sizeof digits, value, 16).ptr);
 }

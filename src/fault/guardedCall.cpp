@@ -1,3 +1,4 @@
+// Calls functions so that a fault in them ends the call: by exception filters, and on Wine by OverflowRescue.
 #include "fault/guardedCall.h"
 
 #include <malloc.h>
@@ -17,6 +18,7 @@ namespace {
 volatile bool isReportingDone = true;
 volatile bool isSilentDone = true;
 
+// The faultCode is set by the filters.
 struct Call {
     Function function;
     void* argument;
@@ -36,6 +38,7 @@ bool runSilently(void* argument) {
     return isSilentDone;
 }
 
+// Registered when the library is loaded, before any guarded call.
 const OverflowRescue rescue(&runReporting, &runSilently);
 
 // At a stack overflow Windows runs the exception filters on the part of the stack that is reserved here. It is at most
@@ -49,7 +52,7 @@ void reserveStackOnce() {
     ULONG_PTR low = 0, high = 0;
     ::GetCurrentThreadStackLimits(&low, &high);
     auto size = static_cast<ULONG>((std::min)(kMostReserved, (high - low) / kPart));
-    ::SetThreadStackGuarantee(&size);  // fails for a tiny stack, which then has no reserve
+    ::SetThreadStackGuarantee(&size);  // fails for a very small stack, which then has no reserve
 }
 
 // Prepares the thread to go on: restores the guard page of an overflowed stack, without which the next overflow ends
@@ -64,6 +67,7 @@ void recover(DWORD code) {
 #endif
 }
 
+// The filters run at the fault, on the stack of the faulting thread, before anything is unwound.
 long filterReporting(const EXCEPTION_POINTERS& fault, void* argument) {
     static_cast<Call*>(argument)->faultCode = fault.ExceptionRecord->ExceptionCode;
     return filterFault(&fault);

@@ -1,3 +1,5 @@
+// Describes modules by their headers in memory. Another thread may unload a module at any time, so they are read under
+// callSilently.
 #include "fault/loadedModule.h"
 
 #include <algorithm>
@@ -13,7 +15,7 @@
 namespace xo::fault {
 namespace {
 
-// The record of the debug directory that names a program database.
+// The record of the debug directory that names a program database (.pdb). Its layout is not in the headers of Windows.
 struct DatabaseRecord {
     DWORD signature;
     GUID guid;
@@ -21,11 +23,13 @@ struct DatabaseRecord {
     char name[1];
 };
 
+// The data at an offset from the start of the module, which must be mapped.
 template <class T>
 const T* at(HMODULE module, DWORD offset) {
     return reinterpret_cast<const T*>(reinterpret_cast<const std::byte*>(module) + offset);
 }
 
+// Modules of Windows: their program databases are usually not on the machine, and searching for them takes time.
 bool isInSystemFolder(std::wstring_view file) {
     const std::wstring folder = platform::systemFolder() + L'\\';
     return platform::equalsIgnoringCase(file.substr(0, folder.size()), folder);
@@ -36,6 +40,7 @@ bool isOfRuntime(HMODULE module) {
     return module == ::GetModuleHandleW(L"libstdc++-6.dll") || module == ::GetModuleHandleW(L"libgcc_s_seh-1.dll");
 }
 
+// The argument and results of readImage.
 struct Image {
     HMODULE module;
     DWORD size;

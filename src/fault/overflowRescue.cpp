@@ -1,3 +1,4 @@
+// Unwinds a thread that has overflowed its stack to its innermost guard, on Wine.
 #include "fault/overflowRescue.h"
 
 #include <cstdint>
@@ -9,9 +10,11 @@
 namespace xo::fault {
 namespace {
 
+// The functions of the guards, set before the first overflow can be handled.
 std::uintptr_t reportingFunction = 0;
 std::uintptr_t silentFunction = 0;
 
+// True on Windows; Wine is recognised by a function that only its ntdll.dll exports.
 bool callsFiltersOnOverflow() {
     const HMODULE ntdll = ::GetModuleHandleW(L"ntdll.dll");
     return ntdll == nullptr || ::GetProcAddress(ntdll, "wine_get_version") == nullptr;
@@ -23,6 +26,7 @@ RUNTIME_FUNCTION* functionAt(DWORD64 address, DWORD64& imageBase) {
     return ::RtlLookupFunctionEntry(address, &imageBase, nullptr);
 }
 
+// Changes the context to that of the caller of its function.
 void unwindOnce(CONTEXT& context, RUNTIME_FUNCTION* function, DWORD64 imageBase) {
     if (!function) {  // a leaf function leaves the stack pointer at its return address
         context.Rip = *reinterpret_cast<const DWORD64*>(context.Rsp);
@@ -57,6 +61,7 @@ bool unwindToGuard(CONTEXT& context, bool& isReported) {
     return false;
 }
 
+// Changes the context of the fault to that behind the call of the guarded function. Nothing is changed without a guard.
 void rescueThread(void* argument) {
     Rescue& rescue = *static_cast<Rescue*>(argument);
     CONTEXT target = *rescue.fault->ContextRecord;

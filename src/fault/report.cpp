@@ -1,3 +1,5 @@
+// Sends reports to the event log and to the library's log, each under a guard of its own: a broken log must neither end
+// the process nor keep the report from the other one.
 #include "fault/report.h"
 
 #include <cstdint>
@@ -9,9 +11,10 @@
 namespace xo::fault {
 namespace {
 
-constexpr int kDeepest = 2;  // a report, and one of a fault in sending it
-thread_local int depth = 0;
+constexpr int kDeepest = 2;  // a report, and a second one about a fault in sending it; no third one
+thread_local int depth = 0;  // the number of reports that this thread is sending
 
+// Counts a report while it exists. A fault cannot skip the destructor: the sinks are called by callSilently.
 class Depth {
 public:
     Depth() { ++depth; }
@@ -20,6 +23,7 @@ public:
     Depth& operator=(const Depth&) = delete;
 };
 
+// The argument is a std::string, the text.
 using Sink = void (*)(void* text);
 
 void sendToSystem(void* text) {

@@ -1,3 +1,4 @@
+// Decides by the stack that is left where a report is written.
 #include "fault/stackForReport.h"
 
 #include <cstddef>
@@ -8,7 +9,8 @@ namespace xo::fault {
 namespace {
 
 constexpr std::size_t kStackForReport = std::size_t{256} * 1024;  // for DbgHelp, which reads program databases
-constexpr std::size_t kOwnStack = std::size_t{1024} * 1024;
+constexpr std::size_t kOwnStack =
+    std::size_t{1024} * 1024;  // the usual size of a thread's stack; only touched pages need memory
 
 struct SilentCall {
     Function function;

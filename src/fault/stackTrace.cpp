@@ -1,3 +1,4 @@
+// Writes a stack trace, one line per frame, from what DebugHelp finds out.
 #include "fault/stackTrace.h"
 
 #include "fault/debugHelp.h"
@@ -33,6 +34,7 @@ void appendFrame(std::string& text, DebugHelp& source, std::uint64_t address, bo
     text += " @0x";
     appendHex(text, symbol.name.empty() ? address : symbol.address);
     text += " in ";
+    // The source line if it is known, else the module.
     const DebugHelp::Line line = source.lineAt(inside);
     if (line.file.empty()) {
         text += platform::toUtf8(moduleFile(moduleAt(inside)));
@@ -65,7 +67,7 @@ void returnFromNowhere(CONTEXT& context) {
 
 struct Trace {
     std::string& text;
-    CONTEXT context;  // StackWalk64 changes it
+    CONTEXT context;  // a copy, because StackWalk64 changes it
     int mostFrames;
     DebugHelp help;
 };
@@ -90,7 +92,7 @@ void walkStack(void* argument) {
         const std::string_view failure = trace.help.open();
         trace.text += failure;
         if (failure.empty()) appendFrames(trace);
-    } catch (...) {  // out of memory: the trace ends here
+    } catch (...) {  // such as std::bad_alloc: the trace ends here
     }
 }
 
@@ -107,6 +109,7 @@ bool tryWalkStack(Trace& trace) XO_REQUIRES(lock) {
 void appendStackTrace(std::string& text, const CONTEXT& context, int mostFrames) {
     Trace trace{text, context, mostFrames, {}};
     bool isWhole = false;
+    // With a limit, because this report must be written even if another thread does not finish its trace.
     if (lock.tryLock(kLockTimeoutMs)) {
         isWhole = tryWalkStack(trace);
         lock.unlock();

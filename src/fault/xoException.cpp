@@ -1,3 +1,4 @@
+// The guard: reports faults and exceptions of a function, and passes both on as standard exceptions.
 #include "xoSystem/xoException.h"
 
 #include <exception>
@@ -30,6 +31,7 @@ struct Question {
     std::string text;
 };
 
+// Called under callSilently: a what() of the host may fault, for example on a destroyed object.
 void ask(void* argument) {
     Question& question = *static_cast<Question*>(argument);
     try {
@@ -47,6 +49,7 @@ std::string textOf(const std::exception& exception) {
 void execute(fault::Function function, void* argument) {
     try {
         if (fault::callReporting(function, argument)) return;
+        // A fault has been reported already. It is passed on like an exception, so that both have the same way out.
         throw std::runtime_error("Catch an SEH exception");
     } catch (const std::exception& exception) {
         const std::string text = textOf(exception);
