@@ -1,4 +1,4 @@
-// The end of a time limit in milliseconds, as the wait functions of Windows take it.
+// The end of a time limit in milliseconds, for the wait functions of Windows.
 #ifndef XO_PLATFORM_DEADLINE_H
 #define XO_PLATFORM_DEADLINE_H
 
@@ -6,11 +6,13 @@
 
 namespace xo::platform {
 
-// Counted from its making. A limit of INFINITE never ends, and one of 0 has ended: neither needs the clock.
+// The limit counts from the construction. INFINITE never ends and 0 has ended at once; neither reads the clock. Several
+// waits that share a deadline together take no longer than the limit.
 class Deadline {
 public:
     explicit Deadline(DWORD limitMs) : mLimitMs(limitMs), mStartMs(isRunning() ? ::GetTickCount64() : 0) {}
 
+    // What is left, to be passed to a wait function: 0 once the limit has passed, INFINITE if there is none.
     DWORD remainingMs() const {
         if (!isRunning()) return mLimitMs;
         const ULONGLONG elapsedMs = ::GetTickCount64() - mStartMs;

@@ -1,4 +1,5 @@
-// Owners of Windows handles: one policy per kind says which value means "none" and how to close.
+// Owners of Windows handles. One policy for each kind of handle defines which value means "none" and how it is closed.
+// For example, CloseHandle does not close a search or a registry key.
 #ifndef XO_PLATFORM_HANDLE_H
 #define XO_PLATFORM_HANDLE_H
 
@@ -8,7 +9,8 @@
 
 namespace xo::platform {
 
-// Closes what it holds, once. Closing keeps the thread's last error, so that a failure can be read after its clean-up.
+// Owns one handle, or none, and closes it. Closing preserves GetLastError, so that the error of a failed call can be
+// read after the clean-up. Moving leaves the other object empty. An object is used by one thread at a time.
 template <class Policy>
 class Owned {
 public:
@@ -28,14 +30,18 @@ public:
     Type get() const noexcept { return mHandle; }
     explicit operator bool() const noexcept { return mHandle != Policy::none(); }
 
-    // Closes what it holds and gives the place for an out-parameter: the called function's handle is owned at once.
+    // Closes the handle, and returns the place for an out-parameter, so that the handle that the called function stores
+    // there is owned at once.
     Type* put() noexcept {
         reset();
         return &mHandle;
     }
 
+    // Gives up the ownership: the caller must close the handle.
     [[nodiscard]] Type release() noexcept { return std::exchange(mHandle, Policy::none()); }
 
+    // Owns another handle, or none, instead. Does nothing for the handle that it owns already, so that moving an object
+    // to itself is safe.
     void reset(Type handle = Policy::none()) noexcept {
         const Type old = std::exchange(mHandle, handle);
         if (old == Policy::none() || old == handle) return;
@@ -64,6 +70,7 @@ struct FilePolicy {
 };
 using FileHandle = Owned<FilePolicy>;
 
+// Searches of FindFirstFileW, which are closed by a function of their own.
 struct FindPolicy {
     using Type = HANDLE;
     static Type none() noexcept { return INVALID_HANDLE_VALUE; }

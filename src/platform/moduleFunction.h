@@ -6,8 +6,9 @@
 
 namespace xo::platform {
 
-// The exported function of that name; null when the module, or its handle, is missing. By way of a pointer to another
-// function: a cast from the type of FARPROC itself is a warning with GCC.
+// The exported function of that name; null when the handle is null or the module has no such function. The caller
+// states the type, which is not checked. The pointer is valid while the module stays loaded. The cast goes through
+// another function type, because GCC warns about a direct cast of FARPROC.
 template <class Function>
 Function* findFunction(HMODULE module, const char* name) noexcept {
     if (!module) return nullptr;

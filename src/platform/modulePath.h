@@ -8,7 +8,7 @@
 
 namespace xo::platform {
 
-// The full path of a loaded module; null stands for the program. Empty for an invalid handle.
+// The full path of a loaded module, or of the program for null. Empty for an invalid handle.
 std::wstring modulePath(HMODULE module);
 
 }  // namespace xo::platform

@@ -10,7 +10,7 @@
 namespace xo::platform {
 namespace {
 
-// Committed at the start. The rest of the stack is reserved and committed when it is touched.
+// Bytes of the stack that have memory from the start. The rest is reserved, and gets memory when it is touched.
 constexpr std::size_t kCommit = std::size_t{64} * 1024;
 
 struct FiberPolicy {
@@ -20,7 +20,8 @@ struct FiberPolicy {
 };
 using Fiber = Owned<FiberPolicy>;
 
-// The fiber that the thread is: its own, or one that it becomes for as long as the object lives.
+// The fiber of the calling thread. A thread that is no fiber is converted to one while the object exists, because only
+// a fiber can switch to another one. FIBER_FLAG_FLOAT_SWITCH preserves the floating-point state.
 class HomeFiber {
 public:
     HomeFiber()
@@ -39,14 +40,16 @@ private:
     void* mFiber;
 };
 
+// What runs on the fiber, and how it ended.
 struct Call {
     Call(void (*called)(void*), void* with) : function(called), argument(with) {}
 
     void (*function)(void*);
     void* argument;
+    // The fiber to return to.
     void* home = nullptr;
     std::exception_ptr exception;
-    EXCEPTION_RECORD fault{};  // its code is 0 where there was none
+    EXCEPTION_RECORD fault{};  // its code is 0 if there was none
 };
 
 bool callCatching(void* argument) {

@@ -7,12 +7,12 @@
 namespace xo::platform {
 
 // Calls function(argument) on a stack of the given size in bytes, which is made for this call and freed after it. The
-// thread stays the same, so that locks that it holds stay open to it. A C++ exception or a processor fault that leaves
-// the function arrives at the caller; a fault is raised there once more, with its code and parameters. Returns false,
-// without having called, where the memory for such a stack cannot be had.
+// thread stays the same, so the function may lock again the recursive locks that the thread holds. A C++ exception or a
+// processor fault that leaves the function arrives at the caller; a fault is raised there once more, with its code and
+// parameters. Returns false, without having called the function, when there is no memory for the stack.
 bool callOnOwnStack(std::size_t size, void (*function)(void*), void* argument);
 
-// The bytes of stack that the calling thread has left; 0 on a stack that the system does not know.
+// The bytes of stack that the calling thread has left; 0 on a stack whose limits the system does not know.
 std::size_t stackLeft();
 
 }  // namespace xo::platform

@@ -8,7 +8,8 @@
 
 namespace xo::platform {
 
-// Not recursive: a thread that locks it twice waits for ever.
+// Not recursive: a thread that locks it twice waits for ever. It costs no handle, and needs neither creation nor
+// destruction.
 class XO_CAPABILITY("mutex") SlimLock {
 public:
     constexpr SlimLock() = default;
@@ -56,7 +57,7 @@ public:
     SlimCondition(const SlimCondition&) = delete;
     SlimCondition& operator=(const SlimCondition&) = delete;
 
-    // Releases the lock while it waits. It may return without cause, so that the caller looks at its condition again.
+    // Releases the lock while it waits. It may return without a wake-up, so the caller must check its condition again.
     void wait(SlimLock& lock, DWORD timeoutMs) XO_REQUIRES(lock) {
         ::SleepConditionVariableSRW(&mCondition, &lock.mLock, timeoutMs, /*Flags=*/0);
     }

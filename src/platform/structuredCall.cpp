@@ -1,3 +1,4 @@
+// The only source with structured exception handling.
 #include "platform/structuredCall.h"
 
 // libstdc++ defines __try as a macro; undefine it so that __try below is the keyword of structured exception handling.
@@ -23,13 +24,15 @@ void end(const ReleasingCall& call) {
     call.release(call.argument);
 }
 
-// The compiler takes a fault in the very function that holds the __try as impossible, so the calls are not inlined.
+// Not inlined: clang catches faults only of functions that are called in a __try block, not of instructions in the
+// block itself.
 __declspec(noinline) void run(const ReleasingCall& call) { call.run(call.argument); }
 __declspec(noinline) bool run(bool (*body)(void*), void* argument) { return body(argument); }
 
 }  // namespace
 
 void callReleasing(Function function, Function release, void* argument) {
+    // On this frame, so that its address shows whether an abandoned part of the stack contains it.
     ReleasingCall call{function, release, argument, innermost};
     innermost = &call;
     __try {

@@ -1,4 +1,4 @@
-// Names of functions and types as their author wrote them.
+// Names of functions and types as they are written in the source.
 #ifndef XO_PLATFORM_SYMBOLNAME_H
 #define XO_PLATFORM_SYMBOLNAME_H
 
@@ -12,8 +12,8 @@
 
 namespace xo::platform {
 
-// The readable form of a name that the compiler has mangled; any other name as it is. Microsoft's compiler gives types
-// readable names, and DbgHelp undoes what it does to those of functions.
+// The readable form of a name that GCC or clang has mangled; any other name is returned unchanged. Names of Microsoft's
+// compiler need no conversion: those of types are readable, and DbgHelp demangles those of functions.
 inline std::string demangled(const char* name) {
 #if !defined(_MSC_VER)
     const std::unique_ptr<char, decltype(&std::free)> readable(

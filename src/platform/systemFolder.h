@@ -9,7 +9,8 @@
 
 namespace xo::platform {
 
-// "C:\Windows\System32", with another drive and name where Windows was installed so.
+// Usually "C:\Windows\System32", without a separator at the end. Programs and libraries of Windows are named by it, so
+// that no file of the same name in another folder is run.
 inline std::wstring systemFolder() {
     return readWide([](wchar_t* buffer, UINT size) { return ::GetSystemDirectoryW(buffer, size); });
 }

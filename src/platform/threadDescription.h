@@ -1,4 +1,4 @@
-// The names by which debuggers and the system show threads.
+// Sets the names of threads that debuggers and the system show.
 #ifndef XO_PLATFORM_THREADDESCRIPTION_H
 #define XO_PLATFORM_THREADDESCRIPTION_H
 
@@ -6,7 +6,8 @@
 
 namespace xo::platform {
 
-// Does nothing on versions of Windows without this function.
+// Names a thread. Failures are ignored, because a name has no effect on the program; versions of Windows without the
+// function have no names.
 inline void describeThread(HANDLE thread, const wchar_t* name) noexcept {
     using SetThreadDescription = HRESULT WINAPI(HANDLE, PCWSTR);
     // Windows 10 has it; version 1607 in KernelBase.dll alone:

@@ -15,7 +15,7 @@ constexpr std::size_t kShortPathLimit = MAX_PATH - 12;
 
 bool fitsInt(std::size_t size) { return size <= static_cast<std::size_t>((std::numeric_limits<int>::max)()); }
 
-// Invalid sequences of UTF-8 become U+FFFD. A text too long for the call becomes an empty one.
+// Invalid sequences of UTF-8 become U+FFFD. The result is empty for a text that is too long for the call.
 std::wstring widen(UINT codePage, std::string_view text) {
     std::wstring wide;
     if (text.empty() || !fitsInt(text.size())) return wide;
@@ -45,6 +45,7 @@ bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_vi
 constexpr wchar_t kExtended[] = LR"(\\?\)";
 constexpr wchar_t kExtendedShare[] = LR"(\\?\UNC\)";
 
+// Paths with these prefixes are passed to the file system unchanged.
 bool isExtended(std::wstring_view path) { return startsWith(path, kExtended) || startsWith(path, LR"(\\.\)"); }
 
 bool isSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }

@@ -1,5 +1,5 @@
-// The library's own conversions at the border to Windows. They convert a text whole, whatever its length or content;
-// the public ones of xoStringUtils have an output buffer of a fixed size.
+// Conversions between UTF-8 and the texts of Windows, for the library itself. They convert texts of any length and
+// content; the public functions of xoStringUtils have an output buffer of a fixed size.
 #ifndef XO_PLATFORM_WIDETEXT_H
 #define XO_PLATFORM_WIDETEXT_H
 
@@ -14,11 +14,12 @@ std::wstring toWide(std::string_view utf8);
 // UTF-16 to UTF-8. Each lone surrogate becomes U+FFFD; NULs are kept. Empty for a text beyond 2 GB.
 std::string toUtf8(std::wstring_view wide);
 
-// Appends what toUtf8 gives, without an allocation if the text has the capacity. Nothing for a text beyond 1 GB.
+// Appends the result of toUtf8, without an allocation if the text has the capacity. Appends nothing for a text beyond 1
+// GB.
 void appendUtf8(std::string& text, std::wstring_view wide);
 
-// UTF-8 to the process's ANSI code page; what that page lacks becomes its default character. Cut, at a character, to at
-// most maxBytes.
+// UTF-8 to the ANSI code page of the process; characters that the page lacks become its default character. The result
+// is cut, between two characters, to at most maxBytes.
 std::string toNative(std::string_view utf8, std::size_t maxBytes = std::string::npos);
 
 // The ANSI code page to UTF-8.
@@ -35,12 +36,13 @@ std::wstring toApiPath(std::wstring path);
 // a path that names nothing.
 std::wstring toExtendedPath(const std::wstring& path);
 
-// What toExtendedPath has put in front is taken off again, for people and for other functions; other paths are returned
-// as they are.
+// Removes the prefix that toExtendedPath adds, for display and for functions that refuse it. Other paths are returned
+// unchanged.
 std::wstring withoutExtendedPrefix(std::wstring path);
 
-// Calls fill(buffer, size) as the "returns the length, or the size needed" functions want it (GetFullPathNameW,
-// GetCurrentDirectoryW, GetTempPathW, GetEnvironmentVariableW) until the text fits. Empty when the call fails.
+// Calls fill(buffer, size) until the text fits. For functions that return the length of the text if it fits, the size
+// that they need if not, and 0 on failure: GetFullPathNameW, GetCurrentDirectoryW, GetTempPathW,
+// GetEnvironmentVariableW. Empty when the call fails.
 template <class Fill>
 std::wstring readWide(Fill&& fill) {
     std::wstring text(128, L'\0');

@@ -1,4 +1,4 @@
-// <windows.h> as every room takes it in: lean, and without its min and max.
+// Includes <windows.h> for all rooms, without rarely used parts and without its macros min and max.
 #ifndef XO_PLATFORM_WINDOWS_H
 #define XO_PLATFORM_WINDOWS_H
 

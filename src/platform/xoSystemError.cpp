@@ -8,6 +8,7 @@ namespace xo {
 namespace {
 
 std::string systemMessage(int code) {
+    // LANG_NEUTRAL with SUBLANG_DEFAULT, the default language of the user.
     // https://learn.microsoft.com/en-us/windows/win32/api/winbase/nf-winbase-formatmessage
     constexpr DWORD kUsersLanguage = 0x400;
     platform::LocalMemory<char> message;
@@ -17,7 +18,7 @@ std::string systemMessage(int code) {
     return length != 0 ? platform::fromNative({message.get(), length}) : "Unknown Error";
 }
 
-// Each line end becomes a blank.
+// Each line end becomes a blank, also the one that ends every message.
 std::string onOneLine(const std::string& text) {
     std::string line;
     for (std::size_t i = 0; i < text.size(); ++i) {
