@@ -21,8 +21,8 @@ Text failed(const char* message) {
     return {};
 }
 
-// Removes the terminating NUL, which the count includes. Wine does not write it when the last character is broken, so
-// it is tested.
+// Removes the terminating NUL, which the count includes. Wine takes the NUL for a part of a broken last character, so
+// that the last unit may be the replacement of that character.
 template <class Text>
 void cutAtNul(Text& text, int count) {
     const auto last = static_cast<std::size_t>(count) - 1;
@@ -62,7 +62,7 @@ std::wstring widenAscii(const std::string& text) {
     std::wstring wide(text.size() + 1, L'\0');
     const std::size_t count =
         text.empty() ? 0 : ::_mbstowcs_l(wide.data(), text.c_str(), text.size(), xoStringUtils::GetCLocale());
-    if (count == 0 || count > text.size()) return failed<std::wstring>(kAsciiFailed);
+    if (count == 0 || count > text.size()) return failed<std::wstring>(kAsciiFailed);  // (size_t)-1 is an error
     wide.resize(count);
     return wide;
 }
