@@ -16,6 +16,8 @@ int order(const T& a, const T& b) {
     return a < b ? -1 : b < a ? 1 : 0;
 }
 
+// A list that is the beginning of the other one is less. std::string compares unsigned bytes, whatever the sign of
+// char.
 int orderOfStrings(const std::vector<std::string>& a, const std::vector<std::string>& b) {
     for (std::size_t i = 0; i < a.size() && i < b.size(); ++i)
         if (const int result = a[i].compare(b[i])) return result;
@@ -28,6 +30,7 @@ int orderOfBytes(const double* a, const double* b, std::size_t count) {
     return std::memcmp(a, b, count * sizeof(double));
 }
 
+// Of two vectors or matrices of one type; 0 for types without a value.
 int orderOfNumbers(const xoVariant& a, const xoVariant& b) {
     switch (a.getType()) {
         case xoVariant::VEC2D: return orderOfBytes(a.getVec2d(), b.getVec2d(), 2);

@@ -71,6 +71,8 @@ bool readReal(std::string_view text, double& value) {
     return isWhole ? holdsExactly(value, text.substr(first)) : value != 0.0;
 }
 
+// Each of these functions takes a value of any type but the one that it converts to. False leaves out unchanged.
+
 bool losslessInteger(const xoVariant& from, xoVariant& out) {
     std::int64_t value = 0;
     switch (from.getType()) {

@@ -138,6 +138,7 @@ private:
     Matches mMatches;
 };
 
+// Throws what the function throws, and std::bad_alloc when there is no memory for the stack.
 template <class Function>
 void callOnLargeStack(Function function) {
     const auto call = [](void* called) { (*static_cast<Function*>(called))(); };
@@ -151,6 +152,8 @@ std::uint64_t eraseAll(const Matches& matches) {
     return matches.size();
 }
 
+// For an expression that the caller has compiled. Its size and matcher are not known, so the large stack is always
+// used.
 template <class Container>
 std::uint64_t eraseMatches(Container& container, const std::regex& expression, const std::string& prefix) {
     Matches matches;

@@ -81,6 +81,7 @@ AsciiTableBuilder& AsciiTableBuilder::setRowLines(bool on) {
 std::string AsciiTableBuilder::build() const { return mContent ? variant::layOut(*mContent) : std::string(); }
 
 AsciiTableBuilder AsciiTableBuilder::FromMap(const xoVariant::xoVariantMapImpl& map) {
+    // Without flattening, a map inside would be one cell with the text form of that map.
     xoVariant::xoVariantMapImpl leaves;
     map.toFlattenMap(leaves, '/');
     AsciiTableBuilder table({"Key", "Value"});

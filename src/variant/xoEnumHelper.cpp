@@ -114,6 +114,7 @@ std::string flagsText(const EnumHelperInterface& helper, std::uint64_t bits) {
 EnumHelperInterface::~EnumHelperInterface() = default;
 
 std::string EnumHelperInterface::toText(std::int64_t value) const {
+    // First, so that a combination of flags, or 0, may have a name of its own.
     const std::size_t index = findValue(*this, value);
     if (index != getCount()) return std::string(getName(index));
     if (areFlags() && value != 0) return flagsText(*this, bitsOf(value));
