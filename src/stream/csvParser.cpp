@@ -219,6 +219,7 @@ bool CsvParser::failAtMalformed() {
     return fail("Invalid UTF-8");
 }
 
+// For a copy of a reader. Copies of variants own their texts, so the table does not depend on the other parser.
 void CsvParser::setTable(const Table& table) { mTable = table; }
 
 void CsvParser::clearTable() {
@@ -228,6 +229,7 @@ void CsvParser::clearTable() {
     mTexts.clear();
 }
 
+// The texts last, because the variants refer to them.
 void CsvParser::releaseTable() {
     Table().swap(mTable);
     Table().swap(mSpareRows);

@@ -42,6 +42,7 @@ DWORD sharedAccess(xoIoDeviceFile::OpenMode mode, xoIoDeviceFile::Share share) {
     return FILE_SHARE_READ;
 }
 
+// SetEndOfFile would need the position to be moved first.
 DWORD setEnd(HANDLE file, std::uint64_t bytes) {
     FILE_END_OF_FILE_INFO info{};
     info.EndOfFile.QuadPart = static_cast<LONGLONG>(bytes);

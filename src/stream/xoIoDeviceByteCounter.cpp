@@ -16,7 +16,7 @@ std::uint64_t movedNotBelowZero(std::uint64_t position, std::int64_t offset) {
 }  // namespace
 
 std::uint64_t xoIoDeviceByteCounter::readBytes(char* buffer, std::uint64_t size) {
-    if (!mDevice) {
+    if (!mDevice) {  // nothing to read from is an error, while writes are only counted then
         mError = true;
         return 0;
     }

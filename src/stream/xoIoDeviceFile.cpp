@@ -319,6 +319,7 @@ bool xoIoDeviceFile::seekg(std::int64_t offset, SeekStart start) {
     Private& self = *mPrivate;
     if (!self.file.isOpen() || self.hasFailed) return false;
     if (!self.allows(self.file.reads(), "seekg on", "the file is open for writing")) return false;
+    // The size is needed only for a seek from the end, and costs a call to the system.
     const auto target = stream::seekTarget(self.readAt, start == SeekFromEnd ? self.size() : 0, offset, start);
     if (target) self.readAt = *target;
     return target.has_value();

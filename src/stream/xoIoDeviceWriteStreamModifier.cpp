@@ -83,7 +83,7 @@ void xoIoDeviceWriteStreamModifier::Private::processPending(xoIoDevice* self) {
 }
 
 bool xoIoDeviceWriteStreamModifier::Private::startModifier(xoIoDevice* self) {
-    isModifierStarted = true;
+    isModifierStarted = true;  // also after a failure: it is begun once for each device
     if (modifier && modifier->beginDelegation(self)) return true;
     stream::report("Fail to begin delegation of read modifier");
     hasError = true;
