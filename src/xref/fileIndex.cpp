@@ -127,6 +127,7 @@ std::shared_ptr<const FileIndex> FileIndex::build(const IndexSettings& settings,
 }
 
 void FileIndex::link() {
+    // The index does not grow any more, so what its vectors have reserved is freed.
     mFolders.shrink_to_fit();
     mEntries.shrink_to_fit();
     mNames.shrink_to_fit();

@@ -69,6 +69,7 @@ std::uint32_t hashOf(std::string_view key) {
     return hash;
 }
 
+// From the end, because the folders in front differ between machines.
 unsigned countSharedNames(std::string_view a, std::string_view b) {
     unsigned count = 0;
     while (!a.empty() && !b.empty() && nameKey(takeLastName(a)) == nameKey(takeLastName(b))) ++count;

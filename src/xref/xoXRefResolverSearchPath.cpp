@@ -82,7 +82,7 @@ public:
 private:
     const std::string mNames;
     const Sink mSink;
-    std::set<std::string> mKeys;  // of the paths that were given
+    std::set<std::string> mKeys;  // of the paths that were passed on
 };
 
 }  // namespace
