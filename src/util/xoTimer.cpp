@@ -12,7 +12,7 @@ constexpr std::int64_t kMsPerSec = 1000;
 // https://learn.microsoft.com/windows/win32/api/sysinfoapi/nf-sysinfoapi-gettickcount64
 std::int64_t nowMs() { return static_cast<std::int64_t>(::GetTickCount64()); }
 
-// Beyond the range the nearest end of it: a signed overflow would be undefined.
+// Limited to the range of the result, because a signed overflow would be undefined.
 std::int64_t toMs(std::int64_t seconds) {
     if (seconds > INT64_MAX / kMsPerSec) return INT64_MAX;
     if (seconds < INT64_MIN / kMsPerSec) return INT64_MIN;
