@@ -156,7 +156,7 @@ private:
         return {place.scratch, text::displayWidth(place.scratch)};
     }
 
-    // The result is ASCII, so that its size is its width.
+    // The result is ASCII, so that its size is its width. roundNumber takes at most 255 decimals.
     static Piece shownReal(double value, Place& place) {
         const auto decimals = static_cast<unsigned char>((std::min)(place.column->decimals, 255));
         place.scratch = xoStringUtils::roundNumber(value, decimals, '.', /*keepZeros=*/true);
@@ -197,7 +197,7 @@ private:
 
         // Text columns shrink first, because a number that is broken over two lines is hard to read. If that is not
         // enough, all columns shrink, to one character at the least: the table may then still be wider than the limit.
-        constexpr std::size_t kLeastBesideNumbers = 3;
+        constexpr std::size_t kLeastBesideNumbers = 3;  // which AsciiTableBuilder::setMaxWidth promises
         const std::size_t available = mContent.maxWidth > frameWidth() ? mContent.maxWidth - frameWidth() : 0;
         limitWidths(available, kLeastBesideNumbers, [](const Place& place) { return !place.isNumeric; });
         limitWidths(available, 1, [](const Place&) { return true; });
