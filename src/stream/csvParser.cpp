@@ -18,7 +18,7 @@ namespace {
 // follows.
 constexpr std::size_t kLongestSequence = 4;
 constexpr std::size_t kMaxRead = 0x10000;  // a block that is still in the processor's cache when it is scanned
-// In bytes. Only the cells of the first row are limited.
+// In bytes. Only the cells of the first row are limited, as xoCsvFileReader.h says.
 constexpr std::size_t kMaxHeaderCell = 65535;
 constexpr std::size_t kUsualColumns = 128;
 

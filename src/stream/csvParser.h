@@ -34,6 +34,7 @@ public:
     // is not called after the source's size.
     using Read = std::function<std::size_t(char* out, std::size_t capacity)>;
 
+    // Of the buffer. A row of up to half of it does not make the buffer grow.
     static constexpr std::size_t kBlockSize = 0x100000;
 
     explicit CsvParser(std::size_t blockSize = kBlockSize) : mBlockSize(blockSize) {}
