@@ -121,7 +121,7 @@ std::uint64_t OpenedFile::read(std::uint64_t position, char* bytes, std::uint64_
         const auto wanted = static_cast<DWORD>((std::min)(size - done, kMaxTransfer));
         error = files::errorOf(::ReadFile(mHandle, bytes + done, wanted, &got, /*lpOverlapped=*/nullptr));
         done += got;
-        if (got == 0) break;
+        if (got == 0) break;  // the end of the file
     }
     mPosition = position + done;
     if (error == ERROR_SUCCESS) return done;
@@ -139,6 +139,7 @@ DWORD OpenedFile::write(std::uint64_t position, const char* bytes, std::uint64_t
         DWORD written = 0;
         const auto wanted = static_cast<DWORD>((std::min)(size - done, kMaxTransfer));
         error = files::errorOf(::WriteFile(mHandle, bytes + done, wanted, &written, /*lpOverlapped=*/nullptr));
+        // Without progress the loop would not end.
         if (error == ERROR_SUCCESS && written == 0) error = ERROR_WRITE_FAULT;
         done += written;
     }

@@ -160,6 +160,8 @@ bool xoIoDeviceFile::Private::release() {
     return held != Holds::Unwritten || writeTo(bufferAt, buffer.get(), filled);
 }
 
+// The general case of writeBytes: a piece that does not fit behind the unwritten bytes in the buffer, or none are
+// there.
 std::uint64_t xoIoDeviceFile::Private::write(const char* bytes, std::uint64_t size) {
     if (!bytes || size == 0 || !canTransfer()) return 0;
     if (!allows(file.writes(), "writeBytes on", "the file is open for reading")) {
@@ -216,6 +218,7 @@ bool xoIoDeviceFile::Private::readAhead() {
     return filled != 0;
 }
 
+// The general case of readBytes: a piece that was not read ahead as a whole.
 std::uint64_t xoIoDeviceFile::Private::read(char* bytes, std::uint64_t size) {
     if (!bytes || size == 0 || !canTransfer()) return 0;
     if (!allows(file.reads(), "readBytes on", "the file is open for writing")) return 0;

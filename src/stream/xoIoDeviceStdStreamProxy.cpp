@@ -51,7 +51,8 @@ struct Areas : std::streambuf {
 // As many bytes as a number has. Larger pieces are left to the stream, whose buffer may pass them on without a copy.
 constexpr std::uint64_t kFew = 16;
 
-// True if the stream is good(), flushes no other stream first, and has all of the bytes in its buffer.
+// True if the stream is good(), flushes no other stream first, and has all of the bytes in its buffer. A stream without
+// a buffer is not good().
 bool readFew(std::istream& in, char* buffer, std::uint64_t size) {
     return size <= kFew && in.good() && !in.tie() && Areas::get(*in.rdbuf(), buffer, static_cast<std::size_t>(size));
 }
