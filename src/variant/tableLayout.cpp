@@ -292,7 +292,7 @@ private:
         for (Place& place : mPlaces) {
             place.pieces.clear();
             place.whole = {{}, 0};
-            if (cell == end) continue;
+            if (cell == end) continue;  // a row with fewer cells than columns
             place.whole = shown(*cell, place);
             if (place.whole.width > place.width || cell->hasBreaks) {
                 breakText(place.whole, place);
@@ -343,6 +343,7 @@ private:
         }
     }
 
+    // In bytes: those of the pieces, which may be more than the columns that they take, and of the blanks beside them.
     std::size_t lineSize(std::size_t line) const {
         std::size_t size = mLook.left.size() + mLook.between.size() * (mPlaces.size() - 1) + mLook.right.size() + 1;
         for (const Place& place : mPlaces) {
@@ -361,7 +362,7 @@ private:
 
     static char* put(char* out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
 
-    // Writes the piece and the blanks that fill its column.
+    // Writes the piece and the blanks that fill its column. In a centered column the odd blank is behind the piece.
     static char* putPiece(char* out, const Piece& piece, const Place& place) {
         const std::size_t blanks = place.width - piece.width;
         const std::size_t before = place.align == Builder::AlignRight    ? blanks
