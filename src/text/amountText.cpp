@@ -125,7 +125,7 @@ std::string xoMathUtils::printBytes(std::uint64_t bytes, bool isNegative, xoByte
 std::string xoMathUtils::printCount(std::uint64_t value, bool isNegative, char separator) {
     char digits[20];  // 2^64 - 1 has as many
     const char* const end = std::to_chars(digits, std::end(digits), value).ptr;
-    char buffer[32];
+    char buffer[32];  // the digits, 6 separators and the sign
     char* out = buffer;
     if (isNegative) *out++ = '-';
     for (const char* at = digits; at != end; ++at) {
@@ -160,7 +160,7 @@ std::string xoMathUtils::SiToText(double value, std::string_view unit, int digit
     char buffer[text::kPlainCapacity];
     char* out = buffer;
     int prefix = 0;
-    if (value == 0) {
+    if (value == 0) {  // has no first digit, by which the prefix is chosen
         *out++ = '0';
     } else {
         if (value < 0) *out++ = '-';
