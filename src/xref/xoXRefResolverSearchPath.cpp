@@ -168,7 +168,7 @@ xoXRefResolverSearchPath::xoXRefResolverSearchPath(std::size_t maxFiles) : mPriv
 xoXRefResolverSearchPath::~xoXRefResolverSearchPath() = default;
 
 void xoXRefResolverSearchPath::addSearchPathUtf8(const std::string& folder, bool recursive) {
-    const std::string path = absolutePath(folder);
+    const std::string path = absolutePath(folder);  // now, because the working folder may change before the walk
     if (path.empty()) return;
     const std::string key = xref::nameKey(path);
     mPrivate->change([&](xref::IndexSettings& settings) {
