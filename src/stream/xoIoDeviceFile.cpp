@@ -160,8 +160,7 @@ bool xoIoDeviceFile::Private::release() {
     return held != Holds::Unwritten || writeTo(bufferAt, buffer.get(), filled);
 }
 
-// The general case of writeBytes: a piece that does not fit behind the unwritten bytes in the buffer, or none are
-// there.
+// The general case of writeBytes: the buffer holds no unwritten bytes, or has no space for the piece behind them.
 std::uint64_t xoIoDeviceFile::Private::write(const char* bytes, std::uint64_t size) {
     if (!bytes || size == 0 || !canTransfer()) return 0;
     if (!allows(file.writes(), "writeBytes on", "the file is open for reading")) {
