@@ -62,6 +62,7 @@ DWORD WINAPI Errand::run(void* given) {
     }
     // What the work owns is released before the end is signalled and before the lane is free.
     argument->shared->work = nullptr;
+    // The lane first: a caller that is woken by the event can begin its next errand at once.
     argument->lane->leave();
     ::SetEvent(argument->shared->ended.get());
     // The thread cannot release its own code by an ordinary call, which would return to code that is gone.
@@ -80,6 +81,7 @@ Errand::Errand(Lane& lane, const Deadline& deadline, std::function<void()> work)
     ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&run),
                          argument->ownLibrary.put());
     if (!argument->ownLibrary || !argument->shared->ended) return;
+    // The deadline covers this wait too: an errand that cannot begin in time is late.
     mTurn = lane.enter(deadline);
     if (mTurn == 0) return;
     // Copied first: the thread owns the argument as soon as it runs, and may have deleted it when CreateThread returns.
@@ -103,6 +105,7 @@ bool Errand::wait(const Deadline& deadline) {
     if (!mShared) return false;
     const bool hasEnded = ::WaitForSingleObject(mShared->ended.get(), deadline.remainingMs()) == WAIT_OBJECT_0;
     if (!hasEnded) mLane.setLate(mTurn);
+    // A second call returns false, and the destructor does nothing.
     mShared.reset();
     return hasEnded;
 }

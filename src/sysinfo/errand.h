@@ -1,5 +1,5 @@
 // Calls of the system that may never return: into a driver, a service, or a drive that has lost its medium. Each runs
-// on a thread of its own. When it is late, the caller goes on without it, because a thread inside a driver cannot be
+// on a thread of its own. When it is late, the caller continues without it, because a thread inside a driver cannot be
 // ended.
 #ifndef XO_SYSINFO_ERRAND_H
 #define XO_SYSINFO_ERRAND_H

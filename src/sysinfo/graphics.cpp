@@ -90,6 +90,7 @@ std::vector<std::string> outputsOf(IDXGIAdapter1& adapter) {
 
 // From the folder of the system alone: a library of that name beside the program would be loaded otherwise.
 std::optional<std::vector<DirectXDeviceInfo>> readAdapters() {
+    // Declared first, so that the library is unloaded after all of its objects are released.
     const platform::LibraryHandle library(::LoadLibraryExW(L"dxgi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32));
     using Create = HRESULT WINAPI(REFIID, void**);
     auto* const create = platform::findFunction<Create>(library.get(), "CreateDXGIFactory1");

@@ -139,6 +139,7 @@ std::string xoSystemUtils::ReportToText(const Map& report) {
     Map leaves;
     report.toFlattenMap(leaves, '/');
     std::size_t widest = 0;
+    // The keys of a report are ASCII, so bytes are columns.
     for (const auto& [key, value] : leaves) widest = (std::max)(widest, key.size());
     std::string text;
     for (const auto& [key, value] : leaves) {

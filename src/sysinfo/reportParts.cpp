@@ -179,6 +179,7 @@ void reportDisplays(Section section) {
             continue;
         DISPLAY_DEVICEW monitor{};
         monitor.cb = sizeof monitor;
+        // The first monitor of the adapter's output; a cloned output may have more.
         const bool hasMonitor = ::EnumDisplayDevicesW(adapter.DeviceName, 0, &monitor, /*dwFlags=*/0) != 0;
         // 0 and 1 mean the default frequency of the hardware, which stays unknown.
         // https://learn.microsoft.com/windows/win32/api/wingdi/ns-wingdi-devmodew

@@ -72,6 +72,7 @@ void reportVolume(Section section, std::wstring volume, const std::wstring& path
         if (withIdentity) section.set("label", platform::toUtf8(label));
         if (withIdentity && serial != 0) section.set("serial", serialText(serial));
     }
+    // Where users have quotas, the total is that of this user, and the free bytes are those of the volume.
     if (::GetDiskFreeSpaceExW(path.c_str(), nullptr, &total, &free)) {
         section.setNumber("totalBytes", total.QuadPart);
         section.setAnyNumber("freeBytes", static_cast<std::int64_t>(free.QuadPart));

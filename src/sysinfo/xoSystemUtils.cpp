@@ -32,7 +32,7 @@ MainDisk& mainDisk() {
 }
 
 unsigned readProcessorCount() {
-    // Only the error tells an empty variable from a missing one: both give the length 0.
+    // An empty and a missing variable both give the length 0; only the error distinguishes them.
     ::SetLastError(ERROR_SUCCESS);
     const std::wstring text = platform::readWide(
         [](wchar_t* buffer, DWORD size) { return ::GetEnvironmentVariableW(L"NUMBER_OF_PROCESSORS", buffer, size); });
