@@ -19,7 +19,7 @@ public:
         ::OpenThreadToken(::GetCurrentThread(), TOKEN_IMPERSONATE, /*OpenAsSelf=*/TRUE, mBefore.put());
         mIsActive = ::ImpersonateNamedPipeClient(pipe);
     }
-    // A thread that cannot stop acting as somebody else must not go on:
+    // A thread that cannot stop acting as another user must not continue:
     // https://learn.microsoft.com/windows/win32/api/securitybaseapi/nf-securitybaseapi-reverttoself
     ~Impersonation() {
         if (mIsActive && !::SetThreadToken(/*Thread=*/nullptr, mBefore.get())) std::terminate();

@@ -38,7 +38,7 @@ struct xoNamedPipe::Private {
     std::uint32_t maxMessageBytes = kDefaultMaxMessageBytes;
     ServerTrust trust = TrustSameUserAndSystem;
 
-    // Of the thread that reads. The atomic members may be read by any thread.
+    // Used by the thread that reads. The atomic members may be read by any thread.
     pipe::Lane readLane;
     std::unique_ptr<char[]> readBuffer;  // of bufferBytes, from the first use on
     std::size_t readAt = 0;              // [readAt, readEnd) has arrived and is not read yet
@@ -49,7 +49,7 @@ struct xoNamedPipe::Private {
     std::atomic<Result> readResult{ResultFailed};
     std::atomic<bool> hasReadError{false};
 
-    // Of the thread that writes. The atomic members may be read by any thread.
+    // Used by the thread that writes. The atomic members may be read by any thread.
     pipe::Lane writeLane;
     std::unique_ptr<char[]> writeBuffer;  // of bufferBytes, from the first use on
     std::size_t writeUsed = 0;            // bytes in the buffer that are not sent yet

@@ -102,7 +102,7 @@ std::uint64_t xoNamedPipe::Private::read(char* buffer, std::uint64_t size, std::
     }
     readTotal += got;
     readResult = got >= atLeast ? ResultOk : result;
-    // Neither the end nor a time-out is an error: reading can go on.
+    // Neither the end nor a time-out is an error: reading can continue.
     if (readResult == ResultFailed) hasReadError = true;
     return got;
 }
@@ -112,6 +112,7 @@ bool xoNamedPipe::waitForData(unsigned timeoutMs) {
     if (!self.canBeginReading()) return false;
     Result result = ResultOk;
     const pipe::Deadline deadline(timeoutMs);
+    // Repeated, because the peer may write an empty block, which ends a read without bytes.
     while (self.readAt == self.readEnd && result == ResultOk) result = self.fill(deadline);
     self.readResult = result;
     if (result == ResultFailed) self.hasReadError = true;
@@ -282,6 +283,7 @@ bool xoNamedPipe::writeMessage(const char* data, std::uint64_t size) {
     unsigned char head[kHeadBytes];
     writeHead(head, static_cast<std::uint32_t>(size));
     if (kHeadBytes + size > self.writeSpace && !self.send(deadline)) return false;
+    // Fits: an empty buffer always has more than kHeadBytes.
     self.gather(reinterpret_cast<const char*>(head), kHeadBytes);
     // A short message goes out in one operation with its length, a long one in a second operation without a copy.
     const bool isShort = size <= self.writeSpace;
@@ -305,6 +307,7 @@ xoNamedPipe::Result xoNamedPipe::getWriteResult() const { return mPrivate->write
 bool xoNamedPipe::hasError() const { return mPrivate->hasReadError || mPrivate->hasWriteError; }
 
 bool xoNamedPipe::seekg(std::int64_t, SeekStart) {
+    // The error flag is not raised: reading and writing are not affected.
     stream::report("xoNamedPipe cannot seek");
     return false;
 }

@@ -258,7 +258,7 @@ xoNamedPipe::Result xoNamedPipeServer::Private::accept(const pipe::Deadline& dea
 }
 
 // Takes the connection of an instance whose event is set. Owns nothing when its client has left, or when the instance
-// waits again; the caller goes on waiting then.
+// waits again; the caller then continues to wait.
 platform::FileHandle xoNamedPipeServer::Private::takeClient(std::size_t index) {
     const auto at = instances.begin() + static_cast<std::ptrdiff_t>(index);
     if ((*at)->mustAwaitAgain()) {
