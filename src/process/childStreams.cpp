@@ -8,7 +8,7 @@
 namespace xo::process {
 namespace {
 
-constexpr std::size_t kBufferBytes = 65536;
+constexpr std::size_t kBufferBytes = 65536;  // as large as the buffer of the pipe (pipePair.cpp)
 constexpr int kMostRounds = 16;  // in one call of move(), which would not return while a child writes quickly
 
 // Sets a flag while it exists, also when a handler throws.
@@ -146,6 +146,8 @@ void OutputChannel::keep(const char* bytes, std::size_t size) {
 }
 
 void OutputChannel::end() {
+    // The last line's handler may throw. The pipe is closed by then and mIsFinished is still false, so the next step
+    // comes back here, and the handler does not get the line again.
     mPipe.reset();
     if (mLines) mLines->finish();
     mIsFinished = true;

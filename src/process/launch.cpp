@@ -16,8 +16,8 @@ namespace {
 
 bool isFile(const std::string& path) { return xoDirUtils::FileExistsUtf8(path) && !xoDirUtils::DirExistsUtf8(path); }
 
-// The absolute path if that is wanted, with ".exe" appended when there is no file without it. Without makeAbsolute the
-// path is passed to Windows unchanged.
+// The absolute path if makeAbsolute is set, with ".exe" appended when there is no file without it. Without makeAbsolute
+// the path is passed to Windows unchanged.
 std::string findProgram(const Launch& wanted) {
     if (!wanted.makeAbsolute || wanted.program.empty()) return wanted.program;
     const std::string path = xoDirUtils::GetAbsolutePathUtf8(wanted.program);

@@ -27,7 +27,7 @@ struct xoProcess::Private {
     bool hasStarted = false;           // whether the last start succeeded
     DWORD startError = ERROR_SUCCESS;  // why the last start failed
 
-    // Of the last start, also once the child has ended.
+    // Belong to the last start, and are kept after the child has ended, until the next start.
     platform::KernelHandle job;                      // of a tree that is not loose; closing it ends a tied tree
     std::unique_ptr<process::ChildStreams> streams;  // of a child with standard handles
     std::unique_ptr<xoNamedPipe> inputPipe, outputPipe, errorPipe;  // of the choice Pipe, null otherwise
