@@ -61,6 +61,7 @@ std::uint64_t Level::spanAt(std::uint64_t step) const {
 }
 
 double Level::stepsBeyond(std::uint64_t step, double spanFraction) const {
+    // Scopes of the owning thread, and tasks of other threads.
     double steps = static_cast<double>(spanAt(step)) * spanFraction;
     for (const TaskShare& task : tasks) steps += static_cast<double>(task.steps) * task.work->fraction();
     return steps;
@@ -74,6 +75,7 @@ double Level::fraction(std::uint64_t step, double spanFraction) const {
         const double steps = static_cast<double>(step) + stepsBeyond(step, spanFraction);
         return (std::min)(steps / static_cast<double>(total), 1.0);
     }
+    // The weights of the completed steps, and a part of those of the current span.
     const auto endOf = [this](std::uint64_t steps) { return steps == 0 ? 0 : ends[steps - 1]; };
     const double begin = endOf(step);
     return (begin + (endOf(step + spanAt(step)) - begin) * spanFraction) / ends.back();
@@ -169,6 +171,7 @@ void Work::setSpan(std::uint64_t serial, std::uint64_t steps) {
     const platform::SlimLocker locker(mLock);
     Level* const level = find(serial);
     if (!level) return;
+    // For the current step only: advance() ends the span.
     level->spanStep = level->count();
     level->span = (std::max)(steps, std::uint64_t{1});
 }
@@ -261,13 +264,14 @@ void Work::endCall() {
 }
 
 Level* Work::find(std::uint64_t serial) {
-    // From the top, since the innermost scope is the one that is used most.
+    // From the top, because most calls come from the innermost scope.
     for (std::size_t i = mDepth; i > 0; --i)
         if (mLevels[i - 1]->serial == serial) return mLevels[i - 1].get();
     return nullptr;
 }
 
-// How much of its current span a level's nested scopes have filled, those that have ended and the one that is open.
+// The fraction of a level's current span that nested scopes have completed: those that have ended, and the open one. It
+// is computed from the innermost level outwards, since each level needs the fraction of the one above it.
 double Work::spanFractionOf(std::size_t index) const {
     double fraction = 0;
     for (std::size_t i = mDepth; i > index; --i) {
@@ -298,6 +302,7 @@ xoProgressState Work::snapshot(std::int64_t nowMs) {
     state.elapsedMs = nowMs - mBeginMs;
     state.remainingMs = mRemaining.at(nowMs, state.fraction);
     state.title = mLevels[0]->text;
+    // The innermost text, without that of the outermost level, which is the title.
     for (std::size_t i = mDepth; i > 1 && state.text.empty(); --i) state.text = mLevels[i - 1]->text;
 
     for (std::size_t i = 0; i < mDepth; ++i) {
@@ -309,6 +314,7 @@ xoProgressState Work::snapshot(std::int64_t nowMs) {
         state.unit = level.unit;
         state.total = level.total;
         state.done = level.total == 0 ? count + beyond : count + (std::min)(beyond, level.total - count);
+        // The speed of another scope must not be continued.
         if (mUnitsSerial != level.serial) mUnits.begin(level.beginMs, 0);
         mUnitsSerial = level.serial;
         mUnits.add(nowMs, static_cast<double>(state.done));
