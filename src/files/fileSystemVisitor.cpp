@@ -118,7 +118,7 @@ bool xoDirUtils::FileSystemVisitor::visit(const std::string& folder, bool recurs
                                           const std::vector<std::string>* extensions, xoProgressNotifier* progress) {
     if (progress && progress->isCanceled()) return false;
     Visit visit(*this, folder, recursive, extensions, progress);
-    // An empty path stands for the root of the current drive.
+    // An empty path means the root of the current drive.
     const std::wstring top = files::searchedFolder(folder.empty() ? "/" : folder);
     return files::FolderWalk(visit, top, /*keepsFolderOpen=*/false).run();
 }

@@ -40,7 +40,7 @@ std::string xoDirUtils::GetPicturesFolderUtf8() { return knownFolder(CSIDL_MYPIC
 std::string xoDirUtils::GetDocumentsFolderUtf8() { return knownFolder(CSIDL_PERSONAL); }
 
 std::string xoDirUtils::GetTempFolderUtf8() {
-    // GetTempPathW looks at TMP before TEMP:
+    // Read here, because GetTempPathW prefers TMP to TEMP:
     // https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-gettemppathw
     std::wstring folder = platform::readWide(
         [](wchar_t* buffer, DWORD size) { return ::GetEnvironmentVariableW(L"TEMP", buffer, size); });
