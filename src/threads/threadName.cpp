@@ -14,7 +14,7 @@
 namespace xo::threads {
 namespace {
 
-// The arguments of the exception by which a thread tells a debugger its name:
+// The arguments of the exception by which a thread passes its name to a debugger:
 // https://learn.microsoft.com/visualstudio/debugger/how-to-set-a-thread-name-in-native-code
 #pragma pack(push, 8)
 struct ThreadNameRecord {
