@@ -55,7 +55,7 @@ void reserveStackOnce() {
     ::SetThreadStackGuarantee(&size);  // fails for a very small stack, which then has no reserve
 }
 
-// Prepares the thread to go on: restores the guard page of an overflowed stack, without which the next overflow ends
+// Prepares the thread to continue: restores the guard page of an overflowed stack, without which the next overflow ends
 // the process, and clears the floating-point flags, because a later instruction would raise a pending x87 exception.
 // https://learn.microsoft.com/cpp/c-runtime-library/reference/resetstkoflw
 void recover(DWORD code) {

@@ -11,7 +11,7 @@ namespace xo::fault {
 using platform::Function;
 
 // Calls the function; true when it returns. A fault in it is reported and ends the call, and the result is false. The
-// thread can go on then: the guard page of its stack is restored, and no floating-point fault is pending. A C++
+// thread can continue then: the guard page of its stack is restored, and no floating-point fault is pending. A C++
 // exception that leaves the function is reported and passed on to the caller.
 bool callReporting(Function function, void* argument);
 

@@ -1,4 +1,4 @@
-// What a stack trace needs to know of the modules of this process.
+// The data of this process's modules that a stack trace needs.
 #ifndef XO_FAULT_LOADEDMODULE_H
 #define XO_FAULT_LOADEDMODULE_H
 

@@ -1,7 +1,7 @@
-// A C runtime calls signal handlers for faults that nothing handles, but not for all: Microsoft's calls them from the
-// frames of main and _beginthreadex, so that a thread made by CreateThread has none, and knows no signal for an integer
-// division by zero. So a filter of the process reports what no handler has reported.
-// https://learn.microsoft.com/en-us/cpp/c-runtime-library/reference/signal
+// Reports faults outside any guard, by signal handlers and by an exception filter of the process. The handlers alone
+// are not enough: Microsoft's C runtime calls them only from the frames of main and _beginthreadex, so not in a thread
+// made by CreateThread, and it has no signal for an integer division by zero. The filter reports what no handler has
+// reported. https://learn.microsoft.com/en-us/cpp/c-runtime-library/reference/signal
 // https://learn.microsoft.com/en-us/windows/win32/api/errhandlingapi/nf-errhandlingapi-setunhandledexceptionfilter
 #include "fault/signalWatch.h"
 
@@ -30,7 +30,7 @@ std::string_view signalName(int signal) {
     }
 }
 
-// The signal that a fault stands for; 0 for an exception of another kind.
+// The signal for a fault; 0 for an exception without one.
 int signalOf(DWORD exceptionCode) {
     switch (exceptionCode) {
         case EXCEPTION_ACCESS_VIOLATION: return SIGSEGV;
@@ -49,26 +49,30 @@ int signalOf(DWORD exceptionCode) {
     }
 }
 
-// Once a handler has returned, the instruction runs and faults again: it is recognised by its address.
+// A fault is identified by the address of its instruction. When a handler returns, the instruction runs and faults
+// again, and that must not be reported a second time.
 constexpr std::uintptr_t kNowhere = UINTPTR_MAX;
-thread_local std::uintptr_t fault = kNowhere;          // that the filter below is called for
-thread_local std::uintptr_t reportedFault = kNowhere;  // the last one of this thread
+thread_local std::uintptr_t fault = kNowhere;          // for which reportUnhandled is running on this thread
+thread_local std::uintptr_t reportedFault = kNowhere;  // the last one that was reported on this thread
 
 std::uintptr_t addressOf(const EXCEPTION_POINTERS& pointers) {
     return reinterpret_cast<std::uintptr_t>(pointers.ExceptionRecord->ExceptionAddress);
 }
 
-// Microsoft's runtime tells the handler of the fault; it tells of none when the program raises the signal itself.
-// GCC's calls the handler from a filter, which reportUnhandled calls.
+// The handler. Microsoft's runtime passes the fault by __pxcptinfoptrs, which is null when the program itself has
+// raised the signal. GCC's runtime calls the handler from its own exception filter, which reportUnhandled has called.
 void reportSignal(int signal) {
     const auto* const pointers = static_cast<const EXCEPTION_POINTERS*>(*__pxcptinfoptrs());
     reportedFault = pointers ? addressOf(*pointers) : fault;
     emitReport("Catch signal ", signalName(signal));
 }
 
+// The filter that was set before this one, which is called first. Null when there was none.
 std::atomic<LPTOP_LEVEL_EXCEPTION_FILTER> filterBefore{nullptr};
 bool isFilterInChain = false;
 
+// Called by Windows for an exception that no frame of its thread handles; the process ends after it, unless the answer
+// is EXCEPTION_CONTINUE_EXECUTION.
 LONG WINAPI reportUnhandled(EXCEPTION_POINTERS* pointers) {
     const LPTOP_LEVEL_EXCEPTION_FILTER before = filterBefore;
     const int signal = signalOf(pointers->ExceptionRecord->ExceptionCode);
@@ -88,7 +92,8 @@ void installFilter() {
     filterBefore = ::SetUnhandledExceptionFilter(&reportUnhandled);
 }
 
-// A filter that the host has set meanwhile stays, and this one stays behind it: it passes on what it is called for.
+// If the host has set another filter meanwhile, it stays. It may call this filter, which therefore stays in the chain
+// and only passes exceptions on.
 void removeFilter() {
     const LPTOP_LEVEL_EXCEPTION_FILTER current = ::SetUnhandledExceptionFilter(filterBefore);
     if (current == &reportUnhandled) {
