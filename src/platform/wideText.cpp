@@ -69,6 +69,7 @@ std::string toUtf8(std::wstring_view wide) { return narrow(CP_UTF8, wide); }
 
 // Most names are ASCII: their beginning is copied without a call, and the rest is converted in one.
 void appendUtf8(std::string& text, std::wstring_view wide) {
+    // A surrogate pair becomes four bytes, any other unit at most three.
     constexpr std::size_t kMostBytesPerUnit = 3;
     if (!fitsInt(wide.size() * kMostBytesPerUnit)) return;
     std::size_t length = text.size();
@@ -93,6 +94,7 @@ std::string toNative(std::string_view utf8, std::size_t maxBytes) {
         std::string native = narrow(CP_ACP, kept);
         if (native.size() <= maxBytes) return native;
         constexpr std::size_t kMostBytesPerUnit = 3;
+        // Removes at least one unit per round, and rather too few than too many.
         const std::size_t excess = native.size() - maxBytes;
         kept.remove_suffix((excess + kMostBytesPerUnit - 1) / kMostBytesPerUnit);
     }

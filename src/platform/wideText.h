@@ -25,8 +25,8 @@ std::string toNative(std::string_view utf8, std::size_t maxBytes = std::string::
 // The ANSI code page to UTF-8.
 std::string fromNative(std::string_view native);
 
-// A UTF-8 path as a W call takes it. A path that MAX_PATH would cut off is made absolute and gets the "\\?\" prefix. A
-// path with a NUL inside names no file: it gives an empty text, which every W call refuses.
+// A UTF-8 path in the form for W calls. A path that MAX_PATH would cut off is made absolute and gets the "\\?\" prefix.
+// A path with a NUL inside names no file: it gives an empty text, which every W call refuses.
 std::wstring toApiPath(std::string_view utf8Path);
 
 // The same for a path that is wide already.
