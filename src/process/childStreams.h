@@ -19,7 +19,7 @@ public:
     HANDLE event() const { return mEvent.get(); }
     bool isRunning() const { return mIsRunning; }
 
-    // Start an operation, only while none is running. Whether it has ended, look() says, a failure to start included.
+    // Start an operation, only while none is running. look() reports its end, and also a failure to start.
     void read(HANDLE pipe, char* buffer, DWORD size);
     void write(HANDLE pipe, const char* bytes, DWORD size);
 

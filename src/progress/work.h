@@ -32,8 +32,8 @@ struct Description {
     const std::uint64_t* weights = nullptr;  // as many as the total; null for equal steps
 };
 
-// One open scope, or memory that is kept for a later one. The counter (`done`) is read and written without the lock of
-// the work; all other members are guarded by it.
+// One open scope, or memory that is kept for a later one. The members of ProgressCounter are used by the scope without
+// the lock of the work; all members below are guarded by it.
 struct Level : impl::ProgressCounter {
     std::uint64_t serial = 0;  // of the scope; other scopes use the same level before and after it
     std::uint64_t total = 0;   // 0: not known
@@ -54,7 +54,7 @@ struct Level : impl::ProgressCounter {
     std::uint64_t stepBelow = 0;  // the step of the level below in which this one began
     double fillBelow = 0;         // the fraction of its span that was filled when this one began
 
-    // Prepares the level for a new scope. May throw std::bad_alloc; the level is then not in use.
+    // Prepares the level for a new scope. May throw std::bad_alloc; the level must not be opened then.
     void begin(const Description& description, std::uint64_t newSerial, bool hasCalls);
 
     // Steps completed, never more than the total.
