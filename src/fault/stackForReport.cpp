@@ -9,8 +9,7 @@ namespace xo::fault {
 namespace {
 
 constexpr std::size_t kStackForReport = std::size_t{256} * 1024;  // for DbgHelp, which reads program databases
-constexpr std::size_t kOwnStack =
-    std::size_t{1024} * 1024;  // the usual size of a thread's stack; only touched pages need memory
+constexpr std::size_t kOwnStack = std::size_t{1024} * 1024;  // as most threads have; only touched pages need memory
 
 struct SilentCall {
     Function function;

@@ -112,8 +112,8 @@ void xoDirUtils::GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info) 
 std::uint64_t xoDirUtils::GetAvailableDiskSizeUtf8(const std::string& path, std::string& error) {
     std::wstring folder = platform::toExtendedPath(platform::toWide(path));
     const std::size_t root = files::rootLength(folder);
-    if (files::isNetworkPath(
-            folder)) {  // only the share is asked, since a server that does not answer would delay each attempt
+    // On a network only the share is asked: a server that does not answer would delay each attempt.
+    if (files::isNetworkPath(folder)) {
         folder.resize(root);
         if (!files::isSeparator(folder.back())) folder += L'\\';
     }

@@ -68,7 +68,7 @@ bool xoDirUtils::MkpathUtf8(const std::string& path) {
 
     std::replace(folder.begin(), folder.end(), L'/', L'\\');
     const std::size_t root = files::rootLength(folder);
-    bool mayExist = true;  // false below the first folder that is made here, which saves the question
+    bool mayExist = true;  // false below the first folder that is made here: nothing exists there
     for (std::size_t at = root; at < folder.size();) {
         const std::size_t end = (std::min)(folder.find(L'\\', at), folder.size());
         const std::wstring prefix = folder.substr(0, end);

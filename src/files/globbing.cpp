@@ -38,9 +38,9 @@ private:
 void xoDirUtils::GlobFileAndFolderUtf8(const std::string& folder, std::vector<std::string>* files,
                                        std::vector<std::string>* folders, const std::vector<std::string>* extensions,
                                        int flags) {
-    const std::string start(folder.data(),
-                            folder.size());  // a copy, as `folder` may be an element of a list that is cleared
-    std::vector<std::string> ownExtensions;  // the same for the extensions
+    // Copies, because the folder may be an element of a list that is cleared, and the extensions may be such a list.
+    const std::string start(folder.data(), folder.size());
+    std::vector<std::string> ownExtensions;
     if (extensions != nullptr && (extensions == files || extensions == folders)) {
         ownExtensions = *extensions;
         extensions = &ownExtensions;

@@ -65,7 +65,7 @@ private:
     bool hasScope() const { return mDepth > 0 && mDepth <= kMostScopes; }
 
     xoProgressNotifier* const mNotifier;
-    std::size_t mDepth = 0;  // of the folders that were entered and not left; may exceed kMostScopes
+    std::size_t mDepth = 0;  // the number of folders that were entered and not left; may exceed kMostScopes
     std::array<std::optional<Folder>, kMostScopes> mFolders;  // destroyed from the innermost on
 };
 

@@ -9,8 +9,8 @@ namespace xo::process {
 // Lines end with "\n" or "\r\n", which the handler does not get. One object for one output.
 class LineSplitter {
 public:
-    static constexpr std::size_t kLongestLine =
-        1 << 20;  // bytes; a longer line is delivered in pieces, which limits the memory
+    // Bytes. A longer line is delivered in pieces, which limits the memory.
+    static constexpr std::size_t kLongestLine = 1 << 20;
 
     explicit LineSplitter(xoProcess::LineHandler handler) : mHandler(std::move(handler)) {}
 

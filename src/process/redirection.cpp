@@ -98,8 +98,8 @@ DWORD openOutput(const OutputChoice& choice, const Slot& slot, bool& hasConsole)
         case OutputChoice::Kind::Null: return openNull(GENERIC_WRITE, slot.theirs);
         case OutputChoice::Kind::Inherit: return copyOwn(slot, hasConsole);
         case OutputChoice::Kind::File: return openOutputFile(choice, slot.theirs);
-        case OutputChoice::Kind::Merged:
-            return ERROR_INVALID_PARAMETER;  // allowed for the error output only, which is handled by the caller
+        // Allowed for the error output only, which the caller handles.
+        case OutputChoice::Kind::Merged: return ERROR_INVALID_PARAMETER;
         case OutputChoice::Kind::Lines:
             if (!choice.handler) return ERROR_INVALID_PARAMETER;
             break;

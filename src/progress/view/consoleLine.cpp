@@ -84,8 +84,8 @@ std::string printable(const std::string& text) {
 // Rounded down, so that 100 % is shown only for a complete work.
 std::string percentOf(const xoProgressState& state) {
     const int percent = static_cast<int>(std::floor((std::min)((std::max)(state.fraction, 0.0), 1.0) * 100));
-    return (percent < 10 ? " " : "") + std::to_string(percent) +
-           " %";  // always two digits wide below 100 %, so that the bar does not jump
+    // Two columns wide below 100 %, so that the bar does not jump.
+    return (percent < 10 ? " " : "") + std::to_string(percent) + " %";
 }
 
 // Empty for steps without a unit: their number means nothing to a reader.
