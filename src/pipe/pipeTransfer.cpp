@@ -56,7 +56,7 @@ xoNamedPipe::Result Lane::write(HANDLE pipe, const char* buffer, std::uint64_t s
 xoNamedPipe::Result Lane::finish(HANDLE pipe, DWORD error, const Deadline& deadline, const Cancellation& cancellation,
                                  std::uint64_t& done) {
     if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) return resultOf(error);
-    xoNamedPipe::Result given = xoNamedPipe::ResultOk;  // up because of the limit or a cancellation
+    xoNamedPipe::Result given = xoNamedPipe::ResultOk;  // set when the limit or a cancellation ends the wait
     if (error == ERROR_IO_PENDING) {
         const HANDLE handles[] = {mEvent.get(), cancellation.event()};
         const DWORD waited = ::WaitForMultipleObjects(2, handles, /*bWaitAll=*/FALSE, deadline.remainingMs());

@@ -1,4 +1,4 @@
-// One read or write of a pipe at a time, with a limit and cancellation.
+// Reads and writes pipes, with a time limit and cancellation.
 #ifndef XO_PIPE_PIPETRANSFER_H
 #define XO_PIPE_PIPETRANSFER_H
 

@@ -1,4 +1,4 @@
-// Connecting to a server, closing, and asking who the peer is.
+// Connects to a server, closes connections, and determines the peer.
 #include <algorithm>
 #include <utility>
 

@@ -1,4 +1,4 @@
-// The codes by which C++ exceptions travel as exceptions of Windows.
+// The codes with which C++ runtimes raise C++ exceptions as exceptions of Windows.
 #ifndef XO_PLATFORM_EXCEPTIONCODES_H
 #define XO_PLATFORM_EXCEPTIONCODES_H
 

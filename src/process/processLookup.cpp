@@ -1,4 +1,4 @@
-// The identifiers of this process and of the parents of processes.
+// Finds the identifiers of this process and of the parents of processes.
 #include "platform/handle.h"
 #include "xoSystem/xoProcess.h"
 

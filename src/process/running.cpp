@@ -1,4 +1,4 @@
-// Programs that are run to their end by one call.
+// Runs programs to their end by one call.
 #include <utility>
 
 #include "process/processRecord.h"

@@ -1,4 +1,4 @@
-// The report, and the facts of the system that change.
+// Composes the report, and reads the version of the system and the state of its memory.
 #include <algorithm>
 #include <functional>
 #include <memory>

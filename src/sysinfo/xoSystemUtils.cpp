@@ -1,4 +1,4 @@
-// Facts of the system that are read once, and small helpers.
+// The processor count and the main disk, which are stored once read; UUIDs; the folder of the program.
 #include "xoSystem/xoSystemUtils.h"
 
 #include <algorithm>
