@@ -6,6 +6,7 @@
 extern "C" {
 int _fltused = 1;             // referred to by every object that has floating point
 int __mingw_initcharmax = 0;  // referred to by Debian's limits.h
+int __isa_available = 0;      // what <bit> asks before it takes an instruction that not every processor has: none
 PIMAGE_TLS_CALLBACK threadStart, threadEnd;
 
 // The linker sorts sections by what follows the $, so the entries of all objects stand between these.

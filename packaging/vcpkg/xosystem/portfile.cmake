@@ -6,7 +6,7 @@ cmake_path(GET sources PARENT_PATH SOURCE_PATH)
 vcpkg_cmake_configure(SOURCE_PATH "${SOURCE_PATH}"
   OPTIONS -DXO_BUILD_TESTS=OFF -DXO_BUILD_EXAMPLES=OFF -DXO_INSTALL=ON)
 vcpkg_cmake_install()
-vcpkg_cmake_config_fixup(CONFIG_PATH lib/cmake/xoSystem)
+vcpkg_cmake_config_fixup(PACKAGE_NAME xoSystem CONFIG_PATH lib/cmake/xoSystem)
 vcpkg_fixup_pkgconfig()
 vcpkg_copy_pdbs()
 
