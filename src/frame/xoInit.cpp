@@ -36,6 +36,7 @@ void initializeBasic() {
 // The log may be missing: after an unmatched termination the full level is reached without the basic one. The pool is
 // made after the locks of the log and of the resources, since its threads are the first ones that may need them.
 void initializeFull(bool queryMainDisk) {
+    // First, because the locks and threads that are made below would otherwise be reported as created too early.
     levelReached = InitTypeFull;
     frame::makeResourceRegistryThreadSafe();
     if (xoLog* const log = xoLog::editPtr()) log->makeThreadSafe();
@@ -50,6 +51,7 @@ void initializeFull(bool queryMainDisk) {
 
 void initializeXoSystem(InitType type, bool queryMainDisk) {
     if (type != InitTypeBasic && type != InitTypeFull) return;
+    // Each call counts as a basic initialisation, so that one termination matches it whatever its level.
     if (basicCounter.incrementInitCounter()) initializeBasic();
     if (type == InitTypeFull && fullCounter.incrementInitCounter()) initializeFull(queryMainDisk);
 }
@@ -59,6 +61,7 @@ void terminateXoSystem() {
     if (!basicCounter.decrementInitCounter()) return;
     fullCounter.clearInitCounter();
     if (IsXoSystemThreadSafe()) {
+        // First, because the workers may use all that is terminated below.
         threads::destroyConcurrentPool();
         fault::removeSignalWatch();
     }

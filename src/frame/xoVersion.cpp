@@ -44,6 +44,7 @@ void impl::RegisterThirdPartyLibVersionInfo(const char* name, const char* versio
 void impl::UnRegisterThirdPartyLibVersionInfo(const char* name) {
     const platform::SlimLocker locker(registryLock);
     if (!name || !registry) return;
+    // The registry is deleted with its last entry, so that nothing is left when all modules have unregistered.
     registry->remove(name);
     if (!registry->empty()) return;
     delete registry;
