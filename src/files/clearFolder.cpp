@@ -120,6 +120,7 @@ public:
             if (isCancelled(mProgress.beginStep())) return false;
             removeFolder(walk);
         }
+        // The top is complete only without failures, so that the work does not count as done otherwise.
         mProgress.leave(/*isComplete=*/walk.depth() > 1 || !mHasFailed);
         return true;
     }

@@ -208,6 +208,7 @@ private:
     }
 
     Created makeTop() const {
+        // The result is not needed: without the parents the next call fails, with the reason.
         xoDirUtils::MkpathUtf8(xoDirUtils::GetParentPathUtf8(mGivenTarget));
         return mTarget.create(kToListFolder, Existing::IsOpened);
     }
@@ -260,6 +261,7 @@ private:
             (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(info.ReparseTag);
         if (isLink) return copyOpenedLink(from.handle.get(), entry.name, kFile);
 
+        // DELETE is needed to remove an incomplete copy.
         const OpenMode toWrite{FILE_WRITE_DATA | FILE_WRITE_ATTRIBUTES | DELETE, kFile, /*followsLink=*/true};
         const Created to =
             mTarget.createEntry(entry.name, toWrite, mFailsIfExists ? Existing::Fails : Existing::IsEmptied);

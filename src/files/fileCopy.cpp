@@ -30,6 +30,7 @@ DWORD copyFile(const std::wstring& from, const std::wstring& to, DWORD flags, st
                xoProgressNotifier* progress) {
     if (progress && progress->isCanceled()) return kCopyCanceled;
     xoProgressScope work(progress, size, {}, ProgressUnitBytes);
+    // Opening the scope may have called the notifier, which may have been canceled in that call.
     if (work.isCanceled()) return kCopyCanceled;
     if (!::CopyFileExW(from.c_str(), to.c_str(), progress ? &onCopied : nullptr, &work, /*pbCancel=*/nullptr, flags))
         return ::GetLastError();
@@ -55,6 +56,7 @@ DWORD copyContent(HANDLE from, HANDLE to, std::uint64_t size, xoProgressNotifier
 }
 
 void copyTimes(HANDLE from, HANDLE to, bool withAttributes) {
+    // The attributes that can be set by this call. Others, such as compression, are no plain flags.
     constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                                 FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
     FILE_BASIC_INFO info{};
@@ -67,6 +69,7 @@ void copyTimes(HANDLE from, HANDLE to, bool withAttributes) {
 }
 
 DWORD copyReparsePoint(HANDLE from, HANDLE to) {
+    // 16 KB, too much for a small stack.
     const std::unique_ptr<char[]> data(new (std::nothrow) char[MAXIMUM_REPARSE_DATA_BUFFER_SIZE]);
     if (!data) return ERROR_NOT_ENOUGH_MEMORY;
     DWORD size = 0;

@@ -103,6 +103,7 @@ void xoDirUtils::GetFileInfoUtf8(const std::string& path, xoFileInfoUtf8& info) 
     if (!readFacts(toApiPath(info.path), facts)) return;
     info.exists = info.hasType = true;
     info.isDirectory = (facts.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    // A time that is unknown is taken to be that of the last change.
     info.modificationTime = toSeconds(facts.modified, 0);
     info.accessTime = toSeconds(facts.accessed, info.modificationTime);
     info.creationTime = toSeconds(facts.created, info.modificationTime);

@@ -70,6 +70,7 @@ public:
     }
 
     bool onLeave(FolderWalk&) override {
+        // The scopes that are still open are closed by the destructor of mProgress, as incomplete.
         if (!mVisitor.onLeaveFolder(mFolder)) return false;
         mProgress.leave(/*isComplete=*/true);
         mFolderLengths.pop_back();

@@ -20,6 +20,7 @@ FolderWalk::FolderWalk(Task& task, std::wstring_view extendedPath, bool keepsFol
     : mTask(task), mKeepsFolderOpen(keepsFolderOpen), mPath(extendedPath), mNames(listsSizes) {}
 
 bool FolderWalk::run() {
+    // A top that cannot be listed was reported to the task, and is no reason to return false.
     if (!list(openFolder(toList(/*followsLink=*/true)))) return true;
     bool goesOn = enterListed();
     while (goesOn && !mLevels.empty()) goesOn = goOn();

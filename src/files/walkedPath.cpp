@@ -98,6 +98,7 @@ Opened WalkedPath::open(std::size_t length, const OpenMode& mode) const {
     return openRelative(folder, path, mode);
 }
 
+// Appends the name and cuts it off again, since a copy of a long path for each entry would cost more.
 Opened WalkedPath::openEntry(std::wstring_view name, const OpenMode& mode) {
     const std::size_t length = mPath.size();
     append(name);
