@@ -20,7 +20,7 @@ public:
     std::string_view of(std::int64_t second);
 
 private:
-    std::int64_t mSecond = INT64_MIN;
+    std::int64_t mSecond = INT64_MIN;  // of mText; the initial value means that there is no text yet
     char mText[80] = "";
     std::size_t mLength = 0;
 };

@@ -104,12 +104,16 @@ void LogFile::share() {
 }
 
 bool LogFile::prepare(int flags) {
+    // Checked before anything is moved or emptied: a file that cannot be kept open stays as it was.
     if (mKeepsOpen && !openToKeep(OPEN_EXISTING) && isFile(mApiPath)) return false;
     const bool beginsAnew = (flags & xoLogFileTruncate) != 0;
     const bool rotates = beginsAnew && (flags & xoLogFileRotate) != 0 && mBackupCount > 0;
     if (rotates) moveAside();  // on failure the file is appended to
+    // A file that cannot be deleted is emptied in place.
     const bool isEmptied = beginsAnew && !rotates && !::DeleteFileW(mApiPath.c_str()) && truncate();
 
+    // Only a new or emptied file gets a byte order mark. CREATE_NEW fails for an existing file, to which lines are
+    // appended.
     if (const auto file = openToAppend(mApiPath, isEmptied ? OPEN_ALWAYS : CREATE_NEW)) {
         write(file.get(), kByteOrderMark);
     } else if (!isFile(mApiPath)) {

@@ -143,6 +143,7 @@ void xoLog::writePendingNotice() {
     std::string notice;
     {
         const concurrency::LateMutexLocker locker(mPrivate->mutex);
+        // Another thread may have taken the notice since it was seen without the lock.
         if (!mPrivate->hasPendingNotice.exchange(false)) return;
         notice.swap(mPrivate->pendingNotice);
     }
@@ -156,6 +157,7 @@ void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::in
         const concurrency::LateMutexLocker locker(mPrivate->mutex);
         mPrivate->file.remove();
         mPrivate->echoToConsole = (flags & xoLogFileEcho) != 0;
+        // Before full initialisation the file is not shared; makeThreadSafe() does that later.
         const bool isShared = mPrivate->mutex.isMade() || concurrency::isFullyInitialized();
         installed = mPrivate->file.install(path, flags, maxSizeBytes, backupCount, isShared);
         mPrivate->hasFile = mPrivate->file.isInstalled();
@@ -191,6 +193,7 @@ void xoLog::Write(const std::string& message, xoLogType type, const std::string&
 void xoLog::Private::Writing::write(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
     Writing& self = *static_cast<Writing*>(writing);
     self.mIsLocked = self.mLog.mutex.isMade();  // remembered, since the handler may call makeThreadSafe
+    // The mutex is recursive, so a handler may write lines itself. Handlers are called one at a time.
     if (self.mIsLocked) self.mLog.mutex.lock();
     if (self.mLog.handler) self.callHandler();
     if (self.wantsText()) self.writeText();
