@@ -20,6 +20,7 @@ PipePair makePair(bool isReadByUs) {
     }
     const std::wstring name = randomName();
     const DWORD ourAccess = isReadByUs ? PIPE_ACCESS_INBOUND : PIPE_ACCESS_OUTBOUND;
+    // The flag for the first instance fails if the name exists, so nobody can have made this pipe beforehand.
     pair.ours = platform::FileHandle(::CreateNamedPipeW(
         name.c_str(), ourAccess | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE, kMode,
         /*nMaxInstances=*/1, kSystemBufferBytes, kSystemBufferBytes, /*nDefaultTimeOut=*/0, security.get()));

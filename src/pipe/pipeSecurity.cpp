@@ -53,6 +53,7 @@ struct Ownership {
 
 Ownership ownership(HANDLE pipe) {
     Ownership found;
+    // SE_KERNEL_OBJECT covers the handles of named pipes too.
     ::GetSecurityInfo(pipe, SE_KERNEL_OBJECT, OWNER_SECURITY_INFORMATION, &found.owner, /*ppsidGroup=*/nullptr,
                       /*ppDacl=*/nullptr, /*ppSacl=*/nullptr, found.descriptor.put());
     return found;

@@ -46,6 +46,7 @@ xoNamedPipe::xoNamedPipe() : mPrivate(std::make_unique<Private>()) {}
 
 xoNamedPipe::~xoNamedPipe() { mPrivate->close(); }
 
+// The other object gets the new record, and is then like a new object.
 xoNamedPipe::xoNamedPipe(xoNamedPipe&& other) : xoNamedPipe() { mPrivate.swap(other.mPrivate); }
 
 xoNamedPipe& xoNamedPipe::operator=(xoNamedPipe&& other) {
@@ -95,6 +96,7 @@ void xoNamedPipe::Private::attach(platform::FileHandle connected, End newEnd, st
 bool xoNamedPipe::connectUtf8(const std::string& name, unsigned timeoutMs, ConnectMode mode) {
     Private& self = *mPrivate;
     self.close();
+    // Clears earlier requests to cancel before it connects: those that come from now on count.
     self.clear();
     const Result result = self.connect(pipe::fullName(name), pipe::Deadline(timeoutMs), mode);
     self.readResult = self.writeResult = result;

@@ -98,6 +98,8 @@ bool isTaken(const std::wstring& name) {
     return false;
 }
 
+// For a name that is taken, creating the first instance fails with ERROR_ACCESS_DENIED, or with ERROR_PIPE_BUSY if the
+// other server allows no further instance.
 xoNamedPipe::Result resultOfListening(DWORD error) {
     switch (error) {
         case ERROR_SUCCESS: return xoNamedPipe::ResultOk;
@@ -223,6 +225,7 @@ void xoNamedPipeServer::Private::refill() {
 
 bool xoNamedPipeServer::waitForConnection(xoNamedPipe& pipe, unsigned timeoutMs) {
     Private& self = *mPrivate;
+    // Not under the lock: closing sends the buffer and may wait for a peer.
     pipe.close();
     const pipe::Deadline deadline(timeoutMs);
     platform::FileHandle connection;
