@@ -171,6 +171,7 @@ bool InputChannel::step() {
     if (!mPipe) return false;
     if (!mOperation.isRunning()) {
         if (mAt == mEnd && !refill()) return close(), true;
+        // In pieces, so that a long text does not make the system copy all of it at once.
         const auto size = (std::min)(static_cast<std::size_t>(mEnd - mAt), kBufferBytes);
         mOperation.write(mPipe.get(), mAt, static_cast<DWORD>(size));
     }
@@ -235,6 +236,7 @@ void ChildStreams::finish() {
     if (mInput) mInput->close();
     for (OutputChannel* const channel : {mOutput.get(), mError.get()})
         if (channel) channel->limitToRest();
+    // Ends, because the outputs are limited to what is in the pipes now.
     while (move()) {
     }
 }

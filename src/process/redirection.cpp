@@ -18,6 +18,7 @@ using platform::FileHandle;
 
 // Where the two ends of one standard handle are stored.
 struct Slot {
+    // The child's end and this process's end, both in StandardHandles.
     FileHandle& theirs;
     FileHandle& ours;
     DWORD standardHandle;  // STD_INPUT_HANDLE and the like
@@ -134,6 +135,7 @@ namespace {
 using process::InputChoice;
 using process::OutputChoice;
 
+// A choice of a kind, with all other members at their defaults.
 template <class Choice>
 Choice choiceOf(typename Choice::Kind kind) {
     Choice choice;

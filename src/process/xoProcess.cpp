@@ -129,6 +129,7 @@ bool xoProcess::startProcess(const std::string& program, const std::vector<std::
 bool xoProcess::Private::start(const std::string& newProgram, const std::vector<std::string>& newArguments,
                                bool makeAbsolute, ProcessPriority priority) {
     if (isRunning()) return false;
+    // A start that fails counts as finished, with exit code 0; what the last child wrote is discarded in any case.
     reset(StateFinished);
     program = newProgram;
     arguments = newArguments;
@@ -283,6 +284,7 @@ int xoProcess::ExecUtf8(const std::string& program, const std::vector<std::strin
         if (error) *error = text;
         return code;
     };
+    // The numbers and texts are documented in the header.
     if (isCanceled()) return fail("Canceled", -4);
     xoProcess child;
     child.setWorkingDirectoryUtf8(workingDirectory);
