@@ -137,12 +137,14 @@ bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
         const Level& level = *mLevels[mDepth - 1];
         const bool isComplete = level.isComplete();
         isClosed = level.serial == serial;
+        // The outermost level was closed: the whole work has ended.
         if (mDepth == 1) {
             end(isComplete, isCanceled);
             hasEnded = true;
             break;
         }
         Level& below = *mLevels[mDepth - 2];
+        // A nested scope that ends early fills its share of the step only in part; the next one begins where it ended.
         const double fraction = isComplete ? 1 : level.fraction(level.count(), spanFractionOf(mDepth - 1));
         // If the level below has moved on, its step is complete already and this one's share is part of it.
         if (below.count() == level.stepBelow) {

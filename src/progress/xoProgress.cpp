@@ -69,8 +69,10 @@ struct ProgressAccess {
             work(notifier).open(description, hasCallsBetween(notifier), isOutermost, isForeign);
         if (isForeign) progress::reportForeignScope();
         if (!level) return;
+        // The counter lets advance() store steps without a lock; the serial identifies the level in all other calls.
         scope.mCounter = level;
         scope.mSerial = level->serial;
+        // The begin of a whole work is reported at once, that of a nested scope only when a call is due.
         if (!isOutermost)
             callIfDue(notifier);
         else if (hasCallsAtEnds(notifier))
