@@ -108,6 +108,7 @@ xoSystemUtils::MemoryStatus xoSystemUtils::GetMemoryStatus() {
 }
 
 Map xoSystemUtils::GetReport(int parts, unsigned timeoutMs) {
+    // Made first, so that the time of the quick parts counts too.
     const Deadline deadline(timeoutMs);
     const bool withIdentity = (parts & ReportIdentity) != 0;
     Map report;

@@ -52,6 +52,7 @@ void xoSystemUtils::TerminateSystemUtils() {
     processorCount.store(1, std::memory_order_relaxed);
     MainDisk& disk = mainDisk();
     const platform::SlimLocker locker(disk.lock);
+    // The next initialisation determines the disk anew.
     disk.device.reset();
 }
 
