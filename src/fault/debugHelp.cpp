@@ -119,6 +119,7 @@ bool DebugHelp::read(std::uint64_t address, void* buffer, std::uint32_t size) {
 }
 
 bool DebugHelp::walk(STACKFRAME64& frame, CONTEXT& context) {
+    // Valid during the call: traces are written one at a time, under the caller's lock.
     walking = this;
     return call(mStackWalk, DWORD{IMAGE_FILE_MACHINE_AMD64}, mProcess, ::GetCurrentThread(), &frame,
                 static_cast<void*>(&context), &readMemory, &functionTableAt, &moduleBaseAt,
@@ -163,6 +164,7 @@ DebugHelp::Symbol DebugHelp::symbolAt(std::uint64_t address) {
 }
 
 DebugHelp::Symbol DebugHelp::findSymbol(std::uint64_t address) {
+    // The name follows the structure in the same memory.
     alignas(IMAGEHLP_SYMBOL64) std::byte buffer[sizeof(IMAGEHLP_SYMBOL64) + kLongestName + 1] = {};
     auto& symbol = *reinterpret_cast<IMAGEHLP_SYMBOL64*>(buffer);
     symbol.SizeOfStruct = sizeof symbol;

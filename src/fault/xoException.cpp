@@ -26,6 +26,7 @@ private:
     std::shared_ptr<const std::string> mText;
 };
 
+// The argument and the result of ask().
 struct Question {
     const std::exception& exception;
     std::string text;
