@@ -80,6 +80,7 @@ bool callOnFiber(std::size_t size, Call& call) {
     call.home = home.get();
     const Fiber fiber(::CreateFiberEx(kCommit, size, FIBER_FLAG_FLOAT_SWITCH, &runFiber, &call));
     if (!fiber) return false;
+    // Returns when runFiber switches back, after the function has ended.
     ::SwitchToFiber(fiber.get());
     return true;
 }
