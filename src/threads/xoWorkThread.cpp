@@ -45,6 +45,7 @@ void xoWorkThread::endWake() XO_NO_THREAD_SAFETY_ANALYSIS {
     mPrivate->jobMutex.lock();
     mPrivate->jobMutex.unlock();
     setIdle(false);
+    // Read under the lock. The wake-up itself comes after it, so that the thread need not wait for the lock again.
     const bool wake = mPrivate->isAsleep;
     mPrivate->queueMutex.unlock();
     if (wake) mPrivate->condition.wakeAll();
