@@ -3,36 +3,46 @@
 #define XO_STREAM_SHORTCOPY_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace xo::stream {
 
-// Copies the first and the last kSize bytes. They overlap where the size is below 2 * kSize.
-template <std::size_t kSize>
+// What copyFew takes at most.
+constexpr std::size_t kFew = 32;
+
+// Copies the first and the last bytes, as many as Word has. They overlap where the size is below twice of that.
+template <class Word>
 void copyEnds(char* out, const char* bytes, std::size_t size) {
-    char first[kSize];
-    char last[kSize];
-    std::memcpy(first, bytes, kSize);
-    std::memcpy(last, bytes + size - kSize, kSize);
-    std::memcpy(out, first, kSize);
-    std::memcpy(out + size - kSize, last, kSize);
+    Word first, last;
+    std::memcpy(&first, bytes, sizeof first);
+    std::memcpy(&last, bytes + size - sizeof last, sizeof last);
+    std::memcpy(out, &first, sizeof first);
+    std::memcpy(out + size - sizeof last, &last, sizeof last);
+}
+
+// Up to kFew bytes, without a call: a function that calls nothing else needs no stack frame.
+inline void copyFew(char* out, const char* bytes, std::size_t size) {
+    if (size >= 16) {
+        copyEnds<std::uint64_t>(out, bytes, 16);
+        copyEnds<std::uint64_t>(out + size - 16, bytes + size - 16, 16);
+    } else if (size >= 8) {
+        copyEnds<std::uint64_t>(out, bytes, size);
+    } else if (size >= 4) {
+        copyEnds<std::uint32_t>(out, bytes, size);
+    } else if (size >= 2) {
+        copyEnds<std::uint16_t>(out, bytes, size);
+    } else if (size == 1) {
+        *out = *bytes;
+    }
 }
 
 // As memcpy, for any size; 0 copies nothing, and the pointers may be null then.
 inline void copyShort(char* out, const char* bytes, std::size_t size) {
-    if (size > 32) {
+    if (size > kFew)
         std::memcpy(out, bytes, size);
-    } else if (size >= 16) {
-        copyEnds<16>(out, bytes, size);
-    } else if (size >= 8) {
-        copyEnds<8>(out, bytes, size);
-    } else if (size >= 4) {
-        copyEnds<4>(out, bytes, size);
-    } else if (size >= 2) {
-        copyEnds<2>(out, bytes, size);
-    } else if (size == 1) {
-        *out = *bytes;
-    }
+    else
+        copyFew(out, bytes, size);
 }
 
 }  // namespace xo::stream

@@ -44,6 +44,7 @@ struct xoIoDeviceFile::Private {
     bool release();
     bool writeTo(std::uint64_t position, const char* bytes, std::uint64_t size);
     std::uint64_t write(const char* bytes, std::uint64_t size);
+    std::uint64_t append(const char* bytes, std::uint64_t size);
 
     std::uint64_t takeBuffered(char* bytes, std::uint64_t size);
     std::uint64_t readFrom(std::uint64_t position, char* bytes, std::uint64_t size);
@@ -167,6 +168,7 @@ std::uint64_t xoIoDeviceFile::Private::write(const char* bytes, std::uint64_t si
         hasLost = true;  // it has been logged, and close() has to return false
         return 0;
     }
+    if (holds == Holds::Unwritten && size <= kCapacity - filled) return append(bytes, size);
     // The buffer may hold bytes read ahead of the same place, which the write makes out of date.
     if (!release()) return 0;
     // Windows has signed positions, so that none lies behind the largest 64-bit one.
@@ -178,10 +180,16 @@ std::uint64_t xoIoDeviceFile::Private::write(const char* bytes, std::uint64_t si
         return size;
     }
     if (!allocate()) return failWrite(ERROR_NOT_ENOUGH_MEMORY);
-    std::memcpy(buffer.get(), bytes, static_cast<std::size_t>(size));
     holds = Holds::Unwritten;
     bufferAt = writeAt;
-    filled = size;
+    filled = 0;
+    return append(bytes, size);
+}
+
+// The buffer holds unwritten bytes, or none, and has space for these.
+std::uint64_t xoIoDeviceFile::Private::append(const char* bytes, std::uint64_t size) {
+    std::memcpy(buffer.get() + filled, bytes, static_cast<std::size_t>(size));
+    filled += size;
     writeAt += size;
     return size;
 }
@@ -287,22 +295,23 @@ std::uint64_t xoIoDeviceFile::getSize() const { return mPrivate->size(); }
 
 SystemError xoIoDeviceFile::getError() const { return {mPrivate->error}; }
 
-// Pieces that the buffer holds or has space for are copied without a call to the system.
+// Numbers and words that the buffer holds or has space for take the quick path, everything else the other one.
 std::uint64_t xoIoDeviceFile::readBytes(char* buffer, std::uint64_t size) {
     Private& self = *mPrivate;
     const std::uint64_t at = self.readAt - self.bufferAt;
-    if (self.holds != Private::Holds::Read || at > self.filled || size > self.filled - at || !buffer)
+    if (size > stream::kFew || self.holds != Private::Holds::Read || at > self.filled || size > self.filled - at ||
+        !buffer)
         return self.read(buffer, size);
-    stream::copyShort(buffer, self.buffer.get() + at, static_cast<std::size_t>(size));
+    stream::copyFew(buffer, self.buffer.get() + at, static_cast<std::size_t>(size));
     self.readAt += size;
     return size;
 }
 
 std::uint64_t xoIoDeviceFile::writeBytes(const char* buffer, std::uint64_t size) {
     Private& self = *mPrivate;
-    if (self.holds != Private::Holds::Unwritten || size > kCapacity - self.filled || !buffer)
+    if (size > stream::kFew || self.holds != Private::Holds::Unwritten || size > kCapacity - self.filled || !buffer)
         return self.write(buffer, size);
-    stream::copyShort(self.buffer.get() + self.filled, buffer, static_cast<std::size_t>(size));
+    stream::copyFew(self.buffer.get() + self.filled, buffer, static_cast<std::size_t>(size));
     self.filled += size;
     self.writeAt += size;
     return size;

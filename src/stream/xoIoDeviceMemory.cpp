@@ -96,15 +96,16 @@ void xoIoDeviceMemory::updateRoom() {
     }
 }
 
+// Numbers and words take the quick path here and in writeBytes, everything else the slow one.
 std::uint64_t xoIoDeviceMemory::readBytes(char* buffer, std::uint64_t size) {
-    if (mReadAt > mSize || size > mSize - mReadAt || !buffer) return readLess(buffer, size);
-    stream::copyShort(buffer, mData + mReadAt, static_cast<std::size_t>(size));
+    if (size > stream::kFew || mReadAt > mSize || size > mSize - mReadAt || !buffer) return readSlowly(buffer, size);
+    stream::copyFew(buffer, mData + mReadAt, static_cast<std::size_t>(size));
     mReadAt += size;
     return size;
 }
 
-// Reads what is left, for a read that goes beyond the end.
-std::uint64_t xoIoDeviceMemory::readLess(char* buffer, std::uint64_t size) {
+// Reads what there is, up to that many bytes.
+std::uint64_t xoIoDeviceMemory::readSlowly(char* buffer, std::uint64_t size) {
     if (atEnd() || !buffer) return 0;
     const std::uint64_t got = (std::min)(size, mSize - mReadAt);
     std::memcpy(buffer, mData + mReadAt, static_cast<std::size_t>(got));
@@ -113,8 +114,9 @@ std::uint64_t xoIoDeviceMemory::readLess(char* buffer, std::uint64_t size) {
 }
 
 std::uint64_t xoIoDeviceMemory::writeBytes(const char* buffer, std::uint64_t size) {
-    if (mWriteAt > mSize || mWriteAt > mRoom || size > mRoom - mWriteAt || !buffer) return writeSlowly(buffer, size);
-    stream::copyShort(mData + mWriteAt, buffer, static_cast<std::size_t>(size));
+    if (size > stream::kFew || mWriteAt > mSize || mWriteAt > mRoom || size > mRoom - mWriteAt || !buffer)
+        return writeSlowly(buffer, size);
+    stream::copyFew(mData + mWriteAt, buffer, static_cast<std::size_t>(size));
     mWriteAt += size;
     if (mWriteAt > mSize) mSize = mWriteAt;
     return size;
