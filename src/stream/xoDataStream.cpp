@@ -12,6 +12,16 @@ namespace {
 // make it allocate all of that size.
 constexpr std::size_t kMaxRead = std::size_t{4} << 20;
 
+// Without memory for that much the target stays as it is.
+template <class Target>
+void reserve(Target& target, std::size_t capacity) {
+    try {
+        target.reserve(capacity);
+    } catch (const std::bad_alloc&) {
+    } catch (const std::length_error&) {
+    }
+}
+
 template <class Target>
 bool resize(Target& target, std::size_t size) {
     try {
@@ -55,12 +65,13 @@ xoDataStream& xoDataStream::takeBlock(Target& target) {
     return *this;
 }
 
-// The target grows with the bytes that have been read, because the announced size may be false. Its capacity grows
-// geometrically, so that each byte is moved a constant number of times.
+// The target grows with the bytes that have been read, because the announced size may be false. Its capacity grows to
+// four times of them, and at most to that size, so that each byte is moved a constant number of times.
 template <class Target>
 bool xoDataStream::fill(Target& target, std::size_t size) {
     for (std::size_t filled = 0; filled < size;) {
         const std::size_t piece = (std::min)(size - filled, kMaxRead);
+        if (filled != 0 && filled + piece > target.capacity()) reserve(target, (std::min)(size, 4 * filled));
         if (!resize(target, filled + piece)) return false;
         if (mDevice->readBytes(target.data() + filled, piece) != piece) return false;
         filled += piece;
