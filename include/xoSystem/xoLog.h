@@ -203,7 +203,8 @@ public:
     // Append to the text if the line is wanted. A null text appends "[NullPtr]". Numbers are written in the classic
     // locale, floating-point ones with six significant digits, a bool as true or false.
     xoLogObject& operator<<(const char* text) {
-        if (mLine) append(text);
+        // Inline, so that the compiler knows the length of a literal.
+        if (mLine) append(text ? std::string_view(text) : std::string_view("[NullPtr]"));
         return *this;
     }
     xoLogObject& operator<<(std::string_view text) {
@@ -240,7 +241,7 @@ private:
 
     void begin(xoLogType type, const char* qualifier, xoLog* log, const char* eventSourceName);
     void end() noexcept;
-    void append(const char* text);
+    void append(const char* text);  // for programs that were built against 3.0.0
     void append(std::string_view text);
     void appendInteger(std::int64_t value);
     void appendUnsigned(std::uint64_t value);
