@@ -196,11 +196,10 @@ public:
     static constexpr bool FromName(std::string_view name, E& value) {
         const xoEnumEntry<E>* found = nullptr;
         for (const xoEnumEntry<E>& entry : GetEntries()) {
-            if (entry.name == name) {
-                found = &entry;
-                break;
-            }
-            if (found == nullptr && impl::isSameName(entry.name, name)) found = &entry;
+            if (!impl::isSameName(entry.name, name)) continue;  // mostly known by the first letter
+            const bool isExact = entry.name == name;
+            if (isExact || found == nullptr) found = &entry;
+            if (isExact) break;
         }
         if (found == nullptr) return false;
         value = found->value;
