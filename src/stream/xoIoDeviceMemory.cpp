@@ -122,7 +122,8 @@ std::uint64_t xoIoDeviceMemory::writeBytes(const char* buffer, std::uint64_t siz
     return size;
 }
 
-// For a write that is longer, needs more memory, begins behind the end (the gap is filled with zeros) or cannot be done.
+// For a write that is longer, needs more memory, begins behind the end (the gap is filled with zeros) or cannot be
+// done.
 std::uint64_t xoIoDeviceMemory::writeSlowly(const char* buffer, std::uint64_t size) {
     if (!buffer || size == 0 || mError) return 0;
     if (mKind == Kind::View) {
