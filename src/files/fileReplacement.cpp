@@ -210,11 +210,13 @@ platform::FileHandle createTemporary() {
 
 }  // namespace
 
-// A volume is a disk to GetFileType, but has no information of a file.
+// A volume is a disk to GetFileType, but has no information of a file. GetFileInformationByHandle would also ask for
+// the serial number of the volume, which takes Wine five times as long as opening the file.
 bool isDiskFile(const platform::FileHandle& file) {
-    BY_HANDLE_FILE_INFORMATION information;
-    return ::GetFileType(file.get()) == FILE_TYPE_DISK && ::GetFileInformationByHandle(file.get(), &information) &&
-           (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    FILE_STANDARD_INFO information{};
+    return ::GetFileType(file.get()) == FILE_TYPE_DISK &&
+           ::GetFileInformationByHandleEx(file.get(), FileStandardInfo, &information, sizeof information) &&
+           !information.Directory;
 }
 
 // Repeats the attempt while another process has the file open, as virus scanners and indexers do for a moment.
