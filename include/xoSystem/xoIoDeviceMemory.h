@@ -85,7 +85,7 @@ private:
 
     void updateRoom();
     void take(xoIoDeviceMemory& other) noexcept;
-    std::uint64_t readSlowly(char* buffer, std::uint64_t size);
+    std::uint64_t readLess(char* buffer, std::uint64_t size);
     std::uint64_t writeSlowly(const char* buffer, std::uint64_t size);
     bool reserve(std::uint64_t size, std::vector<char>& before);
     std::uint64_t fail();

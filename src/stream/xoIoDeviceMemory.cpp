@@ -98,14 +98,14 @@ void xoIoDeviceMemory::updateRoom() {
 
 // Numbers and words take the quick path here and in writeBytes, everything else the slow one.
 std::uint64_t xoIoDeviceMemory::readBytes(char* buffer, std::uint64_t size) {
-    if (size > stream::kFew || mReadAt > mSize || size > mSize - mReadAt || !buffer) return readSlowly(buffer, size);
+    if (size > stream::kFew || mReadAt > mSize || size > mSize - mReadAt || !buffer) return readLess(buffer, size);
     stream::copyFew(buffer, mData + mReadAt, static_cast<std::size_t>(size));
     mReadAt += size;
     return size;
 }
 
-// Reads what there is, up to that many bytes.
-std::uint64_t xoIoDeviceMemory::readSlowly(char* buffer, std::uint64_t size) {
+// Reads what there is, up to that many bytes: less than asked for behind the end.
+std::uint64_t xoIoDeviceMemory::readLess(char* buffer, std::uint64_t size) {
     if (atEnd() || !buffer) return 0;
     const std::uint64_t got = (std::min)(size, mSize - mReadAt);
     std::memcpy(buffer, mData + mReadAt, static_cast<std::size_t>(got));
