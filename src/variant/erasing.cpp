@@ -27,13 +27,15 @@ using List = xoVariant::xoVariantListImpl;
 // sub-matches does not have.) All of this happens on a stack of a known size. libstdc++ was seen to take up to 512
 // bytes for a character of a pattern and 160 for a state, without optimisation; so compiling the longest pattern takes
 // a quarter of the stack.
+// Microsoft's has one matcher, which takes several times as much for a character of a path.
 #if defined(__GLIBCXX__)
 constexpr auto kWithoutRecursion = std::regex_constants::__polynomial;
+constexpr std::size_t kStack = std::size_t{64} * 1024 * 1024;  // address space; memory is taken as it is touched
 #else
 constexpr auto kWithoutRecursion = std::regex_constants::syntax_option_type();
+constexpr std::size_t kStack = std::size_t{256} * 1024 * 1024;
 #endif
 constexpr std::size_t kMaxPattern = 32768;
-constexpr std::size_t kStack = std::size_t{64} * 1024 * 1024;  // address space; memory is taken as it is touched
 constexpr std::size_t kStackForStates = std::size_t{24} * 1024 * 1024;  // between two characters of a path
 
 // An iterator over a path that throws when the stack is nearly used up. A matcher that recurses for each character

@@ -207,7 +207,7 @@ TEST_F(CsvFiles, TheReaderGoesOnWithAnotherFile) {
 
 // Lets the C++ runtime allocate no blocks above a size while the object lives.
 struct ScarceMemory {
-    explicit ScarceMemory(std::size_t limit) : hook("libstdc++-6.dll", "malloc", &allocate) { msLimit = limit; }
+    explicit ScarceMemory(std::size_t limit) : hook(xo::tests::kAllocator, "malloc", &allocate) { msLimit = limit; }
     static void* allocate(std::size_t size) { return size > msLimit ? nullptr : ImportHook::behind(&allocate)(size); }
     const ImportHook hook;
     static inline std::size_t msLimit = 0;

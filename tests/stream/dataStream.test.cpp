@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "stream/memoryDevice.h"
-#include "support/importHook.h"
+#include "support/allocationCount.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace {
@@ -159,7 +159,7 @@ TEST(DataStream, IsNotDeceivedByALength) {
 
     static void* (*allocate)(std::size_t);
     const xo::tests::ImportHook hook(
-        "libstdc++-6.dll", "malloc", +[](std::size_t size) { return size > 1U << 20 ? nullptr : allocate(size); });
+        xo::tests::kAllocator, "malloc", +[](std::size_t size) { return size > 1U << 20 ? nullptr : allocate(size); });
     ASSERT_TRUE(hook.isInstalled());
     allocate = hook.original<void*(std::size_t)>();
     expectNothingFrom(large, large);  // a true length, but no memory

@@ -10,6 +10,13 @@
 
 namespace xo::tests {
 
+// The module that calls malloc for what the library allocates.
+#if defined(_MSC_VER)
+constexpr char kAllocator[] = "xoSystem.dll";
+#else
+constexpr char kAllocator[] = "libstdc++-6.dll";
+#endif
+
 class AllocationCount {
 public:
     AllocationCount() : mHook(kAllocator, "malloc", &countingMalloc) {
@@ -24,12 +31,6 @@ public:
     static void refuseAll(bool refuses) { msRefuses = refuses; }
 
 private:
-#if defined(_MSC_VER)
-    static constexpr char kAllocator[] = "xoSystem.dll";
-#else
-    static constexpr char kAllocator[] = "libstdc++-6.dll";
-#endif
-
     static void* countingMalloc(std::size_t size) {
         ++msCount;
         return msRefuses ? nullptr : msOriginal(size);

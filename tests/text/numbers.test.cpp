@@ -8,6 +8,7 @@
 #include <string>
 #include <tuple>
 
+#include "support/wine.h"
 #include "text/numberText.h"
 #include "xoSystem/xoStringUtils.h"
 
@@ -85,6 +86,7 @@ TEST(Numbers, PrintIntegersPaddedInFrontOfTheSign) {
 }
 
 TEST(Numbers, PrintRealsAsAStreamDoesAtAnyPrecision) {
+    XO_SKIP_WITH_WINES_RUNTIME("its printf rounds ties away from zero, and takes a negative precision for none");
     EXPECT_EQ(xoStringUtils::fromFloat(0.1F, 9), "0.100000001");
     EXPECT_EQ(xoStringUtils::fromFloat(1234.5678, 3), "1.23e+03");
     for (const double value : {0.0, -0.0, 1.5, 2.5, 0.1, 1e-5, 123456789.0, 1e15, 1e16, 0.00015, Reals::max(),

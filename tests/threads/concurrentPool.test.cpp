@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <list>
 
+#include "support/allocationCount.h"
 #include "threadsFixture.h"
 
 namespace {
@@ -164,7 +165,7 @@ TEST_F(Pool, ReturnsThoughTheLastWorkerCannotBeReplaced) {
     EXPECT_TRUE(pool.solve(lists[1]));
     solved = 0;
     {
-        const ImportHook hook("libstdc++-6.dll", "malloc", &allocateForOthers);
+        const ImportHook hook(xo::tests::kAllocator, "malloc", &allocateForOthers);
         ASSERT_TRUE(hook.isInstalled());
         threadWithoutMemory = ::GetCurrentThreadId();
         expectNothingSolved();

@@ -161,7 +161,11 @@ TEST(VariantErase, TakesACompiledExpressionAndAPrefix) {
     values = tooLong;
     EXPECT_THROW(erase(values, "((k|l)*|x)*|a", ""), std::regex_error);
     EXPECT_EQ(values, tooLong);
+#if defined(_MSC_VER)  // Microsoft's library matches by recursion in any case
+    EXPECT_THROW(values.erasePathRegEx("((k|l)*|x)*|a"), std::regex_error);
+#else
     EXPECT_EQ(values.erasePathRegEx("((k|l)*|x)*|a"), 2u);
+#endif
 }
 
 }  // namespace

@@ -9,6 +9,16 @@ int __mingw_initcharmax = 0;  // referred to by Debian's limits.h
 int __isa_available = 0;      // what <bit> asks before it takes an instruction that not every processor has: none
 PIMAGE_TLS_CALLBACK threadStart, threadEnd;
 
+// GoogleTest's names of the C runtime's functions, and what its option /GS asks for: stack.s compares with the cookie.
+#pragma comment(linker, "/alternatename:close=_close")
+#pragma comment(linker, "/alternatename:creat=_creat")
+#pragma comment(linker, "/alternatename:dup=_dup")
+#pragma comment(linker, "/alternatename:dup2=_dup2")
+#pragma comment(linker, "/alternatename:fdopen=_fdopen")
+#pragma comment(linker, "/alternatename:read=_read")
+#pragma comment(linker, "/alternatename:write=_write")
+uintptr_t __security_cookie = 0x2B992DDFA232;
+
 // The linker sorts sections by what follows the $, so the entries of all objects stand between these.
 #pragma section(".CRT$XIA", long, read)
 #pragma section(".CRT$XIZ", long, read)

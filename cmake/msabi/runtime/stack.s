@@ -25,3 +25,13 @@ __chkstk:
     pop r10
     ret
     .seh_endproc
+
+# __security_check_cookie: rcx is what a function has found on its stack. Ends the process if that was overwritten.
+    .globl __security_check_cookie
+    .def __security_check_cookie; .scl 2; .type 32; .endef
+__security_check_cookie:
+    cmp rcx, [rip + __security_cookie]
+    jne 1f
+    ret
+1:  mov ecx, 2              # FAST_FAIL_STACK_COOKIE_CHECK_FAILURE
+    int 0x29
