@@ -66,7 +66,8 @@ TEST_F(ClearFolder, ReportsWhatItCannotListToTheEnd) {
     for (const auto& row : rows) {
         makeFile(path("top/more"));
         answersLeft = row.answers, listingError = row.error, mError = "untouched";
-        EXPECT_EQ(xoDirUtils::ClearFolderUtf8(mTop, false, &mError), mError == "untouched");
+        const bool isCleared = xoDirUtils::ClearFolderUtf8(mTop, false, &mError);
+        EXPECT_EQ(isCleared, mError == "untouched");
         EXPECT_EQ(mError, row.report);
         EXPECT_EQ(isEmpty(), row.isCleared);
     }
