@@ -100,7 +100,9 @@ std::string toNative(std::string_view utf8, std::size_t maxBytes) {
     }
 }
 
-std::string fromNative(std::string_view native) { return toUtf8(widen(CP_ACP, native)); }
+std::string fromNative(std::string_view native) { return fromCodePage(CP_ACP, native); }
+
+std::string fromCodePage(unsigned codePage, std::string_view text) { return toUtf8(widen(codePage, text)); }
 
 std::wstring toApiPath(std::string_view utf8Path) { return toApiPath(toWide(utf8Path)); }
 

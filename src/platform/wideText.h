@@ -25,6 +25,9 @@ std::string toNative(std::string_view utf8, std::size_t maxBytes = std::string::
 // The ANSI code page to UTF-8.
 std::string fromNative(std::string_view native);
 
+// Another code page to UTF-8. Invalid bytes become what the system puts in their place. Empty beyond 2 GB.
+std::string fromCodePage(unsigned codePage, std::string_view text);
+
 // A UTF-8 path in the form for W calls. A path that MAX_PATH would cut off is made absolute and gets the "\\?\" prefix.
 // A path with a NUL inside names no file: it gives an empty text, which every W call refuses.
 std::wstring toApiPath(std::string_view utf8Path);

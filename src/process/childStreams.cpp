@@ -95,8 +95,10 @@ bool OutputChannel::step() {
     DWORD arrived = 0;
     switch (mOperation.look(mPipe.get(), arrived)) {
         case PendingOperation::State::Running:
-            if (mRest) mPipe.reset();  // not expected, as no more was requested than the pipe contained
-            return mRest.has_value();
+            if (!mRest) return false;
+            // Not expected, as no more was requested than the pipe contained.
+            if (mOperation.cancel(mPipe.get(), arrived) != PendingOperation::State::Done) return end(), true;
+            break;
         case PendingOperation::State::Done: break;
         // Aborted: the next step reads again.
         case PendingOperation::State::Aborted: return true;

@@ -8,13 +8,12 @@
 #include "process/attributeList.h"
 #include "process/commandLine.h"
 #include "process/environmentBlock.h"
+#include "process/programFile.h"
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoLog.h"
 
 namespace xo::process {
 namespace {
-
-bool isFile(const std::string& path) { return xoDirUtils::FileExistsUtf8(path) && !xoDirUtils::DirExistsUtf8(path); }
 
 // The absolute path if makeAbsolute is set, with ".exe" appended when there is no file without it. Without makeAbsolute
 // the path is passed to Windows unchanged.

@@ -9,6 +9,10 @@
 namespace xo {
 
 struct xoProcess::Private {
+    // The longest wait for a killed child. It ends only when its pending input and output has completed, which a driver
+    // may delay for long.
+    static constexpr unsigned kKilledWaitMs = 5000;
+
     // What the host has set.
     std::vector<std::string> arguments;
     std::vector<std::string> environment;

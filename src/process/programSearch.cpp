@@ -1,10 +1,9 @@
 // Searches programs by name, and converts the output of console programs.
 #include "platform/ordinalText.h"
 #include "platform/wideText.h"
-#include "platform/windows.h"
 #include "process/commandLine.h"
+#include "process/programFile.h"
 #include "text/utf8Checks.h"
-#include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoProcess.h"
 
 namespace xo {
@@ -56,8 +55,6 @@ std::vector<std::wstring> extensionsFor(const std::wstring& name) {
     return extensions;
 }
 
-bool isFile(const std::string& path) { return xoDirUtils::FileExistsUtf8(path) && !xoDirUtils::DirExistsUtf8(path); }
-
 }  // namespace
 
 std::string xoProcess::FindProgramUtf8(const std::string& name) {
@@ -69,7 +66,7 @@ std::string xoProcess::FindProgramUtf8(const std::string& name) {
         if (!isAbsolute(folder)) continue;
         for (const std::wstring& extension : extensions) {
             const std::string path = platform::toUtf8(folder + L'\\' + wide + extension);
-            if (isFile(path)) return xoDirUtils::GetAbsolutePathUtf8(path);
+            if (process::isFile(path)) return xoDirUtils::GetAbsolutePathUtf8(path);
         }
     }
     return {};
@@ -78,11 +75,18 @@ std::string xoProcess::FindProgramUtf8(const std::string& name) {
 std::string xoProcess::OutputToUtf8(const std::string& bytes) {
     // Programs that write UTF-8 exist too. Text of another code page is hardly ever valid UTF-8 unless it is ASCII.
     if (text::isUtf8(bytes)) return bytes;
-    const auto size = static_cast<int>(bytes.size());
-    const int length = ::MultiByteToWideChar(CP_OEMCP, 0, bytes.data(), size, /*lpWideCharStr=*/nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    ::MultiByteToWideChar(CP_OEMCP, 0, bytes.data(), size, wide.data(), length);
-    return platform::toUtf8(wide);
+    // In pieces, because the system takes at most 2 GB in one call, and the wide text of all needs twice the memory.
+    // They end behind a line feed, which is no part of a character in any OEM code page.
+    constexpr std::size_t kPiece = 1 << 20;
+    std::string utf8;
+    for (std::string_view rest = bytes; !rest.empty();) {
+        std::string_view piece = rest.substr(0, kPiece);
+        if (piece.size() < rest.size()) piece = piece.substr(0, piece.rfind('\n') + 1);  // npos + 1 is 0
+        if (piece.empty()) piece = rest.substr(0, kPiece);
+        utf8 += platform::fromCodePage(CP_OEMCP, piece);
+        rest.remove_prefix(piece.size());
+    }
+    return utf8;
 }
 
 }  // namespace xo

@@ -7,9 +7,6 @@
 namespace xo {
 namespace {
 
-// A killed process ends only when its pending input and output has completed, which a driver may delay for long.
-constexpr unsigned kKilledWaitMs = 5000;
-
 using RunResult = xoProcess::RunResult;
 
 // The message for a start that failed. It names the path only when the program was not found.
@@ -66,7 +63,7 @@ xoProcess::RunResult xoProcess::RunUtf8(const std::string& program, const std::v
     const bool wasInTime = child.waitForFinished(options.timeoutMs);
     if (!wasInTime) {
         child.killProcess();
-        child.waitForFinished(kKilledWaitMs);
+        child.waitForFinished(Private::kKilledWaitMs);
     }
     describeEnd(child, wasInTime, result);
     // Also after a time-out: what was written until then may explain it.

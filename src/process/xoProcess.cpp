@@ -21,7 +21,6 @@ constexpr DWORD kSettlingMs = 10;
 
 constexpr DWORD kLongestWaitMs = 100;  // of one wait in waitForFinished()
 constexpr DWORD kProgressMs = 50;      // the same with a notifier, which is asked for cancellation in between
-constexpr DWORD kKilledWaitMs = 5000;  // a killed child ends only when its pending input and output has completed
 constexpr UINT kKilledExitCode = 65535;
 constexpr SIZE_T kSmallestWorkingSet = 1024;  // bytes; Windows requires a lower limit beside the upper one
 
@@ -292,7 +291,7 @@ int xoProcess::ExecUtf8(const std::string& program, const std::vector<std::strin
         return fail("Fail to start process", -1);
     if (!child.waitForFinished(timeoutMs, progress)) {
         child.killProcess();
-        child.waitForFinished(kKilledWaitMs);
+        child.waitForFinished(Private::kKilledWaitMs);
         return isCanceled() ? fail("Canceled", -4) : fail("timeout", -2);
     }
     if (child.hasCrashed()) return fail("process has crashed", -3);

@@ -291,7 +291,11 @@ TEST_F(Streams, AreOfAProgramThatPathNames) {
     EXPECT_EQ(xoProcess::OutputToUtf8("\xC3\xA9"), "\xC3\xA9");
     wchar_t wide[2] = L"";
     ASSERT_EQ(::MultiByteToWideChar(CP_OEMCP, 0, "\x82", 1, wide, 1), 1);
-    EXPECT_EQ(xoProcess::OutputToUtf8("\x82"), std::filesystem::path(wide).u8string());
+    const std::string letter = std::filesystem::path(wide).u8string();
+    EXPECT_EQ(xoProcess::OutputToUtf8("\x82"), letter);
+    // A line longer than a piece of the conversion, and one behind it.
+    const std::string longLine(1500000, 'x');
+    EXPECT_EQ(xoProcess::OutputToUtf8("a\n" + longLine + "\x82\n\x82"), "a\n" + longLine + letter + "\n" + letter);
     const std::string missing = mFolder.path("missing.exe");
     EXPECT_EQ(xoProcess::RunUtf8(missing).message, "Fail to start process : " + missing);
 }
