@@ -45,6 +45,7 @@ struct Errand::Shared {
     std::function<void()> work;
     platform::KernelHandle ended{::CreateEventW(/*lpEventAttributes=*/nullptr, /*bManualReset=*/TRUE,
                                                 /*bInitialState=*/FALSE, /*lpName=*/nullptr)};
+    bool hasFailed = false;  // the work has thrown; written before the end is signalled
 };
 
 // Passed to the thread, which deletes it.
@@ -58,7 +59,8 @@ DWORD WINAPI Errand::run(void* given) {
     std::unique_ptr<Argument> argument(static_cast<Argument*>(given));
     try {
         argument->shared->work();
-    } catch (...) {  // such as std::bad_alloc: the caller finds its answer unfilled
+    } catch (...) {  // such as std::bad_alloc
+        argument->shared->hasFailed = true;
     }
     // What the work owns is released before the end is signalled and before the lane is free.
     argument->shared->work = nullptr;
@@ -103,11 +105,11 @@ Errand::~Errand() {
 
 bool Errand::wait(const Deadline& deadline) {
     if (!mShared) return false;
-    const bool hasEnded = ::WaitForSingleObject(mShared->ended.get(), deadline.remainingMs()) == WAIT_OBJECT_0;
-    if (!hasEnded) mLane.setLate(mTurn);
     // A second call returns false, and the destructor does nothing.
-    mShared.reset();
-    return hasEnded;
+    const std::shared_ptr<Shared> shared = std::move(mShared);
+    const bool hasEnded = ::WaitForSingleObject(shared->ended.get(), deadline.remainingMs()) == WAIT_OBJECT_0;
+    if (!hasEnded) mLane.setLate(mTurn);
+    return hasEnded && !shared->hasFailed;
 }
 
 }  // namespace xo::sysinfo

@@ -53,8 +53,8 @@ public:
     Errand(const Errand&) = delete;
     Errand& operator=(const Errand&) = delete;
 
-    // Waits for the end of the work. False when it has not ended in time, and will never be waited for again: what it
-    // writes must not be read.
+    // Waits for the end of the work. False when it has thrown, and when it has not ended in time and will never be
+    // waited for again: what it writes must not be read.
     bool wait(const Deadline& deadline);
 
 private:
