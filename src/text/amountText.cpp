@@ -140,16 +140,11 @@ char* text::printWithPrefix(char* out, double value, int digits, int leastPrefix
     // chosen with at least three: 995 with one digit is "995", not "1 k".
     Digits number;
     text::roundToDigits(value, (std::max)(digits, 3), number);
-    const auto prefixOf = [&](int exponent) {
-        return (std::max)(leastPrefix, (std::min)(floorOfThird(exponent), mostPrefix));
-    };
-    prefix = prefixOf(number.exponent);
+    prefix = (std::max)(leastPrefix, (std::min)(floorOfThird(number.exponent), mostPrefix));
     const int wholeDigits = number.exponent - 3 * prefix + 1;
     const int wanted = (std::max)(digits, wholeDigits);
-    if (wanted != number.count) {
-        text::roundToDigits(value, wanted, number);
-        prefix = prefixOf(number.exponent);
-    }
+    // Fewer digits may round 99.6 up to 100, but never reach the next prefix.
+    if (wanted != number.count) text::roundToDigits(value, wanted, number);
     number.exponent -= 3 * prefix;  // divides exactly
     return text::printPlain(out, number);
 }

@@ -66,7 +66,9 @@ private:
 
     bool onFile(const std::string& folder, const std::string& file) override {
         Level& level = mLevels.back();
-        if (level.isSkipped || !isWanted(file)) return true;
+        if (level.isSkipped) return true;
+        const std::string key = nameKey(file);
+        if (!isWanted(key)) return true;
         if (isFull()) {
             mIndex.mIsComplete = false;
             return false;
@@ -74,7 +76,7 @@ private:
         // A folder gets a record in the index with its first wanted file.
         if (level.folder == kNone) level.folder = addFolder(folder);
         const auto name = static_cast<std::uint32_t>(mIndex.mNames.size());
-        mIndex.mEntries.push_back({level.folder, name, hashOf(nameKey(file)), kNone});
+        mIndex.mEntries.push_back({level.folder, name, hashOf(key), kNone});
         mIndex.mNames.append(file).push_back('\0');
         return true;
     }
@@ -91,16 +93,11 @@ private:
         return static_cast<std::uint32_t>(mIndex.mFolders.size() - 1);
     }
 
-    bool isWanted(const std::string& file) const {
+    bool isWanted(const std::string& key) const {
         const auto& extensions = mSettings.extensionKeys;
-        if (extensions.empty()) return true;
-        // Every extension has a dot, so a name without one needs no key.
-        const std::size_t dot = file.rfind('.');
-        if (dot == std::string::npos) return false;
-        const std::string key = nameKey(file);
-        return std::any_of(extensions.begin(), extensions.end(), [&](const std::string& end) {
-            return key.size() >= end.size() && key.compare(key.size() - end.size(), end.size(), end) == 0;
-        });
+        return extensions.empty() || std::any_of(extensions.begin(), extensions.end(), [&](const std::string& end) {
+                   return key.size() >= end.size() && key.compare(key.size() - end.size(), end.size(), end) == 0;
+               });
     }
 
     // A folder that the walk is inside of.

@@ -109,7 +109,7 @@ struct xoXRefResolverSearchPath::Private {
     std::shared_ptr<const FileIndex> build(const std::atomic<bool>* cancel) const XO_REQUIRES(building);
 
     void search(const std::string& reference, const std::string& document, Matches::Sink sink) const;
-    bool searchByName(const Reference& reference, Matches& matches) const;
+    void searchByName(const Reference& reference, Matches& matches) const;
 };
 
 // ---- the index
@@ -259,7 +259,7 @@ void xoXRefResolverSearchPath::Private::search(const std::string& text, const st
 }
 
 // The candidates are sorted completely, so that the result does not depend on the order of the walk.
-bool xoXRefResolverSearchPath::Private::searchByName(const Reference& reference, Matches& matches) const {
+void xoXRefResolverSearchPath::Private::searchByName(const Reference& reference, Matches& matches) const {
     struct Candidate {
         FileIndex::Found file;
         unsigned sharedNames;
@@ -280,9 +280,8 @@ bool xoXRefResolverSearchPath::Private::searchByName(const Reference& reference,
         candidates.push_back({std::move(found), shared, std::move(key)});
     }
     std::sort(candidates.begin(), candidates.end());
-    return std::all_of(candidates.begin(), candidates.end(), [&](const Candidate& candidate) {
-        return matches.add(candidate.file.path, FoundByName, candidate.sharedNames);
-    });
+    for (const Candidate& candidate : candidates)
+        if (!matches.add(candidate.file.path, FoundByName, candidate.sharedNames)) return;
 }
 
 std::string xoXRefResolverSearchPath::resolveUtf8(const std::string& reference, const std::string& document) const {
