@@ -54,8 +54,8 @@ public:
 
     // Opens the file. Other programs may write to it and delete it while it is open, which it is until another name is
     // set or the reader is destroyed. The path is UTF-8; each broken sequence in it becomes U+FFFD. An empty name
-    // closes the file. The name that is set already, which is empty at first, has no effect and does not try again to
-    // open.
+    // closes the file, and is one that cannot be opened. The name that is set already, which is empty at first, has no
+    // effect and does not try again to open.
     //
     // When the file cannot be opened, the last error becomes "Failed to open the file", now and at each attempt to
     // parse. Otherwise the last error is kept until the next parse, as the table is.

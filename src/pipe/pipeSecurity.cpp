@@ -114,9 +114,10 @@ bool isElevated(HANDLE token) {
 std::string accountName(const std::string& identifier) {
     LocalMemory<void> binary;
     if (!::ConvertStringSidToSidW(platform::toWide(identifier).c_str(), binary.put())) return {};
-    wchar_t name[256];  // longer than any account and domain:
-                        // https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-lookupaccountsidw
-    wchar_t domain[256];
+    // 256 characters and a NUL are the most of either, UNLEN of lmcons.h and a DNS name:
+    // https://learn.microsoft.com/windows/win32/api/winbase/nf-winbase-lookupaccountsidw
+    wchar_t name[257];
+    wchar_t domain[257];
     auto nameSize = static_cast<DWORD>(std::size(name));
     auto domainSize = static_cast<DWORD>(std::size(domain));
     SID_NAME_USE kind{};
