@@ -104,9 +104,10 @@ public:
     // The machine as a tree of maps, with INTEGER, BOOL and STRING as leaves, so that SaveIniFile can write it. The
     // keys are listed in the documentation of the family; keys are added over time, none is renamed.
     //
-    // Graphics, volumes and disks are asked on threads of their own, all at once. What has not answered in time is left
-    // out, and its section is named in the top-level key "incomplete" ("graphics,disk"); its thread is left behind with
-    // the library kept loaded, and until it ends that part is left out at once. A limit of 0 leaves all three out.
+    // Graphics, volumes and disks are asked on threads of their own, all at once. What has failed for lack of memory or
+    // has not answered in time is left out, and its section is named in the top-level key "incomplete"
+    // ("graphics,disk"). A thread that is late is left behind with the library kept loaded, and until it ends that part
+    // is left out at once. A limit of 0 leaves all three out.
     static xoVariant::xoVariantMapImpl GetReport(int parts = ReportAll, unsigned timeoutMs = 5000);
 
     // A line for each leaf, "cpu/brand   AMD EPYC", with the values in one column. Control characters are shown as

@@ -50,7 +50,7 @@ void collect(std::vector<SlowPart>& parts, const Deadline& deadline, Map& report
         }
         incomplete += (incomplete.empty() ? "" : ",") + std::string(part.name);
         xoLogObject(xoLogDebug, "SystemInfo", xoLog::editPtr(), nullptr)
-            << "the part " << part.name << " of the report was late";
+            << "the part " << part.name << " of the report was late or failed";
     }
     if (!incomplete.empty()) report["incomplete"] = incomplete;
 }
