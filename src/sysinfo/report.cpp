@@ -113,7 +113,10 @@ Map xoSystemUtils::GetReport(int parts, unsigned timeoutMs) {
     const bool withIdentity = (parts & ReportIdentity) != 0;
     Map report;
     std::vector<SlowPart> slow;
-    // The slow parts begin first and work while the quick ones are read here.
+    // Before the graphics, which use windows too: of two threads that call user32.dll for the first time, Wine 8 stops
+    // both for ever if one of them is loading a library.
+    if ((parts & ReportDisplays) != 0) addSection(report, "display", sysinfo::reportDisplays);
+    // The slow parts begin before the other quick ones, and work while those are read here.
     if ((parts & ReportGraphics) != 0) {
         slow.push_back({"graphics"});
         slow.back().begin(sysinfo::graphicsLane(), deadline, &sysinfo::reportGraphics);
@@ -131,7 +134,6 @@ Map xoSystemUtils::GetReport(int parts, unsigned timeoutMs) {
     if ((parts & ReportMemory) != 0) addSection(report, "memory", sysinfo::reportMemory);
     if ((parts & ReportMachine) != 0)
         addSection(report, "machine", [=](Section machine) { sysinfo::reportMachine(machine, withIdentity); });
-    if ((parts & ReportDisplays) != 0) addSection(report, "display", sysinfo::reportDisplays);
     collect(slow, deadline, report);
     return report;
 }
