@@ -24,11 +24,13 @@ using platform::KernelHandle;
 class Instance {
 public:
     explicit Instance(FileHandle handle) : mHandle(std::move(handle)) {}
-    // Windows uses mOverlapped until the cancelled operation has ended. CancelIoEx fails if it has ended before.
+    // The end of the operation is awaited also when CancelIoEx finds nothing to cancel: a client has connected then, and
+    // the thread that began the operation may still have to write its result to mOverlapped.
     ~Instance() {
+        if (!mIsPending) return;
+        ::CancelIoEx(mHandle.get(), &mOverlapped);
         DWORD unused = 0;
-        if (mIsPending && ::CancelIoEx(mHandle.get(), &mOverlapped))
-            ::GetOverlappedResult(mHandle.get(), &mOverlapped, &unused, /*bWait=*/TRUE);
+        ::GetOverlappedResult(mHandle.get(), &mOverlapped, &unused, /*bWait=*/TRUE);
     }
     Instance(const Instance&) = delete;
     Instance& operator=(const Instance&) = delete;
