@@ -24,8 +24,8 @@ using platform::KernelHandle;
 class Instance {
 public:
     explicit Instance(FileHandle handle) : mHandle(std::move(handle)) {}
-    // The end of the operation is awaited also when CancelIoEx finds nothing to cancel: a client has connected then, and
-    // the thread that began the operation may still have to write its result to mOverlapped.
+    // The end of the operation is awaited also when CancelIoEx finds nothing to cancel: a client has connected then,
+    // and the thread that began the operation may still have to write its result to mOverlapped.
     ~Instance() {
         if (!mIsPending) return;
         ::CancelIoEx(mHandle.get(), &mOverlapped);
