@@ -7,6 +7,7 @@
 #include <queue>
 #include <thread>
 
+#include "countingWorker.h"
 #include "families.h"
 #include "platform/handle.h"
 #include "xoSystem/xoSystem.h"
@@ -154,43 +155,6 @@ void measureSemaphore(Suite& suite) {
     kernel.join();
 }
 
-// Counts the jobs it does and tells when a batch is done.
-class CountingWorker final : public xo::xoWorkThread {
-public:
-    CountingWorker() { startThread("bench"); }
-    ~CountingWorker() override { stop(); }
-
-    void stop() override {
-        beginWake();
-        addJob(&mUntilStop);
-        addJob(&mUntilStop);
-        endWake();
-        xo::xoWorkThread::stop();
-    }
-
-    void doJobs(int count) {
-        mLeft = count;
-        beginWake();
-        for (int i = 0; i < count; ++i) addJob(&mJob);
-        endWake();
-        mDone.acquire();
-    }
-
-private:
-    void executeJob(xo::xoJob* job) override {
-        if (job == &mUntilStop) {
-            while (!mustStop()) msleep(1);
-        } else if (--mLeft == 0) {
-            mDone.release();
-        }
-    }
-
-    xo::xoJob mJob;
-    xo::xoJob mUntilStop;
-    std::atomic<int> mLeft{0};
-    xo::xoSemaphore mDone{0};
-};
-
 // What a user writes with the standard library.
 class StandardWorker {
 public:
@@ -276,7 +240,7 @@ void measureJobs(Suite& suite) {
     MoodycamelWorker moodycamel;
     constexpr int kBatch = 1000;
     const auto compare = [&](const char* name, int jobs) {
-        suite.compare("threads", name, jobs, [&] { ours.doJobs(jobs); },
+        suite.compare("threads", name, jobs, [&] { ours.doJobs(static_cast<std::size_t>(jobs)); },
                       {{"std queue, mutex, conditions", [&] { standard.doJobs(jobs); }},
                        {"moodycamel, blocking queue", [&] { moodycamel.doJobs(jobs); }}});
     };

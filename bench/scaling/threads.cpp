@@ -4,13 +4,13 @@
 #include <mutex>
 #include <thread>
 
+#include "countingWorker.h"
 #include "series.h"
 #include "xoSystem/xoConcurrentPool.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoMutex.h"
 #include "xoSystem/xoSemaphore.h"
 #include "xoSystem/xoStamp.h"
-#include "xoSystem/xoWorkThread.h"
 
 namespace bench {
 namespace {
@@ -54,38 +54,6 @@ struct TaskList {
     std::vector<xo::ConcurrentPool::SolverBase*> list;
 };
 
-// Counts its jobs and tells when all are done.
-class Worker final : public xo::xoWorkThread {
-public:
-    Worker() { startThread("scaling"); }
-    ~Worker() override { stop(); }
-
-    void stop() override {
-        beginWake();
-        addJob(&mUntilStop);
-        addJob(&mUntilStop);
-        endWake();
-        xo::xoWorkThread::stop();
-    }
-
-    void expect(std::size_t jobs) { mLeft = jobs; }
-    void post() XO_NO_THREAD_SAFETY_ANALYSIS { addJob(&mJob); }
-    void await() { mDone.acquire(); }
-
-private:
-    void executeJob(xo::xoJob* job) override {
-        if (job == &mUntilStop) {
-            while (!mustStop()) msleep(1);
-        } else if (--mLeft == 0) {
-            mDone.release();
-        }
-    }
-
-    xo::xoJob mJob, mUntilStop;
-    std::atomic<std::size_t> mLeft{0};
-    xo::xoSemaphore mDone{0};
-};
-
 void scaleQueues(Series& series) {
     series.measure(
         "threads", "pool, tasks of one list",
@@ -95,13 +63,7 @@ void scaleQueues(Series& series) {
         },
         1'000'000);
     series.measure("threads", "work thread, jobs at once", [](std::size_t size) -> Run {
-        return [size, worker = std::make_shared<Worker>()] {
-            worker->expect(size);
-            worker->beginWake();
-            for (std::size_t i = 0; i != size; ++i) worker->post();
-            worker->endWake();
-            worker->await();
-        };
+        return [size, worker = std::make_shared<CountingWorker>()] { worker->doJobs(size); };
     });
 }
 
@@ -129,7 +91,7 @@ void scaleSharing(Series& series, const Workplace& place) {
         return ns;
     });
     series.measureThreads("threads", "work thread, jobs from threads", kFew, [](int threads) {
-        Worker worker;
+        CountingWorker worker;
         worker.expect(kFew);
         const double ns = inThreads(threads, kFew, [&] {
             worker.beginWake();
