@@ -45,10 +45,10 @@ public:
     }
 
 private:
-#if defined(XOSYSTEM_STATIC)
-    static constexpr const char* kLibraryFile = nullptr;
-#else
+#if defined(XO_LIBRARY_FILE)
     static constexpr char kLibraryFile[] = XO_LIBRARY_FILE;
+#else
+    static constexpr const char* kLibraryFile = nullptr;  // the library is in the program
 #endif
 
     static void** findSlot(const char* moduleName, const char* functionName) {
