@@ -12,7 +12,8 @@
 namespace xo::platform {
 namespace {
 
-// Not random, but unique: the process, the time and the number of the call.
+// Not random, but unique: the process, the time and the number of the call. Microsoft describes no case in
+// which the system's generator fails.
 void makeUnique(unsigned char (&bytes)[16]) {
     static std::atomic<std::uint32_t> calls{0};
     struct Origin {
