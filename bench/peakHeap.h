@@ -1,5 +1,5 @@
 // How much of the C++ heap a function takes. Host and DLL share the heap; what a FILE or the system buffers is not
-// seen.
+// seen. For the C++ runtime of this build alone: Visual Studio's operator new lies in each module.
 #ifndef XO_BENCH_PEAKHEAP_H
 #define XO_BENCH_PEAKHEAP_H
 
