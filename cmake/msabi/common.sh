@@ -23,7 +23,7 @@ link_tools() {
 # The headers of a Microsoft toolset: the STL's own, and for what is not public of it, stand-ins over Debian's headers.
 # Those take branches for another toolset where _MSC_VER is defined; inside them it is not.
 make_headers() {
-    local header include=$work/include
+    local header include=$work/include.new
     local wrapped=(_mingw accctrl aclapi comdef conio corecrt crtdbg crtdefs ctype dbghelp direct errno excpt fcntl fenv float
         inttypes io knownfolders limits locale malloc mbstring memory ntsecapi objbase ole2 oleauto powrprof process psapi sal
         sddl share shellapi shlobj shlwapi signal string sys/stat sys/timeb sys/types time tlhelp32 vadefs wbemcli wbemidl
@@ -39,6 +39,10 @@ make_headers() {
     echo '#include <unknwn.h>' >"$include/Unknwn.h"
     echo '#include <eh.h>' >"$include/corecrt_terminate.h"
     cp "$here"/include/*.h "$include/"
+    # Files that stay the same keep their times, by which clang knows whether its precompiled header is up to date.
+    if diff -rq "$include" "$work/include" >/dev/null 2>&1; then rm -r "$include"; return; fi
+    rm -rf "$work/include"
+    mv "$include" "$work/include"
 }
 
 # The compiler's flags, here and for CMake.

@@ -3,7 +3,6 @@
 // and a byte for digits and bounds.
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -51,8 +50,10 @@ void checkReal(double value, int digits) {
         require(xoMathUtils::ParseReal(xoMathUtils::RealToText(narrow), read) && static_cast<float>(read) == narrow,
                 "the float ", narrow);
 
+    // Not by printf, which rounds ties up before Windows 10 2004:
+    // https://learn.microsoft.com/cpp/c-runtime-library/reference/printf-printf-l-wprintf-wprintf-l
     char text[512];
-    std::snprintf(text, sizeof text, "%.*e", digits - 1, value);
+    *std::to_chars(text, std::end(text), value, std::chars_format::scientific, digits - 1).ptr = '\0';
     const double rounded = std::strtod(text, nullptr);
     const bool isRead = xoMathUtils::ParseReal(xoMathUtils::SignificantToText(value, digits), read);
     require(isRead == std::isfinite(rounded) && (!isRead || read == rounded), "rounded to ", read, ", not ", rounded);
