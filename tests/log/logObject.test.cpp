@@ -90,6 +90,18 @@ TEST_F(LogObject, CostsNoAllocationWhenNotWanted) {
     EXPECT_GT(allocations.count(), 0) << "the counter does not count";
 }
 
+TEST_F(LogObject, CostsNoAllocationWithinAnotherLine) {
+    static std::string last;
+    log().installCustomHandler(
+        [](const std::string& message, xo::xoLogType, const std::string&, void*) { last = message; }, nullptr);
+    xoLogObject outer(xo::xoLogInfo);
+    outer << "outer";
+    const xo::tests::AllocationCount allocations;
+    xoLogObject(xo::xoLogInfo) << "inner";
+    EXPECT_EQ(allocations.count(), 0);
+    EXPECT_EQ(last, "inner");
+}
+
 TEST_F(LogObject, DropsWhatThereIsNoMemoryFor) {
     static bool isCut = false;
     log().installCustomHandler(
