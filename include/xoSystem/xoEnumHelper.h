@@ -52,9 +52,10 @@ class xoVariant;
 // duration, as literals have.
 template <class E>
 struct xoEnumEntry {
-    E value;                      // may stand in several entries
-    std::string_view name;        // for settings and code
-    std::string_view label = {};  // for people
+    E value;                // may stand in several entries
+    std::string_view name;  // for settings and code
+    // For people. Compilers warn about entries that leave out a member without an initializer.
+    std::string_view label = {};  // NOLINT(readability-redundant-member-init)
 };
 
 // Refers to a table of entries with static storage duration.
@@ -131,7 +132,7 @@ constexpr std::string_view EnumeratorName() {
     const std::size_t scope = name.find_last_of(":< ");
     if (scope != std::string_view::npos) name.remove_prefix(scope + 1);
     const bool isNumber = name.empty() || (name[0] >= '0' && name[0] <= '9') || name[0] == '-';
-    return isNumber || name.find(")") != std::string_view::npos ? std::string_view() : name;
+    return isNumber || name.find(')') != std::string_view::npos ? std::string_view() : name;
 }
 
 // The names of an enumeration for code that does not know its type. The function Get of EnumHelper returns one. Derive

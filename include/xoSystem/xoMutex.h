@@ -160,7 +160,7 @@ namespace impl {
 template <class T>
 constexpr bool isSmallValue =
     std::conjunction_v<std::is_trivially_copyable<T>, std::is_copy_constructible<T>, std::is_copy_assignable<T>> &&
-    (sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);
+    (sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);  // NOLINT(bugprone-sizeof-expression)
 
 // A value under a lock, with the operations of std::atomic.
 template <class T>

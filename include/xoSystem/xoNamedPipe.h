@@ -84,9 +84,11 @@ public:
     ~xoNamedPipe() override;  // closes
 
     // Move the connection and all settings, while no other thread and no stream uses either object. The other object is
-    // then like a new one.
+    // then like a new one. Throw std::bad_alloc, and change nothing, when there is no memory for that.
+    // NOLINTBEGIN(performance-noexcept-move-constructor)
     xoNamedPipe(xoNamedPipe&& other);
     xoNamedPipe& operator=(xoNamedPipe&& other);
+    // NOLINTEND(performance-noexcept-move-constructor)
     xoNamedPipe(const xoNamedPipe&) = delete;
     xoNamedPipe& operator=(const xoNamedPipe&) = delete;
 

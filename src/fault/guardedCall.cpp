@@ -48,7 +48,7 @@ void reserveStackOnce() {
     thread_local bool isReserved = false;
     if (isReserved) return;
     isReserved = true;
-    constexpr ULONG_PTR kMostReserved = 64 * 1024, kPart = 16;
+    constexpr ULONG_PTR kMostReserved = 0x10000, kPart = 16;
     ULONG_PTR low = 0, high = 0;
     ::GetCurrentThreadStackLimits(&low, &high);
     auto size = static_cast<ULONG>((std::min)(kMostReserved, (high - low) / kPart));

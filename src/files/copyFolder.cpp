@@ -52,7 +52,7 @@ struct Target {
     bool isSource = false;
     std::wstring below;  // its path below the source; empty when it lies elsewhere
 
-    Target(const std::wstring& source, std::wstring target) {
+    Target(const std::wstring& source, const std::wstring& target) {
         isSource = areSameNames(source, target);
         const std::wstring inside = source.back() == L'\\' ? source : source + L'\\';
         if (target.size() > inside.size() && areSameNames(inside, std::wstring_view(target).substr(0, inside.size())))

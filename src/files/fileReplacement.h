@@ -57,8 +57,8 @@ private:
     std::wstring mTarget;           // mPath without links: the path that mNew is renamed to
     platform::FileHandle mNew;      // null if the file is overwritten in place, or the temporary file of its pieces
     platform::FileHandle mInPlace;  // the file itself, with its old bytes
-    // The remaining time to wait for other processes: scanners hold a new file for milliseconds, and a caller that saves
-    // from a window must not seem to hang where another program keeps the file.
+    // The remaining time to wait for other processes: scanners hold a new file for milliseconds, and a caller that
+    // saves from a window must not seem to hang where another program keeps the file.
     ULONGLONG mPatienceMs = 125;
 };
 

@@ -28,16 +28,16 @@ public:
 
     // Begins the next step, which completes those before it. False once the walk is canceled.
     bool beginStep() {
-        if (!hasScope()) return goesOn();
-        Folder& folder = *mFolders[mDepth - 1];
-        return folder.scope.advanceTo(folder.begunSteps++);
+        Folder* const folder = hasScope() ? current() : nullptr;
+        return folder ? folder->scope.advanceTo(folder->begunSteps++) : goesOn();
     }
 
     // Called when the folder is left. isComplete completes its steps, also those that were not begun.
     void leave(bool isComplete) {
         if (!mNotifier) return;
         if (hasScope()) {
-            if (isComplete) mFolders[mDepth - 1]->scope.finish();
+            Folder* const folder = current();
+            if (isComplete && folder) folder->scope.finish();
             mFolders[mDepth - 1].reset();
         }
         --mDepth;
@@ -46,8 +46,8 @@ public:
     // False once the walk is canceled. Calls the notifier if that is due.
     bool goesOn() {
         if (!mNotifier) return true;
-        if (mDepth == 0) return !mNotifier->isCanceled();
-        return mFolders[(mDepth <= kMostScopes ? mDepth : kMostScopes) - 1]->scope.advance(0);
+        Folder* const folder = current();
+        return folder ? folder->scope.advance(0) : !mNotifier->isCanceled();
     }
 
 private:
@@ -62,6 +62,14 @@ private:
         std::uint64_t begunSteps = 0;
     };
 
+    // The innermost folder that has a scope; null outside of all folders.
+    Folder* current() {
+        if (mDepth == 0) return nullptr;
+        std::optional<Folder>& folder = mFolders[(mDepth <= kMostScopes ? mDepth : kMostScopes) - 1];
+        return folder ? &*folder : nullptr;
+    }
+
+    // Whether the innermost folder has a scope of its own.
     bool hasScope() const { return mDepth > 0 && mDepth <= kMostScopes; }
 
     xoProgressNotifier* const mNotifier;

@@ -61,6 +61,7 @@ void impl::VisitThirdPartyLibVersions(void (*visit)(const std::string& name, con
 
 // Exported for programs that were built when the header declared this function and not a template.
 namespace impl {
+// NOLINTNEXTLINE(misc-use-internal-linkage): no header declares it now
 XOSYSTEM_API xoVariant::xoVariantMapImpl GetThirdPartyLibVersions() { return GetThirdPartyLibVersions<xoVariant>(); }
 }  // namespace impl
 

@@ -154,7 +154,7 @@ private:
         if (!isKeyLine(line, key)) return refuse(path);
         line += mLineEnd;
         if (end != mSectionEnds.end()) {
-            mEdits.insert({{end->second, end->second}, std::move(line)});
+            mEdits.emplace(Place(end->second, end->second), std::move(line));
             return true;
         }
         const std::string header =

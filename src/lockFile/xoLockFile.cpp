@@ -38,6 +38,7 @@ xoLockFile::xoLockFile() = default;
 
 xoLockFile::xoLockFile(const xoLockFile& other) = default;
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): an object shares its lock with itself, too
 xoLockFile& xoLockFile::operator=(const xoLockFile& other) {
     if (mLock == other.mLock) return *this;
     releaseLock(/*removeFile=*/true);

@@ -201,7 +201,7 @@ void xoLog::Private::Writing::write(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS 
 
 void xoLog::Private::Writing::release(void* writing) XO_NO_THREAD_SAFETY_ANALYSIS {
     Writing& self = *static_cast<Writing*>(writing);
-    if (self.mText) self.releaseText();
+    self.releaseText();
     if (self.mIsLocked) self.mLog.mutex.unlock();
 }
 
@@ -225,6 +225,7 @@ void xoLog::Private::Writing::writeText() {
 }
 
 void xoLog::Private::Writing::releaseText() {
+    if (!mText) return;
     std::string& text = mText->line;
     // Returns the buffer to the log, unless a nested line has left a larger one there.
     if (text.capacity() > mLog.line.capacity() && text.capacity() <= kMaxBufferKept) mLog.line.swap(text);

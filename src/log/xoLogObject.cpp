@@ -51,8 +51,7 @@ public:
         for (std::size_t i = 0; i != kSize; ++i) {
             Place& place = mPlaces[(first + i) % kSize];
             // Read first, because an exchange would take the cache line from the thread that uses the place.
-            if (place.isFree.load(std::memory_order_relaxed) &&
-                place.isFree.exchange(false, std::memory_order_acquire))
+            if (place.isFree.load(std::memory_order_relaxed) && place.isFree.exchange(false, std::memory_order_acquire))
                 return &place.line;
         }
         return new Line();

@@ -13,8 +13,8 @@
 namespace xo {
 namespace {
 
-constexpr std::size_t kHeadBytes = 4;               // the length of a message
-constexpr std::size_t kFirstBodyBytes = 64 * 1024;  // the first allocation for a message of any length
+constexpr std::size_t kHeadBytes = 4;             // the length of a message
+constexpr std::size_t kFirstBodyBytes = 0x10000;  // the first allocation for a message of any length
 
 // Little-endian on every machine.
 void writeHead(unsigned char (&head)[kHeadBytes], std::uint32_t length) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <atomic>
 #include <deque>
+#include <memory>
 #include <utility>
 
 #include "pipe/pipeAccess.h"
@@ -132,7 +133,7 @@ struct xoNamedPipeServer::Private {
     // takes the lock then.
     platform::SlimLock lock;
     std::wstring name XO_GUARDED_BY(lock);
-    std::optional<pipe::SecurityAttributes> security XO_GUARDED_BY(lock);
+    std::unique_ptr<pipe::SecurityAttributes> security XO_GUARDED_BY(lock);
     unsigned wantedInstances XO_GUARDED_BY(lock) = 0;
     std::uint32_t instanceBufferBytes XO_GUARDED_BY(lock) = 0;
     std::deque<std::unique_ptr<pipe::Instance>> instances XO_GUARDED_BY(lock);  // the oldest first
@@ -190,7 +191,7 @@ DWORD xoNamedPipeServer::Private::begin(const std::wstring& fullName) {
     if (fullName.empty()) return ERROR_INVALID_NAME;
     if (!closing.event()) return ERROR_NOT_ENOUGH_MEMORY;
     const std::string byAccess = access == AccessLocalUsers ? pipe::localUsersDescriptor() : pipe::sameUserDescriptor();
-    security.emplace(descriptor.empty() ? byAccess : descriptor);
+    security = std::make_unique<pipe::SecurityAttributes>(descriptor.empty() ? byAccess : descriptor);
     if (!*security) return ERROR_INVALID_SECURITY_DESCR;
     if (pipe::isTaken(fullName)) return ERROR_ACCESS_DENIED;
     name = fullName;

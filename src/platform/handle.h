@@ -91,7 +91,7 @@ template <class T>
 struct LocalMemoryPolicy {
     using Type = T*;
     static Type none() noexcept { return nullptr; }
-    static void close(Type memory) noexcept { ::LocalFree(memory); }
+    static void close(Type memory) noexcept { ::LocalFree(static_cast<void*>(memory)); }
 };
 template <class T>
 using LocalMemory = Owned<LocalMemoryPolicy<T>>;

@@ -26,17 +26,17 @@ void end(const ReleasingCall& call) {
 
 // Not inlined: clang catches faults only of functions that are called in a __try block, not of instructions in the
 // block itself.
-__declspec(noinline) void run(const ReleasingCall& call) { call.run(call.argument); }
-__declspec(noinline) bool run(bool (*body)(void*), void* argument) { return body(argument); }
+__declspec(noinline) void callNotInlined(const ReleasingCall& call) { call.run(call.argument); }
+__declspec(noinline) bool callNotInlined(bool (*body)(void*), void* argument) { return body(argument); }
 
 }  // namespace
 
-void callReleasing(Function function, Function release, void* argument) {
+void callReleasing(Function run, Function release, void* argument) {
     // On this frame, so that its address shows whether an abandoned part of the stack contains it.
-    ReleasingCall call{function, release, argument, innermost};
+    ReleasingCall call{run, release, argument, innermost};
     innermost = &call;
     __try {
-        run(call);
+        callNotInlined(call);
     } __finally {
         end(call);
     }
@@ -54,7 +54,7 @@ void releaseCallsBetween(std::uintptr_t low, std::uintptr_t high) {
 bool callFiltered(bool (*body)(void*), void* argument, long (*filter)(const EXCEPTION_POINTERS&, void*),
                   void* filterArgument) {
     __try {
-        return run(body, argument);
+        return callNotInlined(body, argument);
     } __except (filter(*GetExceptionInformation(), filterArgument)) {
         return false;
     }

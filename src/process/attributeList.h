@@ -36,7 +36,8 @@ public:
         ::InitializeProcThreadAttributeList(/*lpAttributeList=*/nullptr, /*dwAttributeCount=*/1, 0, &size);
         mMemory.resize(size);
         mIsMade = ::InitializeProcThreadAttributeList(get(), /*dwAttributeCount=*/1, 0, &size);
-        return mIsMade && ::UpdateProcThreadAttribute(get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, mHandles.data(),
+        return mIsMade && ::UpdateProcThreadAttribute(get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
+                                                      static_cast<void*>(mHandles.data()),
                                                       mHandles.size() * sizeof(HANDLE), /*lpPreviousValue=*/nullptr,
                                                       /*lpReturnSize=*/nullptr);
     }

@@ -65,7 +65,8 @@ std::string xoProcess::FindProgramUtf8(const std::string& name) {
         // Also passes over empty entries.
         if (!isAbsolute(folder)) continue;
         for (const std::wstring& extension : extensions) {
-            const std::string path = platform::toUtf8(folder + L'\\' + wide + extension);
+            const std::string path =
+                platform::toUtf8(std::wstring(folder).append(L"\\").append(wide).append(extension));
             if (process::isFile(path)) return xoDirUtils::GetAbsolutePathUtf8(path);
         }
     }

@@ -151,6 +151,6 @@ DWORD OpenedFile::resize(std::uint64_t bytes) const { return setEnd(mHandle, byt
 
 DWORD OpenedFile::flushToDisk() const { return files::errorOf(::FlushFileBuffers(mHandle)); }
 
-DWORD OpenedFile::commit() { return mReplacement->commitPieces(); }
+DWORD OpenedFile::commit() { return mReplacement ? mReplacement->commitPieces() : ERROR_SUCCESS; }
 
 }  // namespace xo::stream

@@ -61,7 +61,7 @@ private:
     // What both threads use, and what the new thread alone owns.
     struct Shared;
     struct Argument;
-    static DWORD WINAPI run(void* argument);
+    static DWORD WINAPI run(void* given);
 
     Lane& mLane;
     ULONGLONG mTurn = 0;

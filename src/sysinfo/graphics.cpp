@@ -121,8 +121,10 @@ bool DirectXDeviceInfo::GetAdapters(std::vector<DirectXDeviceInfo>& adapters, un
     const auto found = std::make_shared<std::optional<std::vector<DirectXDeviceInfo>>>();
     const sysinfo::Deadline deadline(timeoutMs);
     sysinfo::Errand errand(sysinfo::graphicsLane(), deadline, [found] { *found = sysinfo::readAdapters(); });
-    if (!errand.wait(deadline) || !*found) return false;
-    adapters = std::move(**found);
+    if (!errand.wait(deadline)) return false;
+    std::optional<std::vector<DirectXDeviceInfo>>& answer = *found;
+    if (!answer) return false;
+    adapters = std::move(*answer);
     return true;
 }
 

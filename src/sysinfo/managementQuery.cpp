@@ -32,7 +32,7 @@ xoVariant textOrNumber(BSTR text, CIMTYPE type) {
 // copied by memcpy because its address need not be aligned for every kind. UNKNOWN for a kind without a counterpart.
 xoVariant toVariant(const void* data, VARTYPE kind, CIMTYPE type) {
     const auto read = [data](auto value) {
-        std::memcpy(&value, data, sizeof value);
+        std::memcpy(static_cast<void*>(&value), data, sizeof value);
         return value;
     };
     switch (kind) {
@@ -68,7 +68,7 @@ xoVariant toList(const Com& com, SAFEARRAY* array, VARTYPE kind, CIMTYPE type) {
         list.push_back(toVariant(&element, kind, type));
         if (kind == VT_BSTR) {
             BSTR text = nullptr;
-            std::memcpy(&text, &element, sizeof text);
+            std::memcpy(static_cast<void*>(&text), &element, sizeof text);
             com.sysFreeString(text);
         }
     }

@@ -97,7 +97,7 @@ std::uint64_t readSavedRegisters() {
 #if defined(_MSC_VER)
     return ::_xgetbv(0);
 #else
-    std::uint32_t low = 0, high = 0;
+    std::uint32_t low = 0, high = 0;  // NOLINT(misc-const-correctness): the instruction writes both
     __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
     return std::uint64_t{high} << 32 | low;
 #endif

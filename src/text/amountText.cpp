@@ -130,7 +130,7 @@ std::string xoMathUtils::printCount(std::uint64_t value, bool isNegative, char s
     if (isNegative) *out++ = '-';
     for (const char* at = digits; at != end; ++at) {
         if (separator != '\0' && at != digits && (end - at) % 3 == 0) *out++ = separator;
-        *out++ = *at;
+        *out++ = *at;  // NOLINT(clang-analyzer-core.uninitialized.Assign): to_chars has written up to the end
     }
     return {buffer, out};
 }

@@ -134,7 +134,7 @@ Cluster nextCluster(const char* at, const char* end) {
     CodePoint previous = decode(at, end);
     unsigned properties = propertiesOf(previous.value);
     unsigned width = widthIn(properties);
-    bool hasPictograph = (properties & kPictographic) != 0;
+    const bool hasPictograph = (properties & kPictographic) != 0;
     bool wantsPair = isRegionalIndicator(previous.value);  // two of them are a flag; a third begins another
     at += previous.length;
     while (at != end && !isPlain(*at)) {

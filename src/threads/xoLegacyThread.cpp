@@ -39,6 +39,7 @@ struct xoLegacyThread::Private {
           alive(other.alive),
           mustEnd(other.mustEnd),
           current(other.current) {}
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a copy of an object to itself changes nothing
     Private& operator=(const Private& other) {
         body = other.body;
         thread = other.thread;

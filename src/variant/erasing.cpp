@@ -173,8 +173,8 @@ std::regex compile(const std::string& pattern, bool caseInsensitive) {
 // has no more than a few states for each character.
 bool isSmall(const std::string& pattern) {
     constexpr bool matchesByRecursion = kWithoutRecursion == std::regex_constants::syntax_option_type();
-    constexpr std::size_t kAtLeast = 32 * 1024;
-    constexpr std::size_t kForCharacter = 2 * 1024;  // more than the 512 bytes for compiling, or 160 for each state
+    constexpr std::size_t kAtLeast = 0x8000;
+    constexpr std::size_t kForCharacter = 0x800;  // more than the 512 bytes for compiling, or 160 for each state
     return !matchesByRecursion && pattern.find('{') == std::string::npos &&
            platform::stackLeft() >= kAtLeast + pattern.size() * kForCharacter;
 }

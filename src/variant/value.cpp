@@ -38,8 +38,8 @@ xoVariant::Type typeOfNumbers(std::size_t count) {
 struct xoVariant::Tree {
     // One level of recursion takes less stack than the part of a block in which the loop takes over, so that no level
     // skips that part. The largest consumer is std::map, which copies and destroys its nodes by recursion.
-    static constexpr std::uintptr_t kBlock = 32 * 1024;
-    static constexpr std::uintptr_t kLoopPart = 4 * 1024;
+    static constexpr std::uintptr_t kBlock = 0x8000;
+    static constexpr std::uintptr_t kLoopPart = 0x1000;
 
     static bool mayRecurse() noexcept {
         const char here = 0;

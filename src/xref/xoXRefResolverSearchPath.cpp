@@ -108,7 +108,7 @@ struct xoXRefResolverSearchPath::Private {
     std::shared_ptr<const FileIndex> upToDateIndex() const;
     std::shared_ptr<const FileIndex> build(const std::atomic<bool>* cancel) const XO_REQUIRES(building);
 
-    void search(const std::string& reference, const std::string& document, Matches::Sink sink) const;
+    void search(const std::string& text, const std::string& document, Matches::Sink sink) const;
     void searchByName(const Reference& reference, Matches& matches) const;
 };
 
