@@ -5,6 +5,7 @@
 # - A comment behind a declaration documents that one; an empty one repeats the one above.
 # - "// ---- Title. Text" names a section of a class.
 # - What is deleted or defaulted says so by itself.
+# - NOLINT is left out.
 #
 # Each line stays in its place, so that warnings and links name the header's own lines. Comments inside functions stay
 # as they are.
@@ -51,6 +52,8 @@ function follow(code,    i, c) {
         c = substr(code, i, 1)
         if (c == "\"") {
             while (++i <= length(code) && substr(code, i, 1) != "\"") if (substr(code, i, 1) == "\\") ++i
+        } else if (c == "'" && substr(code, i - 1, 1) !~ /[0-9]/) {
+            while (++i <= length(code) && substr(code, i, 1) != "'") if (substr(code, i, 1) == "\\") ++i
         } else if (c == "{") {
             scope[++depth] = parens > 0 ? "body" : scopeOf(statement)
             if (scope[depth] != "body") { statement = ""; shared = "" }
@@ -95,6 +98,9 @@ guard { guard = 0; print "#if 1"; next }
     print
     next
 }
+
+# What clang-tidy is told.
+/^ *\/\/ NOLINT/ { print ""; next }
 
 # A comment of its own line.
 /^ *\/\// {
@@ -142,6 +148,7 @@ guard { guard = 0; print "#if 1"; next }
     at = commentStart($0)
     code = at ? substr($0, 1, at - 1) : $0
     comment = at ? substr($0, at + 2) : ""
+    if (comment ~ /^ NOLINT/) at = 0
     begins = inNames() && statement == "" && code !~ /^ *}/
     names = inNames() && scope[depth] != "body"
     before = ""
@@ -165,7 +172,7 @@ guard { guard = 0; print "#if 1"; next }
         if (comment !~ /^ *$/) trailing = literal(comment)
         comment = "///<" trailing
         afterTrailing = 1
-    } else if (at) comment = "//" comment
+    } else comment = at ? "//" comment : ""
     print substr(code, 1, RLENGTH) before substr(code, RLENGTH + 1) comment
     follow(code)
 }
