@@ -43,6 +43,11 @@ ULONGLONG GetTickCount64();
 inline void AcquireSRWLockExclusive(SRWLOCK*) {}
 inline BOOL TryAcquireSRWLockExclusive(SRWLOCK*) { return 1; }
 inline void ReleaseSRWLockExclusive(SRWLOCK*) {}
+struct CONDITION_VARIABLE {};
+#define CONDITION_VARIABLE_INIT \
+    {}
+inline BOOL SleepConditionVariableSRW(CONDITION_VARIABLE*, SRWLOCK*, DWORD, DWORD) { return 1; }
+inline void WakeAllConditionVariable(CONDITION_VARIABLE*) {}
 inline void Sleep(DWORD) {}
 void SetLastError(DWORD error);
 
