@@ -97,6 +97,7 @@ TEST_F(LogObject, CostsNoAllocationWithinAnotherLine) {
     xoLogObject outer(xo::xoLogInfo);
     outer << "outer";
     const xo::tests::AllocationCount allocations;
+    ASSERT_TRUE(allocations.isCounting());
     xoLogObject(xo::xoLogInfo) << "inner";
     EXPECT_EQ(allocations.count(), 0);
     EXPECT_EQ(last, "inner");
