@@ -23,6 +23,7 @@ using xo::xoProcess;
 // What this process has: handles, threads and memory.
 struct Holdings {
     int handles = openHandles();
+    std::wstring kinds = handleKinds();  // for the message
     int threads = countThreads();
     std::uint64_t bytes = xoProcess().getCurrentRamInUse();
 
@@ -40,11 +41,9 @@ struct Holdings {
 
 // Threads and handles of children that have just ended may be there for a moment longer.
 void expectLevel(const Holdings& before) {
-    EXPECT_TRUE(becomesTrue([&] {
-        const Holdings now;
-        return now.handles <= before.handles && now.threads <= before.threads;
-    })) << Holdings().handles
-        << " handles instead of " << before.handles << ", " << Holdings().threads << " threads instead of "
+    EXPECT_TRUE(becomesTrue(
+        [&] { return openHandles() <= before.handles && Holdings::countThreads() <= before.threads; }))
+        << handleKinds() << " instead of " << before.kinds << ", " << Holdings::countThreads() << " threads instead of "
         << before.threads;
     EXPECT_LT(Holdings().bytes, before.bytes + (4 << 20));
 }

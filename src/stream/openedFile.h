@@ -35,7 +35,7 @@ public:
     DWORD write(std::uint64_t position, const char* bytes, std::uint64_t size);
     DWORD resize(std::uint64_t bytes) const;
     DWORD flushToDisk() const;
-    // With OpenReplace: puts the new file in the place of the old one.
+    // With OpenReplace: puts the new file in the place of the old one. Otherwise nothing is left to do.
     DWORD commit();
 
 private:

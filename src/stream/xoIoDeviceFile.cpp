@@ -81,10 +81,8 @@ bool xoIoDeviceFile::Private::close() {
     release();
     // A new file takes the place of the old one only after no error at all. For other files only writes matter here.
     bool isWhole = file.isReplacement() ? !hasFailed : !hasLost;
-    if (isWhole && file.isReplacement()) {
-        const DWORD code = file.commit();
-        if (code != ERROR_SUCCESS) isWhole = failWrite(code);
-    }
+    const DWORD code = isWhole ? file.commit() : DWORD{ERROR_SUCCESS};
+    if (code != ERROR_SUCCESS) isWhole = failWrite(code);
     file.close();
     readAt = writeAt = 0;
     return isWhole;

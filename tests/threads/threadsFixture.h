@@ -63,9 +63,9 @@ private:
 
 // Waits for what gives no signal when it happens.
 inline bool becomesTrue(const std::function<bool()>& condition) {
-    for (int i = 0; i < 4000; ++i, ::Sleep(5))
-        if (condition()) return true;
-    return false;
+    for (const ULONGLONG start = ::GetTickCount64(); !condition(); ::Sleep(5))
+        if (::GetTickCount64() - start > 20000) return false;
+    return true;
 }
 
 // While the object lives, the system starts no threads.
