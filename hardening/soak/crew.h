@@ -100,13 +100,13 @@ protected:
         return std::wcstod(text, nullptr);
     }
 
-    // Twice, or for this test's share of the minutes that were asked for.
+    // So many times, or for this test's share of the minutes that were asked for.
     template <class Round>
-    void repeat(Round round) {
+    void repeat(int leastRounds, Round round) {
         const auto timeMs = static_cast<ULONGLONG>(minutes() * 60000 / kTests);
         const ULONGLONG start = ::GetTickCount64();
         int rounds = 0;
-        while ((rounds < 2 || ::GetTickCount64() - start < timeMs) && !HasFailure()) {
+        while ((rounds < leastRounds || ::GetTickCount64() - start < timeMs) && !HasFailure()) {
             TemporaryFolder folder;
             round(folder);
             ++rounds;

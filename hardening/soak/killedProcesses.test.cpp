@@ -39,7 +39,7 @@ Lines linesIn(const TemporaryFolder& folder, int& fragments) {
 }
 
 TEST_F(KilledProcesses, LoseNoLineThatTheyHaveLogged) {
-    repeat([](const TemporaryFolder& folder) {
+    repeat(2, [](const TemporaryFolder& folder) {
         // So few lines that all backups are kept.
         const std::wstring file = L"\"" + (folder.widePath() / L"shared.log").wstring() + L"\" ";
         Crew crew(L"logWriter", [&](std::size_t process, const std::wstring& board) {
@@ -64,7 +64,7 @@ TEST_F(KilledProcesses, LoseNoLineThatTheyHaveLogged) {
 }
 
 TEST_F(KilledProcesses, GiveTheirLockFilesBack) {
-    repeat([](const TemporaryFolder& folder) {
+    repeat(2, [](const TemporaryFolder& folder) {
         const std::string path = folder.path("x.lock");
         Crew crew(L"lockFileHolder", [&](std::size_t process, const std::wstring& board) {
             return L"\"" + (folder.widePath() / L"x.lock").wstring() + L"\" " + board + L" " +
@@ -78,7 +78,7 @@ TEST_F(KilledProcesses, GiveTheirLockFilesBack) {
 }
 
 TEST_F(KilledProcesses, PassTheirMutexOn) {
-    repeat([](const TemporaryFolder&) {
+    repeat(2, [](const TemporaryFolder&) {
         Crew crew(L"mutexHolder", [&](std::size_t process, const std::wstring& board) {
             return L"mutex_of_" + board + L" " + board + L" " + std::to_wstring(process * kThreads);
         });
@@ -91,7 +91,7 @@ TEST_F(KilledProcesses, PassTheirMutexOn) {
 }
 
 TEST_F(KilledProcesses, LeaveTheOldIniFileOrTheNewOne) {
-    repeat([](const TemporaryFolder& folder) {
+    repeat(2, [](const TemporaryFolder& folder) {
         Crew crew(L"iniSaver", [&](std::size_t process, const std::wstring& board) {
             return L"\"" + folder.widePath().wstring() + L"\" " + board + L" " + std::to_wstring(process * kThreads);
         });
