@@ -127,8 +127,11 @@ std::uint64_t OpenedFile::read(std::uint64_t position, char* bytes, std::uint64_
     if (error == ERROR_SUCCESS) return done;
     // A failed transfer may have moved the position.
     mPosition = kUnknown;
-    // A file system may refuse a position that is far behind the end. Reading there gives no bytes, and is no error.
-    if (position + done >= this->size()) error = ERROR_SUCCESS;
+    // A file system may refuse a position that is far behind the end. Reading there gives no bytes, and is no error. If
+    // the size cannot be had either, as when a drive was removed, the error remains.
+    LARGE_INTEGER end{};
+    if (::GetFileSizeEx(mHandle, &end) && position + done >= static_cast<std::uint64_t>(end.QuadPart))
+        error = ERROR_SUCCESS;
     return done;
 }
 

@@ -299,6 +299,40 @@ TEST_F(Devices, SayOnceThatTheDiskIsFull) {
     EXPECT_THAT(takeLines(), ElementsAre(line)) << "the destructor";
 }
 
+constexpr int kNoSuchDevice = 433;  // ERROR_NO_SUCH_DEVICE, which headers of mingw-w64 lack
+
+// A drive that can be read so many times and is removed then.
+int readsLeft = 0;
+BOOL WINAPI readWhileThereIsADrive(HANDLE file, void* bytes, DWORD size, DWORD* got, OVERLAPPED* at) {
+    if (readsLeft-- > 0) return ImportHook::behind(&readWhileThereIsADrive)(file, bytes, size, got, at);
+    ::SetLastError(kNoSuchDevice);
+    return FALSE;
+}
+BOOL WINAPI knowNoSize(HANDLE, LARGE_INTEGER*) {
+    ::SetLastError(kNoSuchDevice);
+    return FALSE;
+}
+
+TEST_F(Devices, TellAFailedReadFromTheEndOfTheFile) {
+    mFolder.write("a.bin", std::string(2 * File::kBufferBytes, 'x'));
+    const ImportHook read("xoSystem.dll", "ReadFile", &readWhileThereIsADrive);
+    for (const bool knowsSize : {true, false}) {
+        const ImportHook size("xoSystem.dll", knowsSize ? "no such call" : "GetFileSizeEx", &knowNoSize);
+        ASSERT_TRUE(read.isInstalled() && size.isInstalled() != knowsSize);
+        for (const int reads : {0, 1}) {
+            File file;
+            ASSERT_TRUE(open(file, File::OpenRead));
+            readsLeft = reads;
+            char byte = 0;
+            int count = 0;
+            while (file.readBytes(&byte, 1) == 1) ++count;
+            EXPECT_EQ(count, reads * int{File::kBufferBytes}) << knowsSize;
+            EXPECT_TRUE(file.hasError()) << knowsSize << reads;
+            EXPECT_EQ(file.getError().getErrorCode(), kNoSuchDevice) << knowsSize << reads;
+        }
+    }
+}
+
 TEST_F(Devices, ShareAsAsked) {
     mFolder.write("a.bin", "shared");
     const File::Share shares[] = {File::ShareNone, File::ShareRead, File::ShareAll};
