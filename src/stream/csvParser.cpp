@@ -186,8 +186,10 @@ bool CsvParser::refill(bool& moreInput) {
     return true;
 }
 
-// Moves the present row to the front of the buffer, or of a larger one when it fills more than half.
+// Moves the present row to the front of the buffer, or of a larger one when it fills more than half: once for each row,
+// and again each time that the row has filled the buffer, so that a long row is moved as often as its size doubles.
 void CsvParser::makeSpace() {
+    if (mRowBegin == 0 && mEnd < mCapacity) return;
     const std::size_t used = mEnd - mRowBegin;
     const char* const kept = mBuffer.get() + mRowBegin;
     if (mCapacity == 0 || used > mCapacity / 2) {

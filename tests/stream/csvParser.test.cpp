@@ -42,5 +42,26 @@ TEST(CsvParser, GivesEachMarkItsMeaning) {
         EXPECT_EQ(parse(text, dialect), rows) << testing::PrintToString(text);
 }
 
+TEST(CsvParser, MovesALongRowAsOftenAsItDoubles) {
+    constexpr std::size_t kCell = std::size_t{32} << 20;
+    const std::string head = "h\n\"", tail = "\"\n";
+    CsvParser parser(1024);
+    std::size_t at = 0;
+    int moves = 0;
+    const char* next = nullptr;  // where the buffer goes on if the row stays in its place
+    parser.start({}, head.size() + kCell + tail.size(), [&](char* out, std::size_t capacity) {
+        if (out != next) ++moves;
+        for (std::size_t i = 0; i != capacity; ++i, ++at)
+            out[i] = at < head.size() ? head[at] : at < head.size() + kCell ? ',' : tail[at - head.size() - kCell];
+        next = out + capacity;
+        return capacity;
+    });
+    bool finished = false;
+    ASSERT_TRUE(parser.parse(UINT64_MAX, finished) && finished) << parser.error();
+    ASSERT_EQ(parser.table().size(), 2U);
+    EXPECT_TRUE(parser.table()[1][0].getString() == std::string(kCell, ','));
+    EXPECT_LT(moves, 25) << "from 1 KiB to 32 MiB it doubles 15 times";
+}
+
 }  // namespace
 }  // namespace xo::tests
