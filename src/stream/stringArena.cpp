@@ -7,10 +7,11 @@ namespace xo::stream {
 
 std::string& StringArena::add(std::string_view text) {
     // A larger capacity is freed. Otherwise each string would keep the capacity of the longest text that it ever held.
+    // By swap: libstdc++ keeps the capacity of a string that an empty one is assigned to.
     constexpr std::size_t kMaxCapacityKept = 256;
     if (mNext == mEnd) nextBlock();
     std::string& added = *mNext;
-    if (added.capacity() > kMaxCapacityKept) added = std::string();
+    if (added.capacity() > kMaxCapacityKept) std::string().swap(added);
     added.assign(text);
     ++mNext;
     return added;

@@ -42,6 +42,15 @@ TEST(CsvParser, GivesEachMarkItsMeaning) {
         EXPECT_EQ(parse(text, dialect), rows) << testing::PrintToString(text);
 }
 
+TEST(StringArena, KeepsNoMemoryOfLongTexts) {
+    stream::StringArena arena;
+    const std::string* const first = &arena.add(std::string(1000000, 'x'));
+    arena.clear();
+    const std::string& added = arena.add("a");
+    EXPECT_TRUE(&added == first && added == "a");
+    EXPECT_LE(added.capacity(), 256U);
+}
+
 TEST(CsvParser, MovesALongRowAsOftenAsItDoubles) {
     constexpr std::size_t kCell = std::size_t{32} << 20;
     const std::string head = "h\n\"", tail = "\"\n";
