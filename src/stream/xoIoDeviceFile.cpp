@@ -64,11 +64,12 @@ bool xoIoDeviceFile::Private::open(const std::string& newPath, OpenMode mode, Sh
     readAt = writeAt = 0;
     hasFailed = hasLost = false;
     error = ERROR_NOT_ENOUGH_MEMORY;  // stays if an exception leaves the block
+    std::string fullPath;             // newPath may be the path of this device
     try {
-        path.clear();
-        error = file.open(newPath, mode, share, path);
+        error = file.open(newPath, mode, share, fullPath);
     } catch (const std::exception&) {  // std::bad_alloc or std::length_error
     }
+    path.swap(fullPath);
     if (error == ERROR_SUCCESS) return true;
     hasFailed = true;
     file.close();

@@ -215,6 +215,9 @@ TEST_F(Devices, StayWithTheFileWhenTheWorkingFolderChanges) {
     file << "x";
     EXPECT_TRUE(file.close());
     EXPECT_EQ(onDisk("b.bin"), "x");
+    ASSERT_TRUE(file.openUtf8(file.getPathUtf8(), File::OpenRead)) << "its own path";
+    EXPECT_EQ(readAll(file), "x");
+    EXPECT_EQ(file.getPathUtf8(), path("b.bin"));
 }
 
 TEST_F(Devices, AreClosedForEverythingWhenTheyAreClosed) {
