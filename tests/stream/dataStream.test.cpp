@@ -157,11 +157,8 @@ TEST(DataStream, IsNotDeceivedByALength) {
     EXPECT_TRUE((xoDataStream(&large, kBig) << text >> copy).isOk() && copy == text);
     EXPECT_EQ(large.largestRead, 4U << 20) << "in several reads";
 
-    static void* (*allocate)(std::size_t);
-    const xo::tests::ImportHook hook(
-        xo::tests::kAllocator, "malloc", +[](std::size_t size) { return size > 1U << 20 ? nullptr : allocate(size); });
-    ASSERT_TRUE(hook.isInstalled());
-    allocate = hook.original<void*(std::size_t)>();
+    const xo::tests::ScarceMemory little(1U << 20);
+    ASSERT_TRUE(little.isInstalled());
     expectNothingFrom(large, large);  // a true length, but no memory
 }
 

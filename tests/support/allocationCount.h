@@ -4,7 +4,9 @@
 #define XO_TESTS_ALLOCATIONCOUNT_H
 
 #include <atomic>
+#include <climits>
 #include <cstddef>
+#include <cstdint>
 
 #include "support/importHook.h"
 
@@ -41,6 +43,29 @@ private:
     static inline std::atomic<bool> msRefuses{false};
 
     ImportHook mHook;
+};
+
+// Lets the C++ runtime allocate only blocks of up to maxBytes while the object lives, and only so many of them.
+class ScarceMemory {
+public:
+    explicit ScarceMemory(std::size_t maxBytes, int count = INT_MAX) : mHook(kAllocator, "malloc", &allocate) {
+        msMaxBytes = maxBytes;
+        msLeft = count;
+    }
+
+    bool isInstalled() const { return mHook.isInstalled(); }
+
+private:
+    static void* allocate(std::size_t size) {
+        if (size > msMaxBytes || msLeft == 0) return nullptr;
+        --msLeft;
+        return ImportHook::behind(&allocate)(size);
+    }
+
+    static inline std::atomic<std::size_t> msMaxBytes{SIZE_MAX};
+    static inline std::atomic<int> msLeft{INT_MAX};
+
+    const ImportHook mHook;
 };
 
 }  // namespace xo::tests
