@@ -137,18 +137,24 @@ struct RenameInfo {
     wchar_t name[1];
 };
 
-// Renames the file, and deletes the file that has the name. The newer kind of the call (FileRenameInfoEx with POSIX
-// semantics, Windows 10 1607) succeeds while others have that file open with shared deletion; older systems and other
-// file systems have only the older kind.
-DWORD moveOver(const platform::FileHandle& file, const std::wstring& path) {
-    constexpr auto kRenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
-    constexpr DWORD kReplace = 1, kPosixSemantics = 2;
+// A RenameInfo with the name.
+std::vector<std::byte> renameInfo(const std::wstring& path) {
     const std::size_t nameBytes = path.size() * sizeof(wchar_t);
     std::vector<std::byte> buffer(sizeof(RenameInfo) + nameBytes);
     auto* const info = reinterpret_cast<RenameInfo*>(buffer.data());
-    const auto size = static_cast<DWORD>(buffer.size());
     info->nameBytes = static_cast<DWORD>(nameBytes);
     std::memcpy(info->name, path.data(), nameBytes);
+    return buffer;
+}
+
+// Renames the file to the name in the buffer, and deletes the file that has the name. The newer kind of the call
+// (FileRenameInfoEx with POSIX semantics, Windows 10 1607) succeeds while others have that file open with shared
+// deletion; older systems and other file systems have only the older kind.
+DWORD moveOver(const platform::FileHandle& file, std::vector<std::byte>& buffer) {
+    constexpr auto kRenameInfoEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
+    constexpr DWORD kReplace = 1, kPosixSemantics = 2;
+    auto* const info = reinterpret_cast<RenameInfo*>(buffer.data());
+    const auto size = static_cast<DWORD>(buffer.size());
     info->flags = kReplace | kPosixSemantics;
     if (::SetFileInformationByHandle(file.get(), kRenameInfoEx, info, size)) return ERROR_SUCCESS;
     info->flags = kReplace;
@@ -161,7 +167,8 @@ DWORD setSize(const platform::FileHandle& file, LARGE_INTEGER size) {
 }
 
 // Overwrites the content of the file. The file is extended first, which allocates the disk space, so that a full disk
-// leaves the old content intact; it is shortened last.
+// leaves the old content intact; it is shortened last. write must not throw, because the old size would not be
+// restored.
 template <class Write>
 DWORD overwrite(const platform::FileHandle& file, LARGE_INTEGER newSize, Write write) {
     LARGE_INTEGER oldSize{};
@@ -183,9 +190,8 @@ DWORD overwrite(const platform::FileHandle& file, std::string_view bytes) {
     return overwrite(file, size, [&] { return writeAll(file, bytes); });
 }
 
-// Copies a file from its beginning to its end.
-DWORD copyAll(const platform::FileHandle& from, const platform::FileHandle& to) {
-    std::vector<char> block(std::size_t{64} << 10);
+// Copies a file from its beginning to its end, through the block.
+DWORD copyAll(const platform::FileHandle& from, const platform::FileHandle& to, std::vector<char>& block) {
     DWORD error = errorOf(::SetFilePointerEx(from.get(), LARGE_INTEGER{}, nullptr, FILE_BEGIN));
     for (DWORD got = 1; error == ERROR_SUCCESS && got != 0;) {
         error = errorOf(::ReadFile(from.get(), block.data(), static_cast<DWORD>(block.size()), &got,
@@ -198,7 +204,8 @@ DWORD copyAll(const platform::FileHandle& from, const platform::FileHandle& to) 
 DWORD overwriteWith(const platform::FileHandle& from, const platform::FileHandle& file) {
     LARGE_INTEGER size{};
     if (!::GetFileSizeEx(from.get(), &size)) return ::GetLastError();
-    return overwrite(file, size, [&] { return copyAll(from, file); });
+    std::vector<char> block(std::size_t{64} << 10);  // allocated while the file still has its old size
+    return overwrite(file, size, [&] { return copyAll(from, file, block); });
 }
 
 platform::FileHandle createTemporary() {
@@ -292,9 +299,11 @@ DWORD FileReplacement::commitPieces() {
 }
 
 DWORD FileReplacement::takePlace() {
+    // Allocated while the new file is still marked for deletion, so that an exception leaves no file behind.
+    std::vector<std::byte> target = renameInfo(mTarget);
     // Before the renaming: with the mark the file would be deleted under its new name when it is closed.
     if (const DWORD error = setDeleteOnClose(mNew, false)) return error;
-    const DWORD error = whileBusy(ERROR_ACCESS_DENIED, [&] { return moveOver(mNew, mTarget); });
+    const DWORD error = whileBusy(ERROR_ACCESS_DENIED, [&] { return moveOver(mNew, target); });
     if (error != ERROR_SUCCESS) setDeleteOnClose(mNew, true);
     return error;
 }

@@ -22,7 +22,8 @@ bool isDiskFile(const platform::FileHandle& file);
 // file can be created in the folder, if the old file has other hard links, is encrypted or compressed, or if another
 // process has it open without sharing deletion.
 //
-// Both steps return the error of Windows, or ERROR_SUCCESS.
+// Both steps return the error of Windows, or ERROR_SUCCESS. Without memory they throw std::bad_alloc; the old file is
+// unchanged then, and the new one is deleted with this object.
 class FileReplacement {
 public:
     // An absolute path, as toExtendedPath returns it: the working folder may change between the steps.

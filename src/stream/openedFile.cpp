@@ -2,6 +2,7 @@
 #include "stream/openedFile.h"
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
 #include <utility>
 
@@ -154,6 +155,13 @@ DWORD OpenedFile::resize(std::uint64_t bytes) const { return setEnd(mHandle, byt
 
 DWORD OpenedFile::flushToDisk() const { return files::errorOf(::FlushFileBuffers(mHandle)); }
 
-DWORD OpenedFile::commit() { return mReplacement ? mReplacement->commitPieces() : ERROR_SUCCESS; }
+DWORD OpenedFile::commit() noexcept {
+    if (!mReplacement) return ERROR_SUCCESS;
+    try {
+        return mReplacement->commitPieces();
+    } catch (const std::exception&) {  // std::bad_alloc
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
 
 }  // namespace xo::stream

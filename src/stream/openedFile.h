@@ -36,7 +36,7 @@ public:
     DWORD resize(std::uint64_t bytes) const;
     DWORD flushToDisk() const;
     // With OpenReplace: puts the new file in the place of the old one. Otherwise nothing is left to do.
-    DWORD commit();
+    DWORD commit() noexcept;
 
 private:
     DWORD openReplacement(std::wstring path);

@@ -2,6 +2,7 @@
 #include <random>
 
 #include "log/logFixture.h"
+#include "support/allocationCount.h"
 #include "support/child.h"
 #include "support/importHook.h"
 #include "support/openHandles.h"
@@ -411,6 +412,28 @@ TEST_F(Devices, ReplaceAtOnceOrNotAtAll) {
     for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(mFolder.widePath())) ++files;
     EXPECT_EQ(files, 1U) << "nothing is left behind";
     EXPECT_EQ(openHandles(), handles);
+}
+
+TEST_F(Devices, ReplaceNothingWithoutMemory) {
+    mFolder.write("a.bin", "old");
+    for (const std::ptrdiff_t names : {1, 2}) {  // with two, the file is overwritten in place
+        if (names == 2)
+            ASSERT_TRUE(::CreateHardLinkW((mFolder.widePath() / "b.bin").c_str(),
+                                          (mFolder.widePath() / "a.bin").c_str(), /*lpSecurityAttributes=*/nullptr));
+        File file;
+        ASSERT_TRUE(open(file, File::OpenReplace));
+        file << "a longer text";
+        bool isDone = true;
+        {
+            const ScarceMemory none(0);
+            ASSERT_TRUE(none.isInstalled());
+            isDone = file.close();
+        }
+        EXPECT_FALSE(isDone || file.isOpen()) << names;
+        EXPECT_EQ(file.getError().getErrorCode(), ERROR_NOT_ENOUGH_MEMORY) << names;
+        EXPECT_EQ(onDisk(), "old");
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder.widePath()), {}), names);
+    }
 }
 
 TEST_F(Devices, ReplaceNothingWhenTheProcessIsKilled) {
