@@ -14,7 +14,8 @@ struct Map::Merge {
     bool asList;
     std::vector<std::pair<Map*, xoVariant>> waiting;  // a map, and the MAP whose entries go into it
 
-    // Makes the existing value one that holds both: a merged map, a STRINGLIST or a LIST.
+    // Makes the existing value one that holds both: a merged map, a STRINGLIST or a LIST. What holds them is complete
+    // before the existing value moves into it, so that an exception leaves that value where it was.
     void combine(xoVariant& existing, xoVariant&& added);
     bool combineAlike(xoVariant& existing, xoVariant& added);
     // Moves all entries of the source into the target. Two maps under one key are added to waiting instead.
@@ -26,10 +27,10 @@ struct Map::Merge {
 void Map::Merge::combine(xoVariant& existing, xoVariant&& added) {
     if (!asList && combineAlike(existing, added)) return;
     if (existing.getType() != LIST) {  // a LIST gets the value as a further element
-        List list;
-        list.reserve(2);
-        list.push_back(std::move(existing));
-        existing = std::move(list);
+        xoVariant both(LIST);
+        both.editList().reserve(2);
+        both.editList().push_back(std::move(existing));
+        existing = std::move(both);
     }
     existing.editList().push_back(std::move(added));
 }
@@ -42,10 +43,10 @@ bool Map::Merge::combineAlike(xoVariant& existing, xoVariant& added) {
     }
     if (added.getType() != STRING) return false;
     if (existing.getType() == STRING) {
-        std::vector<std::string> strings;
-        strings.reserve(2);
-        strings.push_back(std::move(existing.editString()));
-        existing = std::move(strings);
+        xoVariant both(STRINGLIST);
+        both.editStringList().reserve(2);
+        both.editStringList().push_back(std::move(existing.editString()));
+        existing = std::move(both);
     }
     if (existing.getType() != STRINGLIST) return false;
     existing.editStringList().push_back(std::move(added.editString()));

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "support/allocationCount.h"
 #include "variant/trees.h"
 
 namespace {
@@ -66,6 +67,33 @@ TEST(VariantMerge, KeepsBothSides) {
     values = map("m", map("m", 1, "n", 2));
     values.mergeWith(values["m"].getMap());
     EXPECT_EQ(values, map("m", list(map("m", 1, "n", 2), 1), "n", 2));
+}
+
+TEST(VariantMerge, LosesNothingWhenMemoryRunsOut) {
+    ASSERT_TRUE(ScarceMemory(SIZE_MAX).isInstalled());
+    const std::string text = "a text that is longer than a short one";
+    const Map rows[] = {map("k", 1), map("k", text), map("k", Strings{text}), map("k", list(text)),
+                        map("k", map("k", text))};
+    for (const Map& before : rows) {
+        for (const Map& other : rows) {
+            for (const bool asList : {false, true}) {
+                Map expected = before;
+                expected.mergeWith(other, asList);
+                bool hasFailed = true;
+                for (int blocks = 0; hasFailed; ++blocks) {
+                    Map values = before;
+                    try {
+                        const ScarceMemory memory(SIZE_MAX, blocks);
+                        hasFailed = false;
+                        values.mergeWith(other, asList);
+                    } catch (const std::bad_alloc&) {
+                        hasFailed = true;
+                    }
+                    EXPECT_EQ(values, hasFailed ? before : expected) << blocks;
+                }
+            }
+        }
+    }
 }
 
 TEST(VariantFlatten, JoinsKeysDownToTheLeaves) {
