@@ -186,6 +186,8 @@ private:
         }
     }
 
+    bool isFrameless() const { return mLook.right.empty(); }
+
     std::size_t frameWidth() const { return mLook.frameWidth + mLook.gapWidth * (mPlaces.size() - 1); }
 
     void limitWidths() {
@@ -231,7 +233,9 @@ private:
         }
     }
 
+    // Not without a frame, where no blanks fill a line to its end: one wide cell would make that far too much.
     void reserve() {
+        if (isFrameless()) return;
         std::size_t line = frameWidth() + 1;
         for (const Place& place : mPlaces) line += place.width;
         // One line for each row, and the titles and rules: enough for ASCII text without broken cells and row lines.
@@ -332,28 +336,55 @@ private:
     void drawLines(std::size_t count) {
         for (std::size_t line = 0; line != count; ++line) {
             const std::size_t begin = mOut.size();
-            mOut.resize(begin + lineSize(line));
+            const std::size_t columns = columnsIn(line);
+            mOut.resize(begin + lineSize(line, columns));
             char* out = put(mOut.data() + begin, mLook.left);
-            for (std::size_t i = 0; i != mPlaces.size(); ++i) {
+            for (std::size_t i = 0; i != columns; ++i) {
                 if (i != 0) out = put(out, mLook.between);
-                out = putPiece(out, mPlaces[i].line(line), mPlaces[i]);
+                const Piece piece = mPlaces[i].line(line);
+                Blanks blanks = blanksOf(piece, mPlaces[i]);
+                if (i + 1 == columns && isFrameless()) blanks.behind = 0;
+                out = putPiece(out, piece, blanks);
             }
             *put(out, mLook.right) = '\n';
-            if (mLook.right.empty()) trimLine(begin);
+            if (isFrameless()) trimLine(begin);
         }
+    }
+
+    // Without a frame, empty cells at the end of a line are left out, and no blanks fill the last column.
+    std::size_t columnsIn(std::size_t line) const {
+        std::size_t count = mPlaces.size();
+        while (isFrameless() && count != 0 && mPlaces[count - 1].line(line).text.empty()) --count;
+        return count;
     }
 
     // In bytes: those of the pieces, which may be more than the columns that they take, and of the blanks beside them.
-    std::size_t lineSize(std::size_t line) const {
-        std::size_t size = mLook.left.size() + mLook.between.size() * (mPlaces.size() - 1) + mLook.right.size() + 1;
-        for (const Place& place : mPlaces) {
-            const Piece piece = place.line(line);
-            size += piece.text.size() + place.width - piece.width;
+    std::size_t lineSize(std::size_t line, std::size_t columns) const {
+        if (columns == 0) return 1;  // the line feed
+        std::size_t size = mLook.left.size() + mLook.between.size() * (columns - 1) + mLook.right.size() + 1;
+        for (std::size_t i = 0; i != columns; ++i) {
+            const Piece piece = mPlaces[i].line(line);
+            size += piece.text.size() + mPlaces[i].width - piece.width;
         }
-        return size;
+        if (!isFrameless()) return size;
+        const Place& last = mPlaces[columns - 1];
+        return size - blanksOf(last.line(line), last).behind;
     }
 
-    // Removes the blanks at the end of the last line, which no frame ends.
+    // The blanks that fill the column of a piece. In a centered column the odd one is behind the piece.
+    struct Blanks {
+        std::size_t before, behind;
+    };
+
+    static Blanks blanksOf(const Piece& piece, const Place& place) {
+        const std::size_t blanks = place.width - piece.width;
+        const std::size_t before = place.align == Builder::AlignRight    ? blanks
+                                   : place.align == Builder::AlignCenter ? blanks / 2
+                                                                         : 0;
+        return {before, blanks - before};
+    }
+
+    // Removes the blanks at the end of the last line, those that a text ends with, since no frame shows them.
     void trimLine(std::size_t begin) {
         mOut.pop_back();
         mOut.resize((std::max)(mOut.find_last_not_of(' ') + 1, begin));
@@ -362,14 +393,9 @@ private:
 
     static char* put(char* out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
 
-    // Writes the piece and the blanks that fill its column. In a centered column the odd blank is behind the piece.
-    static char* putPiece(char* out, const Piece& piece, const Place& place) {
-        const std::size_t blanks = place.width - piece.width;
-        const std::size_t before = place.align == Builder::AlignRight    ? blanks
-                                   : place.align == Builder::AlignCenter ? blanks / 2
-                                                                         : 0;
-        out = put(std::fill_n(out, before, ' '), piece.text);
-        return std::fill_n(out, blanks - before, ' ');
+    static char* putPiece(char* out, const Piece& piece, const Blanks& blanks) {
+        out = put(std::fill_n(out, blanks.before, ' '), piece.text);
+        return std::fill_n(out, blanks.behind, ' ');
     }
 
     const TableContent& mContent;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "support/allocationCount.h"
 #include "support/child.h"
 #include "xoSystem/xoAsciiTableBuilder.h"
 #include "xoSystem/xoStringUtils.h"
@@ -190,6 +191,21 @@ TEST(AsciiTable, HoldsManyColumns) {
     EXPECT_EQ(linesOf(table.build()).at(0).size(), Builder::kMaxColumns * 3 - 2);
     EXPECT_EQ(Builder(Lines(Builder::kMaxColumns + 1, "t")).setStyle(Builder::StylePlain).build().size(),
               Builder::kMaxColumns * 3 - 1);
+}
+
+TEST(AsciiTable, TakesNoMoreMemoryThanItsTextWithoutAFrame) {
+    const std::string wide(1U << 20, 'w');
+    Builder table;
+    table.addRow({"key", wide});
+    std::string expected = "key  " + wide + "\n";
+    for (int row = 0; row != 1000; ++row) {
+        table.addRow({"k", row % 2 == 0 ? "v" : ""});
+        expected += row % 2 == 0 ? "k    v\n" : "k\n";
+    }
+    table.setStyle(Builder::StylePlain);
+    const xo::tests::ScarceMemory little(4 * wide.size());
+    ASSERT_TRUE(little.isInstalled());
+    EXPECT_TRUE(table.build() == expected);
 }
 
 TEST(AsciiTable, ComesFromMapsListsAndRows) {
