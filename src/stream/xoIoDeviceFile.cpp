@@ -128,7 +128,7 @@ bool xoIoDeviceFile::Private::failWrite(DWORD code) {
 
 // Using a file that is not open is an error of its own; it stays until the next open.
 bool xoIoDeviceFile::Private::canTransfer() {
-    if (!file.isOpen()) hasFailed = true;
+    if (!file.isOpen()) fail(ERROR_INVALID_HANDLE);
     return !hasFailed;
 }
 

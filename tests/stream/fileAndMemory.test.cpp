@@ -192,9 +192,11 @@ TEST_F(Devices, OpenOnlyFilesOnADisk) {
         for (const File::OpenMode mode : {File::OpenWrite, File::OpenAppend, File::OpenReplace}) {
             File file;
             EXPECT_EQ(file.openUtf8(name, mode), isFile) << name << ' ' << mode;
-            EXPECT_EQ(file.getError().getErrorCode() == 0, isFile) << name;
+            const int error = file.getError().getErrorCode();
+            EXPECT_EQ(error == 0, isFile) << name;
             EXPECT_EQ(file.isOpen(), isFile);
             file << "x";
+            EXPECT_EQ(file.getError().getErrorCode(), error) << name;
             EXPECT_TRUE(file.good() == isFile && file.close() == isFile && file.hasError() != isFile) << name;
         }
     }
@@ -231,7 +233,9 @@ TEST_F(Devices, AreClosedForEverythingWhenTheyAreClosed) {
         EXPECT_TRUE(file.atEnd()) << "a loop that reads to the end must end";
         EXPECT_EQ(file.getSize() + file.tellg() + file.tellp(), 0U);
         EXPECT_TRUE(file.readBytes(nullptr, 0) == 0 && file.writeBytes(nullptr, 0) == 0 && file.good());
+        EXPECT_EQ(file.getError().getErrorCode(), 0);
         EXPECT_TRUE(file.readBytes(&byte, 1) + file.writeBytes(&byte, 1) == 0 && file.hasError());
+        EXPECT_EQ(file.getError().getErrorCode(), ERROR_INVALID_HANDLE);
     }
 }
 
