@@ -1,11 +1,9 @@
 #include "stream/deviceMessage.h"
 
-#include "xoSystem/xoLog.h"
-
 namespace xo::stream {
 
-void report(const char* message) {
-    if (xoLog* const log = xoLog::editPtr()) xoLogObject(xoLogCritical, /*qualifier=*/nullptr, log) << message;
+void report(std::string_view message, std::string_view path) noexcept {
+    writeLine(xoLogCritical, /*qualifier=*/nullptr, [&](xoLogObject& line) { line << message << path; });
 }
 
 }  // namespace xo::stream

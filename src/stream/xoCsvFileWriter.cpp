@@ -2,9 +2,9 @@
 #include <new>
 #include <string_view>
 
+#include "stream/deviceMessage.h"
 #include "xoSystem/xoCsvStream.h"
 #include "xoSystem/xoIoDeviceFile.h"
-#include "xoSystem/xoLog.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
@@ -12,14 +12,6 @@ namespace {
 
 // U+FEFF in UTF-8. Spreadsheet programs recognise UTF-8 by it; without it many assume the code page of the system.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-// Without memory the line is lost.
-void report(const char* message, const std::string& path) noexcept {
-    try {
-        xoLogObject(xoLogCritical) << message << path;
-    } catch (const std::bad_alloc&) {
-    }
-}
 
 struct Settings {
     std::string folder;
@@ -97,7 +89,7 @@ void xoCsvFileWriter::openNextFile() {
     // Also after a failure: the first write to the closed device then clears the stream's flag.
     self.stream.setDevice(&self.device);
     if (!isOpen) {
-        report("Fail to open csv file ", self.path);
+        stream::report("Fail to open csv file ", self.path);
     } else if (self.settings.writeByteOrderMark) {
         self.device << std::string(kByteOrderMark);
     }

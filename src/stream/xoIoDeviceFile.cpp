@@ -7,10 +7,10 @@
 #include <new>
 #include <string_view>
 
+#include "stream/deviceMessage.h"
 #include "stream/openedFile.h"
 #include "stream/seekTarget.h"
 #include "stream/shortCopy.h"
-#include "xoSystem/xoLog.h"
 
 namespace xo {
 namespace {
@@ -99,17 +99,12 @@ std::uint64_t xoIoDeviceFile::Private::size() const {
 
 // ---- failing
 
-// Logs the reason, or without one the system's text for the code. The destructor may call it, so it must not throw:
-// when memory runs out, the line is lost.
+// Logs the reason, or without one the system's text for the code.
 void xoIoDeviceFile::Private::log(xoLogType type, const char* what, DWORD code, const char* reason) const noexcept {
-    xoLog* const target = xoLog::editPtr();
-    if (!target || !target->isLogTypeEnabled(type)) return;
-    try {
-        xoLogObject(type, type == xoLogDebug ? "IoDeviceFile" : nullptr, target)
-            << "xoIoDeviceFile " << what << " \"" << std::string_view(path)
-            << "\": " << std::string_view(reason ? reason : SystemError(code).toString());
-    } catch (const std::exception&) {
-    }
+    stream::writeLine(type, type == xoLogDebug ? "IoDeviceFile" : nullptr, [&](xoLogObject& line) {
+        line << "xoIoDeviceFile " << what << " \"" << std::string_view(path)
+             << "\": " << std::string_view(reason ? reason : SystemError(code).toString());
+    });
 }
 
 // The first error is the one that getError() returns: later ones are mostly its consequences.
