@@ -17,15 +17,15 @@ namespace {
 constexpr char kOpenFailed[] = "Failed to open the file";
 
 // Shares everything: a file that another program appends to or wants to delete can be read.
-platform::FileHandle openForReading(const std::string& path) {
-    return platform::openFile(platform::toApiPath(path), GENERIC_READ, platform::kShareAll, OPEN_EXISTING,
-                              FILE_FLAG_SEQUENTIAL_SCAN);
+platform::FileHandle openForReading(const std::wstring& path) {
+    return platform::openFile(path, GENERIC_READ, platform::kShareAll, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
 }
 
 }  // namespace
 
 struct xoCsvFileReader::Private {
-    std::string fileName;        // empty until one is set
+    std::string fileName;        // as it was given; empty until one is set
+    std::wstring fullPath;       // absolute: a copy opens the same file when the working folder has changed
     bool isOpenPending = false;  // in a copy, until it first parses
     platform::FileHandle file;
     stream::CsvDialect dialect;
@@ -52,6 +52,7 @@ struct xoCsvFileReader::Private {
 // A copy does not share the handle, whose position both would move. It opens the file again when it first parses.
 void xoCsvFileReader::Private::copyFrom(const Private& other) {
     fileName = other.fileName;
+    fullPath = other.fullPath;
     isOpenPending = !fileName.empty();
     dialect = other.dialect;
     parser.setTable(other.parser.table());
@@ -64,7 +65,8 @@ void xoCsvFileReader::Private::setFileName(const std::string& path) {
     file.reset();
     fileName.clear();
     attempt([&] {
-        platform::FileHandle opened = openForReading(path);
+        fullPath = platform::toExtendedPath(platform::toWide(path));
+        platform::FileHandle opened = openForReading(fullPath);
         fileName = path;  // also after a failure, so that setting the same name does not try again
         file = std::move(opened);
         return file || fail(kOpenFailed);
@@ -80,7 +82,7 @@ bool xoCsvFileReader::Private::start() {
 }
 
 bool xoCsvFileReader::Private::openAndStart() {
-    if (std::exchange(isOpenPending, false)) file = openForReading(fileName);
+    if (std::exchange(isOpenPending, false)) file = openForReading(fullPath);
     if (!file) return fail(kOpenFailed);
     LARGE_INTEGER size{};
     // The handle is kept from one parse to the next, and may be anywhere in the file.

@@ -2,6 +2,7 @@
 #include <new>
 #include <string_view>
 
+#include "platform/wideText.h"
 #include "stream/deviceMessage.h"
 #include "xoSystem/xoCsvStream.h"
 #include "xoSystem/xoIoDeviceFile.h"
@@ -13,8 +14,23 @@ namespace {
 // U+FEFF in UTF-8. Spreadsheet programs recognise UTF-8 by it; without it many assume the code page of the system.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+// With a separator at the end, for a name behind it.
+std::string asPrefix(std::string folder) {
+    if (folder.empty() || (folder.back() != '/' && folder.back() != '\\')) folder += '/';
+    return folder;
+}
+
+// Unchanged where it has the "\\?\" prefix already, and where it names no folder.
+std::string makeAbsolute(const std::string& folder) {
+    const std::wstring given = platform::toWide(folder);
+    const std::wstring extended = platform::toExtendedPath(given);
+    if (extended.empty() || extended == given) return folder;
+    return platform::toUtf8(platform::withoutExtendedPrefix(extended));
+}
+
 struct Settings {
-    std::string folder;
+    std::string folder;      // as it was given, for messages
+    std::string fullFolder;  // absolute, so that all files are in one folder when the working folder changes
     std::string baseName;
     unsigned maxRowsPerFile;  // at least 1
     bool writeByteOrderMark;
@@ -25,18 +41,16 @@ struct Settings {
 struct xoCsvFileWriter::Private {
     Settings settings;
     unsigned nextFile;
-    std::string path;  // of the last file, for error messages
+    std::string path;  // of the last file as it was given, for messages
     xoIoDeviceFile device;
     xoCsvStream stream;  // writes to the device from the first file on
 
-    std::string nextPath();
+    std::string nextName();
 };
 
 // The number is used up even if the file cannot be created.
-std::string xoCsvFileWriter::Private::nextPath() {
-    std::string next = settings.folder;
-    if (next.empty() || (next.back() != '/' && next.back() != '\\')) next += '/';
-    next += settings.baseName;
+std::string xoCsvFileWriter::Private::nextName() {
+    std::string next = settings.baseName;
     if (nextFile != 0) next += " (" + xoStringUtils::fromUInt(nextFile, 1) + ")";
     ++nextFile;
     return next + ".csv";
@@ -44,7 +58,8 @@ std::string xoCsvFileWriter::Private::nextPath() {
 
 xoCsvFileWriter::xoCsvFileWriter(const std::string& folder, const std::string& baseName, unsigned int maxRowsPerFile,
                                  char separator, char quote, const std::string& endOfLine, bool writeByteOrderMark)
-    : mPrivate(new Private{{folder, baseName, maxRowsPerFile != 0 ? maxRowsPerFile : 1, writeByteOrderMark},
+    : mPrivate(new Private{{asPrefix(folder), makeAbsolute(asPrefix(folder)), baseName,
+                            maxRowsPerFile != 0 ? maxRowsPerFile : 1, writeByteOrderMark},
                            /*nextFile=*/0,
                            /*path=*/{},
                            /*device=*/{},
@@ -82,8 +97,10 @@ void xoCsvFileWriter::openNextFile() {
     Private& self = *mPrivate;
     bool isOpen = false;
     try {
-        self.path = self.nextPath();
-        isOpen = self.device.openUtf8(self.path, xoIoDeviceFile::OpenWrite, xoIoDeviceFile::ShareAll);
+        const std::string name = self.nextName();
+        self.path = self.settings.folder + name;
+        isOpen =
+            self.device.openUtf8(self.settings.fullFolder + name, xoIoDeviceFile::OpenWrite, xoIoDeviceFile::ShareAll);
     } catch (const std::bad_alloc&) {
     }
     // Also after a failure: the first write to the closed device then clears the stream's flag.

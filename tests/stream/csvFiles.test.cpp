@@ -121,6 +121,27 @@ TEST_F(CsvFiles, TheWriterGoesOnInTheNextFile) {
     EXPECT_EQ(mFolder.read("one.csv") + mFolder.read("one (1).csv"), "01");
 }
 
+TEST_F(CsvFiles, RelativeNamesKeepTheirFolder) {
+    ASSERT_TRUE(xoDirUtils::MkpathUtf8(mFolder.path("later")));
+    const std::string before = xoDirUtils::GetCurrentWorkingDirUtf8();
+    ASSERT_TRUE(xoDirUtils::SetCurrentWorkingDirUtf8(mFolder.path()));
+    xoCsvFileWriter writer(".", "a", 1), lost("none", "a", 1);
+    writer.getStream() << 1 << kRowEnd;
+    mFolder.write("b.csv", "2");
+    xoCsvFileReader reader(true);
+    reader.setFileName("b.csv");
+    ASSERT_TRUE(xoDirUtils::SetCurrentWorkingDirUtf8("later"));
+    xoCsvFileReader copy(reader);
+    EXPECT_TRUE(copy.parseCsvFile()) << copy.getLastError();
+    writer.getStream() << 3 << kRowEnd;
+    lost.getStream();
+    writer = lost;  // closes the file
+    ASSERT_TRUE(xoDirUtils::SetCurrentWorkingDirUtf8(before));
+    EXPECT_EQ(copy.getTable(), xoCsvFileReader::Table{{2}});
+    EXPECT_EQ(mFolder.read("a.csv") + mFolder.read("a (1).csv"), "13");
+    EXPECT_THAT(takeLines(), ElementsAre("3()Fail to open csv file none/a.csv"));
+}
+
 int WINAPI failToWrite(HANDLE, const void*, DWORD, DWORD*, OVERLAPPED*) {
     ::SetLastError(ERROR_DISK_FULL);
     return 0;
