@@ -6,9 +6,11 @@
 #include <string>
 #include <string_view>
 
+#include "platform/pathSyntax.h"
+
 namespace xo::files {
 
-inline bool isSeparator(wchar_t c) noexcept { return c == L'\\' || c == L'/'; }
+using platform::isSeparator;
 
 // Whether the name is "." or "..".
 inline bool isDots(std::wstring_view name) noexcept { return name == L"." || name == L".."; }

@@ -15,11 +15,10 @@ namespace xo {
 namespace {
 
 using files::isSeparator;
+using platform::hasNul;
 using platform::toApiPath;
 using platform::toUtf8;
 using platform::toWide;
-
-bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
 
 // The name as the shell displays it. The shell may hide an extension or translate a name, and it accepts neither long
 // paths nor "\\?\". So its answer is used only if it differs in nothing but case.

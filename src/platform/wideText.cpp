@@ -5,6 +5,7 @@
 #include <iterator>
 #include <limits>
 
+#include "platform/pathSyntax.h"
 #include "platform/windows.h"
 
 namespace xo::platform {
@@ -38,8 +39,6 @@ std::string narrow(UINT codePage, std::wstring_view wide) {
 
 bool startsWith(std::wstring_view text, std::wstring_view prefix) { return text.substr(0, prefix.size()) == prefix; }
 
-bool hasNul(std::wstring_view text) { return text.find(L'\0') != std::wstring_view::npos; }
-
 // With these prefixes Windows accepts any length:
 // https://learn.microsoft.com/windows/win32/fileio/maximum-file-path-limitation
 constexpr wchar_t kExtended[] = LR"(\\?\)";
@@ -48,16 +47,11 @@ constexpr wchar_t kExtendedShare[] = LR"(\\?\UNC\)";
 // Paths with these prefixes are passed to the file system unchanged.
 bool isExtended(std::wstring_view path) { return startsWith(path, kExtended) || startsWith(path, LR"(\\.\)"); }
 
-bool isSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
-
 // An upper bound for the length of the path after Windows has made it absolute.
 std::size_t absoluteLength(const std::wstring& path) {
-    const bool hasDrive = path.size() >= 2 && path[1] == L':';
-    const bool isAbsolute = hasDrive ? path.size() >= 3 && isSeparator(path[2])
-                                     : path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1]);
-    if (isAbsolute) return path.size();
+    if (isAbsolutePath(path)) return path.size();
     // Each drive has a working folder of its own.
-    if (hasDrive) return ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    if (beginsWithDrive(path)) return ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
     return ::GetCurrentDirectoryW(0, nullptr) + path.size();
 }
 

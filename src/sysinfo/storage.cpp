@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/openFile.h"
+#include "platform/quietErrors.h"
 #include "platform/wideText.h"
 #include "sysinfo/graphics.h"
 #include "sysinfo/mainDisk.h"
@@ -80,19 +81,6 @@ void reportVolume(Section section, std::wstring volume, const std::wstring& path
     volume.pop_back();  // with its separator the name means the root folder, without it the device
     if (const auto disk = diskNumberOf(volume)) section.setAnyNumber("disk", *disk);
 }
-
-// While it exists, calls of this thread fail for a drive without a medium. Otherwise the system might show a message
-// box that asks the user for one.
-class QuietErrors {
-public:
-    QuietErrors() { ::SetThreadErrorMode(SEM_FAILCRITICALERRORS, &mBefore); }
-    ~QuietErrors() { ::SetThreadErrorMode(mBefore, nullptr); }
-    QuietErrors(const QuietErrors&) = delete;
-    QuietErrors& operator=(const QuietErrors&) = delete;
-
-private:
-    DWORD mBefore = 0;
-};
 
 // The index is STORAGE_BUS_TYPE. https://learn.microsoft.com/windows/win32/api/winioctl/ne-winioctl-storage_bus_type
 constexpr const char* kBuses[] = {
@@ -176,7 +164,7 @@ Map reportGraphics() {
 }
 
 Map reportVolumes(bool withIdentity) {
-    const QuietErrors quiet;
+    const platform::QuietErrors quiet;
     Map map;
     wchar_t volume[kVolumeName] = L"";
     std::size_t number = 0;
@@ -193,7 +181,7 @@ Map reportDisks(bool withIdentity) {
     // The numbers have gaps where disks were removed, so a missing disk does not end the search; 64 is far more than a
     // desktop machine has.
     constexpr unsigned kDisks = 64;
-    const QuietErrors quiet;
+    const platform::QuietErrors quiet;
     const bool isMadeUp = !wineVersion().empty();
     const auto mainDisk = diskNumberOf(LR"(\\.\)" + systemDrive());
     Map map;
