@@ -61,12 +61,12 @@ std::string serialText(DWORD serial) {
 }
 
 // The volume is a name that ends with a separator, as FindFirstVolumeW returns it.
-void reportVolume(Section section, std::wstring volume, const std::wstring& path, bool withIdentity) {
+void reportVolume(Section section, std::wstring volume, const std::wstring& path, const char* kind, bool withIdentity) {
     wchar_t label[MAX_PATH + 1] = L"", fileSystem[MAX_PATH + 1] = L"";
     DWORD serial = 0;
     ULARGE_INTEGER total{}, free{};
     section.set("path", platform::toUtf8(path));
-    section.set("kind", volumeKind(path));
+    section.set("kind", kind);
     if (::GetVolumeInformationW(path.c_str(), label, MAX_PATH + 1, &serial, nullptr, nullptr, fileSystem,
                                 MAX_PATH + 1)) {
         section.set("fileSystem", platform::toUtf8(fileSystem));
@@ -172,7 +172,9 @@ Map reportVolumes(bool withIdentity) {
     if (!search) return map;
     do {
         const std::wstring path = mountedAt(volume);
-        if (!path.empty() && volumeKind(path)) reportVolume(Section(map).below(number++), volume, path, withIdentity);
+        // Asked once: a drive may be removed at any moment.
+        const char* const kind = path.empty() ? nullptr : volumeKind(path);
+        if (kind) reportVolume(Section(map).below(number++), volume, path, kind, withIdentity);
     } while (::FindNextVolumeW(search.get(), volume, kVolumeName));
     return map;
 }

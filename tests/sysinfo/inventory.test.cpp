@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
 #include "log/logFixture.h"
+#include "platform/windows.h"
+#include "support/importHook.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoCpuInfo.h"
 #include "xoSystem/xoDirectXDeviceInfo.h"
@@ -118,6 +120,17 @@ TEST_F(Inventory, IdentityIsToldWhenItIsAskedFor) {
     for (const auto& [key, value] : leavesOf(Utils::GetReport(Utils::ReportDisks | Utils::ReportMachine | 256)))
         for (const char* const madeUp : {"/bytes", "/model", "disk/0/serial", "/main", "module"})
             EXPECT_EQ(key.find(madeUp), std::string::npos) << key;
+}
+
+// Every drive is removed as soon as it has been asked for its kind.
+int asks = 0;
+UINT WINAPI fixedOnce(LPCWSTR) { return asks++ % 2 == 0 ? DRIVE_FIXED : DRIVE_NO_ROOT_DIR; }
+
+TEST_F(Inventory, ADriveMayGoDuringTheReport) {
+    const ImportHook hook("xoSystem.dll", "GetDriveTypeW", &fixedOnce);
+    const Map report = Utils::GetReport(Utils::ReportVolumes, 60000);
+    EXPECT_EQ(report.getValuePath("volume/0/kind").toString(), "fixed");
+    EXPECT_EQ(report.findPath("incomplete"), nullptr);
 }
 
 TEST_F(Inventory, WithoutTimePartsAreLeftOutAndNamed) {
