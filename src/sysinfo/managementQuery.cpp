@@ -75,11 +75,11 @@ xoVariant toList(const Com& com, SAFEARRAY* array, VARTYPE kind, CIMTYPE type) {
     return list;
 }
 
-// The kinds that toVariant above converts. Others (null, objects) are rejected before an element is copied,
-// because a copied object would have to be released.
+// Whether toVariant above converts the kind. Others (null, objects) are rejected before an element is copied, because a
+// copied object would have to be released.
 bool isSimple(VARTYPE kind) {
-    return kind == VT_BOOL || kind == VT_BSTR || kind == VT_R4 || kind == VT_R8 || kind == VT_I1 || kind == VT_I2 ||
-           kind == VT_I4 || kind == VT_I8 || kind == VT_UI1 || kind == VT_UI2 || kind == VT_UI4 || kind == VT_UI8;
+    constexpr std::uint64_t kZero = 0;  // a value of every kind
+    return !toVariant(&kZero, kind, CIM_EMPTY).isNull();
 }
 
 xoVariant toVariant(const Com& com, const VARIANT& value, CIMTYPE type) {
@@ -146,6 +146,13 @@ namespace xo {
 bool xoSystemUtils::QueryManagementUtf8(const std::string& wql, xoVariant::xoVariantListImpl& rows, unsigned timeoutMs,
                                         const std::string& nameSpace) {
     rows.clear();
+    const auto fail = [&](const char* reason) {
+        xoLogObject(xoLogDebug, "SystemInfo", xoLog::editPtr(), nullptr)
+            << "the management service " << reason << ": " << std::string_view(wql);
+        return false;
+    };
+    // The service would get the text up to the NUL, which is another query.
+    if (wql.find('\0') != std::string::npos || nameSpace.find('\0') != std::string::npos) return fail("refused");
     // Shared with the thread, which may write after this function has returned.
     const auto answer = std::make_shared<sysinfo::Answer>();
     const sysinfo::Deadline deadline(timeoutMs);
@@ -155,10 +162,7 @@ bool xoSystemUtils::QueryManagementUtf8(const std::string& wql, xoVariant::xoVar
         rows = std::move(answer->rows);
         return true;
     }
-    xoLogObject(xoLogDebug, "SystemInfo", xoLog::editPtr(), nullptr)
-        << "the management service " << (isInTime ? "refused" : "did not answer in time") << ": "
-        << std::string_view(wql);
-    return false;
+    return fail(isInTime ? "refused" : "did not answer in time");
 }
 
 }  // namespace xo

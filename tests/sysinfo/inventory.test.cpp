@@ -166,7 +166,10 @@ TEST_F(Inventory, TheManagementServiceAnswersInTypedRows) {
         EXPECT_THAT(takeLines(),
                     testing::ElementsAre(std::string("0(SystemInfo)the management service refused: ") + query));
     }
-    EXPECT_FALSE(Utils::QueryManagementUtf8("SELECT * FROM Win32_OperatingSystem", rows, 60000, "ROOT\\NoSuch"));
+    const std::string query = "SELECT * FROM Win32_OperatingSystem";
+    EXPECT_FALSE(Utils::QueryManagementUtf8(query, rows, 60000, "ROOT\\NoSuch"));
+    EXPECT_FALSE(Utils::QueryManagementUtf8(query, rows, 60000, std::string("ROOT\\CIMV2\0", 11)));
+    EXPECT_FALSE(Utils::QueryManagementUtf8(query + '\0', rows, 60000));
     ASSERT_TRUE(Utils::QueryManagementUtf8("SELECT * FROM Win32_LogicalDisk WHERE DeviceID='Q:'", rows, 60000));
     EXPECT_TRUE(rows.empty());
 }
