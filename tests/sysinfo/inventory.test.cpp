@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <gmock/gmock.h>
 
 #include "log/logFixture.h"
@@ -67,7 +69,7 @@ TEST_F(Inventory, TheProcessorIsThatOfTheSystemAndTheCompiler) {
 }
 
 TEST_F(Inventory, TheReportHasDocumentedLeavesAndSurvivesAFile) {
-    const Map report = Utils::GetReport();
+    const Map report = Utils::GetReport(Utils::ReportAll, 60000);
     for (const char* const key : {"cpu/brand", "cpu/threads", "os/version", "os/architecture", "memory/physicalBytes",
                                   "memory/commitLimitBytes", "volume/0/path"})
         EXPECT_NE(report.findPath(key), nullptr) << key;
@@ -108,10 +110,18 @@ TEST_F(Inventory, TheReportHasDocumentedLeavesAndSurvivesAFile) {
 }
 
 TEST_F(Inventory, IdentityIsToldWhenItIsAskedFor) {
-    const Map report = Utils::GetReport(Utils::ReportOs | Utils::ReportVolumes | Utils::ReportIdentity);
+    const Map report = Utils::GetReport(Utils::ReportOs | Utils::ReportVolumes | Utils::ReportIdentity, 60000);
     EXPECT_NE(report.getValuePath("os/userName").toString(), "");
     EXPECT_NE(report.getValuePath("os/computerName").toString(), "");
     EXPECT_EQ(report.findPath("cpu"), nullptr) << "only what is asked for";
+    const std::filesystem::path volume = std::filesystem::u8path(report.getValuePath("volume/0/path").toString());
+    wchar_t label[MAX_PATH + 1] = L"";
+    DWORD serial = 0;
+    ASSERT_TRUE(::GetVolumeInformationW(volume.c_str(), label, MAX_PATH + 1, &serial, nullptr, nullptr, nullptr, 0));
+    char shown[16] = "";
+    if (serial != 0) std::snprintf(shown, sizeof shown, "%04X-%04X", HIWORD(serial), LOWORD(serial));
+    EXPECT_EQ(report.getValuePath("volume/0/serial").toString(), shown);
+    EXPECT_EQ(report.getValuePath("volume/0/label").toString(), std::filesystem::path(label).u8string());
     EXPECT_TRUE(Utils::GetReport(Utils::ReportIdentity).empty() && Utils::GetReport(0).empty());
     const Utils::OsVersion version = Utils::GetOsVersion();
     EXPECT_GE(version.major, 10u);
