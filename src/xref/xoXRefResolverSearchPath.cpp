@@ -7,6 +7,8 @@
 #include <tuple>
 
 #include "files/pathParts.h"
+#include "platform/pathSyntax.h"
+#include "platform/quietErrors.h"
 #include "platform/slimLock.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
@@ -21,25 +23,37 @@ using xref::FileIndex;
 using xref::Reference;
 using Match = xoXRefResolverSearchPath::Match;
 
-// Absolute with "/", without the prefix of an extended path and without a separator at its end unless it is a root.
-// Empty for what names nothing.
-std::string absolutePath(const std::string& path) {
-    const std::wstring full = platform::withoutExtendedPrefix(platform::toExtendedPath(platform::toWide(path)));
-    std::string text = platform::toUtf8(files::withoutTrailingSeparators(full));
+// Absolute, without the prefix of an extended path and without a separator at its end unless it is a root. Empty for
+// what names nothing.
+std::wstring absolutePath(std::wstring_view path) {
+    std::wstring full = platform::toExtendedPath(std::wstring(path));
+    // The path of a volume without a drive letter, "\\?\Volume{...}\", means nothing without the prefix.
+    if (std::wstring plain = platform::withoutExtendedPrefix(full); platform::isAbsolutePath(plain))
+        full = std::move(plain);
+    full.resize(files::withoutTrailingSeparators(full).size());
+    return full;
+}
+
+// UTF-8, with "/".
+std::string slashed(std::wstring_view path) {
+    std::string text = platform::toUtf8(path);
     std::replace(text.begin(), text.end(), '\\', '/');
     return text;
 }
 
 // The folder of a file, and from there as many folders up, but not above the root; it ends with "/". Empty for a
-// relative path, since the working folder says nothing about the document.
+// relative path, since the working folder says nothing about the document, and for what names no file.
 std::string folderOf(const std::string& file, std::size_t leavesFolders) {
-    if (xoDirUtils::IsPathRelativeUtf8(file) && file.compare(0, 2, "//") != 0) return {};
-    std::string path = absolutePath(file);
-    const std::size_t root = files::rootLength(platform::toWide(path));
+    const std::wstring given = platform::toWide(file);
+    if (!platform::isAbsolutePath(given)) return {};
+    std::wstring path = absolutePath(given);
+    const std::size_t root = files::rootLength(path);
+    if (path.size() == root) return {};
     for (std::size_t i = 0; i <= leavesFolders && path.size() > root; ++i)
-        path.resize((std::max)(path.rfind('/'), root));
-    if (path.empty() || path.back() != '/') path += '/';
-    return path;
+        path.resize((std::max)(path.find_last_of(LR"(\/)"), root));
+    std::string folder = slashed(path);
+    if (folder.back() != '/') folder += '/';
+    return folder;
 }
 
 // "//server/share/" of a path there, else empty.
@@ -168,7 +182,8 @@ xoXRefResolverSearchPath::xoXRefResolverSearchPath(std::size_t maxFiles) : mPriv
 xoXRefResolverSearchPath::~xoXRefResolverSearchPath() = default;
 
 void xoXRefResolverSearchPath::addSearchPathUtf8(const std::string& folder, bool recursive) {
-    const std::string path = absolutePath(folder);  // now, because the working folder may change before the walk
+    const std::string path =
+        slashed(absolutePath(platform::toWide(folder)));  // now, because the working folder may change before the walk
     if (path.empty()) return;
     const std::string key = xref::nameKey(path);
     mPrivate->change([&](xref::IndexSettings& settings) {
@@ -230,6 +245,7 @@ void xoXRefResolverSearchPath::Private::search(const std::string& text, const st
                                                Matches::Sink sink) const {
     const Reference reference = xref::readReference(text);
     if (reference.kind == Reference::Kind::Nowhere) return;
+    const platform::QuietErrors quiet;  // the reference may name a drive without a medium
     const std::string names = xref::joinNames(reference.names);
     const Snapshot now = snapshot();
     const auto& paths = now.settings->searchPaths;
