@@ -15,8 +15,8 @@ public:
     Builder(FileIndex& index, const IndexSettings& settings, const std::atomic<bool>* cancel)
         : mIndex(index), mSettings(settings), mCancel(cancel) {}
 
-    // False when it was cancelled.
-    bool walkAll() {
+    // Appends the search paths that cannot be listed. False when it was cancelled.
+    bool walkAll(std::vector<std::string>& missing) {
         for (mNumber = 0; mNumber < mSettings.searchPaths.size() && mIndex.mIsComplete; ++mNumber) {
             const SearchPath& path = mSettings.searchPaths[mNumber];
             if (isCovered(path.key)) continue;
@@ -25,20 +25,12 @@ public:
             visit(path.folder, path.isRecursive);
             if (mIsCanceled) return false;
             // A folder that cannot be listed is not entered.
-            if (!mHasEntered && mIndex.mIsComplete) reportMissing(path.folder);
+            if (!mHasEntered && mIndex.mIsComplete) missing.push_back(path.folder);
         }
-        if (!mIndex.mIsComplete)
-            xoLogObject(xoLogWarning, nullptr, xoLog::editPtr(), nullptr)
-                << "xoXRefResolverSearchPath too many files (more than " << mSettings.maxFiles << ")";
         return true;
     }
 
 private:
-    static void reportMissing(const std::string& folder) {
-        xoLogObject(xoLogDebug, "XRefResolver", xoLog::editPtr(), nullptr)
-            << "xoXRefResolverSearchPath cannot list \"" << std::string_view(folder) << "\"";
-    }
-
     // Whether an earlier search path has the files of the folder already.
     bool isCovered(std::string_view folderKey) const {
         const auto end = mSettings.searchPaths.begin() + static_cast<std::ptrdiff_t>(mNumber);
@@ -115,12 +107,24 @@ private:
     bool mIsCanceled = false;
 };
 
-std::shared_ptr<const FileIndex> FileIndex::build(const IndexSettings& settings, const std::atomic<bool>* cancel) {
+FileIndex::Built FileIndex::build(const IndexSettings& settings, const std::atomic<bool>* cancel) {
+    Built built;
+    built.maxFiles = settings.maxFiles;
     const auto index = std::make_shared<FileIndex>();
     index->mGeneration = settings.generation;
-    if (!Builder(*index, settings, cancel).walkAll()) return nullptr;
+    if (!Builder(*index, settings, cancel).walkAll(built.missing)) return built;
     index->link();
-    return index;
+    built.index = index;
+    return built;
+}
+
+void FileIndex::Built::log() const {
+    for (const std::string& folder : missing)
+        xoLogObject(xoLogDebug, "XRefResolver", xoLog::editPtr(), nullptr)
+            << "xoXRefResolverSearchPath cannot list \"" << std::string_view(folder) << "\"";
+    if (index && !index->isComplete())
+        xoLogObject(xoLogWarning, nullptr, xoLog::editPtr(), nullptr)
+            << "xoXRefResolverSearchPath too many files (more than " << maxFiles << ")";
 }
 
 void FileIndex::link() {

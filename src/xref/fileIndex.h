@@ -29,8 +29,16 @@ struct IndexSettings {
 // their hashes.
 class FileIndex {
 public:
-    // Walks the search paths. Null when it was cancelled.
-    static std::shared_ptr<const FileIndex> build(const IndexSettings& settings, const std::atomic<bool>* cancel);
+    struct Built {
+        std::shared_ptr<const FileIndex> index;  // null when the walk was cancelled
+        std::vector<std::string> missing;        // the search paths that could not be listed
+        std::size_t maxFiles = 0;
+
+        // Writes the lines about the walk. Not for use under a lock, because a handler of the log may use the resolver.
+        void log() const;
+    };
+    // Walks the search paths.
+    static Built build(const IndexSettings& settings, const std::atomic<bool>* cancel);
 
     std::uint64_t generation() const { return mGeneration; }
     std::size_t fileCount() const { return mEntries.size(); }

@@ -120,7 +120,7 @@ struct xoXRefResolverSearchPath::Private {
     void change(Change change);
     std::shared_ptr<const FileIndex> lastIndex() const;
     std::shared_ptr<const FileIndex> upToDateIndex() const;
-    std::shared_ptr<const FileIndex> build(const std::atomic<bool>* cancel) const XO_REQUIRES(building);
+    FileIndex::Built build(const std::atomic<bool>* cancel) const XO_REQUIRES(building);
 
     void search(const std::string& text, const std::string& document, Matches::Sink sink) const;
     void searchByName(const Reference& reference, Matches& matches) const;
@@ -150,14 +150,18 @@ std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::lastIndex() 
     return index;
 }
 
-std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::build(const std::atomic<bool>* cancel) const {
+FileIndex::Built xoXRefResolverSearchPath::Private::build(const std::atomic<bool>* cancel) const {
+    const platform::QuietErrors quiet;  // a search path may lie on a drive without a medium
     // The walk may take minutes. It does not hold the lock of the settings, so that other threads use the last index
     // meanwhile.
-    auto made = FileIndex::build(*snapshot().settings, cancel);
-    if (!made) return made;
-    const platform::SlimLocker locker(lock);
-    index = made;
-    return made;
+    FileIndex::Built built = FileIndex::build(*snapshot().settings, cancel);
+    if (!built.index) return built;
+    std::shared_ptr<const FileIndex> swapped = built.index;
+    {
+        const platform::SlimLocker locker(lock);
+        index.swap(swapped);
+    }
+    return built;  // the old index is freed here, without the lock
 }
 
 // Makes the index if it is not that of the present settings, or waits while another thread does.
@@ -167,9 +171,14 @@ std::shared_ptr<const FileIndex> xoXRefResolverSearchPath::Private::upToDateInde
         return index && index->generation() == settings->generation ? index : nullptr;
     };
     if (auto found = present()) return found;
-    const platform::SlimLocker builder(building);
-    if (auto found = present()) return found;  // another thread has made it meanwhile
-    return build(/*cancel=*/nullptr);          // not null, since nothing cancels it
+    FileIndex::Built built;
+    {
+        const platform::SlimLocker builder(building);
+        if (auto found = present()) return found;  // another thread has made it meanwhile
+        built = build(/*cancel=*/nullptr);
+    }
+    built.log();
+    return built.index;  // not null, since nothing cancels it
 }
 
 xoXRefResolverSearchPath::xoXRefResolverSearchPath(std::size_t maxFiles) : mPrivate(new Private) {
@@ -224,9 +233,13 @@ void xoXRefResolverSearchPath::setNetworkReferences(bool allowed) {
 }
 
 bool xoXRefResolverSearchPath::refresh(const std::atomic<bool>* cancel) {
-    const platform::SlimLocker builder(mPrivate->building);
-    const auto made = mPrivate->build(cancel);
-    return made && made->isComplete();
+    FileIndex::Built built;
+    {
+        const platform::SlimLocker builder(mPrivate->building);
+        built = mPrivate->build(cancel);
+    }
+    built.log();
+    return built.index && built.index->isComplete();
 }
 
 std::size_t xoXRefResolverSearchPath::getFileCount() const {

@@ -185,6 +185,26 @@ TEST_F(XRef, TheIndexHasItsLimitAndItsExtensions) {
     EXPECT_TRUE(resolver.refresh());
     EXPECT_THAT(takeLines(),
                 ElementsAre("0(XRefResolver)xoXRefResolverSearchPath cannot list \"" + path("none") + "\""));
+
+    // The handler of a line may use the resolver: no lock is held while it runs.
+    const auto resolve = +[](const std::string&, xoLogType, const std::string&, void* user) {
+        auto& [used, calls] = *static_cast<std::pair<Resolver*, int>*>(user);
+        if (++calls == 1) EXPECT_TRUE(used->refresh() && used->resolveUtf8("old/3.png").empty());
+    };
+    std::pair<Resolver*, int> use(&resolver, 0);
+    log().installCustomHandler(resolve, &use);
+    resolver.addSearchPathUtf8(path("none too"));
+    EXPECT_EQ(resolver.resolveUtf8("old/3.png"), "");
+    EXPECT_EQ(use.second, 4) << "two lines for each of the two walks";
+}
+
+// Cancels a walk while its second folder is opened.
+std::atomic<bool> canceled{false};
+int opened = 0;
+NTSTATUS NTAPI cancelAtSecond(HANDLE* folder, ACCESS_MASK access, OBJECT_ATTRIBUTES* attributes,
+                              IO_STATUS_BLOCK* status, ULONG share, ULONG options) {
+    canceled = ++opened == 2;
+    return ImportHook::behind(&cancelAtSecond)(folder, access, attributes, status, share, options);
 }
 
 TEST_F(XRef, TheIndexAgesAndIsMadeAnew) {
