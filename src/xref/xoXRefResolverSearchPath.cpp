@@ -77,24 +77,29 @@ class Matches {
 public:
     using Sink = std::function<bool(Match&&)>;
 
-    Matches(const Reference& reference, Sink sink) : mNames(xref::joinNames(reference.names)), mSink(std::move(sink)) {}
+    // The names of the reference, with "/" between them, must outlive the object.
+    Matches(const std::string& names, Sink sink) : mNames(names), mSink(std::move(sink)) {}
 
     // Passes the path on if it is an existing file. False once the sink has returned false.
     bool add(std::string path, xoXRefResolverSearchPath::How how) {
-        const unsigned shared = sharedNames(path);
-        return add(std::move(path), how, shared);
-    }
-    bool add(std::string path, xoXRefResolverSearchPath::How how, unsigned shared) {
         if (!isFile(path)) return true;
-        // By the key, since several rules may lead to one file in different spellings.
-        if (!mKeys.insert(xref::nameKey(path)).second) return true;
-        return mSink({std::move(path), how, shared});
+        const unsigned shared = sharedNames(path);
+        return pass(std::move(path), how, shared);
+    }
+    bool add(const std::string& path, xoXRefResolverSearchPath::How how, unsigned shared) {
+        return !isFile(path) || pass(path, how, shared);
     }
 
     unsigned sharedNames(const std::string& path) const { return xref::countSharedNames(mNames, path); }
 
 private:
-    const std::string mNames;
+    bool pass(std::string path, xoXRefResolverSearchPath::How how, unsigned shared) {
+        // By the key, since several rules may lead to one file in different spellings.
+        if (!mKeys.insert(xref::nameKey(path)).second) return true;
+        return mSink({std::move(path), how, shared});
+    }
+
+    const std::string& mNames;
     const Sink mSink;
     std::set<std::string> mKeys;  // of the paths that were passed on
 };
@@ -262,7 +267,7 @@ void xoXRefResolverSearchPath::Private::search(const std::string& text, const st
     const std::string names = xref::joinNames(reference.names);
     const Snapshot now = snapshot();
     const auto& paths = now.settings->searchPaths;
-    Matches matches(reference, std::move(sink));
+    Matches matches(names, std::move(sink));
 
     // Whether asking for the path may reach a computer that only the reference knows.
     const auto mayAsk = [&](const std::string& path) {
