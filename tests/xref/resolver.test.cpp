@@ -10,6 +10,8 @@
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoDirUtils.h"
 
+#include <winternl.h>
+
 namespace xo::tests {
 namespace {
 
@@ -219,7 +221,14 @@ TEST_F(XRef, TheIndexAgesAndIsMadeAnew) {
     EXPECT_THAT(find(resolver, "old/c.png"), IsEmpty()) << "not in the index yet";
     const std::atomic<bool> cancel{true};
     EXPECT_FALSE(resolver.refresh(&cancel));
+    make("f/d/e/c.png");
+    {
+        const ImportHook hook("xoSystem.dll", "NtOpenFile", &cancelAtSecond);
+        EXPECT_FALSE(resolver.refresh(&canceled));
+        EXPECT_EQ(opened, 2) << "the walk ends with the folder";
+    }
     EXPECT_EQ(resolver.getFileCount(), 2U) << "the old index";
+    xoDirUtils::RemoveFileUtf8(mFolder.path("f/d/e/c.png"));
     EXPECT_TRUE(resolver.refresh());
     EXPECT_THAT(find(resolver, "old/c.png"), ElementsAre("31:f/d/c.png"));
     make("g/e.png");
@@ -234,14 +243,17 @@ TEST_F(XRef, FollowsLinksAndLongPaths) {
     const std::string longName(150, 'n');
     make("f/" + longName + "/" + longName + "/a.png");
     make("g/b.png");
-    makeLink(mFolder.widePath() / L"g" / L"loop", L"../g");
-    Resolver loop;
-    loop.addSearchPathUtf8(path("g"));
-    EXPECT_THAT(find(loop, "old/b.png"), ElementsAre("31:g/b.png"));
     Resolver resolver;
     resolver.addSearchPathUtf8(path("f/" + longName));
     EXPECT_THAT(find(resolver, "old/a.png"), ElementsAre("31:f/" + longName + "/" + longName + "/a.png"));
     EXPECT_THAT(find(resolver, longName + "/a.png"), ElementsAre("22:f/" + longName + "/" + longName + "/a.png"));
+
+    const auto link = mFolder.widePath() / L"g" / L"loop";
+    makeLink(link, L"../g");
+    if (!isLink(link)) GTEST_SKIP() << "no way to make a link here";
+    Resolver loop;
+    loop.addSearchPathUtf8(path("g"));
+    EXPECT_THAT(find(loop, "old/b.png"), ElementsAre("31:g/b.png"));
 }
 
 TEST_F(XRef, AnswersManyThreadsDuringRefreshes) {
