@@ -28,13 +28,21 @@ DWORD setDeleteOnClose(const platform::FileHandle& file, bool isDeleted) {
 // pending"), which Windows reports as denied access.
 bool mayBeTaken(DWORD error) { return error == ERROR_FILE_EXISTS || error == ERROR_ACCESS_DENIED; }
 
+// The path with a suffix, or if the name would then be too long for a file system, a short name in the same folder.
+std::wstring nameBeside(const std::wstring& path, const std::wstring& suffix) {
+    constexpr std::size_t kMostNameUnits = 255;
+    const std::size_t name = path.find_last_of(LR"(\/)") + 1;
+    if (path.size() - name + suffix.size() <= kMostNameUnits) return path + suffix;
+    return path.substr(0, name) + L"xoSystem" + suffix;
+}
+
 // Creates a file under a name that contains the number of this thread, so that no other thread of the machine chooses
 // it. A file with that name that a crash has left behind is kept. The new file is shared for reading, because it is
 // still open for a moment after it was renamed.
 platform::FileHandle createBeside(const std::wstring& path, DWORD flags) {
     if (path.empty()) return {};
     for (DWORD i = 0; i < kMostNames; ++i) {
-        const std::wstring name = path + L"." + std::to_wstring(::GetCurrentThreadId() + i) + L".tmp";
+        const std::wstring name = nameBeside(path, L"." + std::to_wstring(::GetCurrentThreadId() + i) + L".tmp");
         platform::FileHandle file =
             platform::openFile(name, GENERIC_READ | GENERIC_WRITE | READ_CONTROL | WRITE_DAC | DELETE,
                                FILE_SHARE_READ | FILE_SHARE_DELETE, CREATE_NEW, flags);

@@ -411,6 +411,12 @@ TEST_F(Devices, ReplaceAtOnceOrNotAtAll) {
         EXPECT_TRUE(file.close());
         EXPECT_EQ(onDisk(), "a Longer");
     }
+    // A name to which nothing can be added.
+    const std::string longest = path(std::string(255, 'n'));
+    File file;
+    ASSERT_TRUE(file.openUtf8(longest, File::OpenReplace));
+    EXPECT_FALSE(xoDirUtils::FileExistsUtf8(longest));
+    EXPECT_TRUE(file.close() && xoDirUtils::RemoveFileUtf8(longest));
     takeLines();
     std::size_t files = 0;
     for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(mFolder.widePath())) ++files;
