@@ -32,17 +32,6 @@ bool deleteAtOnce(HANDLE target) {
     return ::SetFileInformationByHandle(target, kDispositionInfoEx, &info, sizeof info) != FALSE;
 }
 
-DWORD attributesOf(HANDLE file) {
-    FILE_BASIC_INFO info{};
-    return ::GetFileInformationByHandleEx(file, FileBasicInfo, &info, sizeof info) ? info.FileAttributes : 0;
-}
-
-void setAttributes(HANDLE file, DWORD attributes) {
-    FILE_BASIC_INFO info{};  // times of 0 are not changed
-    info.FileAttributes = attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
-    ::SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info);
-}
-
 // Deletes the file that open(access) opens, and returns the error. The read-only attribute belongs to the file, not to
 // its name: if it has to be removed for the deletion, it is set again, because the file may have other hard links.
 template <class Open>
@@ -50,14 +39,14 @@ DWORD deleteOpened(Open open) {
     const Opened target = open(DELETE | FILE_READ_ATTRIBUTES);
     if (!target.handle) return target.error;
     if (deleteAtOnce(target.handle.get())) return ERROR_SUCCESS;
-    const DWORD attributes = attributesOf(target.handle.get());
+    const DWORD attributes = files::attributesOf(target.handle.get());
     if ((attributes & FILE_ATTRIBUTE_READONLY) == 0) return files::setDeleteOnClose(target.handle.get());
 
     const Opened writable = open(FILE_WRITE_ATTRIBUTES);
     if (!writable.handle) return writable.error;
-    setAttributes(writable.handle.get(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+    files::setAttributes(writable.handle.get(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
     const DWORD error = files::setDeleteOnClose(target.handle.get());
-    setAttributes(writable.handle.get(), attributes);
+    files::setAttributes(writable.handle.get(), attributes);
     return error;
 }
 

@@ -4,6 +4,7 @@
 #include "files/fileCopy.h"
 #include "files/folderWalk.h"
 #include "files/pathParts.h"
+#include "platform/ordinalText.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoProgress.h"
@@ -30,16 +31,15 @@ constexpr std::size_t kMostReports = 100;  // lines of errors that are kept; fur
 
 // The path of an open folder, without links and short names; the fallback when Windows cannot determine it.
 std::wstring finalPath(HANDLE folder, const std::wstring& fallback) {
-    const std::wstring path = platform::readWide([folder](wchar_t* buffer, DWORD size) {
-        return ::GetFinalPathNameByHandleW(folder, buffer, size, FILE_NAME_NORMALIZED);
-    });
+    std::wstring path = files::finalPath(folder, FILE_NAME_NORMALIZED);
     return path.empty() ? fallback : path;
 }
 
 // As the file system compares them by default: without regard to case, independent of the locale.
-bool areSameNames(std::wstring_view a, std::wstring_view b) {
-    return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()),
-                                  /*bIgnoreCase=*/TRUE) == CSTR_EQUAL;
+bool areSameNames(std::wstring_view a, std::wstring_view b) { return platform::equalsIgnoringCase(a, b); }
+
+std::string withoutSeparatorsAtEnd(const std::string& path) {
+    return path.substr(0, path.find_last_not_of("\\/") + 1);  // npos + 1 is 0
 }
 
 // A path below another one.
@@ -115,7 +115,7 @@ public:
         if (isCanceled()) return false;
         const WalkedPath path(mSourceTop);
         const Opened source = path.open(path.length(), kToListFolder);
-        if (!source.handle) return fail("FindFirstFileW", missingFolder(source.error), mGiven);
+        if (!source.handle) return fail("FindFirstFileW", files::searchError(source.error), mGiven);
         const Created top = makeTop();
         if (!top.opened.handle) return fail("CreateDirectoryW", top.opened.error, mGivenTarget);
         const Target target(finalPath(source.handle.get(), mSourceTop), finalPath(top.opened.handle.get(), mTargetTop));
@@ -200,11 +200,6 @@ private:
     bool isTarget(FolderWalk& walk) const {
         const Opened folder = walk.openFolder({FILE_READ_ATTRIBUTES, kFolder, /*followsLink=*/true});
         return mTargetIdentity && folder.handle && FolderWalk::identityOf(folder.handle.get()) == mTargetIdentity;
-    }
-
-    // The error that FindFirstFileW reports for a missing folder.
-    static DWORD missingFolder(DWORD error) {
-        return error == ERROR_FILE_NOT_FOUND ? DWORD{ERROR_PATH_NOT_FOUND} : error;
     }
 
     Created makeTop() const {

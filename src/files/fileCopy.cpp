@@ -6,12 +6,22 @@
 #include <memory>
 #include <new>
 
+#include "files/fileWriting.h"
+#include "platform/wideText.h"
 #include "xoSystem/xoProgress.h"
 
 namespace xo::files {
 namespace {
 
 constexpr DWORD kBlockBytes = DWORD{1} << 20;  // the notifier is asked for cancellation after each block
+
+// The attributes that can be set by FileBasicInfo. Others, such as compression, are no plain flags. 0 would keep the
+// old ones, so that none at all is FILE_ATTRIBUTE_NORMAL.
+DWORD settable(DWORD attributes) {
+    constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                                FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+    return (attributes & kSettable) != 0 ? attributes & kSettable : DWORD{FILE_ATTRIBUTE_NORMAL};
+}
 
 // Called by CopyFileExW in this thread. The total size may differ from the expected one: the file may have changed, and
 // its alternate data streams count too. Windows passes it at the start of each stream.
@@ -56,15 +66,10 @@ DWORD copyContent(HANDLE from, HANDLE to, std::uint64_t size, xoProgressNotifier
 }
 
 void copyTimes(HANDLE from, HANDLE to, bool withAttributes) {
-    // The attributes that can be set by this call. Others, such as compression, are no plain flags.
-    constexpr DWORD kSettable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
-                                FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
     FILE_BASIC_INFO info{};
     if (!::GetFileInformationByHandleEx(from, FileBasicInfo, &info, sizeof info)) return;
     info.ChangeTime.QuadPart = 0;  // 0 leaves a field as it is
-    const DWORD attributes = info.FileAttributes & kSettable;
-    // 0 would keep the attributes, so that none at all is written as FILE_ATTRIBUTE_NORMAL.
-    info.FileAttributes = !withAttributes ? 0 : attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
+    info.FileAttributes = withAttributes ? settable(info.FileAttributes) : 0;
     ::SetFileInformationByHandle(to, FileBasicInfo, &info, sizeof info);
 }
 
@@ -82,11 +87,27 @@ DWORD copyReparsePoint(HANDLE from, HANDLE to) {
     return ERROR_SUCCESS;
 }
 
-DWORD setDeleteOnClose(HANDLE target) {
+DWORD setDeleteOnClose(HANDLE target, bool isDeleted) {
     FILE_DISPOSITION_INFO info{};
-    info.DeleteFile = TRUE;
-    return ::SetFileInformationByHandle(target, FileDispositionInfo, &info, sizeof info) ? ERROR_SUCCESS
-                                                                                         : ::GetLastError();
+    info.DeleteFile = isDeleted;
+    return errorOf(::SetFileInformationByHandle(target, FileDispositionInfo, &info, sizeof info));
+}
+
+DWORD attributesOf(HANDLE file) {
+    FILE_BASIC_INFO info{};
+    return ::GetFileInformationByHandleEx(file, FileBasicInfo, &info, sizeof info) ? info.FileAttributes : 0;
+}
+
+void setAttributes(HANDLE file, DWORD attributes) {
+    FILE_BASIC_INFO info{};  // a time of 0 stays as it is
+    info.FileAttributes = settable(attributes);
+    ::SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info);
+}
+
+std::wstring finalPath(HANDLE file, DWORD nameKind) {
+    return platform::readWide([&](wchar_t* buffer, DWORD size) {
+        return ::GetFinalPathNameByHandleW(file, buffer, size, nameKind | VOLUME_NAME_DOS);
+    });
 }
 
 }  // namespace xo::files

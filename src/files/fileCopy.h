@@ -31,8 +31,19 @@ void copyTimes(HANDLE from, HANDLE to, bool withAttributes);
 // Turns an empty file or folder into the same link as another one.
 DWORD copyReparsePoint(HANDLE from, HANDLE to);
 
-// Marks a file or folder for deletion, which happens when its last handle is closed. The handle needs the right DELETE.
-DWORD setDeleteOnClose(HANDLE target);
+// Marks a file or folder for deletion, which happens when its last handle is closed, or takes the mark away. The handle
+// needs the right DELETE.
+DWORD setDeleteOnClose(HANDLE target, bool isDeleted = true);
+
+// The attributes of an open file or folder; 0 when they cannot be read.
+DWORD attributesOf(HANDLE file);
+
+// Sets the attributes, and leaves the times as they are. A failure is ignored.
+void setAttributes(HANDLE file, DWORD attributes);
+
+// The path of an open file or folder, without links. Empty when Windows cannot determine it. The kind of names is
+// FILE_NAME_NORMALIZED or FILE_NAME_OPENED.
+std::wstring finalPath(HANDLE file, DWORD nameKind);
 
 }  // namespace xo::files
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "files/fileCopy.h"
 #include "files/fileWriting.h"
 #include "platform/openFile.h"
 #include "platform/wideText.h"
@@ -17,12 +18,6 @@ constexpr DWORD kMostNames = 16;  // attempts to find a free name for the new fi
 // Attributes that cannot be set on a new file by SetFileInformationByHandle. A file with one of them is overwritten in
 // place.
 constexpr DWORD kOnlyInPlace = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_COMPRESSED;
-
-DWORD setDeleteOnClose(const platform::FileHandle& file, bool isDeleted) {
-    FILE_DISPOSITION_INFO info{};
-    info.DeleteFile = isDeleted;
-    return errorOf(::SetFileInformationByHandle(file.get(), FileDispositionInfo, &info, sizeof info));
-}
 
 // A name is taken when a file has it, or when a file that had it is deleted but still open somewhere ("delete
 // pending"), which Windows reports as denied access.
@@ -51,7 +46,7 @@ platform::FileHandle createBeside(const std::wstring& path, DWORD flags) {
             return {};
         }
         // Marked for deletion until it takes its place, so that a crash leaves no file behind.
-        if (setDeleteOnClose(file, true) == ERROR_SUCCESS) return file;
+        if (setDeleteOnClose(file.get(), true) == ERROR_SUCCESS) return file;
         file.reset();
         ::DeleteFileW(name.c_str());
         return {};
@@ -66,20 +61,14 @@ DWORD openExisting(const std::wstring& path, platform::FileHandle& file) {
     return errorOf(file.get() != INVALID_HANDLE_VALUE);
 }
 
-std::wstring finalPath(const platform::FileHandle& file, DWORD nameKind) {
-    return platform::readWide([&](wchar_t* buffer, DWORD size) {
-        return ::GetFinalPathNameByHandleW(file.get(), buffer, size, nameKind | VOLUME_NAME_DOS);
-    });
-}
-
 // The path of the file itself, behind links. Empty for a link whose target Windows cannot name.
 //
 // The normalized name has the long names of all folders and of the file: a file that is renamed to its short name
 // ("SETTIN~1.INI") loses its long one. It cannot always be had on a network drive, the opened one can. See
 // https://learn.microsoft.com/windows/win32/api/fileapi/nf-fileapi-getfinalpathnamebyhandlew
 std::wstring withoutLinks(const std::wstring& path, const platform::FileHandle& file) {
-    std::wstring real = finalPath(file, FILE_NAME_NORMALIZED);
-    if (real.empty()) real = finalPath(file, FILE_NAME_OPENED);
+    std::wstring real = finalPath(file.get(), FILE_NAME_NORMALIZED);
+    if (real.empty()) real = finalPath(file.get(), FILE_NAME_OPENED);
     const bool isKnown = !real.empty() || (::GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     return isKnown ? real : path;
 }
@@ -310,9 +299,9 @@ DWORD FileReplacement::takePlace() {
     // Allocated while the new file is still marked for deletion, so that an exception leaves no file behind.
     std::vector<std::byte> target = renameInfo(mTarget);
     // Before the renaming: with the mark the file would be deleted under its new name when it is closed.
-    if (const DWORD error = setDeleteOnClose(mNew, false)) return error;
+    if (const DWORD error = setDeleteOnClose(mNew.get(), false)) return error;
     const DWORD error = whileBusy(ERROR_ACCESS_DENIED, [&] { return moveOver(mNew, target); });
-    if (error != ERROR_SUCCESS) setDeleteOnClose(mNew, true);
+    if (error != ERROR_SUCCESS) setDeleteOnClose(mNew.get(), true);
     return error;
 }
 

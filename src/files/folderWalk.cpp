@@ -49,10 +49,9 @@ bool FolderWalk::enterBelow(const FolderEntry& entry) {
 // Lists the folder and enters it. False if it cannot be listed.
 bool FolderWalk::list(Opened folder) {
     const std::size_t names = mNames.size();
-    // The error of FindFirstFileW for a missing folder.
-    if (folder.error == ERROR_FILE_NOT_FOUND) folder.error = ERROR_PATH_NOT_FOUND;
-    const FolderNames::Reading reading =
-        folder.handle ? mNames.read(folder.handle.get()) : FolderNames::Reading{/*isBegun=*/false, folder.error};
+    const FolderNames::Reading reading = folder.handle
+                                             ? mNames.read(folder.handle.get())
+                                             : FolderNames::Reading{/*isBegun=*/false, searchError(folder.error)};
     if (reading.error != ERROR_SUCCESS) mTask.onListingFailed(*this, reading.error);
     if (!reading.isBegun) return false;
     mLevels.push_back({mPath.length(), names, names, {}});

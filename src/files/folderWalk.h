@@ -14,6 +14,11 @@
 
 namespace xo::files {
 
+// The error of FindFirstFileW for a folder that cannot be opened: a missing one is a missing path.
+constexpr DWORD searchError(DWORD error) noexcept {
+    return error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error;
+}
+
 // The enclosing folders are stored in a list and not on the stack, so that the depth of a tree is not limited by the
 // stack, nor by open handles. A folder is listed as a whole when it is entered: entries that are made or deleted later
 // are not noticed. Links are entered like folders if the task asks for it, but not in a circle.
