@@ -101,15 +101,13 @@ public:
     using Step = FolderWalk::Step;
 
     FolderCopying(const std::string& from, const std::string& to, bool failIfExists, xoProgressNotifier* progress)
-        : mGiven(from),
-          mGivenTarget(to),
+        : mGiven(withoutSeparatorsAtEnd(from)),
+          mGivenTarget(withoutSeparatorsAtEnd(to)),
           mSourceTop(files::searchedFolder(from)),
-          mTargetTop(files::searchedFolder(to)),
+          mTargetTop(files::madeFolder(to)),
           mFailsIfExists(failIfExists),
           mProgress(progress),
-          mTarget(mTargetTop) {
-        while (!mGiven.empty() && (mGiven.back() == '\\' || mGiven.back() == '/')) mGiven.pop_back();
-    }
+          mTarget(mTargetTop) {}
 
     bool run() {
         if (isCanceled()) return false;

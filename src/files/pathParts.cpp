@@ -76,4 +76,12 @@ std::wstring searchedFolder(const std::string& folder) {
     return std::wstring(withoutTrailingSeparators(path));
 }
 
+// "D:" means the root of the drive, as in searchedFolder, and not its working folder.
+std::wstring madeFolder(const std::string& folder) {
+    std::wstring path(withoutTrailingSeparators(platform::toWide(folder)));
+    if (path.empty()) return {};
+    if (rootLength(path) == path.size() && !isSeparator(path.back())) path += L'\\';
+    return std::wstring(withoutTrailingSeparators(platform::toExtendedPath(path)));
+}
+
 }  // namespace xo::files

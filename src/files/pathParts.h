@@ -29,6 +29,11 @@ std::wstring_view withoutTrailingSeparators(std::wstring_view path);
 // path that names nothing.
 std::wstring searchedFolder(const std::string& folder);
 
+// The extended path of a folder that may have to be made, without separators at its end. As in an ordinary path,
+// trailing dots and blanks are removed: a folder with such a name could be opened by its extended path only. Empty for
+// a path that names nothing.
+std::wstring madeFolder(const std::string& folder);
+
 }  // namespace xo::files
 
 #endif

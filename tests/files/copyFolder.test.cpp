@@ -57,8 +57,7 @@ protected:
         EXPECT_TRUE(::SetFileTime(opened.get(), nullptr, nullptr, &old)) << name;
     }
 
-    // All below a folder: the path, the content of a file, the attributes, the times of creation and of the last
-    // change.
+    // All below a folder: the path, the facts and the content of a file.
     using Tree = std::map<std::string, std::string>;
     Tree treeOf(const std::string& folder) const {
         Tree tree;
@@ -67,15 +66,20 @@ protected:
             const std::string name = entry.path()
                                          .lexically_relative(mFolder.widePath() / std::filesystem::u8path(folder))
                                          .generic_u8string();
-            WIN32_FILE_ATTRIBUTE_DATA data{};
-            ::GetFileAttributesExW(entry.path().c_str(), GetFileExInfoStandard, &data);
-            const DWORD kept = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
-            tree[name] = std::to_string(data.dwFileAttributes & kept);
-            for (const FILETIME& time : {data.ftCreationTime, data.ftLastWriteTime})
-                tree[name] += " " + std::to_string(time.dwHighDateTime) + " " + std::to_string(time.dwLowDateTime);
+            tree[name] = facts(folder + "/" + name);
             if (!entry.is_directory()) tree[name] += " " + mFolder.read(folder + "/" + name);
         }
         return tree;
+    }
+    // The attributes, and the times of creation and of the last change.
+    std::string facts(const std::string& name) const {
+        WIN32_FILE_ATTRIBUTE_DATA data{};
+        EXPECT_TRUE(::GetFileAttributesExW(wide(name).c_str(), GetFileExInfoStandard, &data)) << name;
+        const DWORD kept = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+        std::string text = std::to_string(data.dwFileAttributes & kept);
+        for (const FILETIME& time : {data.ftCreationTime, data.ftLastWriteTime})
+            text += " " + std::to_string(time.dwHighDateTime) + " " + std::to_string(time.dwLowDateTime);
+        return text;
     }
 
     bool copy(const std::string& to, bool failIfExists = true, xo::xoProgressNotifier* progress = nullptr) {
@@ -86,11 +90,26 @@ protected:
 TEST_F(CopyFolder, CopiesContentAttributesAndTimes) {
     const Tree source = treeOf("top");
     ASSERT_EQ(source.size(), 5u);
-    EXPECT_TRUE(copy("new/folders/copy"));
+    EXPECT_TRUE(copy("new/folders/copy//"));
     EXPECT_TRUE(xoDirUtils::CopyFolderUtf8(path("top") + "\\", mDeep + "/copy/"));
     EXPECT_TRUE(xoDirUtils::CopyFolderUtf8(mDeep + "/copy", path("back"), true, &mError)) << mError;
     for (const char* name : {"new/folders/copy", "back"}) EXPECT_EQ(treeOf(name), source) << name;
     EXPECT_EQ(mError, "untouched");
+    EXPECT_EQ(facts("new/folders/copy"), facts("top"));
+    // The target has a name that other programs can open.
+    EXPECT_TRUE(copy("named. /"));
+    EXPECT_EQ(facts("named"), facts("top"));
+}
+
+// As Windows does, and not Wine: protected files are not replaced. Or no file at all is.
+bool deniesAll = false;
+BOOL WINAPI copyUnprotected(LPCWSTR from, LPCWSTR to, LPPROGRESS_ROUTINE progress, void* data, BOOL* cancel,
+                            DWORD flags) {
+    const DWORD there = ::GetFileAttributesW(to);
+    const DWORD protecting = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    if (deniesAll || (there != INVALID_FILE_ATTRIBUTES && (there & protecting) != 0))
+        return ::SetLastError(ERROR_ACCESS_DENIED), FALSE;
+    return ImportHook::behind(&copyUnprotected)(from, to, progress, data, cancel, flags);
 }
 
 TEST_F(CopyFolder, ReportsWhatItCannotCopyAndCopiesTheRest) {
