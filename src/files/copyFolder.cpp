@@ -117,9 +117,9 @@ public:
         const Created top = makeTop();
         if (!top.opened.handle) return fail("CreateDirectoryW", top.opened.error, mGivenTarget);
         const Target target(finalPath(source.handle.get(), mSourceTop), finalPath(top.opened.handle.get(), mTargetTop));
-        if (target.isSource) return report(mGiven + " cannot be copied to itself");
         mTargetPlace = &target;
         mTargetIdentity = FolderWalk::identityOf(top.opened.handle.get());
+        if (target.isSource || (!top.isNew && isTarget(source))) return report(mGiven + " cannot be copied to itself");
         mIsTopNew = top.isNew;
         copyAll();
         return !mHasFailed && !mIsCanceled;
@@ -139,7 +139,7 @@ public:
             return true;
         }
         mTarget.append(mName);
-        if (isTarget(walk)) {
+        if (isTarget(walk.openFolder({FILE_READ_ATTRIBUTES, kFolder, /*followsLink=*/true}))) {
             mFolders.push_back({mTarget.length(), /*isThere=*/false, /*isNew=*/false});
             report(shown(walk.below()) + " is the target and is not copied");
             return true;
@@ -192,11 +192,10 @@ private:
     // A cancellation counts only if it is noticed before the end.
     bool isCanceled() { return mIsCanceled = mIsCanceled || (mProgress && mProgress->isCanceled()); }
 
-    // Whether the folder of the walk is the target, by identity. Target::isAt does not recognise it when it is reached
-    // by another path, for instance over a share. The caller reports it as a failure, because two folders may have
-    // equal identities by chance on a file system with identifiers of more than 64 bits.
-    bool isTarget(FolderWalk& walk) const {
-        const Opened folder = walk.openFolder({FILE_READ_ATTRIBUTES, kFolder, /*followsLink=*/true});
+    // Whether a folder of the source is the target, by identity. Target does not recognise it when it is reached by
+    // another path, for instance over a share. The caller reports it as a failure, because two folders may have equal
+    // identities by chance on a file system with identifiers of more than 64 bits.
+    bool isTarget(const Opened& folder) const {
         return mTargetIdentity && folder.handle && FolderWalk::identityOf(folder.handle.get()) == mTargetIdentity;
     }
 
@@ -246,7 +245,11 @@ private:
 
     // Copies by handles, because CopyFileExW does not accept longer paths.
     DWORD copyFarFile(FolderWalk& walk, const FolderEntry& entry, xoProgressNotifier* watched) {
-        const Opened from = walk.openEntry(entry.name, {FILE_READ_DATA | FILE_READ_ATTRIBUTES, kFile, false});
+        // A target that may be emptied is opened for writing, and may be the source itself, by a link or a share. So
+        // the source is not shared for writing then, and the target cannot be opened.
+        const ULONG share = FILE_SHARE_READ | FILE_SHARE_DELETE | (mFailsIfExists ? FILE_SHARE_WRITE : ULONG{0});
+        const OpenMode toRead{FILE_READ_DATA | FILE_READ_ATTRIBUTES, kFile, /*followsLink=*/false, share};
+        const Opened from = walk.openEntry(entry.name, toRead);
         if (!from.handle) return from.error;
         FILE_ATTRIBUTE_TAG_INFO info{};
         const bool isLink =

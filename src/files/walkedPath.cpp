@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::wstring_view kKernelPrefix = LR"(\??\)";  // in the kernel it takes the place of both "\\?\" and "\\.\"
 constexpr std::size_t kFar = 1000;  // characters between two held folders: few handles, and paths far below the limit
-constexpr ULONG kSharedByAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // Prepares the arguments that NtOpenFile and NtCreateFile have in common, and calls
 // open(handle, access, attributes, status, share, options). A path that is too long for a UNICODE_STRING is refused.
@@ -34,7 +33,7 @@ Opened openBy(Open open, HANDLE folder, std::wstring_view path, const OpenMode& 
                           (mode.followsLink ? 0 : FILE_OPEN_REPARSE_POINT);
     platform::KernelHandle opened;
     IO_STATUS_BLOCK status;
-    const NTSTATUS result = open(opened.put(), mode.access | SYNCHRONIZE, &attributes, &status, kSharedByAll, options);
+    const NTSTATUS result = open(opened.put(), mode.access | SYNCHRONIZE, &attributes, &status, mode.share, options);
     // Negative statuses are warnings and errors; others are successes.
     if (result < 0) return {{}, ::RtlNtStatusToDosError(result)};
     return {std::move(opened), ERROR_SUCCESS};

@@ -12,11 +12,12 @@
 
 namespace xo::files {
 
-// How a file or folder is opened. It is always shared for reading, writing and deletion.
+// How a file or folder is opened. Unless said otherwise it is shared for reading, writing and deletion.
 struct OpenMode {
     ACCESS_MASK access;  // FILE_READ_ATTRIBUTES, DELETE, ...; SYNCHRONIZE is added
     ULONG kind;          // FILE_DIRECTORY_FILE, FILE_NON_DIRECTORY_FILE, or 0 for either
     bool followsLink;    // false opens a link itself, and the kind is the link's
+    ULONG share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 };
 
 // The result of opening. The handle is for synchronous operations.

@@ -165,6 +165,23 @@ TEST_F(CopyFolder, NeverCopiesAFolderIntoItself) {
     EXPECT_EQ(mError, path("top") + " cannot be copied to itself");
 }
 
+// Beyond 1000 characters, where files are copied by their handles.
+TEST_F(CopyFolder, NeverEmptiesAFileThatIsItsOwnTarget) {
+    std::string below;
+    while (below.size() < 1000) below += "\\" + std::string(120, 'n');
+    for (const char* const top : {"far", "far too"}) ASSERT_TRUE(xoDirUtils::MkpathUtf8(path(top) + below));
+    const std::string from = path("far") + below + "\\x", to = path("far too") + below + "\\x";
+    DWORD written = 0;
+    ::WriteFile(xo::tests::hold(from).get(), "content", 7, &written, nullptr);
+    if (!::CreateHardLinkW(xo::platform::toApiPath(to).c_str(), xo::platform::toApiPath(from).c_str(), nullptr))
+        GTEST_SKIP() << "no hard links here";
+    EXPECT_FALSE(xoDirUtils::CopyFolderUtf8(path("far"), path("far too"), /*failIfExists=*/false, &mError));
+    EXPECT_EQ(mError, "CopyFileExW error 32 for " + from);
+    xo::xoFileInfoUtf8 info;
+    xoDirUtils::GetFileInfoUtf8(from, info);
+    EXPECT_EQ(info.size, 7u);
+}
+
 TEST_F(CopyFolder, CountsBytesAndCanBeCanceled) {
     Canceler whole(2);
     EXPECT_TRUE(copy("whole", true, &whole));
