@@ -225,22 +225,42 @@ private:
     }
 
     void copyFile(FolderWalk& walk, const FolderEntry& entry, const std::wstring& below) {
-        const DWORD flags = COPY_FILE_COPY_SYMLINK | (mFailsIfExists ? COPY_FILE_FAIL_IF_EXISTS : DWORD{0});
         xoProgressNotifier* const watched = entry.size != 0 ? mProgress : nullptr;  // an empty file is no step
         if (watched) {
             mBytes->setText(platform::toUtf8(below));
             mBytes->setStepSpan(entry.size);
         }
-        const std::wstring from = walk.pathOf(entry.name);
-        const std::wstring to = mTarget.extended(entry.name);
-        DWORD error = files::copyFile(from, to, flags, entry.size, watched);
-        if (error == ERROR_SUCCESS)
-            copyTimesOfFile(walk, entry);
-        else if (error != files::kCopyCanceled && (std::max)(from.size(), to.size()) >= kLongPath)
-            error = copyFarFile(walk, entry, watched);
+        DWORD error = copyAnyFile(walk, entry, watched);
+        if (error == ERROR_ACCESS_DENIED && !mFailsIfExists) error = copyOverProtected(walk, entry, watched);
         if (error == files::kCopyCanceled && isCanceled()) return;
         if (error != ERROR_SUCCESS) fail("CopyFileExW", error, shown(below));
         mBytes->advance(entry.size);
+    }
+
+    DWORD copyAnyFile(FolderWalk& walk, const FolderEntry& entry, xoProgressNotifier* watched) {
+        const DWORD flags = COPY_FILE_COPY_SYMLINK | (mFailsIfExists ? COPY_FILE_FAIL_IF_EXISTS : DWORD{0});
+        const std::wstring from = walk.pathOf(entry.name);
+        const std::wstring to = mTarget.extended(entry.name);
+        const DWORD error = files::copyFile(from, to, flags, entry.size, watched);
+        if (error == ERROR_SUCCESS)
+            copyTimesOfFile(walk, entry);
+        else if (error != files::kCopyCanceled && (std::max)(from.size(), to.size()) >= kLongPath)
+            return copyFarFile(walk, entry, watched);
+        return error;
+    }
+
+    // Windows does not replace a read-only file, nor a hidden or system file by one that is neither. The target loses
+    // these attributes, and gets them back if that was not the reason.
+    DWORD copyOverProtected(FolderWalk& walk, const FolderEntry& entry, xoProgressNotifier* watched) {
+        constexpr DWORD kProtecting = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+        const OpenMode toUnprotect{FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES, kFile, /*followsLink=*/true};
+        const Opened target = mTarget.openEntry(entry.name, toUnprotect);
+        const DWORD before = target.handle ? files::attributesOf(target.handle.get()) : DWORD{0};
+        if ((before & kProtecting) == 0) return ERROR_ACCESS_DENIED;
+        files::setAttributes(target.handle.get(), FILE_ATTRIBUTE_NORMAL);
+        const DWORD error = copyAnyFile(walk, entry, watched);
+        if (error != ERROR_SUCCESS) files::setAttributes(target.handle.get(), before);
+        return error;
     }
 
     // Copies by handles, because CopyFileExW does not accept longer paths.

@@ -127,8 +127,19 @@ TEST_F(CopyFolder, ReportsWhatItCannotCopyAndCopiesTheRest) {
     EXPECT_EQ(mFolder.read("to/\xE6\x97\xA5") + mFolder.read("to/a \xC3\xA9/x"), "old" + std::string(30, 'x'));
     held.reset();
     Canceler whole(2);
-    ::SetFileAttributesW(wide("to/a \xC3\xA9/x").c_str(), FILE_ATTRIBUTE_NORMAL);
+    const std::wstring guarded = wide("to/a \xC3\xA9/x");
+    ::SetFileAttributesW(guarded.c_str(), FILE_ATTRIBUTE_NORMAL);
+    mFolder.write("to/a \xC3\xA9/x", "old");
+    ::SetFileAttributesW(guarded.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
+    const ImportHook hook("xoSystem.dll", "CopyFileExW", &copyUnprotected);
+    deniesAll = true;
+    EXPECT_FALSE(copy("to", /*failIfExists=*/false));
+    EXPECT_EQ(::GetFileAttributesW(guarded.c_str()) & 3u, 3u) << "denied for another reason";
+    deniesAll = false;
     EXPECT_FALSE(copy("to", /*failIfExists=*/false, &whole)) << "the file in the way";
+    EXPECT_EQ(mError, "CreateDirectoryW error 267 for " + top + "\\a \xC3\xA9\\empty");
+    EXPECT_EQ(mFolder.read("to/a \xC3\xA9/x"), std::string(30, 'x'));
+    EXPECT_EQ(::GetFileAttributesW(guarded.c_str()) & FILE_ATTRIBUTE_HIDDEN, 0u);
     EXPECT_EQ(whole.getState().phase, xo::xoProgressState::PhaseStopped);
     EXPECT_EQ(mFolder.read("to/\xE6\x97\xA5") + mFolder.read("to/other"), "1234567890kept");
 
