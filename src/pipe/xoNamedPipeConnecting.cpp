@@ -1,5 +1,6 @@
 // Connects to a server, closes connections, and determines the peer.
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "pipe/pipeAccess.h"
@@ -100,7 +101,11 @@ bool xoNamedPipe::connectUtf8(const std::string& name, unsigned timeoutMs, Conne
     self.close();
     // Clears earlier requests to cancel before it connects: those that come from now on count.
     self.clear();
-    const Result result = self.connect(pipe::fullName(name), pipe::Deadline(timeoutMs), mode);
+    Result result = ResultFailed;
+    try {
+        result = self.connect(pipe::fullName(name), pipe::Deadline(timeoutMs), mode);
+    } catch (const std::bad_alloc&) {  // for the name
+    }
     self.readResult = self.writeResult = result;
     if (result == ResultOk) return true;
     xoLogObject(xoLogDebug, "NamedPipe") << "cannot connect to \"" << name

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <deque>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "pipe/pipeAccess.h"
@@ -118,6 +119,12 @@ xoNamedPipe::Result resultOfListening(DWORD error) {
 }  // namespace pipe
 
 struct xoNamedPipeServer::Private {
+    // Instances that are missing, to be logged once the lock is free: a handler of the log may call the server.
+    struct Shortage {
+        std::size_t present = 0;
+        unsigned wanted = 0;  // 0: nothing to log
+    };
+
     // What the host has set.
     Access access = AccessSameUser;
     std::string descriptor;
@@ -128,9 +135,12 @@ struct xoNamedPipeServer::Private {
     std::atomic<bool> isListening{false};
     std::atomic<xoNamedPipe::Result> result{xoNamedPipe::ResultFailed};
     pipe::Cancellation closing;
+    // The calls of close() that have not had the lock yet.
+    std::atomic<int> closers{0};
 
     // Held by waitForConnection() for its whole wait. close() therefore sets `closing` first, which ends that wait, and
-    // takes the lock then.
+    // takes the lock then. So listenUtf8(), which clears `closing`, must not clear it for a close() that waits for the
+    // lock.
     platform::SlimLock lock;
     std::wstring name XO_GUARDED_BY(lock);
     std::unique_ptr<pipe::SecurityAttributes> security XO_GUARDED_BY(lock);
@@ -140,15 +150,20 @@ struct xoNamedPipeServer::Private {
     // Whether the log has the line about missing instances, so that it is not repeated by every call.
     bool hasWarned XO_GUARDED_BY(lock) = false;
 
+    // Opens the pipe. Returns the error code; nothing is open after a failure.
+    DWORD listen(const std::string& bareName) XO_REQUIRES(lock);
     // Makes the instances. Returns the error code of the first one that fails; those before it are left to the caller.
     DWORD begin(const std::wstring& fullName) XO_REQUIRES(lock);
-    // Adds one instance that waits for a client; returns its error code.
+    // Adds one instance that waits for a client; returns its error code. Lack of memory is one of the errors.
     DWORD addInstance(DWORD flags) XO_REQUIRES(lock);
+    DWORD tryToAddInstance(DWORD flags) XO_REQUIRES(lock);
     // Adds instances until there are wantedInstances. Fewer are not an error: a later call tries again.
-    void refill() XO_REQUIRES(lock);
-    // Waits until a client is connected; the connection is set with ResultOk alone.
-    xoNamedPipe::Result accept(const pipe::Deadline& deadline, platform::FileHandle& connection) XO_REQUIRES(lock);
-    platform::FileHandle takeClient(std::size_t index) XO_REQUIRES(lock);
+    void refill(Shortage& shortage) XO_REQUIRES(lock);
+    // Waits until a client is connected, and sets the connection. With ResultOk and no connection there is a shortage
+    // to log before the wait goes on.
+    xoNamedPipe::Result accept(const pipe::Deadline& deadline, platform::FileHandle& connection, Shortage& shortage)
+        XO_REQUIRES(lock);
+    platform::FileHandle takeClient(std::size_t index, Shortage& shortage) XO_REQUIRES(lock);
     void close();
 };
 
@@ -175,15 +190,28 @@ bool xoNamedPipeServer::listenUtf8(const std::string& name) {
     {
         const platform::SlimLocker locker(self.lock);
         self.closing.clear();
-        error = self.begin(pipe::fullName(name));
-        if (error != ERROR_SUCCESS) self.instances.clear();
-        self.isListening = error == ERROR_SUCCESS;
+        if (self.closers != 0) self.closing.request();
+        error = self.listen(name);
     }
     self.result = pipe::resultOfListening(error);
     if (error == ERROR_SUCCESS) return true;
-    xoLogObject(xoLogCritical) << "xoNamedPipeServer cannot listen on \"" << name
-                               << "\": " << SystemError(error).toString();
+    try {
+        xoLogObject(xoLogCritical) << "xoNamedPipeServer cannot listen on \"" << name
+                                   << "\": " << SystemError(error).toString();
+    } catch (const std::bad_alloc&) {  // the line lacks the text of the error
+    }
     return false;
+}
+
+DWORD xoNamedPipeServer::Private::listen(const std::string& bareName) {
+    DWORD error = ERROR_NOT_ENOUGH_MEMORY;
+    try {
+        error = begin(pipe::fullName(bareName));
+    } catch (const std::bad_alloc&) {  // for the name or the descriptor
+    }
+    if (error != ERROR_SUCCESS) instances.clear();
+    isListening = error == ERROR_SUCCESS;
+    return error;
 }
 
 // Copies the settings of the host, so that later changes take effect at the next listenUtf8() only.
@@ -204,6 +232,14 @@ DWORD xoNamedPipeServer::Private::begin(const std::wstring& fullName) {
 }
 
 DWORD xoNamedPipeServer::Private::addInstance(DWORD flags) {
+    try {
+        return tryToAddInstance(flags);
+    } catch (const std::bad_alloc&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
+
+DWORD xoNamedPipeServer::Private::tryToAddInstance(DWORD flags) {
     platform::FileHandle handle(::CreateNamedPipeW(
         name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED | flags,
         PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS, PIPE_UNLIMITED_INSTANCES,
@@ -215,12 +251,10 @@ DWORD xoNamedPipeServer::Private::addInstance(DWORD flags) {
     return error;
 }
 
-void xoNamedPipeServer::Private::refill() {
+void xoNamedPipeServer::Private::refill(Shortage& shortage) {
     while (instances.size() < wantedInstances) {
         if (addInstance(0) == ERROR_SUCCESS) continue;
-        if (!std::exchange(hasWarned, true))
-            xoLogObject(xoLogWarning) << "xoNamedPipeServer has " << instances.size() << " of " << wantedInstances
-                                      << " instances";
+        if (!std::exchange(hasWarned, true)) shortage = {instances.size(), wantedInstances};
         return;
     }
     hasWarned = false;
@@ -233,22 +267,34 @@ bool xoNamedPipeServer::waitForConnection(xoNamedPipe& pipe, unsigned timeoutMs)
     const pipe::Deadline deadline(timeoutMs);
     platform::FileHandle connection;
     std::uint32_t bufferBytes = 0;
-    {
-        const platform::SlimLocker locker(self.lock);
-        self.result = self.accept(deadline, connection);
-        bufferBytes = self.instanceBufferBytes;
+    xoNamedPipe::Result result = xoNamedPipe::ResultOk;
+    for (bool isFirst = true; result == xoNamedPipe::ResultOk && !connection; isFirst = false) {
+        Private::Shortage shortage;
+        {
+            const platform::SlimLocker locker(self.lock);
+            if (self.isListening)
+                result = self.accept(deadline, connection, shortage);
+            else  // since the call, or closed meanwhile
+                result = isFirst ? xoNamedPipe::ResultFailed : xoNamedPipe::ResultCanceled;
+            bufferBytes = self.instanceBufferBytes;
+        }
+        if (shortage.wanted != 0)
+            xoLogObject(xoLogWarning) << "xoNamedPipeServer has " << shortage.present << " of " << shortage.wanted
+                                      << " instances";
     }
-    if (!connection) return false;
-    pipe::PipeAccess::attachAccepted(pipe, std::move(connection), bufferBytes);
-    return pipe.isConnected();
+    if (connection) pipe::PipeAccess::attachAccepted(pipe, std::move(connection), bufferBytes);
+    // An end without its events does not connect.
+    const bool isConnected = pipe.isConnected();
+    self.result = result == xoNamedPipe::ResultOk && !isConnected ? xoNamedPipe::ResultFailed : result;
+    return isConnected;
 }
 
-xoNamedPipe::Result xoNamedPipeServer::Private::accept(const pipe::Deadline& deadline,
-                                                       platform::FileHandle& connection) {
-    if (!isListening) return xoNamedPipe::ResultFailed;
+xoNamedPipe::Result xoNamedPipeServer::Private::accept(const pipe::Deadline& deadline, platform::FileHandle& connection,
+                                                       Shortage& shortage) {
     while (!connection) {
-        refill();
+        refill(shortage);
         if (instances.empty()) return xoNamedPipe::ResultFailed;
+        if (shortage.wanted != 0) return xoNamedPipe::ResultOk;
         // Fits the limit of WaitForMultipleObjects, 64 handles.
         HANDLE events[1 + kMaxBacklog] = {closing.event()};
         DWORD count = 1;
@@ -258,14 +304,14 @@ xoNamedPipe::Result xoNamedPipeServer::Private::accept(const pipe::Deadline& dea
         if (waited == WAIT_OBJECT_0) return xoNamedPipe::ResultCanceled;
         if (waited == WAIT_TIMEOUT) return xoNamedPipe::ResultTimeout;
         if (waited > WAIT_OBJECT_0 + instances.size()) return xoNamedPipe::ResultFailed;
-        connection = takeClient(waited - WAIT_OBJECT_0 - 1);
+        connection = takeClient(waited - WAIT_OBJECT_0 - 1, shortage);
     }
     return xoNamedPipe::ResultOk;
 }
 
 // Takes the connection of an instance whose event is set. Owns nothing when its client has left, or when the instance
 // waits again; the caller then continues to wait.
-platform::FileHandle xoNamedPipeServer::Private::takeClient(std::size_t index) {
+platform::FileHandle xoNamedPipeServer::Private::takeClient(std::size_t index, Shortage& shortage) {
     const auto at = instances.begin() + static_cast<std::ptrdiff_t>(index);
     if ((*at)->mustAwaitAgain()) {
         if ((*at)->await() != ERROR_SUCCESS) instances.erase(at);
@@ -273,13 +319,15 @@ platform::FileHandle xoNamedPipeServer::Private::takeClient(std::size_t index) {
     }
     const std::unique_ptr<pipe::Instance> instance = std::move(*at);
     instances.erase(at);
-    refill();  // before the instance of a client that has left is closed, so that the name always stays taken
+    refill(shortage);  // before the instance of a client that has left is closed, so that the name always stays taken
     return instance->hasClient() ? instance->take() : platform::FileHandle();
 }
 
 void xoNamedPipeServer::Private::close() {
+    ++closers;
     closing.request();
     const platform::SlimLocker locker(lock);  // once the thread that waits has left
+    --closers;
     isListening = false;
     instances.clear();
 }

@@ -1,6 +1,7 @@
 #include <atomic>
 
 #include "pipe/pipeFixture.h"
+#include "support/allocationCount.h"
 #include "support/importHook.h"
 #include "support/openHandles.h"
 
@@ -113,7 +114,87 @@ TEST_F(Pipe, GoesOnWithFewerInstances) {
     EXPECT_TRUE(takeLines().empty()) << "one line until there are enough again";
     instancesLeft = 2;
     EXPECT_TRUE(!mServer.waitForConnection(mPeer, 0) && mServer.getResult() == P::ResultTimeout);
-    EXPECT_TRUE(connect() || instancesLeft == 0);
+    EXPECT_TRUE(connect()) << "the last but one instance";
+    EXPECT_THAT(takeLines(), ElementsAre("2()xoNamedPipeServer has 1 of 2 instances"));
+
+    // A handler of the log may close the server that reports.
+    mServer.close();
+    mClient.close();
+    mPeer.close();
+    instancesLeft = 2;
+    ASSERT_TRUE(mServer.listenUtf8(mName) && mClient.connectUtf8(mName, kPatienceMs));
+    mClient.close();
+    const auto close = [](const std::string&, xoLogType, const std::string&, void* server) {
+        static_cast<xoNamedPipeServer*>(server)->close();
+    };
+    log().installCustomHandler(close, &mServer);
+    EXPECT_TRUE(!mServer.waitForConnection(mPeer, kPatienceMs) && mServer.getResult() == P::ResultCanceled);
+}
+
+TEST_F(Pipe, TakesLackOfMemoryForAResult) {
+    xoNamedPipe client;
+    ASSERT_TRUE(mServer.listenUtf8(mName) && client.connectUtf8(mName, kPatienceMs));
+    xoNamedPipeServer other;
+    const AllocationCount memory;
+    ASSERT_TRUE(memory.isCounting());
+    const std::string otherName = mName + "-other-name-that-is-long-enough-for-memory";
+    AllocationCount::refuseAll(true);
+    const bool isConnected = mServer.waitForConnection(mPeer, kPatienceMs);
+    const bool isListening = other.listenUtf8(otherName);
+    const bool finds = mClient.connectUtf8(otherName, 0);
+    AllocationCount::refuseAll(false);
+    EXPECT_TRUE(isConnected && mServer.getResult() == P::ResultOk) << "the client that has come is served";
+    EXPECT_TRUE(client.writeMessage("x") && mPeer.waitForData(kPatienceMs));
+    EXPECT_TRUE(!isListening && !other.isListening() && other.getResult() == P::ResultFailed);
+    EXPECT_TRUE(!finds && mClient.getReadResult() == P::ResultFailed);
+    EXPECT_TRUE(!mClient.connectUtf8(otherName, 0) && mClient.getReadResult() == P::ResultNotFound) << "none is left";
+
+    // A pipe without its events cannot be connected.
+    client.close();
+    ASSERT_TRUE(client.connectUtf8(mName, kPatienceMs));
+    const auto refuse = +[](SECURITY_ATTRIBUTES*, BOOL, BOOL, const wchar_t*) -> HANDLE { return nullptr; };
+    const ImportHook hook("xoSystem.dll", "CreateEventW", refuse);
+    xoNamedPipe eventless;
+    EXPECT_TRUE(!mServer.waitForConnection(eventless, kPatienceMs) && mServer.getResult() == P::ResultFailed);
+}
+
+// A close() that comes while listenUtf8() begins.
+xoNamedPipeServer* closedMeanwhile = nullptr;
+std::thread lateCloser;
+std::atomic<DWORD> lateCloserId{0};
+HANDLE hasRequested = nullptr, mayClose = nullptr;
+
+BOOL WINAPI closeBeforeReset(HANDLE event) {
+    if (xoNamedPipeServer* const server = std::exchange(closedMeanwhile, nullptr)) {
+        lateCloser = std::thread([server] {
+            lateCloserId = ::GetCurrentThreadId();
+            server->close();
+        });
+        ::WaitForSingleObject(hasRequested, INFINITE);
+    }
+    return ImportHook::behind(&closeBeforeReset)(event);
+}
+void WINAPI lockWhenAllowed(SRWLOCK* lock) {
+    if (::GetCurrentThreadId() == lateCloserId) ::SignalObjectAndWait(hasRequested, mayClose, INFINITE, FALSE);
+    ImportHook::behind (&lockWhenAllowed)(lock);
+}
+
+TEST_F(Pipe, IsClosedWhileItBeginsToListen) {
+    const platform::KernelHandle requested(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const platform::KernelHandle allowed(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    hasRequested = requested.get();
+    mayClose = allowed.get();
+    const ImportHook lockHook("xoSystem.dll", "AcquireSRWLockExclusive", &lockWhenAllowed);
+    const ImportHook resetHook("xoSystem.dll", "ResetEvent", &closeBeforeReset);
+    ASSERT_TRUE(lockHook.isInstalled() && resetHook.isInstalled());
+    closedMeanwhile = &mServer;
+    ASSERT_TRUE(mServer.listenUtf8(mName));
+    EXPECT_TRUE(!mServer.waitForConnection(mPeer, kPatienceMs) && mServer.getResult() == P::ResultCanceled);
+    ::SetEvent(mayClose);
+    lateCloser.join();
+    lateCloserId = 0;
+    EXPECT_FALSE(mServer.isListening());
+    EXPECT_TRUE(connect()) << "the next one listens";
 }
 
 TEST_F(Pipe, LeavesNothingBehind) {
