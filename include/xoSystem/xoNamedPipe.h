@@ -170,19 +170,24 @@ public:
     std::uint64_t tellg() override;
     std::uint64_t tellp() override;
 
-    // ---- the peer; Windows is asked once for each connection ----
+    // ---- the peer ----
+    //
+    // Windows is asked once for each connection. Ask for the user of an accepted end after the first read from it,
+    // because Windows does not tell before as which user the client has connected. Until then the answers are those for
+    // the process that has the client's number, which may be another one by now, and the next call asks again.
 
     // The process at the other end, 0 when it is not known. Only a hint, because Windows uses numbers again.
     std::uint32_t getPeerProcessId() const;
 
-    // The security identifier of the peer's user, such as "S-1-5-21-...". Empty when it is not known. At the client's
-    // end it is the owner of the pipe.
+    // The security identifier of the peer's user, such as "S-1-5-21-...". Empty when it is not known, as for a client
+    // that has connected anonymously. At the client's end it is the owner of the pipe.
     std::string getPeerUser() const;
 
     // "DOMAIN\name". May ask a domain controller, which takes time. Empty when it is not known.
     std::string getPeerUserName() const;
 
-    // Whether the peer's process runs elevated; false when that is not known.
+    // Whether the peer runs elevated; false when that is not known. At an accepted end, decide by it only after the
+    // first read, see above.
     bool isPeerElevated() const;
 
 private:

@@ -14,20 +14,25 @@ using platform::KernelHandle;
 // Lets the thread act as the client of a pipe while the object exists, and restores the thread's former identity then.
 class Impersonation {
 public:
+    // Not started when the thread's identity cannot be kept: it could not be restored.
     explicit Impersonation(HANDLE pipe) {
-        // Fails when the thread acts as its process, which leaves mBefore without a token.
-        ::OpenThreadToken(::GetCurrentThread(), TOKEN_IMPERSONATE, /*OpenAsSelf=*/TRUE, mBefore.put());
-        mIsActive = ::ImpersonateNamedPipeClient(pipe);
+        const BOOL isOther =
+            ::OpenThreadToken(::GetCurrentThread(), TOKEN_IMPERSONATE, /*OpenAsSelf=*/TRUE, mBefore.put());
+        // The error of a thread that acts as its process; mBefore has no token then.
+        mIsPossible = isOther || ::GetLastError() == ERROR_NO_TOKEN;
+        mIsActive = mIsPossible && ::ImpersonateNamedPipeClient(pipe);
     }
     // A thread that cannot stop acting as another user must not continue:
     // https://learn.microsoft.com/windows/win32/api/securitybaseapi/nf-securitybaseapi-reverttoself
     ~Impersonation() {
         if (mIsActive && !::SetThreadToken(/*Thread=*/nullptr, mBefore.get())) std::terminate();
     }
+    // Whether Windows has refused it, as it does until the server has read something from the pipe.
+    bool isRefused() const { return mIsPossible && !mIsActive; }
     Impersonation(const Impersonation&) = delete;
     Impersonation& operator=(const Impersonation&) = delete;
 
-    // The client's token. None when impersonation failed, as it does until the server has read something from the pipe.
+    // The client's token. None when the thread does not act as the client, and for an anonymous client.
     // OpenAsSelf, because a client that allows identification only cannot be used for opening an object.
     KernelHandle token() const {
         KernelHandle found;
@@ -37,7 +42,8 @@ public:
 
 private:
     KernelHandle mBefore;  // none when the thread acts as its process
-    BOOL mIsActive = FALSE;
+    bool mIsPossible = false;
+    bool mIsActive = false;
 };
 
 // None when the process has ended, or belongs to a user whose processes this one must not open.
@@ -50,12 +56,17 @@ KernelHandle tokenOf(DWORD processId) {
 
 }  // namespace
 
-// Prefers the token with which the client connected: the process number might be that of another process by now.
+// The process number might be that of another process by now, so it never stands in for a token that cannot be opened.
 Peer findClient(HANDLE pipe) {
     Peer peer;
     ::GetNamedPipeClientProcessId(pipe, &peer.processId);
-    KernelHandle token = Impersonation(pipe).token();
-    if (!token) token = tokenOf(peer.processId);
+    KernelHandle token;
+    {
+        const Impersonation client(pipe);
+        peer.isFinal = !client.isRefused();
+        token = client.token();
+    }
+    if (!peer.isFinal) token = tokenOf(peer.processId);
     if (!token) return peer;
     peer.user = userOf(token.get());
     peer.isElevated = isElevated(token.get());

@@ -30,7 +30,7 @@ struct xoNamedPipe::Private {
     bool canRead = true;  // false for one direction of a child's pipe
     bool canWrite = true;
     pipe::Cancellation cancellation;
-    mutable std::optional<pipe::Peer> peer;  // set by the first question, for the whole connection
+    mutable std::optional<pipe::Peer> peer;  // set by a question; once it is final, for the whole connection
 
     // What the host has set.
     unsigned readLimitMs = kNoLimit;

@@ -162,7 +162,7 @@ bool xoNamedPipe::Private::close() {
 bool xoNamedPipe::close() { return mPrivate->close(); }
 
 const pipe::Peer& xoNamedPipe::Private::askPeer() const {
-    if (peer) return *peer;
+    if (peer && peer->isFinal) return *peer;
     if (handle && end == End::Client)
         peer = pipe::findServer(handle.get());
     else if (handle && end == End::Server)

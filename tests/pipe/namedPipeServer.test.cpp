@@ -197,6 +197,59 @@ TEST_F(Pipe, IsClosedWhileItBeginsToListen) {
     EXPECT_TRUE(connect()) << "the next one listens";
 }
 
+// What Windows says of the client, and whether the thread took on its identity.
+DWORD ownTokenError = 0, clientTokenError = 0, impersonationError = 0;
+int impersonations = 0;
+bool isElevated = false;
+
+BOOL failWith(DWORD error) { return ::SetLastError(error), FALSE; }
+BOOL WINAPI openThreadToken(HANDLE thread, DWORD access, BOOL asSelf, HANDLE* token) {
+    if (access == TOKEN_IMPERSONATE) return failWith(ownTokenError);
+    if (clientTokenError != ERROR_SUCCESS) return failWith(clientTokenError);
+    return ImportHook::behind(&openThreadToken)(thread, access, asSelf, token);
+}
+BOOL WINAPI impersonate(HANDLE pipe) {
+    ++impersonations;
+    if (impersonationError != ERROR_SUCCESS) return failWith(impersonationError);
+    return ImportHook::behind(&impersonate)(pipe);
+}
+BOOL WINAPI tokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS kind, void* information, DWORD size, DWORD* used) {
+    const BOOL isDone = ImportHook::behind(&tokenInformation)(token, kind, information, size, used);
+    if (isDone && kind == TokenElevation) static_cast<TOKEN_ELEVATION*>(information)->TokenIsElevated = isElevated;
+    return isDone;
+}
+
+TEST_F(Pipe, KnowsItsClientByTheIdentityOfTheConnection) {
+    const ImportHook tokenHook("xoSystem.dll", "OpenThreadToken", &openThreadToken);
+    const ImportHook impersonateHook("xoSystem.dll", "ImpersonateNamedPipeClient", &impersonate);
+    const ImportHook informationHook("xoSystem.dll", "GetTokenInformation", &tokenInformation);
+    ASSERT_TRUE(tokenHook.isInstalled() && impersonateHook.isInstalled() && informationHook.isInstalled());
+    const struct {
+        DWORD ownTokenError, impersonationError, clientTokenError;
+        bool isKnown, isFinal;
+        const char* what;
+    } rows[] = {
+        {ERROR_NO_TOKEN, 0, 0, true, true, "an ordinary client"},
+        {ERROR_NO_TOKEN, ERROR_CANNOT_IMPERSONATE, 0, true, false, "nothing read yet: by the process number"},
+        {ERROR_NO_TOKEN, 0, ERROR_CANT_OPEN_ANONYMOUS, false, true, "an anonymous client"},
+        {ERROR_ACCESS_DENIED, 0, 0, false, true, "the thread's own identity could not be restored"},
+    };
+    for (const auto& row : rows) {
+        for (const bool elevated : {true, false}) {
+            ASSERT_TRUE(connect() && mClient.writeMessage("x") && mPeer.waitForData(kPatienceMs));
+            ownTokenError = row.ownTokenError;
+            impersonationError = row.impersonationError;
+            clientTokenError = row.clientTokenError;
+            isElevated = elevated;
+            impersonations = 0;
+            EXPECT_EQ(mPeer.isPeerElevated(), elevated && row.isKnown) << row.what;
+            EXPECT_EQ(mPeer.getPeerUser().empty(), !row.isKnown) << row.what;
+            EXPECT_EQ(impersonations, row.ownTokenError != ERROR_NO_TOKEN ? 0 : row.isFinal ? 1 : 2) << row.what;
+            EXPECT_EQ(mClient.isPeerElevated(), elevated) << "of the server's process";
+        }
+    }
+}
+
 TEST_F(Pipe, LeavesNothingBehind) {
     ASSERT_TRUE(connect());
     const int before = openHandles();
