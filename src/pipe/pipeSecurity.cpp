@@ -76,7 +76,9 @@ std::string localUsersDescriptor() {
     return user.empty() ? user : "O:" + user + "D:P(D;;GA;;;NU)(A;;GA;;;" + user + ")(A;;0x0012019B;;;IU)";
 }
 
+// A text with a NUL inside is invalid: Windows would read the part in front of it, which may admit more.
 SecurityAttributes::SecurityAttributes(const std::string& descriptor) {
+    if (descriptor.find('\0') != std::string::npos) return;
     ::ConvertStringSecurityDescriptorToSecurityDescriptorW(platform::toWide(descriptor).c_str(), SDDL_REVISION_1,
                                                            mDescriptor.put(), /*SecurityDescriptorSize=*/nullptr);
     mAttributes.nLength = sizeof mAttributes;

@@ -24,6 +24,7 @@ TEST(PipeSecurity, AdmitsThisUserAndAtMostLocalOnes) {
         EXPECT_FALSE(attributes.get()->bInheritHandle);
     }
     EXPECT_FALSE(pipe::SecurityAttributes("nonsense"));
+    EXPECT_FALSE(pipe::SecurityAttributes(std::string("D:P(A;;GA;;;WD)\0(D;;GA;;;NU)", 29)));
     EXPECT_EQ(pipe::accountName("nonsense"), "");
     EXPECT_NE(pipe::randomName(), pipe::randomName());
 }
