@@ -46,8 +46,8 @@ struct PipeAccess;
 //
 // Written bytes are gathered in a buffer until it is full, or flush(), close(), a message, a read or waitForData()
 // sends them. A read and waitForData() send only what the calling thread itself has written. Pieces of the size of the
-// buffer or more are not copied. A peer that does not read makes the writer wait: apart from the two buffers nothing is
-// kept in memory.
+// buffer or more are not copied. A peer that does not read makes the writer wait. Apart from the two buffers and a
+// message that has arrived in part, no more than the size of a buffer is kept in memory.
 class XOSYSTEM_API xoNamedPipe : public xoIoDevice {
 public:
     // What came of a call.
@@ -125,7 +125,8 @@ public:
     // True once a byte can be read without waiting. False: getReadResult() says why.
     bool waitForData(unsigned timeoutMs = kNoLimit);
 
-    // Waits for one byte and returns what is there, at most size bytes. 0: getReadResult() says why.
+    // Waits for one byte and returns what is there, at most size bytes. 0: getReadResult() says why, except for a null
+    // buffer or a size of 0, which changes no result.
     std::uint64_t readSome(char* buffer, std::uint64_t size);
 
     // Waits until all bytes are there, the peer has closed its end, or the limit has passed, and returns how many it

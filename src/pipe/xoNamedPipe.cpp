@@ -176,9 +176,13 @@ bool xoNamedPipe::readMessage(std::string& message) {
         return self.failReading(ResultTooLong);
     }
     if (!self.readBody(length, deadline)) return false;
-    message.swap(self.incoming.body);  // the caller's memory is used again for the next message
+    message.swap(self.incoming.body);
     message.resize(length);
-    self.incoming.body.clear();
+    // The caller's memory is used again for the next message, unless there is so much of it that it should not be kept.
+    if (self.incoming.body.capacity() > self.bufferBytes)
+        self.incoming.body = {};
+    else
+        self.incoming.body.clear();
     self.incoming.headBytes = self.incoming.bodyBytes = 0;
     self.readResult = ResultOk;
     return true;
