@@ -109,6 +109,10 @@ TEST_F(Pipe, DeliversWhatWasSentBeforeTheEnd) {
         const std::string block(kMegabyte, 'x');
         EXPECT_TRUE(staying.writeBytes(block.data(), block.size()) == 0 && staying.hasError());
         EXPECT_TRUE(staying.getWriteResult() == P::ResultEnd && !staying.close());
+        ASSERT_TRUE(connect());
+        leaving.close();
+        EXPECT_TRUE(staying.writeBytes("x", 1) == 1 && !staying.hasError()) << "it waits in the buffer";
+        EXPECT_FALSE(staying.close()) << "and is lost";
     }
 }
 

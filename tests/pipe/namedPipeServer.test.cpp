@@ -5,6 +5,9 @@
 #include "support/importHook.h"
 #include "support/openHandles.h"
 
+// After <windows.h>, which it needs.
+#include <sddl.h>
+
 namespace xo::tests {
 
 using testing::ElementsAre;
@@ -195,6 +198,45 @@ TEST_F(Pipe, IsClosedWhileItBeginsToListen) {
     lateCloserId = 0;
     EXPECT_FALSE(mServer.isListening());
     EXPECT_TRUE(connect()) << "the next one listens";
+}
+
+DWORD sizeOfBuffers = 0;
+std::wstring descriptorOfInstances;
+HANDLE WINAPI noteInstance(const wchar_t* name, DWORD mode, DWORD kind, DWORD most, DWORD out, DWORD in, DWORD limit,
+                           SECURITY_ATTRIBUTES* security) {
+    sizeOfBuffers = out == in ? in : 0;
+    platform::LocalMemory<wchar_t> text;
+    ::ConvertSecurityDescriptorToStringSecurityDescriptorW(security->lpSecurityDescriptor, SDDL_REVISION_1,
+                                                           DACL_SECURITY_INFORMATION, text.put(), nullptr);
+    descriptorOfInstances = text.get() ? text.get() : L"";
+    return ImportHook::behind(&noteInstance)(name, mode, kind, most, out, in, limit, security);
+}
+
+TEST_F(Pipe, IsMadeAsItsServerWasSetUp) {
+    ASSERT_TRUE(connect());
+    const std::string user = mPeer.getPeerUser();
+    const ImportHook hook("xoSystem.dll", "CreateNamedPipeW", &noteInstance);
+    const struct {
+        xoNamedPipeServer::Access access;
+        std::string descriptor;
+        std::uint32_t bytes;
+        std::string usedDescriptor;
+        DWORD usedBytes;
+    } rows[] = {{xoNamedPipeServer::AccessSameUser, "", 1, "D:P(A;;GA;;;" + user + ")", 4096},
+                {xoNamedPipeServer::AccessLocalUsers, "", 5000,
+                 "D:P(D;;GA;;;NU)(A;;GA;;;" + user + ")(A;;0x12019b;;;IU)", 5000},
+                {xoNamedPipeServer::AccessLocalUsers, "D:P(A;;GA;;;BA)", 0xFFFFFFFF, "D:P(A;;GA;;;BA)", 1 << 20}};
+    for (const auto& row : rows) {
+        mServer.setAccess(row.access);
+        mServer.setSecurityDescriptor(row.descriptor);
+        mServer.setBufferBytes(row.bytes);
+        mServer.close();
+        mClient.close();
+        mPeer.close();
+        ASSERT_TRUE(connect()) << row.usedDescriptor;
+        EXPECT_EQ(sizeOfBuffers, row.usedBytes);
+        EXPECT_EQ(std::filesystem::path(descriptorOfInstances).u8string(), row.usedDescriptor);
+    }
 }
 
 // What Windows says of the client, and whether the thread took on its identity.
