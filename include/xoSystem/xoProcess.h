@@ -270,6 +270,10 @@ public:
 
     // ---- the child at work ----
 
+    //
+    // The input pipe sends its buffer when it is closed, also by the destructor of this object, within the limit of
+    // setTimeLimits() for writing. Without a limit that waits for a child that does not read. A tied child is ended
+    // before.
     // The process identifier, or 0 without a child. Does not check whether the child has ended: Windows gives the
     // number to no other process until one of the functions above has noticed the end.
     std::uint32_t getPid() const;

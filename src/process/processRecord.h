@@ -52,6 +52,9 @@ struct xoProcess::Private {
     void wait(DWORD timeoutMs);
     // Ends the child, or its job with all processes in it. The end is noticed by a later poll().
     void kill();
+    // Closes the job first: that ends a tied tree. Each pipe sends its buffer when it is closed, so a child that does
+    // not read would hold up this process before its own end.
+    void releaseLastStart();
     // Clears what is known of the last child, but keeps its handles and what it wrote.
     void reset(State newState);
     void closeHandle();

@@ -85,6 +85,12 @@ void xoProcess::Private::kill() {
         ::TerminateProcess(process.get(), kKilledExitCode);
 }
 
+void xoProcess::Private::releaseLastStart() {
+    job.reset();
+    streams.reset();
+    for (auto* const pipe : {&inputPipe, &outputPipe, &errorPipe}) pipe->reset();
+}
+
 void xoProcess::Private::reset(State newState) {
     state = newState;
     exitCode = 0;
@@ -100,7 +106,7 @@ void xoProcess::Private::closeHandle() {
 
 xoProcess::xoProcess() : mPrivate(std::make_unique<Private>()) {}
 
-xoProcess::~xoProcess() = default;
+xoProcess::~xoProcess() { mPrivate->releaseLastStart(); }
 
 void xoProcess::setWorkingDirectoryUtf8(const std::string& directory) { mPrivate->workingDirectory = directory; }
 
@@ -132,9 +138,7 @@ bool xoProcess::Private::start(const std::string& newProgram, const std::vector<
     reset(StateFinished);
     program = newProgram;
     arguments = newArguments;
-    job.reset();
-    streams.reset();
-    for (auto* const pipe : {&inputPipe, &outputPipe, &errorPipe}) pipe->reset();
+    releaseLastStart();
 
     process::Child child =
         process::launch({program, arguments, environment, workingDirectory, makeAbsolute, priority, redirection, tree});
@@ -146,7 +150,15 @@ bool xoProcess::Private::start(const std::string& newProgram, const std::vector<
     processId = child.processId;
     mainThreadId = child.mainThreadId;
     job = std::move(child.job);
-    connect(child.handles);
+    try {
+        connect(child.handles);
+    } catch (...) {  // such as std::bad_alloc: the start has failed, so nothing of it may go on
+        kill();
+        closeHandle();
+        releaseLastStart();
+        reset(StateFinished);
+        throw;
+    }
     return true;
 }
 
@@ -195,7 +207,10 @@ void xoProcess::terminateProcess() {
 }
 
 // A child that is still running continues, unless it is tied: closing its job ends it.
-void xoProcess::clearProcess() { *mPrivate = Private(); }
+void xoProcess::clearProcess() {
+    mPrivate->releaseLastStart();
+    *mPrivate = Private();
+}
 
 bool xoProcess::resetState() {
     if (mPrivate->isRunning()) return false;

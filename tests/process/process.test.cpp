@@ -1,5 +1,6 @@
 #include "platform/handle.h"
 #include "process/processFixture.h"
+#include "support/allocationCount.h"
 #include "support/importHook.h"
 #include "support/openHandles.h"
 
@@ -199,6 +200,46 @@ TEST_F(Process, GetsEachArgumentThroughItsOwnSplitter) {
 }
 
 TEST_F(Process, OfABatchFileGetsOnlyWhatCannotBecomeACommand) {
+HANDLE started = nullptr;
+BOOL WINAPI keepAndRefuse(HANDLE, HANDLE process) {
+    const HANDLE self = ::GetCurrentProcess();
+    ::DuplicateHandle(self, process, self, &started, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    return ::SetLastError(ERROR_ACCESS_DENIED), FALSE;
+}
+BOOL WINAPI startAndRefuseMemory(const wchar_t* application, wchar_t* line, SECURITY_ATTRIBUTES* process,
+                                 SECURITY_ATTRIBUTES* thread, BOOL inherits, DWORD flags, void* environment,
+                                 const wchar_t* directory, STARTUPINFOW* startup, PROCESS_INFORMATION* created) {
+    const BOOL isStarted = ImportHook::behind(&startAndRefuseMemory)(application, line, process, thread, inherits,
+                                                                     flags, environment, directory, startup, created);
+    const HANDLE self = ::GetCurrentProcess();
+    ::DuplicateHandle(self, created->hProcess, self, &started, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    AllocationCount::refuseAll(true);
+    return isStarted;
+}
+
+TEST_F(Process, IsEndedWhenItsStartFails) {
+    for (const bool isRefusedByJob : {true, false}) {
+        const ImportHook jobHook("xoSystem.dll", isRefusedByJob ? "AssignProcessToJobObject" : "", &keepAndRefuse);
+        const AllocationCount memory;
+        const ImportHook startHook("xoSystem.dll", isRefusedByJob ? "" : "CreateProcessW", &startAndRefuseMemory);
+        ASSERT_TRUE((isRefusedByJob ? jobHook : startHook).isInstalled() && memory.isCounting());
+        mChild.setProcessTree(isRefusedByJob ? xoProcess::ProcessTreeOwned : xoProcess::ProcessTreeLoose);
+        mChild.setOutput(xoProcess::Output::Text());
+        bool isStarted = false, hasThrown = false;
+        try {
+            isStarted = mChild.startProcess(mHelper, {"sleep"});
+        } catch (const std::bad_alloc&) {
+            hasThrown = true;
+        }
+        AllocationCount::refuseAll(false);
+        EXPECT_TRUE(!isStarted && hasThrown != isRefusedByJob);
+        EXPECT_EQ(takeLines(), isRefusedByJob ? Texts{"0()Process not started, error 5 : " + mHelper} : Texts());
+        const KernelHandle child(std::exchange(started, nullptr));
+        EXPECT_EQ(::WaitForSingleObject(child.get(), 20000), WAIT_OBJECT_0);
+        EXPECT_TRUE(mChild.hasFailedToStart() && mChild.getPid() == 0 && mChild.getState() == 2);
+    }
+}
+
     const std::string name = "b \xC3\xA9.BAT";
     mFolder.write(name, "@echo [%1][%2][%3]> result\r\n@exit /b 5\r\n");
     const std::string batch = mFolder.path(name);

@@ -1,4 +1,5 @@
 #include <atomic>
+#include <functional>
 #include <stdexcept>
 #include <thread>
 
@@ -218,6 +219,25 @@ TEST_F(Streams, TakeTheWholeTreeAlong) {
             if (!isTied) child.killProcess();
         }
         EXPECT_TRUE(becomesHeld(false)) << "tied: " << isTied;
+    }
+}
+
+TEST_F(Streams, OfATiedTreeDoNotHoldUpItsEnd) {
+    using Object = std::unique_ptr<xoProcess>;
+    const std::pair<std::string, std::function<void(Object&)>> rows[] = {
+        {"hold=", [](Object& child) { child.reset(); }},
+        {"hold=", [](Object& child) { child->clearProcess(); }},
+        {"spawn=", [&](Object& child) { EXPECT_TRUE(child->waitForFinished() && child->startProcess(mHelper)); }}};
+    for (const auto& [task, end] : rows) {
+        auto child = std::make_unique<xoProcess>();
+        child->setProcessTree(xoProcess::ProcessTreeTied);
+        child->setInput(Input::Pipe());
+        ASSERT_TRUE(child->startProcess(mHelper, {task + eventName()}) && becomesHeld(true));
+        xoNamedPipe& in = *child->getInputPipe();
+        const std::string most = pattern(60000);  // of the pipe, and of the buffer
+        EXPECT_TRUE(in.writeBytes(most.data(), most.size()) && in.flush() && in.writeBytes(most.data(), most.size()));
+        end(child);
+        EXPECT_TRUE(becomesHeld(false)) << task;
     }
 }
 
