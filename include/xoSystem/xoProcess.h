@@ -258,7 +258,8 @@ public:
     const std::string& getOutputText() const;
     const std::string& getErrorText() const;
 
-    // Whether bytes were dropped: a Text was full, or a device took none.
+    // Whether bytes were dropped: a Text was full or there was no memory for more of it, a device took none, or Windows
+    // failed to read them.
     bool wasOutputCut() const;
 
     // The ends of the choice Pipe, from the start until the next start or clearProcess(); null otherwise. They serve
@@ -326,7 +327,7 @@ public:
         int exitCode = 0;              // of a child that was started and has ended
         std::string output;            // as bytes: OutputToUtf8() makes a text of them
         std::string errorOutput;       // the same of the error output; empty when it was merged
-        bool outputCut = false;        // whether one of them is longer than maxOutputBytes
+        bool outputCut = false;        // as wasOutputCut() has it
         std::string message;           // empty on success, otherwise as the error of ExecUtf8()
 
         // Whether it ended by itself, with exit code 0.

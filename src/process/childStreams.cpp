@@ -2,6 +2,7 @@
 #include "process/childStreams.h"
 
 #include <algorithm>
+#include <new>
 
 #include "xoSystem/xoIoDeviceBase.h"
 
@@ -35,6 +36,7 @@ void PendingOperation::begin() {
 // An operation that ended at once counts as running: its event is set too, and look() reports its result.
 void PendingOperation::end(BOOL isDone, DWORD error) {
     mHasFailed = !isDone && error != ERROR_IO_PENDING;
+    mError = error;
     mIsRunning = !mHasFailed;
 }
 
@@ -59,6 +61,7 @@ PendingOperation::State PendingOperation::result(HANDLE pipe, bool wait, DWORD& 
     if (error == ERROR_IO_INCOMPLETE) return State::Running;
     mIsRunning = false;
     if (isDone) return State::Done;
+    mError = error;
     return error == ERROR_OPERATION_ABORTED ? State::Aborted : State::Failed;
 }
 
@@ -97,14 +100,17 @@ bool OutputChannel::step() {
         case PendingOperation::State::Running:
             if (!mRest) return false;
             // Not expected, as no more was requested than the pipe contained.
-            if (mOperation.cancel(mPipe.get(), arrived) != PendingOperation::State::Done) return end(), true;
+            if (mOperation.cancel(mPipe.get(), arrived) != PendingOperation::State::Done) {
+                mWasCut = true;
+                return end(), true;
+            }
             break;
         case PendingOperation::State::Done: break;
         // Aborted: the next step reads again.
         case PendingOperation::State::Aborted: return true;
-        // Failed: mostly ERROR_BROKEN_PIPE, as all processes have closed their end.
-        case PendingOperation::State::Idle:
-        case PendingOperation::State::Failed: return end(), true;
+        // Mostly ERROR_BROKEN_PIPE, as all processes have closed their end.
+        case PendingOperation::State::Failed: noteFailure(mOperation.error()); return end(), true;
+        case PendingOperation::State::Idle: return end(), true;
     }
     if (mRest) *mRest -= arrived;
     mAt = mBuffer.get();
@@ -118,13 +124,16 @@ bool OutputChannel::step() {
 void OutputChannel::limitToRest() {
     if (!mPipe || mRest) return;
     DWORD arrived = 0;
-    if (mOperation.cancel(mPipe.get(), arrived) == PendingOperation::State::Done) {
+    const PendingOperation::State state = mOperation.cancel(mPipe.get(), arrived);
+    if (state == PendingOperation::State::Failed) noteFailure(mOperation.error());
+    if (state == PendingOperation::State::Done) {
         mAt = mBuffer.get();
         mEnd = mAt + arrived;
     }
     DWORD available = 0;
-    ::PeekNamedPipe(mPipe.get(), /*lpBuffer=*/nullptr, /*nBufferSize=*/0, /*lpBytesRead=*/nullptr, &available,
-                    /*lpBytesLeftThisMessage=*/nullptr);
+    if (!::PeekNamedPipe(mPipe.get(), /*lpBuffer=*/nullptr, /*nBufferSize=*/0, /*lpBytesRead=*/nullptr, &available,
+                         /*lpBytesLeftThisMessage=*/nullptr))
+        noteFailure(::GetLastError());
     mRest = available;
 }
 
@@ -140,11 +149,17 @@ void OutputChannel::pass() {
         mWasCut = true;
 }
 
+// A text without a hole: once bytes were dropped, all that follows is dropped, too.
 void OutputChannel::keep(const char* bytes, std::size_t size) {
+    if (mWasCut) return;
     // Never negative: the text is never longer than maxBytes.
     const std::uint64_t allowed = mChoice->maxBytes - mText.size();
-    mText.append(bytes, static_cast<std::size_t>((std::min)(allowed, std::uint64_t{size})));
-    if (size > allowed) mWasCut = true;
+    try {
+        mText.append(bytes, static_cast<std::size_t>((std::min)(allowed, std::uint64_t{size})));
+        mWasCut = size > allowed;
+    } catch (const std::bad_alloc&) {
+        mWasCut = true;
+    }
 }
 
 void OutputChannel::end() {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "process/lineSplitter.h"
 #include "process/redirection.h"
@@ -30,6 +31,9 @@ public:
     // Cancels the operation and waits for its end. Done when it had ended before.
     State cancel(HANDLE pipe, DWORD& moved);
 
+    // The error code of the operation that look() or cancel() has reported as Failed last.
+    DWORD error() const { return mError; }
+
 private:
     void begin();
     void end(BOOL isDone, DWORD error);
@@ -43,6 +47,7 @@ private:
     OVERLAPPED mOverlapped{};
     bool mIsRunning = false;
     bool mHasFailed = false;  // to start; look() reports it once
+    DWORD mError = ERROR_SUCCESS;
 };
 
 // Reads what a child writes, and passes it to the text, line handler or device of the host.
@@ -64,12 +69,15 @@ public:
     HANDLE pendingEvent() const { return mOperation.isRunning() ? mOperation.event() : nullptr; }
     bool wasCut() const { return mWasCut; }
     const std::string& text() const { return mText; }
+    std::string takeText() { return std::move(mText); }
 
 private:
     // Pass on the bytes [mAt, mEnd), append to the text within its limit, and end the output.
     void pass();
     void keep(const char* bytes, std::size_t size);
     void end();
+    // Called when Windows refuses to read. What is still in the pipe is lost, unless the pipe is at its end.
+    void noteFailure(DWORD error) { mWasCut = mWasCut || error != ERROR_BROKEN_PIPE; }
 
     platform::FileHandle mPipe;  // until the end of the output
     std::shared_ptr<const OutputChoice> mChoice;
@@ -129,6 +137,10 @@ public:
 
     // Appends at most three events, which are set when move() has something to do.
     void appendEvents(HANDLE* events, DWORD& count) const;
+
+    // The texts of the outputs, which are empty then.
+    std::string takeOutputText() { return mOutput ? mOutput->takeText() : std::string(); }
+    std::string takeErrorText() { return mError ? mError->takeText() : std::string(); }
 
     const OutputChannel* output() const { return mOutput.get(); }
     const OutputChannel* error() const { return mError.get(); }

@@ -67,9 +67,9 @@ xoProcess::RunResult xoProcess::RunUtf8(const std::string& program, const std::v
     }
     describeEnd(child, wasInTime, result);
     // Also after a time-out: what was written until then may explain it.
-    result.output = child.getOutputText();
-    result.errorOutput = child.getErrorText();
     result.outputCut = child.wasOutputCut();
+    result.output = child.mPrivate->streams->takeOutputText();  // a child with an output text has streams
+    result.errorOutput = child.mPrivate->streams->takeErrorText();
     return result;
 }
 

@@ -6,6 +6,8 @@
 #include "platform/handle.h"
 #include "process/processFixture.h"
 #include "stream/memoryDevice.h"
+#include "support/allocationCount.h"
+#include "support/importHook.h"
 #include "support/openHandles.h"
 #include "xoSystem/xoNamedPipe.h"
 
@@ -238,6 +240,33 @@ TEST_F(Streams, OfATiedTreeDoNotHoldUpItsEnd) {
         EXPECT_TRUE(in.writeBytes(most.data(), most.size()) && in.flush() && in.writeBytes(most.data(), most.size()));
         end(child);
         EXPECT_TRUE(becomesHeld(false)) << task;
+    }
+}
+
+int readsBeforeFailure = 0;
+BOOL WINAPI failToRead(HANDLE pipe, void* buffer, DWORD size, DWORD* got, OVERLAPPED* overlapped) {
+    if (readsBeforeFailure-- == 0) return ::SetLastError(ERROR_NO_SYSTEM_RESOURCES), FALSE;
+    return ImportHook::behind(&failToRead)(pipe, buffer, size, got, overlapped);
+}
+bool refusesOnce = false;
+void* refuseLargeOnce(std::size_t size) {
+    if (size > 200000 && std::exchange(refusesOnce, false)) return nullptr;
+    return ImportHook::behind(&refuseLargeOnce)(size);
+}
+
+TEST_F(Streams, AreCutWithoutAHole) {
+    const std::string all = pattern(kMegabyte);
+    xoProcess::RunOptions options;
+    options.mergeError = true;  // so that there is one output
+    for (const bool isRead : {false, true}) {
+        const ImportHook readHook("xoSystem.dll", isRead ? "" : "ReadFile", &failToRead);
+        const ImportHook memoryHook(kAllocator, isRead ? "malloc" : "", &refuseLargeOnce);
+        ASSERT_TRUE((isRead ? memoryHook : readHook).isInstalled());
+        readsBeforeFailure = 1;
+        refusesOnce = true;
+        const auto result = runHelper({"o1048576"}, options);
+        EXPECT_TRUE(result.outputCut && result.output.size() < all.size()) << result.output.size();
+        EXPECT_EQ(all.compare(0, result.output.size(), result.output), 0);
     }
 }
 
