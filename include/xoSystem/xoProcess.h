@@ -347,7 +347,8 @@ public:
     static std::string FindProgramUtf8(const std::string& name);
 
     // The output of a console program as UTF-8: valid UTF-8 as it is, anything else from the OEM code page, in which
-    // such programs write by default.
+    // such programs write by default. UTF-8 with other characters than ASCII whose last one is incomplete, as in an
+    // output that was cut, is UTF-8 too, with U+FFFD in place of that one.
     static std::string OutputToUtf8(const std::string& bytes);
 
     // Starts a program as startProcess() does with makeAbsolute, and does not keep track of it. False when the start

@@ -12,7 +12,7 @@ using RunResult = xoProcess::RunResult;
 // The message for a start that failed. It names the path only when the program was not found.
 std::string startFailure(DWORD error, const std::string& program, bool makeAbsolute) {
     std::string text = "Fail to start process";
-    if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) return text;
+    if (program.empty() || (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)) return text;
     return text + " : " + (makeAbsolute ? xoDirUtils::GetAbsolutePathUtf8(program) : program);
 }
 

@@ -324,7 +324,7 @@ TEST_F(Streams, AreOfAProgramThatPathNames) {
         ::SetEnvironmentVariableW(name, std::filesystem::u8path(text).wstring().c_str());
     };
     set(L"PATH", ";.;relative;" + first + ";\"" + second + "\"");
-    set(L"PATHEXT", ".EXE;.CMD");
+    set(L"PATHEXT", ".EXE;;.CMD;");
     const std::pair<std::string, std::string> rows[] = {{"tool", first + "\\tool.cmd"},
                                                         {"TOOL.EXE", second + "\\tool.exe"},
                                                         {"tool.1", second + "\\tool.1.exe"},
@@ -337,16 +337,55 @@ TEST_F(Streams, AreOfAProgramThatPathNames) {
         const std::string found = xoProcess::FindProgramUtf8(name);
         EXPECT_STRCASEEQ(found.c_str(), path.c_str()) << name;
     }
-    EXPECT_EQ(xoProcess::OutputToUtf8("\xC3\xA9"), "\xC3\xA9");
-    wchar_t wide[2] = L"";
-    ASSERT_EQ(::MultiByteToWideChar(CP_OEMCP, 0, "\x82", 1, wide, 1), 1);
-    const std::string letter = std::filesystem::path(wide).u8string();
-    EXPECT_EQ(xoProcess::OutputToUtf8("\x82"), letter);
-    // A line longer than a piece of the conversion, and one behind it.
-    const std::string longLine(1500000, 'x');
-    EXPECT_EQ(xoProcess::OutputToUtf8("a\n" + longLine + "\x82\n\x82"), "a\n" + longLine + letter + "\n" + letter);
     const std::string missing = mFolder.path("missing.exe");
     EXPECT_EQ(xoProcess::RunUtf8(missing).message, "Fail to start process : " + missing);
 }
 
 }  // namespace xo::tests
+    mFolder.write("first/bare", "");
+                                                        {"bare", ""},
+    EXPECT_EQ(xoProcess::RunUtf8("").message, "Fail to start process");
+}
+
+UINT oemPage = CP_OEMCP;
+int WINAPI convertFromPage(UINT page, DWORD flags, const char* text, int size, wchar_t* wide, int capacity) {
+    return ImportHook::behind(&convertFromPage)(page == CP_OEMCP ? oemPage : page, flags, text, size, wide, capacity);
+}
+BOOL WINAPI describePage(UINT page, CPINFO* info) {
+    return ImportHook::behind(&describePage)(page == CP_OEMCP ? oemPage : page, info);
+}
+
+TEST(ProcessOutput, IsUtf8OrOfTheOemCodePage) {
+    const ImportHook convertHook("xoSystem.dll", "MultiByteToWideChar", &convertFromPage);
+    const ImportHook describeHook("xoSystem.dll", "GetCPInfo", &describePage);
+    ASSERT_TRUE(convertHook.isInstalled() && describeHook.isInstalled());
+    const std::string replaced = "\xEF\xBF\xBD", accent = "\xC3\xA9";
+    const std::string longLine(1500000, 'x');
+    std::string kana = "x", kanaUtf8 = "x";
+    for (int i = 0; i < 1000000; ++i) {
+        kana += "\x82\xA0";
+        kanaUtf8 += "\xE3\x81\x82";
+    }
+    const struct {
+        UINT page;
+        std::string bytes, text;
+    } rows[] = {
+        {437, accent, accent},
+        {437, "\x82", accent},
+        {437, accent + "\xC3", accent + replaced},  // cut inside the last character
+        {437, accent + "\xE0", accent + replaced},
+        {437, accent + "\xED\x9F", accent + replaced},
+        {437, accent + "\xF0\x9F\x98", accent + replaced},
+        {437, accent + "\xF4", accent + replaced},
+        {437, "a\x82", "a" + accent},
+        {437, accent + "\x82", "\xE2\x94\x9C\xE2\x8C\x90" + accent},
+        {437, "a\xC3", "a\xE2\x94\x9C"},
+        // Lines longer than a piece of the conversion.
+        {437, "a\n" + longLine + "\x82\n\x82", "a\n" + longLine + accent + "\n" + accent},
+        {932, kana, kanaUtf8},
+    };
+    for (const auto& row : rows) {
+        oemPage = row.page;
+        EXPECT_TRUE(xoProcess::OutputToUtf8(row.bytes) == row.text) << row.page << " " << row.bytes.substr(0, 9);
+    }
+    oemPage = CP_OEMCP;
