@@ -20,14 +20,17 @@
 // input and outputs are what setInput(), setOutput() and setErrorOutput() say, by default no handles. It receives each
 // argument unchanged, whatever characters it contains.
 //
-// Two kinds of program are run through the command interpreter, cmd.exe in the system folder:
-// - A batch file (.bat, .cmd). The interpreter reads the arguments as program text, so an argument with " or % or a
-// line
-//   break, which could become a command, makes the start fail. So does a path that is longer than 259 UTF-16 units, or
-//   that contains the name of an environment variable of the child between two percent signs.
-// - The interpreter itself (any cmd.exe). What follows "/c" or "/k", as an argument of its own or joined to others
-//   ("/d/c", "/cdir"), is a command in the interpreter's language and is passed on unchanged. The caller is responsible
-//   for what it puts in there.
+// Two kinds of program are run through the command interpreter:
+//
+// A batch file (.bat, .cmd) is run by cmd.exe in the system folder. The interpreter reads the arguments as program
+// text, so an argument with a quote, a percent sign or a line break, which could become a command, makes the start
+// fail. So does a path that is longer than 259 UTF-16 units, or that contains the name of an environment variable of
+// the child between two percent signs.
+//
+// The interpreter itself is any program called cmd.exe. What follows "/c" or "/k", as an argument of its own or joined
+// to others ("/d/c", "/cdir"), is a command in the interpreter's language and is passed on unchanged; "/s" is put in
+// front of the switches, so that the interpreter never takes the whole command for the name of a file. The caller is
+// responsible for what the command does.
 //
 // An object belongs to one thread at a time; the static functions may be called from any thread. Nothing throws except
 // std::bad_alloc and what a line handler or a device of the host throws. A failed start returns false and writes a
@@ -162,7 +165,8 @@ public:
     // ---- before the start ----
 
     // The working directory of the next child; empty stands for that of this process. Windows accepts at most 258
-    // UTF-16 units. A directory that does not exist, or a path with a NUL inside, makes the start fail.
+    // UTF-16 units. A directory that does not exist, or a path that is not UTF-8 or has a NUL inside, makes the start
+    // fail.
     void setWorkingDirectoryUtf8(const std::string& directory);
     const std::string& getWorkingDirectoryUtf8() const;
 
@@ -174,8 +178,9 @@ public:
     const std::vector<std::string>& getEnvironmentUtf8() const;
 
     // The standard handles of the next children, by default None. A console handle that is inherited makes the child
-    // share the console of this process. A file that cannot be opened makes the start fail, with a DEBUG line; so does
-    // an empty handler, a null device, Merged as the output, or one file for both outputs without append.
+    // share the console of this process. A file that cannot be opened makes the start fail, with a DEBUG line, and so
+    // does a path that is not UTF-8 or has a NUL inside; also an empty handler, a null device, Merged as the output, or
+    // one file for both outputs without append.
     //
     // Text, lines and devices are moved by the calls that look at the child: by waitForFinished() for as long as it
     // waits, and without waiting by getState(), exitCode(), hasCrashed(), hasFailedToStart() and resetState(). Handlers

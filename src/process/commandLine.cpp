@@ -71,7 +71,8 @@ Command plainCommand(const std::wstring& path, const Arguments& arguments) {
                    kLongestLine);  // Wine starts no program with a longer path
 }
 
-// The interpreter removes the first and the last quote behind "/c" and reads the rest unchanged.
+// The interpreter removes the first and the last quote behind "/c" and reads the rest unchanged. With exactly these two
+// it does so only if "/s" stands before; without it, the text between them may be taken for the name of a file.
 // https://learn.microsoft.com/windows-server/administration/windows-commands/cmd
 Command interpreted(const std::wstring& interpreter, const std::wstring& switches, const std::wstring& command) {
     return checked(platform::toApiPath(interpreter), quotedProgram(interpreter) + switches + L" \"" + command + L"\"",
@@ -146,7 +147,7 @@ CommandPlace findCommand(const Arguments& arguments) {
 
 // Passes the arguments without quotes: the interpreter would take a quoted switch for a command.
 Command interpreterCommand(const std::wstring& interpreter, const Arguments& arguments, CommandPlace place) {
-    std::wstring switches;
+    std::wstring switches = L" /s";
     for (std::size_t i = 0; i < place.argument; ++i) switches += L' ' + platform::toWide(arguments[i]);
     const std::string_view last = arguments[place.argument];
     switches += L' ' + platform::toWide(last.substr(0, place.offset));

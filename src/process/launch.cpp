@@ -67,9 +67,9 @@ DWORD prepare(const Launch& wanted, Prepared& prepared) {
         prepared.environment = makeEnvironmentBlock(wanted.environment);
         if (prepared.environment.empty()) return ERROR_INVALID_PARAMETER;
     }
+    if (!isPlainText(wanted.workingDirectory)) return ERROR_DIRECTORY;
     // No "\\?\" prefix: CreateProcessW refuses it here.
     prepared.directory = platform::toWide(wanted.workingDirectory);
-    if (prepared.directory.find(L'\0') != std::wstring::npos) return ERROR_DIRECTORY;
     prepared.priority = priorityClass(wanted.priority);
     return ERROR_SUCCESS;
 }

@@ -7,6 +7,7 @@
 #include "pipe/pipePair.h"
 #include "platform/openFile.h"
 #include "platform/wideText.h"
+#include "process/commandLine.h"
 #include "xoSystem/xoLog.h"
 #include "xoSystem/xoSystemError.h"
 
@@ -31,7 +32,9 @@ DWORD logged(const std::string& path, DWORD error) {
     return error;
 }
 
+// A path that is not UTF-8 is refused: converted, it would name another file.
 DWORD openFile(const std::string& path, DWORD access, DWORD share, DWORD creation, FileHandle& file) {
+    if (!isPlainText(path)) return logged(path, ERROR_INVALID_NAME);
     const std::wstring widePath = platform::toApiPath(path);
     file = platform::openFile(widePath, access, share, creation);
     return logged(path, file ? ERROR_SUCCESS : ::GetLastError());

@@ -83,7 +83,8 @@ TEST_F(Process, IsFoundWithoutItsExtension) {
     for (const std::string& program :
          Texts{"", mFolder.path(), mHelper + '\0', '"' + mHelper + '"', mFolder.path() + "\\\xFF.exe"})
         EXPECT_EQ(runOther(program, {"exit", "3"}), -1) << program;
-    for (const std::string& directory : Texts{mFolder.path("missing"), {"C:\\\0x", 5}})
+    ASSERT_TRUE(xoDirUtils::MkpathUtf8(mFolder.path("\xEF\xBF\xBD")));
+    for (const std::string& directory : Texts{mFolder.path("missing"), {"C:\\\0x", 5}, mFolder.path() + "\\\xFF"})
         EXPECT_EQ(xoProcess::ExecUtf8(mHelper, {"exit", "3"}, directory), -1) << directory;
 }
 
@@ -199,7 +200,6 @@ TEST_F(Process, GetsEachArgumentThroughItsOwnSplitter) {
     for (const std::string& bad : Texts{{"a\0b", 3}, "\xFF"}) EXPECT_EQ(run({"exit", "3", bad}), -1);
 }
 
-TEST_F(Process, OfABatchFileGetsOnlyWhatCannotBecomeACommand) {
 HANDLE started = nullptr;
 BOOL WINAPI keepAndRefuse(HANDLE, HANDLE process) {
     const HANDLE self = ::GetCurrentProcess();
@@ -240,6 +240,7 @@ TEST_F(Process, IsEndedWhenItsStartFails) {
     }
 }
 
+TEST_F(Process, OfABatchFileGetsOnlyWhatCannotBecomeACommand) {
     const std::string name = "b \xC3\xA9.BAT";
     mFolder.write(name, "@echo [%1][%2][%3]> result\r\n@exit /b 5\r\n");
     const std::string batch = mFolder.path(name);
@@ -291,7 +292,9 @@ TEST_F(Process, PassesACommandToTheInterpreterOnly) {
                                           {{"/d/c", "exit 4"}, 4},
                                           {{"/cexit", "5"}, 5},
                                           {{"/K", "exit 6"}, 6},
-                                          {{"/q", "/v:on/Cexit 7"}, 7}};
+                                          {{"/q", "/v:on/Cexit 7"}, 7},
+                                          {{"/c", "exit 8"}, 8}};
+    mFolder.write("exit 8.bat", "@exit /b 1\r\n");  // a command is no name of a file
     for (const auto& [arguments, code] : rows) EXPECT_EQ(runOther("C:/windows/system32/cmd", arguments), code) << code;
     EXPECT_EQ(mFolder.read("result"), "x\r\n");
 

@@ -124,7 +124,8 @@ TEST_F(Streams, UseFiles) {
     const std::pair<Output, Output> refused[] = {{file, file},
                                                  {Output::Merged(), Output::None()},
                                                  {Output::Lines(nullptr), Output::None()},
-                                                 {Output::None(), Output::Device(nullptr)}};
+                                                 {Output::None(), Output::Device(nullptr)},
+                                                 {Output::FileUtf8(mFolder.path() + "\\\xFF"), Output::None()}};
     for (const auto& [output, errorOutput] : refused) {
         mChild.setOutput(output);
         mChild.setErrorOutput(errorOutput);
@@ -137,6 +138,7 @@ TEST_F(Streams, UseFiles) {
 TEST_F(Streams, HandLinesOut) {
     const std::string longLine(kMegabyte, 'x');
     const std::pair<std::string, Texts> rows[] = {
+    EXPECT_FALSE(xoDirUtils::FileExistsUtf8(mFolder.path("\xEF\xBF\xBD"))) << "what broken UTF-8 becomes";
         {"", {}},
         {"a\r\nb\n\n\r\rc\n\r\nd", {"a", "b", "", "\r\rc", "", "d"}},  // the helper writes it byte by byte
         {"\r", {"\r"}},
