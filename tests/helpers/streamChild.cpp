@@ -3,7 +3,7 @@
 //   lines      writes what the file "lines" holds to the output, one byte at a time
 //   echo       copies the input to the output
 //   count=9    reads that many bytes of the input, or all, and writes their number to the output
-//   hold=name  makes an event of that name, writes "held" to the output and sleeps
+//   hold=name  writes "held" to the output, makes an event of that name and sleeps
 //   spawn=name starts itself with hold=name, with the same standard handles
 //   sleep      sleeps for a minute
 //   set=4      sets the event that has this handle, if it is one, and writes whether it was to the output
@@ -69,8 +69,8 @@ void perform(const std::string& task) {
     } else if (task.rfind("count", 0) == 0) {
         write(STD_OUTPUT_HANDLE, std::to_string(readInput(task == "count" ? SIZE_MAX : std::stoul(value), false)));
     } else if (task.rfind("hold", 0) == 0) {
-        ::CreateEventA(nullptr, TRUE, FALSE, value.c_str());
         write(STD_OUTPUT_HANDLE, "held");
+        ::CreateEventA(nullptr, TRUE, FALSE, value.c_str());
         ::Sleep(60000);
     } else if (task.rfind("spawn", 0) == 0) {
         spawn(value);

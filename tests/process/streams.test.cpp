@@ -51,6 +51,13 @@ protected:
         }
         return false;
     }
+    // A clock that passes the time limits of the library once the event is there, and not before.
+    static ULONGLONG WINAPI clockOfEvent() {
+        static bool hasBeenHeld = false;
+        hasBeenHeld = hasBeenHeld || KernelHandle(::OpenEventA(SYNCHRONIZE, FALSE, msEventName.c_str()));
+        return hasBeenHeld ? 1000000 : 0;
+    }
+    static inline std::string msEventName;
     bool becomesHeld(bool held) const {
         for (int i = 0; i < 4000 && isHeld() != held; ++i) ::SleepEx(5, FALSE);
         return isHeld() == held;
@@ -131,6 +138,7 @@ TEST_F(Streams, UseFiles) {
         mChild.setErrorOutput(errorOutput);
         EXPECT_FALSE(start({}) || !mChild.hasFailedToStart());
     }
+    EXPECT_FALSE(xoDirUtils::FileExistsUtf8(mFolder.path("\xEF\xBF\xBD"))) << "what broken UTF-8 becomes";
     mChild.clearProcess();
     EXPECT_TRUE(complete({"o1"}) && mChild.getOutputText().empty()) << "nothing is redirected any more";
 }
@@ -138,7 +146,6 @@ TEST_F(Streams, UseFiles) {
 TEST_F(Streams, HandLinesOut) {
     const std::string longLine(kMegabyte, 'x');
     const std::pair<std::string, Texts> rows[] = {
-    EXPECT_FALSE(xoDirUtils::FileExistsUtf8(mFolder.path("\xEF\xBF\xBD"))) << "what broken UTF-8 becomes";
         {"", {}},
         {"a\r\nb\n\n\r\rc\n\r\nd", {"a", "b", "", "\r\rc", "", "d"}},  // the helper writes it byte by byte
         {"\r", {"\r"}},
@@ -210,9 +217,14 @@ TEST_F(Streams, TakeTheWholeTreeAlong) {
     mFolder.write("b.bat", "@\"" + mHelper + "\" hold=\"" + eventName() + "\"\r\n");
     xoProcess::RunOptions options;
     options.timeoutMs = 3000;
-    const auto late = xoProcess::RunUtf8(mFolder.path("b.bat"), {}, options);
-    EXPECT_TRUE(late.outcome == late.TimedOut && late.message == "timeout" && late.exitCode == 65535);
-    EXPECT_EQ(late.output, "held");
+    {
+        msEventName = eventName();
+        const ImportHook hook("xoSystem.dll", "GetTickCount64", &clockOfEvent);
+        ASSERT_TRUE(hook.isInstalled());
+        const auto late = xoProcess::RunUtf8(mFolder.path("b.bat"), {}, options);
+        EXPECT_TRUE(late.outcome == late.TimedOut && late.message == "timeout" && late.exitCode == 65535);
+        EXPECT_EQ(late.output, "held");
+    }
     EXPECT_TRUE(becomesHeld(false));
 
     for (const bool isTied : {true, false}) {
@@ -272,6 +284,28 @@ TEST_F(Streams, AreCutWithoutAHole) {
     }
 }
 
+HANDLE givenInput = nullptr;
+BOOL WINAPI noteInput(const wchar_t* application, wchar_t* line, SECURITY_ATTRIBUTES* process,
+                      SECURITY_ATTRIBUTES* thread, BOOL inherits, DWORD flags, void* environment,
+                      const wchar_t* directory, STARTUPINFOW* startup, PROCESS_INFORMATION* created) {
+    givenInput = startup->hStdInput;
+    return ImportHook::behind(&noteInput)(application, line, process, thread, inherits, flags, environment, directory,
+                                          startup, created);
+}
+
+TEST_F(Streams, InheritNothingWhereThereIsNoHandle) {
+    const ImportHook hook("xoSystem.dll", "CreateProcessW", &noteInput);
+    const HANDLE own = ::GetStdHandle(STD_INPUT_HANDLE);
+    mChild.setInput(Input::Inherit());
+    mChild.setOutput(Output::Text());
+    for (const HANDLE none : {HANDLE{}, INVALID_HANDLE_VALUE}) {
+        givenInput = own;
+        ::SetStdHandle(STD_INPUT_HANDLE, none);
+        EXPECT_TRUE(complete({"o1"}) && mChild.getOutputText() == "a" && givenInput == nullptr);
+        ::SetStdHandle(STD_INPUT_HANDLE, own);
+    }
+}
+
 TEST_F(Streams, ServeAConversation) {
     mChild.setInput(Input::Pipe());
     mChild.setOutput(Output::Pipe());
@@ -321,6 +355,7 @@ TEST_F(Streams, AreOfAProgramThatPathNames) {
     mFolder.write("first/tool.cmd", "");
     mFolder.write("se;cond/tool.exe", "");
     mFolder.write("se;cond/tool.1.exe", "");
+    mFolder.write("first/bare", "");
     ASSERT_TRUE(xoDirUtils::MkpathUtf8(first + "/only.exe"));  // a folder is no program
     const auto set = [](const wchar_t* name, const std::string& text) {
         ::SetEnvironmentVariableW(name, std::filesystem::u8path(text).wstring().c_str());
@@ -332,6 +367,7 @@ TEST_F(Streams, AreOfAProgramThatPathNames) {
                                                         {"tool.1", second + "\\tool.1.exe"},
                                                         {"only", ""},
                                                         {"missing", ""},
+                                                        {"bare", ""},
                                                         {"first\\tool", ""},
                                                         {"", ""},
                                                         {{"tool\0", 5}, ""}};
@@ -341,11 +377,6 @@ TEST_F(Streams, AreOfAProgramThatPathNames) {
     }
     const std::string missing = mFolder.path("missing.exe");
     EXPECT_EQ(xoProcess::RunUtf8(missing).message, "Fail to start process : " + missing);
-}
-
-}  // namespace xo::tests
-    mFolder.write("first/bare", "");
-                                                        {"bare", ""},
     EXPECT_EQ(xoProcess::RunUtf8("").message, "Fail to start process");
 }
 
@@ -391,3 +422,6 @@ TEST(ProcessOutput, IsUtf8OrOfTheOemCodePage) {
         EXPECT_TRUE(xoProcess::OutputToUtf8(row.bytes) == row.text) << row.page << " " << row.bytes.substr(0, 9);
     }
     oemPage = CP_OEMCP;
+}
+
+}  // namespace xo::tests
