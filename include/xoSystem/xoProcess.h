@@ -270,16 +270,16 @@ public:
     // The ends of the choice Pipe, from the start until the next start or clearProcess(); null otherwise. They serve
     // one direction, with limits and cancellation; the other one raises the error flag, with a CRITICAL line. They do
     // not know their peer. Closing the input pipe ends the child's input.
+    //
+    // The input pipe sends its buffer when it is closed, also by the destructor of this object, within the limit of
+    // setTimeLimits() for writing. Without a limit that waits for a child that does not read. A tied child is ended
+    // before.
     xoNamedPipe* getInputPipe();
     xoNamedPipe* getOutputPipe();
     xoNamedPipe* getErrorPipe();
 
     // ---- the child at work ----
 
-    //
-    // The input pipe sends its buffer when it is closed, also by the destructor of this object, within the limit of
-    // setTimeLimits() for writing. Without a limit that waits for a child that does not read. A tied child is ended
-    // before.
     // The process identifier, or 0 without a child. Does not check whether the child has ended: Windows gives the
     // number to no other process until one of the functions above has noticed the end.
     std::uint32_t getPid() const;
@@ -340,8 +340,8 @@ public:
     };
 
     // Runs a program to its end, without a pause, and returns what it wrote. After a time-out the child is ended, with
-    // all that it has started; what it wrote until then is there. The message names the path of a program that does not
-    // exist.
+    // all that it has started unless the tree is loose; what it wrote until then is there. The message names the path
+    // of a program that does not exist.
     static RunResult RunUtf8(const std::string& program, const std::vector<std::string>& arguments = {});
     static RunResult RunUtf8(const std::string& program, const std::vector<std::string>& arguments,
                              const RunOptions& options);
