@@ -7,4 +7,14 @@ fail() { printf 'dev: %s\n' "$*" >&2; exit 1; }
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$XO_OUT/CMakeCache.txt")
 package=xoSystem-$version-win64-mingw
 archive=$XO_ROOT/$package.zip
-epoch=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || echo 315532800)} # the time in the package
+
+# The time in the package: that of the commit. An archive of the sources has none; 1980 is the first year of a zip.
+package_time() {
+    if [[ ${SOURCE_DATE_EPOCH:-} ]]; then
+        echo "$SOURCE_DATE_EPOCH"
+    elif [[ -e .git ]]; then
+        git log -1 --format=%ct || fail "git does not give the time of the commit; SOURCE_DATE_EPOCH can name one"
+    else
+        echo 315532800
+    fi
+}

@@ -5,6 +5,7 @@
 
 stage=$XO_ROOT/package/$package
 components=$XO_ROOT/$package.spdx.json
+epoch=$(package_time)
 
 # name|Debian package|licence|part, without the comment
 foreign() { grep -v '^#' packaging/components.txt; }
