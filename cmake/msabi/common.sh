@@ -45,7 +45,7 @@ make_headers() {
     mv "$include" "$work/include"
 }
 
-# The compiler's flags, here and for CMake.
+# The compiler's flags, here and for CMake. Quotes hold a path with spaces together.
 make_flags() {
     make_headers
     cat >"$work/flags.rsp.new" <<END
@@ -57,10 +57,10 @@ make_flags() {
 -D__MSVCRT_VERSION__=0xE00
 -D_HAS_STATIC_RTTI=1
 -D_USE_STD_VECTOR_ALGORITHMS=0
--imsvc$work/include
--imsvc$stl/inc
--imsvc$resource/include
--imsvc$mingw/include
+"-imsvc$work/include"
+"-imsvc$stl/inc"
+"-imsvc$resource/include"
+"-imsvc$mingw/include"
 -Wno-gnu-include-next
 -Wno-pragma-pack
 -Wno-#warnings
