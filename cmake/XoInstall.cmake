@@ -23,7 +23,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/xoSystemConfigVersion.cma
 install(FILES ${PROJECT_BINARY_DIR}/xoSystemConfig.cmake ${PROJECT_BINARY_DIR}/xoSystemConfigVersion.cmake
   DESTINATION ${config_folder})
 
-# pkg-config has no word for what a static library of the target's asks of its user, so its lists are made from the target.
+# pkg-config cannot express what a static build needs, so these lists come from the CMake target. The file is named after
+# the library: a debug build for Visual Studio is installed beside the optimised one.
 set(pc_flags "")
 set(pc_libraries "")
 if(NOT MSVC)
@@ -37,8 +38,10 @@ if(NOT library_type STREQUAL SHARED_LIBRARY)
   list(APPEND pc_libraries ${linked})
 endif()
 string(JOIN " " pc_libraries ${pc_libraries})
-configure_file(${packaging}/xoSystem.pc.in ${PROJECT_BINARY_DIR}/xoSystem.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/xoSystem.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+configure_file(${packaging}/xoSystem.pc.in ${PROJECT_BINARY_DIR}/xoSystem.pc.in @ONLY)
+set(pc_file ${PROJECT_BINARY_DIR}/pkgconfig/$<TARGET_LINKER_FILE_BASE_NAME:xoSystem>.pc)
+file(GENERATE OUTPUT ${pc_file} INPUT ${PROJECT_BINARY_DIR}/xoSystem.pc.in)
+install(FILES ${pc_file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION .)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION . FILES_MATCHING PATTERN "*.md")

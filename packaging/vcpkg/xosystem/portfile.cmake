@@ -7,6 +7,11 @@ vcpkg_cmake_configure(SOURCE_PATH "${SOURCE_PATH}"
   OPTIONS -DXO_BUILD_TESTS=OFF -DXO_BUILD_EXAMPLES=OFF -DXO_INSTALL=ON)
 vcpkg_cmake_install()
 vcpkg_cmake_config_fixup(PACKAGE_NAME xoSystem CONFIG_PATH lib/cmake/xoSystem)
+# vcpkg has a folder of debug libraries, where a file for pkg-config has the same name as the other.
+set(debug_pc "${CURRENT_PACKAGES_DIR}/debug/lib/pkgconfig/xoSystem")
+if(EXISTS "${debug_pc}d.pc")
+  file(RENAME "${debug_pc}d.pc" "${debug_pc}.pc")
+endif()
 vcpkg_fixup_pkgconfig()
 vcpkg_copy_pdbs()
 
