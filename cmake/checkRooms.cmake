@@ -1,4 +1,4 @@
-# Checks the tree against docs/contributing.md:
+# Checks that the version is the same in all files that have it, and the tree against docs/contributing.md:
 #   rooms    an include leads from a room to one listed below it, never up; so no two rooms include each other
 #   classes  every exported class and every public header has a row, and the files that a row names exist
 #   names    the library uses none of the standard classes that the page rules out
@@ -122,6 +122,16 @@ foreach(source IN LISTS sources)
   endforeach()
 endforeach()
 
+file(STRINGS ${ROOT}/CMakeLists.txt version REGEX "^project\\(xoSystem VERSION ")
+string(REGEX REPLACE "^.*VERSION ([0-9.]+).*" "\\1" version "${version}")
+foreach(file vcpkg.json packaging/vcpkg/xosystem/vcpkg.json)
+  file(READ ${ROOT}/${file} manifest)
+  string(JSON manifest_version GET "${manifest}" version-string)
+  if(NOT manifest_version STREQUAL version)
+    report("${file} has the version ${manifest_version}, CMakeLists.txt ${version}")
+  endif()
+endforeach()
+
 if(errors)
-  message(FATAL_ERROR "The tree and ${page} differ:${errors}")
+  message(FATAL_ERROR "The tree contradicts itself or ${page}:${errors}")
 endif()
