@@ -34,7 +34,8 @@ macro(xo_find_googletest)
     set(CMAKE_POLICY_DEFAULT_CMP0077 NEW) # its options are variables
     set(gtest_force_shared_crt ON)
     if(MSVC)
-      set(gtest_disable_pthreads ON) # what cannot link a program, as in the Microsoft-ABI build, finds everything
+      # The Microsoft-ABI build cannot link CMake's test programs, so CMake's search would report pthreads as present.
+      set(gtest_disable_pthreads ON)
     endif()
     set(INSTALL_GTEST OFF)
     add_subdirectory("${XO_GOOGLETEST_SOURCES}" ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)

@@ -1,4 +1,4 @@
-# Finds what cl does not compile and clang does, with any target: words of GCC's that stand in no branch for a compiler.
+# Finds what cl does not compile and clang does, with any target: GCC keywords outside an #if that tests for the compiler.
 # The cross build's -Wpedantic finds extensions of the grammar.
 FNR == 1 { depth = 0 }
 /^[ \t]*#[ \t]*if/ { branch[++depth] = $0; next }
