@@ -59,6 +59,7 @@ std::string narrow(const std::wstring& text) {
 }
 
 std::wstring widenAscii(const std::string& text) {
+    if (!fitsInt(text.size())) return failed<std::wstring>(kAsciiFailed);  // as in narrowAscii
     std::wstring wide(text.size() + 1, L'\0');
     const std::size_t count =
         text.empty() ? 0 : ::_mbstowcs_l(wide.data(), text.c_str(), text.size(), xoStringUtils::GetCLocale());

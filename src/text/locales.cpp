@@ -1,5 +1,8 @@
 // The "C" locales, made at the library's start and released at its end. Between these they are not changed, so any
 // thread may read them without a lock; before and after they are null.
+#include <memory>
+#include <new>
+
 #include "xoSystem/xoStringUtils.h"
 
 namespace xo {
@@ -9,8 +12,10 @@ std::locale* xoStringUtils::msCplusLocale = nullptr;
 
 bool xoStringUtils::InitializeStringUtils() {
     if (msCLocale || msCplusLocale) return false;
+    auto streamLocale = std::make_unique<std::locale>("C");
     msCLocale = ::_create_locale(LC_ALL, "C");
-    msCplusLocale = new std::locale("C");
+    if (!msCLocale) throw std::bad_alloc();  // the name is valid, so only memory can be missing
+    msCplusLocale = streamLocale.release();
     return true;
 }
 

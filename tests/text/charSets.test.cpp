@@ -1,16 +1,22 @@
 #include <gtest/gtest.h>
 #include <utf8.h>
 
+#include <cstring>
+#include <new>
 #include <string>
 #include <tuple>
 
+#include "support/allocationCount.h"
 #include "support/capturedOutput.h"
+#include "support/importHook.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace {
 
 using xo::xoStringUtils;
+using xo::tests::AllocationCount;
 using xo::tests::CapturedOutput;
+using xo::tests::ImportHook;
 using namespace std::string_literals;
 
 constexpr int kNative = 0, kUtf8 = 1, kAscii = 2;
@@ -34,6 +40,23 @@ TEST(Locales, ExistBetweenInitialisationAndTermination) {
 
     EXPECT_TRUE(xoStringUtils::TerminateStringUtils());
     EXPECT_TRUE(xoStringUtils::GetCLocale() == nullptr && xoStringUtils::GetCPlusLocale() == nullptr);
+}
+
+TEST(Locales, AreBothMissingAfterAFailure) {
+    const AllocationCount allocations;
+    ASSERT_TRUE(allocations.isCounting());
+    bool isThrown = false;
+    allocations.refuseAll(true);
+    try {
+        xoStringUtils::InitializeStringUtils();
+    } catch (const std::bad_alloc&) {
+        isThrown = true;
+    }
+    allocations.refuseAll(false);
+    EXPECT_TRUE(isThrown);
+    EXPECT_TRUE(xoStringUtils::GetCLocale() == nullptr && xoStringUtils::GetCPlusLocale() == nullptr);
+    EXPECT_TRUE(xoStringUtils::InitializeStringUtils());
+    EXPECT_TRUE(xoStringUtils::TerminateStringUtils());
 }
 
 TEST(CharSets, WidenOrSayWhyNot) {
@@ -81,6 +104,19 @@ TEST(CharSets, ConvertThroughWideText) {
     EXPECT_EQ(xoStringUtils::convertCharset("", kUtf8, kAscii), "");
     EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\x80\x80\x80"), "");  // three euro signs: nine bytes
     EXPECT_EQ(output.text(), std::string(kNoAscii) + kNoUtf8);
+}
+
+// A conversion to UTF-8 whose result is a continuation byte without a first byte.
+int WINAPI narrowBadly(UINT, DWORD, LPCWCH, int, LPSTR narrowed, int, LPCCH, LPBOOL) {
+    std::memcpy(narrowed, "\x80", 2);
+    return 2;
+}
+
+TEST(CharSets, OfUnknownTextAreReplacedIfItsConversionIsNoUtf8) {
+    const ImportHook hook("xoSystem.dll", "WideCharToMultiByte", &narrowBadly);
+    ASSERT_TRUE(hook.isInstalled());
+    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\x80t\xE9"), "?t?");
+    EXPECT_EQ(xoStringUtils::UnknownEncodingToUtf8("\x7F\xFF", '*'), "\x7F*");
 }
 
 void expectAgreement(const std::string& text) {
