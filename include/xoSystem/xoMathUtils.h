@@ -12,9 +12,10 @@
 // precedes every unit. A value that rounds to zero has no sign. A value that is not finite is "nan", "inf" or "-inf"
 // with the base unit: "inf s".
 //
-// Each parser reads what its counterpart writes, and more. White space may surround the text and separate number and
-// unit. If a parser cannot read the whole text, it returns false and does not change its target. Numbers are digits
-// with at most one point; "0.1 kB" is exactly 100.
+// Each parser reads what its counterpart writes, given the same unit and separator, if the value is finite, in range
+// and, for bytes, not negative. It reads more: white space may surround the text and separate number and unit. If a
+// parser cannot read the whole text, it returns false and does not change its target. Numbers are digits with at most
+// one point; "0.1 kB" is exactly 100.
 //
 // All functions may be called from any thread at any time. Nothing throws except std::bad_alloc.
 #ifndef XOSYSTEM_XOMATHUTILS_H
@@ -64,8 +65,8 @@ public:
     // As on a clock: "0:17", "2:03:09", "100:00:00", with up to 9 decimals "0:17.25".
     static std::string DurationToClock(double seconds, int decimals = 0);
 
-    // With a prefix from q (10^-30) to Q (10^30): "1.50 kHz", "12.3 uF" with the micro sign U+00B5,
-    // "1.00 M" without a unit; 0 is "0 V". Values beyond these prefixes have the last one, with zeros.
+    // With a prefix from q (10^-30) to Q (10^30): "1.50 kHz", "12.3 uF" with the micro sign U+00B5, "1.00 M" without a
+    // unit; 0 is "0 V". Values beyond these prefixes have the last one, with all digits in front of the point.
     static std::string SiToText(double value, std::string_view unit = {}, int digits = 3);
 
     // "47 %" for the fraction 0.4711, or with one of up to 17 decimals "47.1 %".

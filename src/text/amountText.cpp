@@ -8,12 +8,14 @@
 
 #include "text/amounts.h"
 #include "text/decimal.h"
+#include "text/numberText.h"
 #include "xoSystem/xoMathUtils.h"
 
 namespace xo {
 namespace {
 
 using text::Digits;
+using text::printNotFinite;
 
 // The largest number of significant digits: 17 tell any two doubles apart, and as an integer they fit 64 bits.
 constexpr int kMostDigits = 17;
@@ -71,14 +73,6 @@ char* printFixed(char* out, char* end, const Fixed& number) {
 
 char* append(char* out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
 
-// "nan", "inf" or "-inf" and the unit; false for a finite value.
-bool printNotFinite(double value, std::string_view unit, std::string& text) {
-    if (std::isfinite(value)) return false;
-    text = std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf";
-    if (!unit.empty()) text.append(" ").append(unit);
-    return true;
-}
-
 std::string withUnit(const char* begin, const char* end, std::string_view prefix, std::string_view unit) {
     std::string text;
     text.reserve(static_cast<std::size_t>(end - begin) + 1 + prefix.size() + unit.size());
@@ -135,6 +129,14 @@ std::string xoMathUtils::printCount(std::uint64_t value, bool isNegative, char s
     return {buffer, out};
 }
 
+bool text::printNotFinite(double value, std::string_view unit, std::string& text) {
+    const std::string_view name = notFiniteText(value);
+    if (name.empty()) return false;
+    text = name;
+    if (!unit.empty()) text.append(" ").append(unit);
+    return true;
+}
+
 char* text::printWithPrefix(char* out, double value, int digits, int leastPrefix, int mostPrefix, int& prefix) {
     // Up to three digits precede the point, and all of them are shown whatever the number of digits. So the prefix is
     // chosen with at least three: 995 with one digit is "995", not "1 k".
@@ -142,9 +144,12 @@ char* text::printWithPrefix(char* out, double value, int digits, int leastPrefix
     text::roundToDigits(value, (std::max)(digits, 3), number);
     prefix = (std::max)(leastPrefix, (std::min)(floorOfThird(number.exponent), mostPrefix));
     const int wholeDigits = number.exponent - 3 * prefix + 1;
-    const int wanted = (std::max)(digits, wholeDigits);
+    int wanted = (std::max)(digits, wholeDigits);
     // Fewer digits may round 99.6 up to 100, but never reach the next prefix.
     if (wanted != number.count) text::roundToDigits(value, wanted, number);
+    // More digits may show that three were rounded up: of a value beyond the last prefix, which is shown with all whole
+    // digits, the last of them is then a decimal.
+    if (wanted > digits && number.exponent - 3 * prefix + 1 < wanted) text::roundToDigits(value, --wanted, number);
     number.exponent -= 3 * prefix;  // divides exactly
     return text::printPlain(out, number);
 }

@@ -2,6 +2,7 @@
 #ifndef XO_TEXT_AMOUNTS_H
 #define XO_TEXT_AMOUNTS_H
 
+#include <string>
 #include <string_view>
 
 namespace xo::text {
@@ -17,6 +18,9 @@ constexpr std::string_view kPrefixes[] = {"q", "r", "y", "z", "a", "f", "p", "n"
 // of the prefix, and returns the end. The prefix is the smallest with which the rounded number stays below 1000, but
 // within the bounds. All digits in front of the point are written. kPlainCapacity bytes are enough.
 char* printWithPrefix(char* out, double value, int digits, int leastPrefix, int mostPrefix, int& prefix);
+
+// "nan", "inf" or "-inf" and the unit; false for a finite value, without changing the text.
+bool printNotFinite(double value, std::string_view unit, std::string& text);
 
 }  // namespace xo::text
 

@@ -82,8 +82,7 @@ char* printDuration(char* out, char* end, double seconds) {
 }  // namespace
 
 std::string xoMathUtils::DurationToText(double seconds) {
-    if (std::isnan(seconds)) return "nan s";
-    if (std::isinf(seconds)) return seconds < 0 ? "-inf s" : "inf s";
+    if (std::string notFinite; text::printNotFinite(seconds, "s", notFinite)) return notFinite;
     if (seconds == 0) return "0 s";
     char buffer[text::kPlainCapacity];
     char* out = buffer;
@@ -92,8 +91,7 @@ std::string xoMathUtils::DurationToText(double seconds) {
 }
 
 std::string xoMathUtils::DurationToClock(double seconds, int decimals) {
-    if (std::isnan(seconds)) return "nan";
-    if (std::isinf(seconds)) return seconds < 0 ? "-inf" : "inf";
+    if (std::string notFinite; text::printNotFinite(seconds, {}, notFinite)) return notFinite;
     constexpr int kMostDecimals = 9;
     decimals = decimals < 0 ? 0 : decimals > kMostDecimals ? kMostDecimals : decimals;
 

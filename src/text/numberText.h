@@ -2,6 +2,7 @@
 #ifndef XO_TEXT_NUMBERTEXT_H
 #define XO_TEXT_NUMBERTEXT_H
 
+#include <cmath>
 #include <cstdint>
 #include <string_view>
 
@@ -33,6 +34,12 @@ inline bool parseReal(std::string_view text, double& value) {
 // be written to.
 constexpr int kRealCapacity = 32;
 char* printReal(char* out, double value, int precision = 6, int capacity = kRealCapacity);
+
+// "nan", "inf" or "-inf"; empty for a finite value.
+inline std::string_view notFiniteText(double value) {
+    if (std::isfinite(value)) return {};
+    return std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf";
+}
 
 // Writes that many digits of a positive finite value, rounded and without a point; exponent is the power of ten of the
 // first one. Returns false where one multiplication does not suffice: for many digits, for values far from 1 and for

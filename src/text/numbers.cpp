@@ -46,8 +46,7 @@ std::string xoStringUtils::fromFloat(double value, int precision) {
 
 std::string xoStringUtils::roundNumber(double value, unsigned char digits, char decimalPoint, bool keepZeros,
                                        unsigned char integerDigits) {
-    if (std::isnan(value)) return "nan";
-    if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
+    if (const std::string_view name = text::notFiniteText(value); !name.empty()) return std::string(name);
 
     // 309 digits in front of the point, the point and 255 decimals.
     char buffer[std::numeric_limits<double>::max_exponent10 + std::numeric_limits<unsigned char>::max() + 2];

@@ -43,6 +43,7 @@ TEST(MathUtils, ShowsBytesAndCounts) {
 TEST(MathUtils, ShowsReals) {
     EXPECT_EQ(Math::SiToText(999950) + Math::SiToText(-1e30) + Math::SiToText(-kNaN), "1.00 M-1.00 Qnan");
     EXPECT_EQ(Math::SiToText(kMost, {}, 1).substr(0, 20), "17976931348623157081");
+    EXPECT_EQ(Math::SiToText(1e60), "999999999999999949387135297074 Q") << "three digits would be rounded up";
     const std::tuple<double, const char*, int, const char*> quantities[] = {
         {999.4, "", 2, "999"},  {99.6, "m", 2, "100 m"},       {kInfinity, "Hz", 3, "inf Hz"},
         {999.5, "", 1, "1 k"},  {1500, "Hz", 3, "1.50 kHz"},   {1e-35, "g", 3, "0.0000100 qg"},
