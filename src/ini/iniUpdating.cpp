@@ -117,9 +117,9 @@ private:
     bool change(const Line& line, std::size_t begin, const std::string& path, const GivenValue& given) {
         const std::string_view old = line.value();
         const xoVariant value = readValue(old, line.hasBackslash);
-        // The second comparison covers what reading alters: the text of a real is rounded, and a string of digits is
-        // read as a number.
-        if (value == given.value || value == readValue(given.text, true)) return true;
+        // The second comparison covers what reading alters: the text of a real is rounded, a string of digits is read
+        // as a number, and a string loses the white space at its ends.
+        if (value == given.value || value == readValue(text::trimmed(given.text), true)) return true;
 
         std::size_t at = line.equals + 1;
         if (old.empty()) {

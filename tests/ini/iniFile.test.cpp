@@ -228,6 +228,9 @@ TEST_F(IniFile, UpdatingChangesTheLinesOfItsKeysAlone) {
         {"[s]\na/b=1\nx=1\na=2\n[s/a]\nc=3", map("s", map("a", 4)), "[s]\nx=1\na=4\n[s/a]\n"},
         {"a=1\nb/c=1", map("a", map("b", 2), "b", 3), "a=1\nb=3\n\n[a]\nb=2\n"},
         {"k\0=\0\n"s, map("k\0"s, "a\0"s), "k\0=a\0\n"s},
+        // White space at the ends of a value is not read back.
+        {"k=\nl=y\nm=z\n", map("k", " x", "l", "a ", "m", " \v", "n", " "), "k= x\nl=a \nm= \v\nn= \n"},
+        {"k=\nl=\tx\n", map("k", " ", "l", " x"), "k=\nl=\tx\n"},
         {"[x=1\n[General/y]\nz=1\n", map("[x", 2, "General", map("General", map("y", 5))),
          "[x=2\ny=5\n[General/y]\nz=1\n"},
     };
