@@ -5,7 +5,6 @@
 
 #include "platform/openFile.h"
 #include "platform/wideText.h"
-#include "xoSystem/xoDirUtils.h"
 
 namespace xo {
 namespace {
@@ -30,7 +29,9 @@ void write(HANDLE file, const std::string& text) {
 // Copies share it, so that the handle is closed only once: Windows may give the same value to another object
 // afterwards.
 struct xoLockFile::Lock {
-    std::string path;           // absolute: the working folder may be another one at the release
+    // Absolute, and resolved once, so that the file that is deleted is the one that was opened, also when the working
+    // folder changes. In the form for W calls, so that the destructor of xoLockFile allocates no memory.
+    std::wstring path;
     platform::FileHandle file;  // none once one of the copies has released the lock
 };
 
@@ -50,23 +51,24 @@ xoLockFile::~xoLockFile() { releaseLock(/*removeFile=*/true); }
 
 bool xoLockFile::takeLockUtf8(const std::string& path, bool* alreadyExisted, LockType type) {
     if (alreadyExisted) *alreadyExisted = false;
+    // All memory is allocated first, so that std::bad_alloc leaves no new file behind.
     const std::string content = "Lock from thread : " + std::to_string(::GetCurrentThreadId());
+    auto lock = std::make_shared<Lock>(Lock{platform::toExtendedPath(platform::toWide(path)), {}});
     releaseLock(/*removeFile=*/true);
 
-    const std::wstring apiPath = platform::toApiPath(path);
     // CREATE_NEW fails with ERROR_FILE_EXISTS when the file is there, also while it is locked; OPEN_ALWAYS would tell
     // this only on success. If the holder deletes the file between the two calls, the second one fails, as it would
     // while the lock is held.
-    platform::FileHandle file = open(apiPath, type, CREATE_NEW);
-    if (!file) {
+    lock->file = open(lock->path, type, CREATE_NEW);
+    if (!lock->file) {
         const DWORD error = ::GetLastError();
         if (alreadyExisted) *alreadyExisted = error == ERROR_FILE_EXISTS;
-        file = open(apiPath, type, OPEN_EXISTING);
+        lock->file = open(lock->path, type, OPEN_EXISTING);
     }
-    if (!file) return false;
+    if (!lock->file) return false;
 
-    write(file.get(), content);
-    mLock = std::make_shared<Lock>(Lock{xoDirUtils::GetAbsolutePathUtf8(path), std::move(file)});
+    write(lock->file.get(), content);
+    mLock = std::move(lock);
     return true;
 }
 
@@ -75,7 +77,7 @@ bool xoLockFile::releaseLock(bool removeFile) {
     if (wasLocked) {
         mLock->file.reset();  // first, because this handle too does not share deletion
         // Fails while another lock on the file is held, because no lock shares deletion.
-        if (removeFile) xoDirUtils::RemoveFileUtf8(mLock->path);
+        if (removeFile) ::DeleteFileW(mLock->path.c_str());
     }
     mLock.reset();
     return wasLocked;

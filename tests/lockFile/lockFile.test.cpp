@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocationCount.h"
 #include "support/child.h"
+#include "support/importHook.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoThread.h"
 
@@ -77,6 +79,46 @@ TEST_F(LockFile, TakesLongBrokenAndRelativePaths) {
     std::filesystem::current_path(workingFolder);
     EXPECT_TRUE(mLock.releaseLock());
     EXPECT_FALSE(mFolder.has("relative.lock")) << "deleted where it was made";
+}
+
+// Another thread changes the working folder, and takes all memory, as soon as a file is opened.
+std::wstring foreignFolder;
+HANDLE WINAPI openAndDisturb(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                             DWORD flags, HANDLE model) {
+    const HANDLE file =
+        xo::tests::ImportHook::behind(&openAndDisturb)(path, access, share, security, disposition, flags, model);
+    const DWORD error = ::GetLastError();
+    ::SetCurrentDirectoryW(foreignFolder.c_str());
+    xo::tests::AllocationCount::refuseAll(true);
+    ::SetLastError(error);
+    return file;
+}
+
+TEST_F(LockFile, OpensAndDeletesOneFile) {
+    foreignFolder = (mFolder.widePath() / "foreign").wstring();
+    std::filesystem::create_directory(foreignFolder);
+    mFolder.write("foreign/x.lock", "foreign");
+    const auto workingFolder = std::filesystem::current_path();
+    for (const bool exists : {false, true}) {
+        if (exists) mFolder.write("x.lock", "left");
+        std::filesystem::current_path(mFolder.widePath());
+        bool isTaken = false;
+        {
+            const xo::tests::AllocationCount allocations;
+            const xo::tests::ImportHook hook("xoSystem.dll", "CreateFileW", &openAndDisturb);
+            ASSERT_TRUE(allocations.isCounting() && hook.isInstalled());
+            {
+                xoLockFile lock;
+                isTaken = lock.takeLockUtf8("x.lock", &mExisted);
+            }
+            xo::tests::AllocationCount::refuseAll(false);
+        }
+        std::filesystem::current_path(workingFolder);
+        EXPECT_TRUE(isTaken) << exists;
+        EXPECT_EQ(mExisted, exists);
+        EXPECT_FALSE(mFolder.has("x.lock")) << exists;
+        EXPECT_EQ(mFolder.read("foreign/x.lock"), "foreign") << exists;
+    }
 }
 
 TEST_F(LockFile, EndsWithTheFirstOfItsCopies) {
