@@ -35,17 +35,22 @@ xoVariant::xoVariantMapImpl* registry XO_GUARDED_BY(registryLock) = nullptr;  //
 
 void impl::RegisterThirdPartyLibVersionInfo(const char* name, const char* version) {
     if (!name) return;
+    // Copied before the lock is taken: a bad pointer that faults under the lock could leave it locked.
+    const std::string key = name;
+    xoVariant value = version;
     const platform::SlimLocker locker(registryLock);
     if (!registry) registry = new xoVariant::xoVariantMapImpl();
     // A second registration of a name replaces its version.
-    (*registry)[name] = version;
+    (*registry)[key] = std::move(value);
 }
 
 void impl::UnRegisterThirdPartyLibVersionInfo(const char* name) {
+    if (!name) return;
+    const std::string key = name;
     const platform::SlimLocker locker(registryLock);
-    if (!name || !registry) return;
+    if (!registry) return;
     // The registry is deleted with its last entry, so that nothing is left when all modules have unregistered.
-    registry->remove(name);
+    registry->remove(key);
     if (!registry->empty()) return;
     delete registry;
     registry = nullptr;

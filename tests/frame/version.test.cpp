@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/windows.h"
+#include "support/capturedOutput.h"
+#include "xoSystem/xoException.h"
 #include "xoSystem/xoInit.h"
 #include "xoSystem/xoVariant.h"
 
@@ -63,6 +65,18 @@ TEST(ThirdPartyVersions, KeepTheLastTextOfANameWhileItsLibraryIsLoaded) {
         UnRegisterThirdPartyLibVersionInfo(name.c_str());
     }
     EXPECT_TRUE(GetThirdPartyLibVersions().empty());
+}
+
+TEST(ThirdPartyVersions, AreNotLockedByABadPointer) {
+    static const char* const bad = reinterpret_cast<const char*>(16);
+    const xo::tests::CapturedOutput reports;
+    void (*const faults[])() = {[] { RegisterThirdPartyLibVersionInfo(bad, "1"); },
+                                [] { RegisterThirdPartyLibVersionInfo("bad", bad); },
+                                [] { UnRegisterThirdPartyLibVersionInfo(bad); }};
+    for (void (*const fault)() : faults) {
+        EXPECT_ANY_THROW(exception::impl::ExecGuardedCode(fault));
+        EXPECT_EQ(GetThirdPartyLibVersions().toString(), "(early=0.9)");  // waits for ever for a lock that is held
+    }
 }
 
 }  // namespace
