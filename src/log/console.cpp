@@ -81,21 +81,41 @@ StatusLine gStatus{};  // guarded by the lock; there is no status line while the
 // The text that removes the status line, at whose end the cursor is: blanks over it, and the cursor at its begin.
 std::string erasure() { return gStatus.owner ? "\r" + std::string(gStatus.columns, ' ') + "\r" : std::string(); }
 
+// Appends the line and a line end, each as the C runtime writes it to standard output: a console in which the host has
+// set DISABLE_NEWLINE_AUTO_RETURN does not return to the first column at a line feed alone.
+// https://learn.microsoft.com/en-us/windows/console/setconsolemode
+void appendLine(std::string& text, std::string_view line) {
+    for (;;) {
+        const std::string_view part = line.substr(0, line.find('\n'));
+        text += part;
+        if (part.empty() || part.back() != '\r') text += '\r';
+        text += '\n';
+        if (part.size() == line.size()) return;
+        line.remove_prefix(part.size() + 1);
+    }
+}
+
 // In one write, so that the status line does not flicker.
-void writeAboveStatus(HANDLE console, const std::string& line) {
-    ConsoleLock::run([&] { writeWide(console, platform::toWide(erasure() + line + gStatus.text)); });
+void writeAboveStatus(HANDLE console, std::string_view line) {
+    ConsoleLock::run([&] {
+        std::string text = erasure();
+        text.reserve(text.size() + line.size() + 2 + gStatus.text.size());
+        appendLine(text, line);
+        writeWide(console, platform::toWide(text += gStatus.text));
+    });
 }
 
 }  // namespace
 
 void writeLineToConsole(std::string& line) {
+    const std::size_t length = line.size();
     line += '\n';
     // Writes to the buffer, not to the stream: a closed standard output must not set the host's std::cout to failed.
     std::streambuf* const out = std::cout.rdbuf();
     try {
         if (const HANDLE console = consoleWindow()) {
             out->pubsync();  // what the host has written comes first
-            writeAboveStatus(console, line);
+            writeAboveStatus(console, {line.data(), length});
         } else if (out) {
             out->sputn(line.data(), static_cast<std::streamsize>(line.size()));
             out->pubsync();
@@ -105,7 +125,7 @@ void writeLineToConsole(std::string& line) {
     line.pop_back();
 }
 
-void writeConsoleLine(HANDLE console, const std::string& line) { writeAboveStatus(console, line + '\n'); }
+void writeConsoleLine(HANDLE console, const std::string& line) { writeAboveStatus(console, line); }
 
 bool setStatusLine(const StatusLine& line) {
     bool isSet = false;
@@ -124,7 +144,8 @@ bool endStatusLine(const void* owner, const std::string& lastLine) {
     ConsoleLock::run([&] {
         isEnded = gStatus.owner == owner;
         if (!isEnded) return;
-        const std::string text = erasure() + (lastLine.empty() ? lastLine : lastLine + '\n');
+        std::string text = erasure();
+        if (!lastLine.empty()) appendLine(text, lastLine);
         const HANDLE console = gStatus.console;
         gStatus = StatusLine{};
         writeWide(console, platform::toWide(text));

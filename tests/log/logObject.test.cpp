@@ -227,13 +227,16 @@ TEST_F(Log, WritesWideTextToAConsoleWindowAlone) {
     log().Write(std::string(kMostPerCall - kPrefix - 1, 'x') + "\xF0\x9F\x98\x80", xo::xoLogInfo, {});
     ASSERT_EQ(consoleTexts.size(), 2u);
     EXPECT_EQ(consoleTexts[0].size(), kMostPerCall - 1);
-    EXPECT_EQ(consoleTexts[1], L"\U0001F600\n") << "one character stays whole";
+    EXPECT_EQ(consoleTexts[1], L"\U0001F600\r\n") << "one character stays whole";
+    log().Write("\nfeed\n\nboth\r\nreturn\rlast", xo::xoLogInfo, {});
+    ASSERT_EQ(consoleTexts.size(), 3u);
+    EXPECT_EQ(consoleTexts[2].substr(kPrefix), L"\r\nfeed\r\n\r\nboth\r\nreturn\rlast\r\n");
 
     CountedBuffer buffer;
     std::streambuf* const before = std::cout.rdbuf(&buffer);
     log().Write("redirected", xo::xoLogInfo, {});
     std::cout.rdbuf(before);
-    EXPECT_EQ(consoleTexts.size(), 2u);
+    EXPECT_EQ(consoleTexts.size(), 3u);
     EXPECT_NE(buffer.flushed.find("redirected\n"), std::string::npos);
 }
 
