@@ -147,7 +147,10 @@ void xoLog::writePendingNotice() {
         if (!mPrivate->hasPendingNotice.exchange(false)) return;
         notice.swap(mPrivate->pendingNotice);
     }
-    Write(notice, xoLogDebug, {});
+    try {
+        Write(notice, xoLogDebug, {});
+    } catch (...) {  // such as std::bad_alloc: the notice is lost, and the line that it precedes is still written
+    }
 }
 
 void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount) {

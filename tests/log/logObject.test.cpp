@@ -110,8 +110,13 @@ TEST_F(LogObject, DropsWhatThereIsNoMemoryFor) {
         nullptr);
     constexpr char kQualifier[] = "a qualifier that is too long to be kept without an allocation";
     static constexpr char kLong[9000] = "";
+    log().setLogTypeEnabled(xo::xoLogDebug, true);
+    log().setDebugSubTypeEnabled("other", false);
+    log().setEchoToConsole(true);  // for which a line is composed with its prefix
     const xo::tests::AllocationCount allocations;
     xo::tests::AllocationCount::refuseAll(true);
+    EXPECT_NO_THROW(xoLogObject(xo::xoLogDebug, "net") << "behind the notice of the blacklist, which is dropped");
+    log().setEchoToConsole(false);
     EXPECT_NO_THROW(xoLogObject(xo::xoLogInfo, kQualifier) << "dropped");
     EXPECT_NO_THROW(xoLogObject(xo::xoLogInfo) << "short " << std::string_view(kLong, sizeof kLong));
     xo::tests::AllocationCount::refuseAll(false);
