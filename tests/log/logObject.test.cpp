@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "log/logFixture.h"
+#include "log/settableClock.h"
 #include "support/allocationCount.h"
 #include "support/capturedOutput.h"
 #include "support/importHook.h"
@@ -20,6 +21,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using xo::xoLog;
 using xo::xoLogObject;
+using xo::tests::SettableClock;
 
 class LogObject : public xo::tests::LogTest {};
 
@@ -151,16 +153,9 @@ TEST_F(Log, EchoesLinesWithTheirPrefix) {
     EXPECT_TRUE(std::regex_match(output.text(), std::regex(pattern))) << output.text();
 }
 
-std::int64_t clockSecond = 0;
-void WINAPI systemTime(LPFILETIME time) {
-    const std::int64_t ticks = clockSecond * 10000000 + 116444736000000000;
-    time->dwLowDateTime = static_cast<DWORD>(ticks);
-    time->dwHighDateTime = static_cast<DWORD>(ticks >> 32);
-}
-
 TEST_F(Log, ShowsTheLocalTimeOfTheCall) {
-    const xo::tests::ImportHook hook("xoSystem.dll", "GetSystemTimeAsFileTime", &systemTime);
-    ASSERT_TRUE(hook.isInstalled());
+    const SettableClock clock;
+    ASSERT_TRUE(clock.isInstalled());
     ::_putenv("TZ=XOT-3");
     ::_tzset();
     const struct {
@@ -178,13 +173,14 @@ TEST_F(Log, ShowsTheLocalTimeOfTheCall) {
     log().setEchoToConsole(true);
     // The handler runs before the line is put together; its time must not be the line's.
     log().installCustomHandler(
-        [](const std::string&, xo::xoLogType, const std::string&, void*) { clockSecond = 1600000000; }, nullptr);
+        [](const std::string&, xo::xoLogType, const std::string&, void*) { SettableClock::second = 1600000000; },
+        nullptr);
     for (const auto& row : rows) {
         const xo::tests::CapturedOutput output;
-        clockSecond = row.second;
+        SettableClock::second = row.second;
         log().Write("x", xo::xoLogInfo, {});
         EXPECT_EQ(output.text(), "INFO : " + std::string(row.text) + " x\n");
-        clockSecond = row.second;
+        SettableClock::second = row.second;
         EXPECT_EQ(xoLog::GetTime(), row.text);
     }
 }
