@@ -1,16 +1,17 @@
 // Reads a whole file, pipe or device into memory.
 #include "files/fileBytes.h"
-#include "platform/openFile.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
 
+#include "files/fileWriting.h"
+#include "platform/openFile.h"
+
 namespace xo::files {
 namespace {
 
-constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes 32-bit sizes
-constexpr std::size_t kFirstCapacity = 4096;                // for pipes and devices, which have no size beforehand
+constexpr std::size_t kFirstCapacity = 4096;  // for pipes and devices, which have no size beforehand
 
 // Buffers from this size on get pages of their own. When a large block is freed behind blocks that were allocated after
 // it, the heap returns memory to the system and has to map it again, which costs more than reading the file.

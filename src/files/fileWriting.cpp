@@ -20,17 +20,18 @@ DWORD errorOf(BOOL isDone) {
     return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-DWORD writeAll(const platform::FileHandle& file, std::string_view bytes) {
-    constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;  // a single call takes a 32-bit size
-    while (!bytes.empty()) {
-        const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMaxTransfer));
-        DWORD written = 0;
-        const DWORD error = errorOf(::WriteFile(file.get(), bytes.data(), size, &written, /*lpOverlapped=*/nullptr));
-        if (error != ERROR_SUCCESS) return error;
-        if (written == 0) return ERROR_WRITE_FAULT;
-        bytes.remove_prefix(written);
+DWORD writeAll(const platform::FileHandle& file, std::string_view bytes, std::size_t* written) {
+    std::size_t done = 0;
+    DWORD error = ERROR_SUCCESS;
+    while (error == ERROR_SUCCESS && done != bytes.size()) {
+        const auto size = static_cast<DWORD>((std::min)(bytes.size() - done, kMaxTransfer));
+        DWORD count = 0;
+        error = errorOf(::WriteFile(file.get(), bytes.data() + done, size, &count, /*lpOverlapped=*/nullptr));
+        if (error == ERROR_SUCCESS && count == 0) error = ERROR_WRITE_FAULT;
+        if (error == ERROR_SUCCESS) done += count;
     }
-    return ERROR_SUCCESS;
+    if (written) *written = done;
+    return error;
 }
 
 }  // namespace xo::files

@@ -6,6 +6,7 @@
 #include <tuple>
 #include <vector>
 
+#include "files/fileWriting.h"
 #include "platform/openFile.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoLog.h"
@@ -38,16 +39,10 @@ platform::FileHandle openToMove(const std::wstring& path) {
 }
 
 // Returns how many bytes were written. A failure is not reported: there is no other place to report it.
-std::int64_t write(HANDLE file, std::string_view bytes) {
-    constexpr std::size_t kMostPerCall = std::size_t{1} << 30;  // the size is passed in 32 bits
-    const std::size_t total = bytes.size();
-    DWORD written = 1;
-    while (!bytes.empty() && written != 0) {
-        const auto size = static_cast<DWORD>((std::min)(bytes.size(), kMostPerCall));
-        if (!::WriteFile(file, bytes.data(), size, &written, nullptr)) break;
-        bytes.remove_prefix(written);
-    }
-    return static_cast<std::int64_t>(total - bytes.size());
+std::int64_t write(const platform::FileHandle& file, std::string_view bytes) {
+    std::size_t written = 0;
+    files::writeAll(file, bytes, &written);
+    return static_cast<std::int64_t>(written);
 }
 
 bool isFile(const std::wstring& path) {
@@ -115,7 +110,7 @@ bool LogFile::prepare(int flags) {
     // Only a new or emptied file gets a byte order mark. CREATE_NEW fails for an existing file, to which lines are
     // appended.
     if (const auto file = openToAppend(mApiPath, isEmptied ? OPEN_ALWAYS : CREATE_NEW)) {
-        write(file.get(), kByteOrderMark);
+        write(file, kByteOrderMark);
     } else if (!isFile(mApiPath)) {
         return false;
     }
@@ -132,7 +127,7 @@ void LogFile::writeLine(std::string& line, std::int64_t second, Access& access) 
     } else {
         access.lock(mMutex.get());
         access.file = openForLine();
-        if (access.file) write(access.file.get(), line);
+        if (access.file) write(access.file, line);
         access.release();
     }
     line.resize(length);
@@ -147,7 +142,7 @@ void LogFile::writeToKept(std::string_view line, std::int64_t second) {
         rotate(mKeptSizeBytes);
         openKept();
     }
-    if (mKept) mKeptSizeBytes += write(mKept.get(), line);
+    if (mKept) mKeptSizeBytes += write(mKept, line);
 }
 
 void LogFile::openKept() {
