@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <limits>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "files/fileWriting.h"
@@ -76,21 +77,20 @@ void LogFile::Access::release() XO_NO_THREAD_SAFETY_ANALYSIS {
 bool LogFile::install(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount, bool shared) {
     remove();
     if (path.empty()) return true;
-    mPath = path;
-    mApiPath = platform::toExtendedPath(platform::toWide(path));
-    mMaxSizeBytes = maxSizeBytes;
-    mBackupCount = (std::min)(backupCount, kMostBackups);
-    mKeepsOpen = (flags & xoLogFileKeepOpen) != 0;
-    if (shared) share();
-
-    bool made = false;
+    LogFile file;  // becomes this one when it is complete: std::bad_alloc leaves nothing installed
+    file.mPath = path;
+    file.mApiPath = platform::toExtendedPath(platform::toWide(path));
+    file.mMaxSizeBytes = maxSizeBytes;
+    file.mBackupCount = (std::min)(backupCount, kMostBackups);
+    file.mKeepsOpen = (flags & xoLogFileKeepOpen) != 0;
+    if (shared) file.share();
     {
         Access access;
-        access.lock(mMutex.get());
-        made = prepare(flags);
+        access.lock(file.mMutex.get());
+        if (!file.prepare(flags)) return false;
     }
-    if (!made) remove();
-    return made;
+    *this = std::move(file);
+    return true;
 }
 
 void LogFile::share() {

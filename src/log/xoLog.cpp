@@ -159,6 +159,7 @@ void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::in
     {
         const concurrency::LateMutexLocker locker(mPrivate->mutex);
         mPrivate->file.remove();
+        mPrivate->hasFile = false;  // also when the installation below throws
         mPrivate->echoToConsole = (flags & xoLogFileEcho) != 0;
         // Before full initialisation the file is not shared; makeThreadSafe() does that later.
         const bool isShared = mPrivate->mutex.isMade() || concurrency::isFullyInitialized();

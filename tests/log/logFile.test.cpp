@@ -6,6 +6,7 @@
 #include "log/logFixture.h"
 #include "log/settableClock.h"
 #include "platform/handle.h"
+#include "support/allocationCount.h"
 #include "support/capturedOutput.h"
 #include "support/importHook.h"
 #include "support/temporaryFolder.h"
@@ -301,6 +302,19 @@ TEST_F(LogFile, SaysWhenItCannotBeMade) {
     }
     log().installFileHandlerUtf8("");
     EXPECT_THAT(takeLines(), IsEmpty()) << "no file is no failure";
+}
+
+TEST_F(LogFile, IsNotInstalledByHalves) {
+    log().installFileHandlerUtf8(path());
+    const std::string shortPath = "a.log";  // needs no memory of its own, but its absolute path does
+    const xo::tests::AllocationCount allocations;
+    ASSERT_TRUE(allocations.isCounting());
+    xo::tests::AllocationCount::refuseAll(true);
+    EXPECT_THROW(log().installFileHandlerUtf8(shortPath), std::bad_alloc);
+    xo::tests::AllocationCount::refuseAll(false);
+    EXPECT_EQ(log().getCurrentLogFileNameUtf8(), "");
+    writeLine("nowhere");
+    EXPECT_EQ(texts(), kMark);
 }
 
 TEST_F(LogFile, IsFoundAgainFromAnotherFolderAndUnderALongPath) {
