@@ -46,6 +46,14 @@ std::int64_t write(const platform::FileHandle& file, std::string_view bytes) {
     return static_cast<std::int64_t>(written);
 }
 
+// Deletes the file, or a symbolic link itself. Fails when the file is open elsewhere, also with shared deletion: its
+// name could stay taken until the last handle is closed, and no new file could be created.
+// https://learn.microsoft.com/en-us/windows/win32/api/fileapi/nf-fileapi-deletefilew
+bool deleteUnlessOpen(const std::wstring& path) {
+    constexpr DWORD kFlags = FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT;
+    return static_cast<bool>(open(path, DELETE, OPEN_EXISTING, /*share=*/0, kFlags));
+}
+
 bool isFile(const std::wstring& path) {
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
@@ -105,7 +113,7 @@ bool LogFile::prepare(int flags) {
     const bool rotates = beginsAnew && (flags & xoLogFileRotate) != 0 && mBackupCount > 0;
     if (rotates) moveAside();  // on failure the file is appended to
     // A file that cannot be deleted is emptied in place.
-    const bool isEmptied = beginsAnew && !rotates && !::DeleteFileW(mApiPath.c_str()) && truncate();
+    const bool isEmptied = beginsAnew && !rotates && !deleteUnlessOpen(mApiPath) && truncate();
 
     // Only a new or emptied file gets a byte order mark. CREATE_NEW fails for an existing file, to which lines are
     // appended.

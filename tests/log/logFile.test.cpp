@@ -28,13 +28,14 @@ protected:
     std::filesystem::path wide(const std::string& name) const { return mFolder.widePath() / name; }
     static std::string backup(const std::string& number) { return "app.log_" + number + ".back"; }
 
-    // Opens a file as fopen does.
-    FileHandle openWithoutSharingDeletion(const std::string& name) const {
-        FileHandle handle(::CreateFileW(wide(name).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+    // Without shared deletion, as fopen opens a file.
+    FileHandle openShared(const std::string& name, DWORD share = kSharesWriting) const {
+        FileHandle handle(
+            ::CreateFileW(wide(name).c_str(), GENERIC_READ | GENERIC_WRITE, share, nullptr, OPEN_EXISTING, 0, nullptr));
         EXPECT_TRUE(handle) << name;
         return handle;
     }
+    static constexpr DWORD kSharesWriting = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
     static void writeLine(const std::string& text) { log().Write(text, xo::xoLogInfo, {}); }
 
@@ -72,11 +73,12 @@ TEST_F(LogFile, InstallsAsItsFlagsSay) {
         const char* file;
         const char* backup;
         const char* console;
-        bool isHeld = false;  // by a reader that does not share deletion
+        DWORD readersShare = 0;  // of a program that has the file open
     } rows[] = {
         {0, "old|new|", "older|", ""},
         {xo::xoLogFileTruncate, "\xEF\xBB\xBFnew|", "older|", ""},
-        {xo::xoLogFileTruncate, "\xEF\xBB\xBFnew|", "older|", "", /*isHeld=*/true},
+        {xo::xoLogFileTruncate, "\xEF\xBB\xBFnew|", "older|", "", kSharesWriting},
+        {xo::xoLogFileTruncate, "\xEF\xBB\xBFnew|", "older|", "", kSharesWriting | FILE_SHARE_DELETE},
         {~7, "old|new|", "older|", ""},                   // unknown flags
         {xo::xoLogFileRotate, "old|new|", "older|", ""},  // rotation needs both bits
         {xo::xoLogFileTruncate | xo::xoLogFileRotate, "\xEF\xBB\xBFnew|", "old|", ""},
@@ -85,13 +87,14 @@ TEST_F(LogFile, InstallsAsItsFlagsSay) {
     for (const auto& row : rows) {
         mFolder.write("app.log", "old\r\n");
         mFolder.write("app.log_0.back", "older\r\n");
-        const FileHandle reader = row.isHeld ? openWithoutSharingDeletion("app.log") : FileHandle();
+        const FileHandle reader = row.readersShare != 0 ? openShared("app.log", row.readersShare) : FileHandle();
         const xo::tests::CapturedOutput output;
         log().setEchoToConsole(true);
         log().installFileHandlerExUtf8(path(), row.flags, -1, 1);
         writeLine("new");
         EXPECT_EQ(texts(), row.file) << row.flags;
         EXPECT_EQ(texts("app.log_0.back"), row.backup) << row.flags;
+        EXPECT_TRUE(!reader || ::GetFileSize(reader.get(), nullptr) != 0) << "emptied, not made anew";
         log().removeFileHandler();
         writeLine("unseen");  // the echo ends with the file
         EXPECT_EQ(std::regex_replace(output.text(), std::regex("INFO : .{24} "), ""), row.console) << row.flags;
@@ -125,7 +128,7 @@ TEST_F(LogFile, KeepsAsManyBackupsAsAsked) {
     for (const int backupCount : {0, -1}) {
         mFolder.write("app.log", std::string(10, 'x'));
         ::CreateHardLinkW(wide("other name").c_str(), wide("app.log").c_str(), nullptr);
-        FileHandle reader = openWithoutSharingDeletion("app.log");
+        FileHandle reader = openShared("app.log");
         log().installFileHandlerExUtf8(path(), 0, 5, backupCount);
         writeLine("no backup");
         EXPECT_EQ(texts(), "no backup|");
@@ -151,7 +154,7 @@ TEST_F(LogFile, TouchesNothingUnlessAllFilesCanBeMoved) {
         mFolder.write("app.log", "precious\r\n");
         for (const char* number : {"0", "1", "2"}) mFolder.write(backup(number), number);
         log().installFileHandlerExUtf8(path(), 0, 5, 3);
-        FileHandle reader = openWithoutSharingDeletion(held);
+        FileHandle reader = openShared(held);
         writeLine("kept");
         writeLine("too");
         log().installFileHandlerExUtf8(path(), xo::xoLogFileTruncate | xo::xoLogFileRotate, 5, 3);
@@ -179,7 +182,7 @@ HANDLE WINAPI createFile(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATT
 TEST_F(LogFile, TriesARotationAgainOnlyWhenTheFileHasGrownByTheLimit) {
     mFolder.write("app.log", std::string(201, 'x'));
     log().installFileHandlerExUtf8(path(), 0, 200, 5);
-    const FileHandle reader = openWithoutSharingDeletion("app.log");
+    const FileHandle reader = openShared("app.log");
     const xo::tests::ImportHook hook("xoSystem.dll", "CreateFileW", &createFile);
     ASSERT_TRUE(hook.isInstalled());
     std::vector<int> calls;
