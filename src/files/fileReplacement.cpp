@@ -214,6 +214,11 @@ platform::FileHandle createTemporary() {
 
 }  // namespace
 
+DWORD moveOver(const platform::FileHandle& file, const std::wstring& path) {
+    std::vector<std::byte> info = renameInfo(path);
+    return moveOver(file, info);
+}
+
 // A volume is a disk to GetFileType, but has no information of a file. GetFileInformationByHandle would also ask for
 // the serial number of the volume, which takes Wine five times as long as opening the file.
 bool isDiskFile(const platform::FileHandle& file) {

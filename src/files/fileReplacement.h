@@ -14,6 +14,11 @@ namespace xo::files {
 // Whether the handle is that of a file on a disk, not of a folder, volume, pipe, console or other device.
 bool isDiskFile(const platform::FileHandle& file);
 
+// Renames the file, which was opened with the right DELETE, to an absolute path as toExtendedPath returns it. A file
+// that has the name is replaced in the same step; after a failure it is still there. Returns the error of Windows, or
+// ERROR_SUCCESS.
+DWORD moveOver(const platform::FileHandle& file, const std::wstring& path);
+
 // The bytes are written to a new file in the same folder, which gets the access list, attributes and creation time of
 // the old file and is then renamed to its name. Until then the new file is marked for deletion, so that Windows deletes
 // it with its last handle if the attempt ends for any reason.

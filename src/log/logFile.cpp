@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "files/fileReplacement.h"
 #include "files/fileWriting.h"
 #include "platform/openFile.h"
 #include "platform/wideText.h"
@@ -33,7 +34,7 @@ platform::FileHandle openToAppend(const std::wstring& path, DWORD disposition, D
 }
 
 // DELETE is the right to rename. It is refused while another handle does not share deletion, and while it is held, such
-// a handle cannot be opened. Of a symbolic link the link is opened, since MoveFileExW moves the link.
+// a handle cannot be opened. Of a symbolic link the link itself is opened.
 // https://learn.microsoft.com/en-us/windows/win32/fileio/creating-and-opening-files
 platform::FileHandle openToMove(const std::wstring& path) {
     return open(path, DELETE, OPEN_EXISTING, kShareAll, FILE_FLAG_OPEN_REPARSE_POINT);
@@ -196,29 +197,29 @@ bool LogFile::truncate() const {
 }
 
 // Renames the backups to the next number, up to the lowest number that is free, and the file to number 0. All of them
-// are opened first, so that either all can be renamed or none is touched.
+// are opened first, so that either all can be renamed or none is touched. When no number is free, the first renaming
+// replaces the oldest backup in the same step: the system may refuse to rename a file that could be opened, for example
+// in a folder without the right to add files.
 bool LogFile::moveAside() const {
-    const platform::FileHandle file = openToMove(mApiPath);
-    std::vector<platform::FileHandle> backups;
-    if (!file || !openBackupsToMove(backups)) return false;
-    int target = static_cast<int>(backups.size());
-    if (target == mBackupCount) {
-        --target;
-        if (!::DeleteFileW(backupPath(target).c_str())) return false;
-        backups.pop_back();  // the name becomes free when the last handle is closed
+    std::vector<platform::FileHandle> toMove;  // the file, then the backups
+    toMove.push_back(openToMove(mApiPath));
+    if (!toMove.front() || !openBackupsToMove(toMove)) return false;
+    // Only some file systems can replace a file that is open.
+    if (toMove.size() > static_cast<std::size_t>(mBackupCount)) toMove.pop_back();
+    for (; !toMove.empty(); toMove.pop_back()) {
+        const int target = static_cast<int>(toMove.size()) - 1;
+        if (files::moveOver(toMove.back(), backupPath(target)) != ERROR_SUCCESS) return false;
     }
-    for (; target > 0; --target)
-        if (!::MoveFileExW(backupPath(target - 1).c_str(), backupPath(target).c_str(), /*dwFlags=*/0)) return false;
-    return ::MoveFileExW(mApiPath.c_str(), backupPath(0).c_str(), /*dwFlags=*/0) != FALSE;
+    return true;
 }
 
 // Opens the backups from number 0 up to the one before the lowest free number. False when one cannot be renamed.
-bool LogFile::openBackupsToMove(std::vector<platform::FileHandle>& backups) const {
+bool LogFile::openBackupsToMove(std::vector<platform::FileHandle>& toMove) const {
     for (int i = 0; i < mBackupCount; ++i) {
         platform::FileHandle backup = openToMove(backupPath(i));
         const DWORD error = ::GetLastError();
         if (!backup) return error == ERROR_FILE_NOT_FOUND;
-        backups.push_back(std::move(backup));
+        toMove.push_back(std::move(backup));
     }
     return true;
 }

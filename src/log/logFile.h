@@ -65,7 +65,7 @@ private:
     // True when the file is empty, or was moved to the backups.
     bool truncate() const;
     bool moveAside() const;
-    bool openBackupsToMove(std::vector<platform::FileHandle>& backups) const;
+    bool openBackupsToMove(std::vector<platform::FileHandle>& toMove) const;
     std::wstring backupPath(int index) const;
 
     // With the file kept open.
