@@ -12,9 +12,10 @@
 // Paths are UTF-8. An empty path, one with a NUL, and one that names a folder fail.
 //
 // Any thread may call; one map belongs to one call at a time. Two calls that change one file at the same time are safe,
-// but the change of one may be lost: an xoLockFile keeps them apart. Failures give false, and the log tells why: a
-// CRITICAL line for a file that cannot be saved, with the path and the system's error. What is wrong inside a file is
-// logged as a WARNING and skipped.
+// but the change of one may be lost: an xoLockFile keeps them apart. All functions return false when they fail.
+// Failures of saving and updating also leave a CRITICAL line in the log, with the path and the system's error for a
+// file that cannot be written; LoadIniFile only returns false. What is wrong inside a file is logged as a WARNING and
+// skipped.
 #ifndef XOSYSTEM_XOINIFILE_H
 #define XOSYSTEM_XOINIFILE_H
 

@@ -35,7 +35,9 @@ enum InitType : int {
 // later questions are answered at once; a call that only counts ignores it.
 //
 // Running out of memory throws std::bad_alloc and leaves in place what was made. When no thread can be started for the
-// pool, std::system_error is thrown: the library is then safe for threads, but has neither pool nor signal handlers.
+// pool, std::system_error is thrown: the library is then safe for threads, but has neither pool nor signal handlers. A
+// call that throws counts like any other: terminate before trying again. Until the outermost termination, further calls
+// for the same level only count.
 XOSYSTEM_API void initializeXoSystem(InitType type, bool queryMainDisk = false);
 inline void initializeXoSystem(int type, bool queryMainDisk = false) {
     initializeXoSystem(static_cast<InitType>(type), queryMainDisk);

@@ -116,7 +116,11 @@ public:
     // grows, and the rotation is tried again when it has grown by maxSizeBytes.
     //
     // Processes may share a file if all of them name it by the same text and their logs are safe for threads. The file
-    // is opened and closed for each line. A line that cannot be written is lost to the file without a message.
+    // is opened and closed for each line. A line that cannot be written is lost to the file without a message. The
+    // processes exclude each other by an xoMutexSystem of that name. Windows may refuse it to another account, or to
+    // the same account without elevation when its creator is elevated, and for a path above about 250 characters. Lines
+    // are then still appended whole, but two processes may rotate the file at the same time, so that a file that was
+    // just begun becomes a backup.
     //
     // With xoLogFileKeepOpen the file stays open. Each line is still passed to Windows by one call before Write
     // returns, so that it survives the end of the process. Other programs may read, rename and delete the file; the
@@ -146,7 +150,8 @@ public:
     // outside the years 1970 to 3000 shows the nearest of them.
     static std::string GetTime();
 
-    // Writes a line to standard output, without a lock, whether there is a log or not.
+    // Writes a line to standard output, without the log's lock, whether there is a log or not. In a console window,
+    // lines are written one at a time.
     static void WriteToStd(const std::string& message, xoLogType type, const std::string& qualifier);
 
     // Reports the message, without the qualifier, as one event of the Windows event log: an error for CRITICAL, a

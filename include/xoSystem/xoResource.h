@@ -34,9 +34,10 @@ namespace impl {
 XOSYSTEM_API void RegisterResources(std::size_t count, const char* blob, const char* const* names,
                                     const std::size_t* sizes, const std::size_t* offsets);
 
-// Removes the names; one that is not registered, or null, is logged. Of the tables, which are those of the
-// registration, it reads the names alone; without them it does nothing. After the outermost termination it does
-// nothing, so that a module may still unload.
+// Removes the names; one that is not registered, or null, is logged. A name is removed whichever module registered it:
+// a module whose name was in conflict takes the other's entry away. Of the tables, which are those of the registration,
+// it reads the names alone; without them it does nothing. After the outermost termination it does nothing, so that a
+// module may still unload.
 XOSYSTEM_API void UnRegisterResources(std::size_t count, const char* blob, const char* const* names,
                                       const std::size_t* sizes, const std::size_t* offsets);
 

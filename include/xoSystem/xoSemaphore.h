@@ -9,8 +9,8 @@
 // resources may be overtaken by threads that ask for few. Nothing here reports an error.
 //
 // Destroy a semaphore only when no thread is inside acquire or release any more. That acquire has returned does not
-// mean that the release which ended it has returned, too: a semaphore on the stack, which one thread waits for and
-// destroys, may go while another thread is still inside release.
+// mean that the release which ended it has returned, too: a semaphore on the stack, which one thread waits for and then
+// destroys, could be destroyed while another thread is still inside release.
 //
 // A semaphore made before initializeXoSystem(InitTypeFull) works; its mutex and its wait condition each log their
 // CRITICAL line when there is a log, and it keeps the older implementation of xoWaitCondition for life.

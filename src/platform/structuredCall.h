@@ -13,7 +13,8 @@ namespace xo::platform {
 using Function = void (*)(void*);
 
 // Calls run(argument), and after it release(argument) however run ends: by its return, by an exception, or by a fault
-// that is handled further out. Neither run nor release of a fault may count on destructors of run's locals.
+// that is handled further out. After a fault the destructors of run's locals have not run, so release must not rely on
+// them.
 void callReleasing(Function run, Function release, void* argument);
 
 // Calls release of each callReleasing of this thread whose frame lies in that part of the stack, the innermost first.
