@@ -5,8 +5,8 @@
 //     const unsigned workers = cpu.getCoreCount();
 //
 // The facts are read once, at the first use, and do not change. They may be used from any thread at any time. What is
-// not known is 0 or empty. Counts are those of the whole machine, of all processor groups, whatever the process may
-// use.
+// not known is 0 or empty. Nothing throws except std::bad_alloc. Counts are those of the whole machine, of all
+// processor groups, whatever the process may use.
 #ifndef XOSYSTEM_XOCPUINFO_H
 #define XOSYSTEM_XOCPUINFO_H
 

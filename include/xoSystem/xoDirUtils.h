@@ -10,13 +10,15 @@
 //
 // Every path is UTF-8, with "/" or "\" between its names, absolute or relative to the working directory. Paths beyond
 // 260 characters work wherever the operating system takes them. A path with a NUL inside names no file: it is never
-// found and never made. So does an empty path, unless a function says otherwise. What is not valid UTF-8 in a path
-// counts as U+FFFD, the replacement character; in results, U+FFFD stands for what is not valid UTF-16 on the disk.
+// found and never made. The same holds for an empty path, unless a function says otherwise. What is not valid UTF-8 in
+// a path counts as U+FFFD, the replacement character; in results, U+FFFD stands for what is not valid UTF-16 on the
+// disk. A drive without a separator, "D:", is the current folder of that drive, but its root in visit, ClearFolderUtf8
+// and CopyFolderUtf8.
 //
 // All functions may be called from any thread; the working directory is one for the whole process.
 //
-// Nothing throws, but what a visitor's own operations throw passes through. A failure gives false, an empty text or 0.
-// A std::string* that is not null then receives the reason; success leaves it as it was.
+// Nothing throws except std::bad_alloc; what a visitor's own operations throw passes through. A failure gives false, an
+// empty text or 0. A std::string* that is not null then receives the reason; success leaves it as it was.
 #ifndef XOSYSTEM_XODIRUTILS_H
 #define XOSYSTEM_XODIRUTILS_H
 
@@ -141,7 +143,8 @@ public:
     // Error: "MoveFileExW error " and the code.
     static bool RenameFileUtf8(const std::string& from, const std::string& to, std::string* error = nullptr);
 
-    // Reads as CopyFileW: true, the default, never touches a file that is there; false replaces it.
+    // failIfExists as in CopyFileW: with true, the default, an existing file is never touched; with false it is
+    // replaced, unless it is read-only or hidden.
     static bool CopyFileUtf8(const std::string& from, const std::string& to, bool failIfExists = true);
 
     // The same with a notifier, which may be null and counts bytes. Error: "CopyFileExW error " and the code, or
@@ -150,14 +153,14 @@ public:
                              xoProgressNotifier* progress);
 
     // Copies a folder and all below it, of any depth, into the folder `to`. That folder and those above it are made
-    // where they are missing; in a folder that is there, what has other names stays. With failIfExists no file that is
-    // there is touched, which counts as a failure; otherwise it is replaced.
+    // where they are missing; in a folder that is there, what has other names stays. With failIfExists no existing
+    // file is touched, which counts as a failure; otherwise it is replaced, also a read-only or hidden one.
     //
     // A link, to a file or a folder, is copied as a link and not followed; only the folder given may be a link to the
     // one that is meant. Files, and folders that are made, get the times and attributes of their source as far as the
     // file system has them, and the permissions of the folder they are made in. If `to` lies inside of `from`, it is
-    // left out of the copy (where only its identity shows that it does, this is reported); a folder is not copied to
-    // itself.
+    // left out of the copy. Where the paths do not show it, for instance over a share, the copy reports the folder as a
+    // failure. A folder is not copied to itself.
     //
     // A failure does not keep the rest from being copied. The result is false then, and the error has a line for each
     // of the first 100 failures and, if there are more, their number: "CopyFileExW error ", "CreateDirectoryW error ",
@@ -216,7 +219,7 @@ public:
     // until the operation returns. Where a name is no valid UTF-16, U+FFFD stands for what is broken.
     //
     // A folder that cannot be listed (missing, locked, a file) is passed over: none of its own operations is called,
-    // and the walk goes on. Depth is no matter, of the tree or of its paths.
+    // and the walk goes on. Neither the depth of the tree nor the length of its paths is limited.
     //
     // A junction or symbolic link to a folder counts as a sub-folder. The folder that it leads to is walked too, under
     // the link's path, as often as links lead there. It is not walked if the walk is already inside it, or if the file

@@ -1,10 +1,12 @@
 // DirectXDeviceInfo: the graphics adapters of the machine, as DirectX counts them.
 //
 //     std::vector<xo::DirectXDeviceInfo> adapters;
-//     if (xo::DirectXDeviceInfo::GetAdapters(adapters) && adapters[0].dedicatedVideoBytes < kNeededBytes) useLess();
+//     if (xo::DirectXDeviceInfo::GetAdapters(adapters) && !adapters.empty() &&
+//         adapters[0].dedicatedVideoBytes < kNeededBytes)
+//         useLess();
 //
 // The function may be called from any thread; each call asks anew. It asks on a thread of its own, because a driver may
-// not answer: see the limit of time.
+// not answer: see the limit of time. Nothing throws except std::bad_alloc.
 #ifndef XOSYSTEM_XODIRECTXDEVICEINFO_H
 #define XOSYSTEM_XODIRECTXDEVICEINFO_H
 

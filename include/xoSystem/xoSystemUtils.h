@@ -7,8 +7,9 @@
 //     xo::SaveIniFile(folder + "/machine.ini", report);
 //
 // initializeXoSystem and terminateXoSystem call the first two functions, from one thread. The others may be called from
-// any thread at any time. What is not known is left out: an empty text, 0, a key that is absent. Nothing here needs an
-// administrator's rights, and nothing that names a person or one single machine is told unless it is asked for.
+// any thread at any time. What is not known is left out: an empty text, 0, a key that is absent. Nothing throws except
+// std::bad_alloc. Nothing here needs an administrator's rights, and nothing that names a person or one single machine
+// is told unless it is asked for.
 #ifndef XOSYSTEM_XOSYSTEMUTILS_H
 #define XOSYSTEM_XOSYSTEMUTILS_H
 
@@ -80,9 +81,9 @@ public:
     //     if (xo::xoSystemUtils::QueryManagementUtf8("SELECT Name, State FROM Win32_Service", rows)) show(rows);
     //
     // Replaces the rows. False, with no rows and a DEBUG line (qualifier "SystemInfo"), when the service refuses the
-    // query or has not answered in time, connecting included. The query runs on a thread of its own; one that is late
-    // is left behind with the library kept loaded, and until it ends further queries fail at once. Queries of several
-    // threads run one after the other. A limit of 0 asks nothing.
+    // query, when query or name space have a NUL inside, or when the answer is late, connecting included. The query
+    // runs on a thread of its own; one that is late is left behind with the library kept loaded, and until it ends
+    // further queries fail at once. Queries of several threads run one after the other. A limit of 0 asks nothing.
     static bool QueryManagementUtf8(const std::string& wql, xoVariant::xoVariantListImpl& rows,
                                     unsigned timeoutMs = 5000, const std::string& nameSpace = "ROOT\\CIMV2");
 
