@@ -40,11 +40,18 @@ public:
 
     // Once the lock is taken, and before it is given up.
     void enter(SoakCell& mine, bool isExclusive) const {
+        // What this thread met is reported at its next hold. One that has been killed has none: it may have lived on
+        // for a moment after Wine had given away what it held, and have met the next holder.
+        thread_local std::vector<Met> met;
+        for (const Met& last : met)
+            if (last.cell->seen.exchange(last.held) != last.held) ++last.cell->conflicts;
+        met.clear();
+
         mine.held = 2 * (mine.done + 1) + (isExclusive ? 1 : 0);
         for (SoakCell& other : mAll->cells) {
             const std::int64_t held = other.held;
             if (&other == &mine || held == 0 || (!isExclusive && held % 2 == 0)) continue;
-            if (other.seen.exchange(held) != held) ++other.conflicts;
+            if (other.seen != held) met.push_back({&other, held});
         }
     }
     static void leave(SoakCell& mine) { mine.held = 0; }
@@ -71,6 +78,10 @@ private:
     struct All {
         Shared total;
         SoakCell cells[kCells];
+    };
+    struct Met {
+        SoakCell* cell;
+        std::int64_t held;
     };
 
     platform::KernelHandle mMapping;
