@@ -15,14 +15,15 @@
 //         return true;
 //     }
 //
-// Steps only store a number. Whoever shows them looks: from any thread with getState(), or on the working thread by
-// deriving from xoProgressNotifier and overriding onProgress(). xoProgressConsole.h has a view for the console.
+// Steps only store a number. To show them, call getState() from any thread, or derive from xoProgressNotifier and
+// override onProgress(), which runs on the working thread. xoProgressConsole.h has a view for the console.
 //
 // A work begins with the first scope on a notifier and ends with it. The thread that opened that scope owns the
 // notifier until then: all scopes of the work are opened, advanced and destroyed by it. getState(), cancel() and
 // isCanceled() are for any thread. Several threads advance one work through xoProgressProxy.
 //
-// Nothing fails and nothing throws. A scope for which there is no memory counts for nothing.
+// Only std::bad_alloc is thrown, from the constructors of xoProgressNotifier and xoProgressProxy::Task. Without memory
+// a scope counts for nothing, setText() changes nothing, and getState() gives empty texts.
 #ifndef XOSYSTEM_XOPROGRESS_H
 #define XOSYSTEM_XOPROGRESS_H
 
@@ -122,8 +123,8 @@ public:
     // Calls onProgress when it is due. For loops of the owning thread that wait for others.
     void update();
 
-    // Makes the notifier idle and not canceled, and forgets scopes that a fault left open. For the owning thread, when
-    // no scope is alive.
+    // Makes the notifier idle and not canceled, and forgets scopes that a fault left open. On a Task it does not clear
+    // the cancellation, which is that of the proxy's notifier. For the owning thread, when no scope is alive.
     void reset();
 
 protected:
@@ -150,9 +151,9 @@ private:
 // that a complete nested scope has filled counts as done. So the last advance() may be missing only after a nested
 // scope. When the outermost scope ends complete, the work is done, also if it was canceled too late.
 //
-// On a null notifier all calls do nothing, advance() returns true and isCanceled() false. So does a scope that another
-// thread opens than the one that owns the notifier; but it can be canceled, and the notifier's first such scope writes
-// the CRITICAL log line "xoProgressScope made by a thread that does not own the notifier".
+// On a null notifier all calls do nothing, advance() returns true and isCanceled() false. A scope opened by a thread
+// that does not own the notifier counts for nothing, but reports a cancellation. The first one on a notifier writes the
+// CRITICAL log line "xoProgressScope made by a thread that does not own the notifier".
 class XOSYSTEM_API xoProgressScope {
 public:
     // A total of 0 is not known: then counts are shown, the fraction waits, and only finish() completes the scope. The

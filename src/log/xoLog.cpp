@@ -11,7 +11,7 @@
 #include "log/eventLog.h"
 #include "log/linePrefix.h"
 #include "log/logFile.h"
-#include "log/stackReserve.h"
+#include "platform/stackReserve.h"
 #include "platform/structuredCall.h"
 #include "xoSystem/xoStringUtils.h"
 
@@ -154,7 +154,7 @@ void xoLog::writePendingNotice() {
 }
 
 void xoLog::installFileHandlerExUtf8(const std::string& path, int flags, std::int64_t maxSizeBytes, int backupCount) {
-    log::reserveStack();
+    platform::reserveStack();
     bool installed = false;
     {
         const concurrency::LateMutexLocker locker(mPrivate->mutex);
@@ -190,7 +190,7 @@ void xoLog::installCustomHandler(CustomHandler handler, void* user) {
 
 void xoLog::Write(const std::string& message, xoLogType type, const std::string& qualifier) {
     // A thread that overflows its stack does so here, before anything is locked.
-    log::reserveStack();
+    platform::reserveStack();
     Private::Writing(*mPrivate, message, type, qualifier).run();
 }
 

@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/stackReserve.h"
 #include "platform/windows.h"
 
 namespace xo::progress {
@@ -15,6 +16,21 @@ namespace {
 constexpr std::uint64_t kNoLimit = (std::numeric_limits<std::uint64_t>::max)();
 
 std::int64_t tickMs() { return static_cast<std::int64_t>(::GetTickCount64()); }
+
+// Locks a work. A recursion that opens scopes without end must overflow its stack here and not with the lock held.
+class XO_SCOPED_CAPABILITY WorkLocker {
+public:
+    explicit WorkLocker(platform::SlimLock& lock) XO_ACQUIRE(lock) : mLock(lock) {
+        platform::reserveStack();
+        mLock.lock();
+    }
+    ~WorkLocker() XO_RELEASE() { mLock.unlock(); }
+    WorkLocker(const WorkLocker&) = delete;
+    WorkLocker& operator=(const WorkLocker&) = delete;
+
+private:
+    platform::SlimLock& mLock;
+};
 
 // Unknown values of the enumeration count as none.
 bool isUnit(xoProgressUnit unit) { return unit == ProgressUnitBytes || unit == ProgressUnitItems; }
@@ -93,7 +109,7 @@ bool Level::isComplete() const {
 
 Level* Work::open(const Description& description, bool hasCalls, bool& isOutermost, bool& isForeign) {
     const unsigned long thread = ::GetCurrentThreadId();
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     // One thread owns a work from its first scope to its last. Scopes of other threads are not counted, and are
     // reported once.
     if ((mDepth > 0 || mIsInCall) && mOwner != thread) {
@@ -129,9 +145,8 @@ Level* Work::open(const Description& description, bool hasCalls, bool& isOutermo
 }
 
 bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     if (!find(serial)) return false;
-    mIsInCall = false;  // a scope is closed during a call only if a fault has ended the call
     // Levels above this one were left open, for instance by a fault; they end with it.
     for (bool isClosed = false; !isClosed;) {
         const Level& level = *mLevels[mDepth - 1];
@@ -157,9 +172,11 @@ bool Work::close(std::uint64_t serial, bool isCanceled, bool& hasEnded) {
     return true;
 }
 
-// Keeps the last state, which getState() returns until the next work begins.
+// Keeps the last state, which getState() returns until the next work begins. Allocates nothing: it is called by the
+// destructor of a scope.
 void Work::end(bool isComplete, bool isCanceled) {
-    mLast = snapshot(tickMs());
+    mLast = numbers(tickMs());
+    mLastTitle.swap(mLevels[0]->text);
     mLast.remainingMs = -1;
     mLast.isIndeterminate = false;
     mLast.phase = isComplete   ? xoProgressState::PhaseDone
@@ -170,7 +187,7 @@ void Work::end(bool isComplete, bool isCanceled) {
 }
 
 void Work::setSpan(std::uint64_t serial, std::uint64_t steps) {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     Level* const level = find(serial);
     if (!level) return;
     // For the current step only: advance() ends the span.
@@ -179,7 +196,7 @@ void Work::setSpan(std::uint64_t serial, std::uint64_t steps) {
 }
 
 void Work::setText(std::uint64_t serial, std::string_view text) {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     Level* const level = find(serial);
     try {
         if (level) level->text.assign(text);
@@ -188,7 +205,7 @@ void Work::setText(std::uint64_t serial, std::string_view text) {
 }
 
 void Work::setTotal(std::uint64_t serial, std::uint64_t total) {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     Level* const level = find(serial);
     // The number of weights is the total of weighted steps, which therefore cannot change.
     if (!level || !level->ends.empty()) return;
@@ -197,19 +214,20 @@ void Work::setTotal(std::uint64_t serial, std::uint64_t total) {
 }
 
 void Work::finish(std::uint64_t serial) {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     if (Level* const level = find(serial)) level->isFinished = true;
 }
 
 void Work::reset() {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     mDepth = 0;
     mIsInCall = false;
     mLast = xoProgressState();
+    mLastTitle.clear();
 }
 
 bool Work::addTask(std::uint64_t serial, const TaskShare& share) {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     Level* const level = find(serial);
     try {
         if (level) level->tasks.push_back(share);
@@ -220,7 +238,7 @@ bool Work::addTask(std::uint64_t serial, const TaskShare& share) {
 }
 
 void Work::removeTask(std::uint64_t serial, const TaskShare& share, bool counts) {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     Level* const level = find(serial);
     if (!level) return;
     const auto isShare = [&share](const TaskShare& task) { return task.work == share.work; };
@@ -232,36 +250,40 @@ void Work::removeTask(std::uint64_t serial, const TaskShare& share, bool counts)
 }
 
 xoProgressState Work::state() {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
+    xoProgressState state = mDepth == 0 ? mLast : numbers(tickMs());
     try {
-        return mDepth == 0 ? mLast : snapshot(tickMs());
-    } catch (const std::bad_alloc&) {
-        return xoProgressState();
+        state.title = mDepth == 0 ? mLastTitle : mLevels[0]->text;
+        // The innermost text, without that of the outermost level, which is the title.
+        for (std::size_t i = mDepth; i > 1 && state.text.empty(); --i) state.text = mLevels[i - 1]->text;
+    } catch (const std::bad_alloc&) {  // the numbers alone
     }
+    return state;
 }
 
 double Work::fraction() const {
+    // Not a WorkLocker: the work of the proxy may be locked.
     const platform::SlimLocker locker(mLock);
     return mDepth == 0 ? mLast.fraction : overallFraction();
 }
 
 bool Work::wasCompleted() const {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     return mDepth == 0 && mLast.phase == xoProgressState::PhaseDone;
 }
 
 bool Work::isOpen() const {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     return mDepth > 0;
 }
 
 bool Work::beginCall() {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     return !std::exchange(mIsInCall, true);
 }
 
 void Work::endCall() {
-    const platform::SlimLocker locker(mLock);
+    const WorkLocker locker(mLock);
     mIsInCall = false;
 }
 
@@ -294,7 +316,7 @@ double Work::overallFraction() const {
     return outermost.fraction(outermost.count(), spanFractionOf(0));
 }
 
-xoProgressState Work::snapshot(std::int64_t nowMs) {
+xoProgressState Work::numbers(std::int64_t nowMs) {
     xoProgressState state;
     state.phase = xoProgressState::PhaseRunning;
     mHighestFraction = (std::max)(mHighestFraction, overallFraction());
@@ -303,9 +325,6 @@ xoProgressState Work::snapshot(std::int64_t nowMs) {
     state.isIndeterminate = mLevels[mDepth - 1]->total == 0;
     state.elapsedMs = nowMs - mBeginMs;
     state.remainingMs = mRemaining.at(nowMs, state.fraction);
-    state.title = mLevels[0]->text;
-    // The innermost text, without that of the outermost level, which is the title.
-    for (std::size_t i = mDepth; i > 1 && state.text.empty(); --i) state.text = mLevels[i - 1]->text;
 
     for (std::size_t i = 0; i < mDepth; ++i) {
         const Level& level = *mLevels[i];

@@ -96,6 +96,7 @@ public:
     // Removes the share, and completes its steps if they count.
     void removeTask(std::uint64_t serial, const TaskShare& share, bool counts);
 
+    // Without texts when there is no memory for them.
     xoProgressState state();
     // The fraction of the current work, or of the last one. Called for the work of a task while the work of its proxy
     // is locked: locks are always taken in this order.
@@ -114,9 +115,9 @@ private:
     // The open level of a scope; null when it was closed, for instance by a scope below it after a fault.
     Level* find(std::uint64_t serial) XO_REQUIRES(mLock);
     double spanFractionOf(std::size_t index) const XO_REQUIRES(mLock);
-    double overallFraction() const XO_REQUIRES(mLock);  // only while a level is open, as the next one
-    xoProgressState snapshot(std::int64_t nowMs) XO_REQUIRES(mLock);
-    void end(bool isComplete, bool isCanceled) XO_REQUIRES(mLock);  // of the whole work
+    double overallFraction() const XO_REQUIRES(mLock);               // only while a level is open, as the next one
+    xoProgressState numbers(std::int64_t nowMs) XO_REQUIRES(mLock);  // a state without texts; allocates nothing
+    void end(bool isComplete, bool isCanceled) XO_REQUIRES(mLock);   // of the whole work
 
     mutable platform::SlimLock mLock;                                  // also guards the levels, except `done`
     std::vector<std::unique_ptr<Level>> mLevels XO_GUARDED_BY(mLock);  // kept for the next scopes
@@ -131,7 +132,8 @@ private:
     RemainingTime mRemaining XO_GUARDED_BY(mLock);
     SmoothedSpeed mUnits XO_GUARDED_BY(mLock);
     std::uint64_t mUnitsSerial XO_GUARDED_BY(mLock) = 0;  // of the level whose speed mUnits measures; 0 none
-    xoProgressState mLast XO_GUARDED_BY(mLock);           // the final state of the last work
+    xoProgressState mLast XO_GUARDED_BY(mLock);           // the final state of the last work, without texts
+    std::string mLastTitle XO_GUARDED_BY(mLock);
 };
 
 // Writes a line to the log about a scope of a thread that does not own the notifier. Defined in `frame`, because the

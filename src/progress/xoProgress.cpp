@@ -1,7 +1,9 @@
 // The public classes. They forward to the work of their notifier, and call the notifier's onProgress when it is due.
 #include "xoSystem/xoProgress.h"
 
+#include "platform/structuredCall.h"
 #include "platform/windows.h"
+#include "progress/notifierWork.h"
 #include "progress/work.h"
 
 namespace xo {
@@ -28,7 +30,7 @@ namespace impl {
 
 // The friend of the public classes, through which the functions of this file reach their private members.
 struct ProgressAccess {
-    static progress::Work& work(xoProgressNotifier& notifier) { return notifier.mPrivate->work; }
+    static progress::Work& work(const xoProgressNotifier& notifier) { return notifier.mPrivate->work; }
 
     // Whether onProgress is called at the begin and end of a work, and also in between.
     static bool hasCallsAtEnds(const xoProgressNotifier& notifier) {
@@ -38,16 +40,23 @@ struct ProgressAccess {
         return notifier.mPrivate->intervalMs < xoProgressNotifier::kCallsAtEnds;
     }
 
-    // Calls onProgress, without a lock. An exception of the host's function must not end the work and is dropped.
+    // Calls onProgress, without a lock. A fault in it ends the call, too: a guard further out may handle it, and the
+    // next work needs calls again.
     static void call(xoProgressNotifier& notifier) {
         // A host's function that causes another call, for instance by update(), is not called recursively.
         if (!work(notifier).beginCall()) return;
         notifier.mPrivate->lastCallMs = ::GetTickCount64();
+        platform::callReleasing([](void* called) { callHost(*static_cast<xoProgressNotifier*>(called)); },
+                                [](void* called) { work(*static_cast<xoProgressNotifier*>(called)).endCall(); },
+                                &notifier);
+    }
+
+    // An exception of the host's function must not end the work and is dropped.
+    static void callHost(xoProgressNotifier& notifier) {
         try {
             notifier.onProgress(notifier.getState());
         } catch (...) {
         }
-        work(notifier).endCall();
     }
 
     // Called by the owning thread only. An interval of 0 means every time, without a look at the clock.
@@ -87,6 +96,8 @@ struct ProgressAccess {
 }  // namespace impl
 
 using impl::ProgressAccess;
+
+progress::Work& progress::workOf(const xoProgressNotifier& notifier) { return ProgressAccess::work(notifier); }
 
 xoProgressNotifier::xoProgressNotifier(unsigned intervalMs) : xoProgressNotifier(intervalMs, nullptr) {}
 

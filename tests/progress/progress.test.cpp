@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/allocationCount.h"
 #include "xoSystem/xoException.h"
 #include "xoSystem/xoLog.h"
 
@@ -321,6 +322,63 @@ TEST(Progress, ScopesThatAFaultLeftOpenEndWithTheNextBelow) {
     notifier.reset();
     EXPECT_EQ(notifier.getState().phase, State::PhaseIdle);
     EXPECT_FALSE(notifier.isCanceled());
+}
+
+TEST(Progress, CallsGoOnAfterAFaultInOne) {
+    class Faulty : public xoProgressNotifier {
+    public:
+        Faulty() : xoProgressNotifier(0) {}
+        int calls = 0;
+
+    private:
+        void onProgress(const State&) override {
+            if (++calls == 2) *static_cast<volatile int*>(nullptr) = 1;
+        }
+    } faulty;
+    xoProgressScope outer(&faulty, 2);
+    EXPECT_ANY_THROW(xo::exception::impl::ExecGuardedCode(
+        [](void* scope) { static_cast<xoProgressScope*>(scope)->advance(); }, &outer));
+    outer.advance();
+    EXPECT_EQ(faulty.calls, 3);
+    { xoProgressScope(&faulty, 2).advance(); }
+    EXPECT_EQ(faulty.calls, 6) << "begin, step and end of a nested scope, which counts again";
+}
+
+// Ends only by an overflow of the stack.
+__declspec(noinline) void openScopes(xoProgressNotifier& notifier, int depth) {
+    if (depth < 0) return;
+    xoProgressScope scope(&notifier, 2);
+    openScopes(notifier, depth + 1);
+    scope.advance();
+}
+
+TEST(Progress, ARecursionThatOpensScopesForEverLeavesNothingLocked) {
+    xoProgressNotifier notifier;
+    EXPECT_ANY_THROW(xo::exception::impl::ExecGuardedCode(
+        [](void* argument) { openScopes(*static_cast<xoProgressNotifier*>(argument), 0); }, &notifier));
+    EXPECT_EQ(notifier.getState().phase, State::PhaseRunning);
+    notifier.reset();
+    EXPECT_EQ(notifier.getState().phase, State::PhaseIdle);
+}
+
+TEST(Progress, EndsWithoutMemoryAsWithIt) {
+    const std::string title = "a title that is too long for a string without memory of its own";
+    xoProgressNotifier notifier;
+    State without;
+    {
+        const xo::tests::AllocationCount allocations;
+        ASSERT_TRUE(allocations.isCounting());
+        {
+            xoProgressScope scope(&notifier, 1, title);
+            scope.advance();
+            xo::tests::AllocationCount::refuseAll(true);
+        }
+        without = notifier.getState();
+        xo::tests::AllocationCount::refuseAll(false);
+    }
+    EXPECT_EQ(without.phase, State::PhaseDone);
+    EXPECT_EQ(without.title, "") << "there is no memory for a copy";
+    EXPECT_EQ(notifier.getState().title, title);
 }
 
 TEST(ProgressProxy, ThreadsAdvanceOneWork) {
