@@ -16,7 +16,9 @@
 //     Import: canceled at 47 % after 0:12
 //
 // Several views may exist: the first that draws has the bottom line, the others wait for it. A view must not be a
-// static object of a DLL, because its destructor waits for the timer. Nothing fails and nothing throws.
+// static object of a DLL, because its destructor waits for the timer, and should not be a local variable of a guarded
+// function, because after a fault its timer would go on drawing. Only std::bad_alloc is thrown, from the constructor,
+// WriteLine and FormatLine.
 #ifndef XOSYSTEM_XOPROGRESSCONSOLE_H
 #define XOSYSTEM_XOPROGRESSCONSOLE_H
 
@@ -55,7 +57,8 @@ public:
     static void WriteLine(std::string_view line);
 
     // What the bar shows of a state, in no more than that many columns, but never less than the per cent. The tick
-    // moves the bar of a work whose total is not known. Control characters in the texts are made visible.
+    // moves the bar of a work whose total is not known. Control characters in the texts are made visible. A fraction
+    // below 0 and NaN count as 0, one above 1 as 1.
     static std::string FormatLine(const xoProgressState& state, unsigned columns, unsigned tick = 0);
 
 private:

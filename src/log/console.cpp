@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <new>
 #if defined(__GLIBCXX__)
 #    include <ext/stdio_filebuf.h>
 #    include <ext/stdio_sync_filebuf.h>
@@ -144,11 +145,16 @@ bool endStatusLine(const void* owner, const std::string& lastLine) {
     ConsoleLock::run([&] {
         isEnded = gStatus.owner == owner;
         if (!isEnded) return;
-        std::string text = erasure();
-        if (!lastLine.empty()) appendLine(text, lastLine);
+        std::wstring wide;
+        try {
+            std::string text = erasure();
+            if (!lastLine.empty()) appendLine(text, lastLine);
+            wide = platform::toWide(text);
+        } catch (const std::bad_alloc&) {  // the screen keeps the line
+        }
         const HANDLE console = gStatus.console;
         gStatus = StatusLine{};
-        writeWide(console, platform::toWide(text));
+        writeWide(console, wide);
     });
     return isEnded;
 }

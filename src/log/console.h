@@ -29,7 +29,8 @@ struct StatusLine {
 bool setStatusLine(const StatusLine& line);
 
 // Removes the owner's line, and writes lastLine with a line end in its place if it is not empty. False, with nothing
-// written, when the owner does not have the line.
+// written, when the owner does not have the line. Throws nothing: without memory the line is given up, but the screen
+// keeps it.
 bool endStatusLine(const void* owner, const std::string& lastLine = {});
 
 }  // namespace xo::log

@@ -1,13 +1,25 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "platform/wideText.h"
+#include "support/allocationCount.h"
 #include "support/child.h"
+#include "support/importHook.h"
+#include "xoSystem/xoException.h"
 #include "xoSystem/xoProgressConsole.h"
 #include "xoSystem/xoStringUtils.h"
 
 namespace {
 
 using xo::xoProgressConsole;
+using xo::xoProgressScope;
 using xo::xoStringUtils;
+using xo::tests::ImportHook;
 using State = xo::xoProgressState;
 
 State importing() {
@@ -58,11 +70,25 @@ TEST(ProgressConsole, LineFitsEveryWidth) {
             for (const unsigned tick : {0u, 7u, 4711u}) {
                 const std::string line = xoProgressConsole::FormatLine(state, columns, tick);
                 EXPECT_LE(xoStringUtils::GetDisplayWidth(line), columns) << line;
+                EXPECT_LE(xo::platform::toWide(line).size(), columns) << "a console may need a cell for each unit";
                 EXPECT_NE(line.find(state.isIndeterminate ? "<=>" : "71 %"), std::string::npos) << columns;
                 EXPECT_EQ(line.find('\x1B'), std::string::npos);
             }
     for (unsigned columns = 0; columns < 4; ++columns)
         EXPECT_EQ(xoProgressConsole::FormatLine(importing(), columns), "71 %");
+}
+
+TEST(ProgressConsole, FractionsOutsideTheRangeCountAsItsEnds) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    constexpr char kEmpty[] = "[>        ]   0 %  0:00";
+    constexpr char kFull[] = "[========]  100 %  0:00";
+    const std::pair<double, const char*> rows[] = {{-1, kEmpty}, {-kInfinity, kEmpty}, {std::nan(""), kEmpty},
+                                                   {1, kFull},   {1.5, kFull},         {kInfinity, kFull}};
+    for (const auto& [fraction, line] : rows) {
+        State state;
+        state.fraction = fraction;
+        EXPECT_EQ(xoProgressConsole::FormatLine(state, 23), line) << fraction;
+    }
 }
 
 TEST(ProgressConsole, BarMovesWhileTheTotalIsUnknown) {
@@ -76,6 +102,144 @@ TEST(ProgressConsole, BarMovesWhileTheTotalIsUnknown) {
     EXPECT_EQ(xoProgressConsole::FormatLine(state, 33, 5), "Count  [     <=>]  1.40 MiB  0:00");
     EXPECT_EQ(xoProgressConsole::FormatLine(state, 33, 6), "Count  [    <=> ]  1.40 MiB  0:00");
     EXPECT_EQ(xoProgressConsole::FormatLine(state, 33, 10), "Count  [<=>     ]  1.40 MiB  0:00");
+}
+
+// Views whose timer, clock and console are the test's.
+class ProgressView : public testing::Test {
+protected:
+    ProgressView() {
+        msNowMs = 1000000;
+        msWritten.clear();
+        msTick = nullptr;
+        msIsConsole = false;
+        msHasTimer = true;
+    }
+    void SetUp() override {
+        for (const ImportHook& hook : mHooks) ASSERT_TRUE(hook.isInstalled());
+    }
+
+    // What the timer writes so many milliseconds after the begin of the work.
+    static std::string tickAt(ULONGLONG elapsedMs) {
+        msNowMs = 1000000 + elapsedMs;
+        msTick(nullptr, msTicked, nullptr);
+        return takeWritten();
+    }
+    static std::string takeWritten() { return std::exchange(msWritten, {}); }
+
+    static inline bool msIsConsole, msHasTimer;
+    static inline ULONGLONG msNowMs;
+
+private:
+    static ULONGLONG WINAPI clock() { return msNowMs; }
+    static BOOL WINAPI getMode(HANDLE, DWORD*) { return msIsConsole; }
+    static BOOL WINAPI getInfo(HANDLE, CONSOLE_SCREEN_BUFFER_INFO*) { return FALSE; }
+    static BOOL WINAPI writeFile(HANDLE, const void* data, DWORD size, DWORD* written, OVERLAPPED*) {
+        msWritten.append(static_cast<const char*>(data), *written = size);
+        return TRUE;
+    }
+    static BOOL WINAPI writeConsole(HANDLE, const void* data, DWORD size, DWORD* written, void*) {
+        msWritten += xo::platform::toUtf8({static_cast<const wchar_t*>(data), *written = size});
+        return TRUE;
+    }
+    static PTP_TIMER WINAPI createTimer(PTP_TIMER_CALLBACK callback, void* argument, PTP_CALLBACK_ENVIRON) {
+        msTick = callback;
+        msTicked = argument;
+        return msHasTimer ? reinterpret_cast<PTP_TIMER>(1) : nullptr;
+    }
+    static void WINAPI setTimer(PTP_TIMER, FILETIME*, DWORD, DWORD) {}
+    static void WINAPI awaitTimer(PTP_TIMER, BOOL) {}
+    static void WINAPI closeTimer(PTP_TIMER) {}
+
+    static inline std::string msWritten;
+    static inline PTP_TIMER_CALLBACK msTick;
+    static inline void* msTicked;
+
+    static constexpr char kLibrary[] = "xoSystem.dll";
+    const ImportHook mHooks[9] = {{kLibrary, "GetTickCount64", &clock},
+                                  {kLibrary, "GetConsoleMode", &getMode},
+                                  {kLibrary, "GetConsoleScreenBufferInfo", &getInfo},
+                                  {kLibrary, "WriteFile", &writeFile},
+                                  {kLibrary, "WriteConsoleW", &writeConsole},
+                                  {kLibrary, "CreateThreadpoolTimer", &createTimer},
+                                  {kLibrary, "SetThreadpoolTimer", &setTimer},
+                                  {kLibrary, "WaitForThreadpoolTimerCallbacks", &awaitTimer},
+                                  {kLibrary, "CloseThreadpoolTimer", &closeTimer}};
+};
+
+TEST_F(ProgressView, PlainLinesComeEverMoreRarely) {
+    xoProgressConsole view;
+    const xoProgressScope work(&view, 2, "Import");
+    std::vector<int> seconds;
+    for (int second = 0; second <= 800; ++second)
+        if (!tickAt(static_cast<ULONGLONG>(second) * 1000).empty()) seconds.push_back(second);
+    EXPECT_EQ(seconds, (std::vector<int>{10, 20, 40, 80, 160, 460, 760}));
+    EXPECT_EQ(tickAt(5000000), "Import,  0 %, 1:23:20\r\n") << "one line for the time in which the machine slept";
+    EXPECT_EQ(tickAt(5000100), "");
+}
+
+TEST_F(ProgressView, GoesOnWhenAFaultHasEndedItsFunction) {
+    static xoProgressConsole* view = nullptr;
+    EXPECT_ANY_THROW(xo::exception::impl::ExecGuardedCode([] {
+        xoProgressConsole local;
+        view = &local;
+        xoProgressScope work(view, 2, "Lost");
+        work.advance();
+        *static_cast<volatile int*>(nullptr) = 1;
+    }));
+    // What the view's memory holds once the stack is used again.
+    std::memset(static_cast<void*>(view), 0, sizeof *view);
+    EXPECT_EQ(tickAt(10000), "Lost, 50 %, 0:10 left\r\n");
+}
+
+TEST_F(ProgressView, DrawsNoMoreAfterAReset) {
+    msIsConsole = true;
+    xoProgressConsole view(0, 0);
+    EXPECT_ANY_THROW(xo::exception::impl::ExecGuardedCode(
+        [](void* notifier) {
+            const xoProgressScope work(static_cast<xoProgressConsole*>(notifier), 2, "Lost");
+            *static_cast<volatile int*>(nullptr) = 1;
+        },
+        &view));
+    const std::string bar = tickAt(100);
+    EXPECT_EQ(bar.substr(0, 10), "Lost  [>  ");
+    view.reset();
+    EXPECT_EQ(tickAt(200), "\r" + std::string(bar.size(), ' ') + "\r");
+    EXPECT_EQ(tickAt(300), "");
+}
+
+TEST_F(ProgressView, LeavesItsLineOnceTheDelayIsOverThoughNoBarWasShown) {
+    const std::pair<ULONGLONG, const char*> rows[] = {{499, ""}, {500, "Import: done in 0:00\r\n"}};
+    msIsConsole = true;
+    for (const bool hasTimer : {true, false}) {
+        msHasTimer = hasTimer;
+        for (const auto& [elapsedMs, line] : rows) {
+            xoProgressConsole view;
+            {
+                xoProgressScope work(&view, 1, "Import");
+                work.advance();
+                msNowMs += elapsedMs;
+            }
+            EXPECT_EQ(takeWritten(), line) << hasTimer << elapsedMs;
+        }
+    }
+}
+
+TEST_F(ProgressView, GivesTheBottomLineUpWithoutMemory) {
+    msIsConsole = true;
+    xoProgressConsole first(0, 0);
+    const xoProgressScope firstWork(&first, 1, "First");
+    EXPECT_NE(tickAt(100), "");
+    xoProgressConsole second(0, 0);
+    const xoProgressScope secondWork(&second, 1, "Second");
+    EXPECT_EQ(tickAt(200), "") << "the first one has the line";
+    {
+        const xo::tests::AllocationCount allocations;
+        ASSERT_TRUE(allocations.isCounting());
+        xo::tests::AllocationCount::refuseAll(true);
+        first.setVisible(false);
+        xo::tests::AllocationCount::refuseAll(false);
+    }
+    EXPECT_EQ(tickAt(300).substr(0, 8), "Second  ");
 }
 
 TEST(ProgressConsole, DrawsBelowTheLinesOfAConsole) {

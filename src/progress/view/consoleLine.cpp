@@ -81,9 +81,12 @@ std::string printable(const std::string& text) {
     return result;
 }
 
+// Between 0 and 1; 0 also for NaN. A host may pass any state to FormatLine.
+double fractionOf(const xoProgressState& state) { return state.fraction > 0 ? (std::min)(state.fraction, 1.0) : 0; }
+
 // Rounded down, so that 100 % is shown only for a complete work.
 std::string percentOf(const xoProgressState& state) {
-    const int percent = static_cast<int>(std::floor((std::min)((std::max)(state.fraction, 0.0), 1.0) * 100));
+    const int percent = static_cast<int>(std::floor(fractionOf(state) * 100));
     // Two columns wide below 100 %, so that the bar does not jump.
     return (percent < 10 ? " " : "") + std::to_string(percent) + " %";
 }
@@ -219,7 +222,7 @@ std::string barLine(const xoProgressState& state, std::size_t columns, unsigned 
     if (hasBar) {
         // The bar takes the columns that the other parts leave, up to kMostBar.
         const std::size_t width = (std::min)(kMostBar, kLeastBar + columns - parts.columns(true));
-        barText = state.isIndeterminate ? movingBar(tick, width) : bar(state.fraction, width);
+        barText = state.isIndeterminate ? movingBar(tick, width) : bar(fractionOf(state), width);
     }
     return joined({parts.label(), barText, parts.percent, parts.counts, parts.rate, parts.time}, kGap);
 }

@@ -1,21 +1,23 @@
 // Shows a work on the console: by a bar that a timer draws, or by plain lines where the output is redirected.
 #include "xoSystem/xoProgressConsole.h"
 
-#include <io.h>
-
-#include <cstdio>
+#include <new>
 
 #include "log/console.h"
 #include "platform/handle.h"
 #include "platform/slimLock.h"
+#include "progress/notifierWork.h"
 #include "progress/view/consoleLine.h"
 
 namespace xo {
 namespace {
 
-constexpr DWORD kDrawMs = 100;                // the period of the timer: often enough to look smooth
-constexpr std::int64_t kFirstLineMs = 10000;  // of plain lines; each later one at twice the time of the one before
-constexpr std::int64_t kMostLineMs = 300000;  // the longest time between two plain lines
+constexpr DWORD kDrawMs = 100;  // the period of the timer: often enough to look smooth
+// The times of plain lines: each doubles the one before, up to the last of these, and the rest follow at an interval,
+// so that the log of a long work stays short.
+constexpr std::int64_t kFirstLineMs = 10000;
+constexpr std::int64_t kLastDoubledLineMs = 160000;
+constexpr std::int64_t kLineIntervalMs = 300000;
 
 struct TimerPolicy {
     using Type = PTP_TIMER;
@@ -68,17 +70,20 @@ void writePlainLine(std::string line) {
 // The state of a view. While a work runs, a timer draws from a thread of the system's pool. It holds the lock while it
 // draws, so that nothing is drawn after the end line.
 struct xoProgressConsole::Private {
-    Private(const xoProgressConsole& ownView, int ownFlags, unsigned ownDelayMs)
-        : view(ownView), flags(ownFlags), delayMs(ownDelayMs) {}
+    Private(progress::Work& shownWork, int ownFlags, unsigned ownDelayMs)
+        : work(shownWork), flags(ownFlags), delayMs(ownDelayMs) {}
 
     void begin();  // on the thread that owns the work, as end()
     void draw();   // on a thread of the pool
-    void drawBar() XO_REQUIRES(lock);
-    void drawPlainLine() XO_REQUIRES(lock);
+    void drawBar(const xoProgressState& state) XO_REQUIRES(lock);
+    void drawPlainLine(const xoProgressState& state) XO_REQUIRES(lock);
+    void stop() XO_REQUIRES(lock);
     void end(const xoProgressState& state);
     static void CALLBACK onTimer(PTP_CALLBACK_INSTANCE, void* self, PTP_TIMER);
 
-    const xoProgressConsole& view;  // the object that owns this record
+    // Not the view itself: when a processor fault has ended the function whose local variable the view was, the timer
+    // goes on, and the stack is used again. This record and the work are on the heap and stay.
+    progress::Work& work;
     const int flags;
     const unsigned delayMs;    // before the bar is shown for the first time
     HANDLE console = nullptr;  // of the current work; null for plain lines
@@ -124,44 +129,60 @@ void xoProgressConsole::Private::draw() {
     const platform::SlimLocker locker(lock);
     // A callback that had begun before the end waits for the lock and then draws nothing.
     if (!isRunning) return;
-    if (console)
-        drawBar();
-    else
-        drawPlainLine();
+    const xoProgressState state = work.state();
+    if (state.phase != xoProgressState::PhaseRunning) {
+        // The work was reset, which makes no call, or end() is about to be called.
+        stop();
+        log::endStatusLine(this);
+    } else if (console) {
+        drawBar(state);
+    } else {
+        drawPlainLine(state);
+    }
 }
 
-void xoProgressConsole::Private::drawBar() {
+void xoProgressConsole::Private::drawBar(const xoProgressState& state) {
     if (!isVisible) return;
-    std::string line = progress::barLine(view.getState(), usableColumns(console), tick++);
+    std::string line = progress::barLine(state, usableColumns(console), tick++);
     const std::size_t columns = progress::consoleColumns(line);
     hasDrawn |= log::setStatusLine({this, console, std::move(line), columns});
 }
 
-void xoProgressConsole::Private::drawPlainLine() {
-    const xoProgressState state = view.getState();
+void xoProgressConsole::Private::drawPlainLine(const xoProgressState& state) {
     if (state.elapsedMs < nextLineMs) return;
-    // The interval doubles up to five minutes, so that the log of a long work stays short.
-    nextLineMs += (std::min)(nextLineMs, kMostLineMs);
+    // One line stands for all that have become due, for instance while the machine slept.
+    do nextLineMs += nextLineMs < kLastDoubledLineMs ? nextLineMs : kLineIntervalMs;
+    while (nextLineMs <= state.elapsedMs);
     hasDrawn = true;
     writePlainLine(progress::plainLine(state));
 }
 
-void xoProgressConsole::Private::end(const xoProgressState& state) {
-    const platform::SlimLocker locker(lock);
+void xoProgressConsole::Private::stop() {
     isRunning = false;
     if (timer) ::SetThreadpoolTimer(timer.get(), nullptr, 0, 0);
-    const std::string line = (flags & ProgressConsoleErase) != 0 ? std::string() : progress::endLine(state);
+}
+
+void xoProgressConsole::Private::end(const xoProgressState& state) {
+    const platform::SlimLocker locker(lock);
+    stop();
+    std::string line;
+    try {
+        if ((flags & ProgressConsoleErase) == 0) line = progress::endLine(state);
+    } catch (const std::bad_alloc&) {  // no line, but the bar is taken away
+    }
     if (console) {
-        // A work that ended before the first bar was shown leaves no line.
         const bool wasShown = log::endStatusLine(this, isVisible ? line : std::string());
-        if (!wasShown && isVisible && hasDrawn && !line.empty()) log::writeConsoleLine(console, line);
+        // A work that has taken the delay leaves its line, even if the bar was never shown: another view may have had
+        // the bottom line, or there was no timer.
+        const bool isDue = hasDrawn || state.elapsedMs >= static_cast<std::int64_t>(delayMs);
+        if (!wasShown && isVisible && isDue && !line.empty()) log::writeConsoleLine(console, line);
     } else if ((flags & ProgressConsoleNoLines) == 0 && (hasDrawn || state.elapsedMs >= kFirstLineMs)) {
         if (!line.empty()) writePlainLine(line);
     }
 }
 
 xoProgressConsole::xoProgressConsole(int flags, unsigned delayMs)
-    : xoProgressNotifier(kCallsAtEnds), mPrivate(std::make_unique<Private>(*this, flags, delayMs)) {}
+    : xoProgressNotifier(kCallsAtEnds), mPrivate(std::make_unique<Private>(progress::workOf(*this), flags, delayMs)) {}
 
 xoProgressConsole::~xoProgressConsole() {
     mPrivate->timer.reset();  // waits for a callback under way
