@@ -104,18 +104,22 @@ public:
     // The same with a notifier, which may be null: each task is a step. The calling thread looks every 50 ms, and calls
     // the notifier without holding the pool's mutex. Once the notifier is canceled, no further task begins, and the
     // result is false if any was left. A task that waits for one of these waits for ever, unless its wait has a
-    // time-out.
+    // time-out. When a guard around the call handles a fault in onProgress, no further task begins either, and the
+    // guard goes on when the tasks under way are done.
     bool solve(const std::vector<SolverBase*>& tasks, xoProgressNotifier* progress);
 
 private:
     class Batch;
     class Worker;
+    struct Look;
 
     // Tasks are handed out by code that the caller compiles, so the members below belong to the interface between the
     // caller and the DLL.
     void enter(Batch& batch) XO_REQUIRES(mMutex);
     void leave(Batch& batch) XO_REQUIRES(mMutex);
     bool abandonIfCanceled(Batch& batch) XO_REQUIRES(mMutex);
+    void abandon(Batch& batch) XO_REQUIRES(mMutex);
+    void abandonAndLeave(Batch& batch);
     bool awaitChange(Batch& batch, unsigned long timeoutMs) XO_REQUIRES(mMutex);
     bool offer(Batch& batch) XO_REQUIRES(mMutex);
     bool isNextToBegin(const Batch& batch) const XO_REQUIRES(mMutex);
@@ -126,6 +130,10 @@ private:
     void wakeWorker() XO_REQUIRES(mMutex);
     void assign(Worker& worker, Batch& batch) XO_REQUIRES(mMutex);
     static bool revive(Worker& worker) noexcept;
+
+    // Calls run, and then release, however run ends: also by a fault that a guard further out handles. In the DLL,
+    // because not every compiler of a host has structured exception handling.
+    XOSYSTEM_API static void callReleasing(void (*run)(void*), void (*release)(void*), void* argument);
 
     void start();
     void stop();
@@ -197,6 +205,26 @@ private:
     const xoProgressNotifier* mProgress;
 };
 
+// A call of the notifier while the tasks are solved. If it ends by a fault, solve() does not go on, so that its batch
+// has to be taken back from the workers before the stack is used again.
+struct ConcurrentPool::Look {
+    static void run(void* look) {
+        Look& self = *static_cast<Look*>(look);
+        self.work.advanceTo(self.done);
+        self.hasReturned = true;
+    }
+    static void release(void* look) {
+        const Look& self = *static_cast<Look*>(look);
+        if (!self.hasReturned) self.pool.abandonAndLeave(self.batch);
+    }
+
+    ConcurrentPool& pool;
+    Batch& batch;
+    xoProgressScope& work;
+    std::size_t done;
+    bool hasReturned;
+};
+
 inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks) {
     constexpr unsigned long kNoLimit = 0xFFFFFFFF;
     if (tasks.empty()) return true;
@@ -218,9 +246,9 @@ inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks, xoProgr
     enter(batch);
     abandonIfCanceled(batch);
     while (awaitChange(batch, kLookMs)) {
-        const std::size_t done = batch.doneCount();
+        Look look{*this, batch, work, batch.doneCount(), /*hasReturned=*/false};
         locker.unlock();
-        work.advanceTo(done);
+        callReleasing(&Look::run, &Look::release, &look);
         locker.lock();
         abandonIfCanceled(batch);
     }
@@ -230,12 +258,25 @@ inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks, xoProgr
     return batch.isDone();
 }
 
-// Leaves the tasks that are not begun for good once the work is canceled. True if it did now.
+// Abandons the batch once the work is canceled. True if it did now.
 inline bool ConcurrentPool::abandonIfCanceled(Batch& batch) {
     if (!batch.mProgress || !batch.mProgress->isCanceled() || !batch.hasTasks()) return false;
+    abandon(batch);
+    return true;
+}
+
+// Leaves the tasks that are not begun for good.
+inline void ConcurrentPool::abandon(Batch& batch) {
     batch.mBegun = batch.mTasks.size();
     withdraw(batch);
-    return true;
+}
+
+// The same, and returns when the pool does not use the batch any more.
+inline void ConcurrentPool::abandonAndLeave(Batch& batch) {
+    const xoMutexLocker locker(mMutex);
+    abandon(batch);
+    while (isTaken(batch)) mDoneCondition.wait(&mMutex);
+    leave(batch);
 }
 
 // Waits until something has happened, or the time has passed. False when the batch needs no more waiting.

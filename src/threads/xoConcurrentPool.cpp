@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/structuredCall.h"
 #include "threads/guardedBody.h"
 
 namespace xo {
@@ -46,6 +47,10 @@ void ConcurrentPool::stop() {
 }
 
 unsigned int ConcurrentPool::getWorkerCount() const { return mWorkerCount; }
+
+void ConcurrentPool::callReleasing(void (*run)(void*), void (*release)(void*), void* argument) {
+    platform::callReleasing(run, release, argument);
+}
 
 ConcurrentPool::Worker::Worker(ConcurrentPool& pool) : mPool(pool) {}
 

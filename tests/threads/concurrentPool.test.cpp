@@ -1,10 +1,12 @@
 #include "xoSystem/xoConcurrentPool.h"
 
 #include <algorithm>
+#include <atomic>
 #include <list>
 
 #include "support/allocationCount.h"
 #include "threadsFixture.h"
+#include "xoSystem/xoException.h"
 
 namespace {
 
@@ -139,6 +141,38 @@ TEST_F(Pool, GoesOnWhenTasksFail) {
             EXPECT_TRUE(pool.solve({&good}));
         });
     }
+}
+
+TEST_F(Pool, TakesTheTasksBackWhenTheNotifierFaults) {
+    // Faults at its second call, which comes from solve(), while the first task is being solved.
+    class Faulty final : public xo::xoProgressNotifier {
+    public:
+        explicit Faulty(Event& goOn) : xoProgressNotifier(0), mGoOn(goOn) {}
+
+    private:
+        void onProgress(const xo::xoProgressState&) override {
+            if (++mCalls != 2) return;
+            mGoOn.set();
+            *static_cast<volatile int*>(nullptr) = 1;
+        }
+        Event& mGoOn;
+        int mCalls = 0;
+    };
+    ConcurrentPool pool(1);
+    Event goOn;
+    Faulty faulty(goOn);
+    std::atomic<int> begun{0}, solved{0};
+    Task task(Task::unlocked([&] {
+        ++begun;
+        goOn.wait();
+        ++solved;
+    }));
+    std::function<void()> solve = [&] { pool.solve(Tasks(1000, &task), &faulty); };
+    EXPECT_ANY_THROW(xo::exception::impl::ExecGuardedCode(
+        [](void* function) { (*static_cast<std::function<void()>*>(function))(); }, &solve));
+    EXPECT_EQ(begun, solved) << "the pool has nothing that is on the abandoned stack";
+    EXPECT_TRUE(pool.solve({&task}));
+    EXPECT_EQ(begun, solved);
 }
 
 DWORD threadWithoutMemory = 0;
