@@ -79,9 +79,9 @@ public:
     // Kills the thread if it is alive. Called by that thread itself, it does not return.
     virtual void destroy();
 
-    // Asks the thread to end, and resumes it if this object or a copy has suspended it. With wait true, returns once it
-    // is not alive; that is never if the body forgets setAlive(false), or if the thread was created suspended and
-    // nobody resumed it. The thread itself does not wait.
+    // Asks the thread to end, and resumes it if this object or a copy has suspended it. A copy from before that thread
+    // was created resumes nothing. With wait true, returns once it is not alive; that is never if the body forgets
+    // setAlive(false), or if the thread is suspended still. The thread itself does not wait.
     void end(bool wait);
 
     // Whether the thread was asked to end. Bodies poll it.
@@ -91,9 +91,9 @@ public:
     void setAlive(bool alive);
     bool isAlive() const;
 
-    // Stop the thread wherever it is, and let it go on. Suspending does not nest. A thread that suspends itself goes on
-    // when another one resumes it. Without a thread, or when it is not alive, only what isSuspended() gives changes; a
-    // new thread begins with false.
+    // Stop the thread wherever it is, and let it go on. suspend() returns once the thread has stopped. Suspending does
+    // not nest. A thread that suspends itself goes on when another one resumes it. Without a thread, or when it is not
+    // alive, only what isSuspended() gives changes; a new thread begins with false.
     void suspend();
     void resume();
     bool isSuspended() const;

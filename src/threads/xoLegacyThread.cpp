@@ -15,17 +15,51 @@ namespace {
 
 // A Windows thread, shared by the object that started it and the copies made since then.
 struct Thread {
-    // Undoes one suspension by suspend(), if there is any.
-    void resume() {
-        if (suspensions == 0) return;
-        --suspensions;
-        ::ResumeThread(handle.get());
-    }
+    // Stops the thread, which has been counted in suspensions.
+    void suspend();
+    // Undoes one suspension, if there is any. The thread itself has none to undo, because it runs.
+    void resume();
+    // Lowers the count, if it is not 0.
+    void uncount();
+
+    bool isCalling() const { return id == ::GetCurrentThreadId(); }
+    bool hasEnded() const { return ::WaitForSingleObject(handle.get(), 0) == WAIT_OBJECT_0; }
 
     platform::KernelHandle handle;
     unsigned int id = 0;
     std::atomic<unsigned int> suspensions{0};  // by suspend() of any of these objects, not undone yet
 };
+
+void Thread::suspend() {
+    constexpr DWORD kFailed = 0xFFFFFFFF;
+    if (::SuspendThread(handle.get()) == kFailed) return uncount();
+    if (isCalling()) return;
+    // SuspendThread does not wait until the thread has stopped, but GetThreadContext does:
+    // https://devblogs.microsoft.com/oldnewthing/20150205-00/?p=44743
+    CONTEXT context;
+    context.ContextFlags = CONTEXT_CONTROL;
+    ::GetThreadContext(handle.get(), &context);
+}
+
+void Thread::resume() {
+    if (isCalling()) return;
+    while (suspensions != 0) {
+        if (hasEnded()) {
+            suspensions = 0;
+            return;
+        }
+        // 0 for a thread that is counted but has not stopped yet: without another try it would stop for good. It is
+        // about to stop, because suspend() waits for nothing between the two. A failure counts as undone.
+        if (::ResumeThread(handle.get()) != 0) return uncount();
+        if (!::SwitchToThread()) ::Sleep(1);
+    }
+}
+
+void Thread::uncount() {
+    unsigned int count = suspensions;
+    while (count != 0 && !suspensions.compare_exchange_weak(count, count - 1)) {
+    }
+}
 
 }  // namespace
 
@@ -131,10 +165,10 @@ void xoLegacyThread::destroy() { mPrivate->kill(); }
 
 void xoLegacyThread::end(bool wait) {
     mPrivate->mustEnd.set(true);
-    mPrivate->isSuspended = false;
     Thread* const thread = mPrivate->thread.get();
+    if (thread && thread->isCalling()) return;
+    mPrivate->isSuspended = false;
     while (thread && thread->suspensions != 0) thread->resume();  // a suspended thread does not see the request
-    if (thread && thread->id == ::GetCurrentThreadId()) return;
     while (wait && isAlive()) yield();
 }
 
@@ -145,13 +179,18 @@ void xoLegacyThread::setAlive(bool alive) { mPrivate->alive.set(alive); }
 bool xoLegacyThread::isAlive() const { return mPrivate->alive.get(); }
 
 void xoLegacyThread::suspend() {
-    if (mPrivate->isSuspended.exchange(true)) return;
+    if (mPrivate->isSuspended) return;
     Thread* const thread = mPrivate->thread.get();
     // A thread that is not alive any more is about to end and may hold the lock of the loader or of the heap.
     // Suspended, it would keep that lock, because nobody resumes it.
-    if (!thread || !isAlive()) return;
-    ++thread->suspensions;  // before the call: a thread that suspends itself stops there
-    ::SuspendThread(thread->handle.get());
+    if (!thread || !isAlive()) {
+        mPrivate->isSuspended = true;
+        return;
+    }
+    // Counted before the flag is set, so that resume(), which clears the flag, finds what it has to undo.
+    ++thread->suspensions;
+    if (mPrivate->isSuspended.exchange(true)) return thread->uncount();  // another thread was faster
+    thread->suspend();
     if (!isAlive()) thread->resume();  // it began to end meanwhile
 }
 

@@ -8,6 +8,7 @@ namespace {
 
 using xo::xoLegacyThread;
 using xo::tests::Event;
+using xo::tests::ImportHook;
 
 class LegacyThread : public xo::tests::ThreadsTest {};
 
@@ -70,6 +71,40 @@ TEST_F(LegacyThread, WaitsForTheSystemWhenItIsCreatedSuspended) {
     const xo::platform::KernelHandle system(::OpenThread(THREAD_SUSPEND_RESUME, FALSE, runner.thread.getId()));
     ::ResumeThread(system.get());
     EXPECT_TRUE(began.wait());
+    runner.thread.end(true);
+}
+
+// The thread is resumed between its request to suspend itself and its stop.
+Event* aboutToStop = nullptr;
+Event* resumedTooEarly = nullptr;
+DWORD WINAPI stopLate(HANDLE thread) {
+    aboutToStop->set();
+    resumedTooEarly->wait();
+    return ImportHook::behind(&stopLate)(thread);
+}
+DWORD WINAPI resumeEarly(HANDLE thread) {
+    const DWORD before = ImportHook::behind(&resumeEarly)(thread);
+    if (before == 0) resumedTooEarly->set();
+    return before;
+}
+
+TEST_F(LegacyThread, GoesOnWhenItIsResumedBeforeItHasStopped) {
+    Event requested, early, wentOn;
+    aboutToStop = &requested;
+    resumedTooEarly = &early;
+    const ImportHook suspend("xoSystem.dll", "SuspendThread", &stopLate);
+    const ImportHook resume("xoSystem.dll", "ResumeThread", &resumeEarly);
+    ASSERT_TRUE(suspend.isInstalled() && resume.isInstalled());
+    Runner runner([&] {
+        runner.thread.suspend();
+        wentOn.set();
+    });
+    runner.thread.create();
+    ASSERT_TRUE(requested.wait());
+    EXPECT_TRUE(runner.thread.isSuspended());
+    runner.thread.resume();
+    EXPECT_TRUE(wentOn.wait());
+    EXPECT_FALSE(runner.thread.isSuspended());
     runner.thread.end(true);
 }
 
