@@ -106,10 +106,11 @@ TEST_F(Thread, ThrowsTheStandardErrors) {
     };
     std::error_code selfWait;
     FunctionThread* self = nullptr;
-    Event goOn;
+    Event hasWaited, goOn;
     FunctionThread thread([&] {
         EXPECT_FALSE(self->waitThread(10));
         selfWait = errorOf([&] { self->waitThread(INT_MAX); });
+        hasWaited.set();
         goOn.wait();
     });
     self = &thread;
@@ -120,6 +121,7 @@ TEST_F(Thread, ThrowsTheStandardErrors) {
         EXPECT_TRUE(thread.isFinished());
     }
     thread.startThread();
+    ASSERT_TRUE(hasWaited.wait()) << "the hook below is for all threads";
     for (const int timeoutMs : {INT_MAX, 10}) {
         const ImportHook hook("xoSystem.dll", "WaitForSingleObject", &failToWait);
         ASSERT_TRUE(hook.isInstalled());
