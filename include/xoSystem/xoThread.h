@@ -94,8 +94,8 @@ public:
     // The identifier of the calling thread, in decimal digits.
     static std::string CurrentThreadId();
 
-    // Pause the calling thread. Windows takes milliseconds in 32 bits: sleep counts modulo 2^32 of them, and usleep
-    // rounds down, so that below 1000 it only gives way to other threads.
+    // Pause the calling thread. Windows takes milliseconds in 32 bits: sleep counts modulo 2^32 of them,
+    // msleep(0xFFFFFFFF) never returns, and usleep rounds down, so that below 1000 it only gives way to other threads.
     static void sleep(unsigned long seconds);
     static void msleep(unsigned long milliseconds);
     static void usleep(unsigned long microseconds);
