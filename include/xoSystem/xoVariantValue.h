@@ -167,6 +167,10 @@ public:
     // A whole number beyond the range gives the nearest end of it, INTEGER 9223372036854775807 for example; a REAL
     // beyond its range gives infinity or 0.
     static xoVariant BuildFromString(std::string_view text);
+    // The same; a null text is an empty one.
+    static xoVariant BuildFromString(const char* text) {
+        return BuildFromString(std::string_view(text != nullptr ? text : ""));
+    }
 
     // The type of what is held now.
     Type getType() const noexcept { return mType; }

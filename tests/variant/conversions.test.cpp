@@ -63,6 +63,7 @@ TEST(VariantConversions, ReadTexts) {
         EXPECT_EQ(xoVariant::BuildFromString(text), value) << text;
     for (const std::string& text : {"12abc"s, "1,2,3"s, "a,b"s, "true"s, "12 "s, " "s, "12\0"s})
         EXPECT_EQ(xoVariant::BuildFromString(text), xoVariant(text)) << text;
+    EXPECT_EQ(xoVariant::BuildFromString(static_cast<const char*>(nullptr)), xoVariant(0));
 }
 
 TEST(VariantConversions, GiveContainersFromTheirKindAlone) {
