@@ -5,6 +5,7 @@
 #include "log/logFixture.h"
 #include "stream/memoryDevice.h"
 #include "support/allocationCount.h"
+#include "support/capturedOutput.h"
 #include "support/temporaryFolder.h"
 #include "xoSystem/xoCsvFileReader.h"
 #include "xoSystem/xoCsvStream.h"
@@ -140,6 +141,13 @@ TEST_F(CsvFiles, RelativeNamesKeepTheirFolder) {
     EXPECT_EQ(copy.getTable(), xoCsvFileReader::Table{{2}});
     EXPECT_EQ(mFolder.read("a.csv") + mFolder.read("a (1).csv"), "13");
     EXPECT_THAT(takeLines(), ElementsAre("3()Fail to open csv file none/a.csv"));
+}
+
+TEST(CsvFilesWithoutALog, PrintNothing) {
+    const TemporaryFolder folder;
+    const CapturedOutput output;
+    EXPECT_FALSE((xoCsvFileWriter(folder.path("none"), "log", 1).getStream() << 1).isOk());
+    EXPECT_EQ(output.text(), "");
 }
 
 int WINAPI failToWrite(HANDLE, const void*, DWORD, DWORD*, OVERLAPPED*) {
