@@ -16,7 +16,7 @@
 // is not kept. A byte-order mark is text of the first cell.
 //
 // A reader is used by one thread at a time. Errors are a false result and a text in getLastError(); the table keeps the
-// rows before the error. Nothing throws, except copying a reader without the memory for its table.
+// rows before the error. Nothing throws, except constructing and copying a reader without memory.
 #ifndef XOSYSTEM_XOCSVFILEREADER_H
 #define XOSYSTEM_XOCSVFILEREADER_H
 
@@ -53,9 +53,10 @@ public:
     xoCsvFileReader& operator=(const xoCsvFileReader& other);
 
     // Opens the file. Other programs may write to it and delete it while it is open, which it is until another name is
-    // set or the reader is destroyed. The path is UTF-8; each broken sequence in it becomes U+FFFD. An empty name
-    // closes the file, and is one that cannot be opened. The name that is set already, which is empty at first, has no
-    // effect and does not try again to open.
+    // set or the reader is destroyed. The path is UTF-8; each broken sequence in it becomes U+FFFD. A relative path is
+    // made absolute here, so that a copy of the reader opens the same file later. An empty name closes the file, and is
+    // one that cannot be opened. The name that is set already, which is empty at first, has no effect and does not try
+    // again to open.
     //
     // When the file cannot be opened, the last error becomes "Failed to open the file", now and at each attempt to
     // parse. Otherwise the last error is kept until the next parse, as the table is.

@@ -26,8 +26,8 @@
 // - A char is written as its number, a real with three significant digits. A reader that guesses types reads the text
 //   "010" as a number; without the guess every cell is the text that was written.
 //
-// Nothing throws, except the program's own device and copying without memory. An error clears the stream's ok flag, and
-// then nothing more is written. Objects are used by one thread at a time.
+// Nothing throws, except the program's own device, and constructing and copying without memory. An error clears the
+// stream's ok flag, and then nothing more is written. Objects are used by one thread at a time.
 #ifndef XOSYSTEM_XOCSVSTREAM_H
 #define XOSYSTEM_XOCSVSTREAM_H
 
@@ -117,9 +117,10 @@ private:
 // the next file and the destructor do. It is an xoIoDeviceFile that others may read and write meanwhile.
 class XOSYSTEM_API xoCsvFileWriter {
 public:
-    // The folder must exist; an empty one is the root of the current drive, "." the working folder. The name has no
-    // extension, and may begin with a folder below. Both are UTF-8, and each broken sequence becomes U+FFFD. A limit of
-    // 0 counts as 1. The byte-order mark is EF BB BF.
+    // The folder must exist; an empty one is the root of the current drive, "." the working folder. It is made absolute
+    // here, so that all files are in one folder when the working folder changes. The name has no extension, and may
+    // begin with a folder below. Both are UTF-8, and each broken sequence becomes U+FFFD. A limit of 0 counts as 1. The
+    // byte-order mark is EF BB BF.
     xoCsvFileWriter(const std::string& folder, const std::string& baseName, unsigned int maxRowsPerFile,
                     char separator = ',', char quote = '"', const std::string& endOfLine = "\n",
                     bool writeByteOrderMark = false);

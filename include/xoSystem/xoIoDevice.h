@@ -11,8 +11,9 @@
 // given: they outlive its use of them. A device and everything that it forwards to are used by one thread at a time.
 //
 // Errors are a count of 0, a false result, and an error flag. The flag of a delegable device and of a signaler stays
-// until a delegation begins anew. Nothing throws, except a signaler whose signal does. An operation that a device does
-// not support writes a CRITICAL line to the log, if there is one.
+// until a delegation begins anew. Nothing throws, except a signaler whose signal does, and without memory the
+// constructors and the functions that return bytes, which throw std::bad_alloc. An operation that a device does not
+// support writes a CRITICAL line to the log, if there is one.
 #ifndef XOSYSTEM_XOIODEVICE_H
 #define XOSYSTEM_XOIODEVICE_H
 

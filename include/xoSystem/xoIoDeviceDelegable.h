@@ -19,8 +19,8 @@ public:
     // attaches none and succeeds all the same. False, with nothing changed, when a class refuses the device.
     virtual bool beginDelegation(xoIoDevice* device) = 0;
 
-    // Forwards what is still held back and detaches. Returns whether this object had no error of its own; with nothing
-    // attached as well.
+    // Forwards what is still held back and detaches. Returns true if the error flag of this object itself is not
+    // raised, also when no device is attached. (xoIoDeviceWriteStreamModifier then returns false while bytes wait.)
     virtual bool endDelegation() = 0;
 
     // Detaches and does nothing else. With nothing attached it has no effect.

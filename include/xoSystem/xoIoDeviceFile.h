@@ -9,10 +9,11 @@
 // The device has one position to read from and one to write to. Both are 0 after opening. Bytes that were written are
 // read back at once, also those that are still in the buffer.
 //
-// A failure gives 0 or false, and getError() tells the first one. A transfer that fails also raises the error flag;
-// from then on nothing is read or written until the next openUtf8. The first write that fails leaves one CRITICAL line
-// in the log, whenever it shows: in writeBytes, flush, close or the destructor. Nothing throws. A device is used by one
-// thread at a time.
+// A failure gives 0 or false. getError() tells the first failure of openUtf8, of a transfer or of resize. A transfer
+// that fails also raises the error flag; from then on nothing is read or written until the next openUtf8. Bytes of the
+// buffer are transferred by flush, seekp, resize and close too. The first write that fails leaves one CRITICAL line in
+// the log, whenever it shows: in one of these, in writeBytes or in the destructor. Nothing throws except the
+// constructor. A device is used by one thread at a time.
 #ifndef XOSYSTEM_XOIODEVICEFILE_H
 #define XOSYSTEM_XOIODEVICEFILE_H
 
@@ -56,16 +57,17 @@ public:
     // it by.
     static constexpr std::size_t kBufferBytes = 65536;
 
+    // No file is open. Throws std::bad_alloc without memory.
     xoIoDeviceFile();
     // Closes the file. With OpenReplace it drops what was written and the old file stays.
     ~xoIoDeviceFile() override;
     xoIoDeviceFile(const xoIoDeviceFile&) = delete;
     xoIoDeviceFile& operator=(const xoIoDeviceFile&) = delete;
 
-    // Closes what is open, as close() does, and opens the file. A relative path is made absolute here, so that the file
-    // stays the same when the working folder changes. False, with a DEBUG line (qualifier "IoDeviceFile"), when the
-    // file cannot be opened, for an empty path, for one with a NUL inside, and for whatever is no file on a disk: a
-    // folder, a pipe, a console, "NUL".
+    // Closes what is open, as close() does, and opens the file. The path is UTF-8; each broken sequence in it becomes
+    // U+FFFD. A relative path is made absolute here, so that the file stays the same when the working folder changes.
+    // False, with a DEBUG line (qualifier "IoDeviceFile"), when the file cannot be opened, for an empty path, for one
+    // with a NUL inside, and for whatever is no file on a disk: a folder, a pipe, a console, "NUL".
     bool openUtf8(const std::string& path, OpenMode mode, Share share = ShareDefault);
 
     // True only if every byte written since openUtf8 has reached the system, and with OpenReplace only if the new file
@@ -81,7 +83,8 @@ public:
     bool flushToDisk();
 
     // Cuts the file, or adds zeros. Both positions stay. False, without the error flag, if the disk is full, with
-    // OpenAppend, and for a size above 2^63-1.
+    // OpenAppend, and for a size above 2^63-1. With OpenRead, and if the bytes of the buffer cannot be written first,
+    // it logs a CRITICAL line and raises the flag.
     bool resize(std::uint64_t bytes);
 
     // True from a successful openUtf8 to close().
@@ -90,7 +93,9 @@ public:
     const std::string& getPathUtf8() const;
     // Bytes in the buffer included. 0 when no file is open.
     std::uint64_t getSize() const;
-    // The first failure since openUtf8, also of openUtf8 itself; 0 without one.
+    // The first failure since openUtf8, also of openUtf8 itself; 0 without one. A call in the wrong direction gives
+    // ERROR_ACCESS_DENIED (5), a transfer while no file is open ERROR_INVALID_HANDLE (6). What returns false for
+    // another reason, such as a seek before 0 or the flush of a file that is not open, sets no error.
     SystemError getError() const;
 
     // Fewer bytes than asked for mean that the file ends, or that the error flag is raised. In a mode that only writes,
@@ -99,7 +104,8 @@ public:
     // An error may show only at a later call. A piece smaller than the buffer is never divided between two writes to
     // the file, so several devices may append whole lines to one file: each flush lands behind what others appended.
     std::uint64_t writeBytes(const char* buffer, std::uint64_t size) override;
-    // Raised by a failed transfer, by a failed openUtf8 and by a transfer while no file is open.
+    // Raised by a failed transfer, by a failed openUtf8, by a call in the wrong direction and by a transfer while no
+    // file is open.
     bool hasError() const override;
     // Whether the position to read from is at or behind the end that the file has now. True when no file is open.
     bool atEnd() const override;

@@ -32,7 +32,7 @@ namespace xo {
 // The object reserves 6 MiB of address space, and uses the memory behind it as data passes through.
 class XOSYSTEM_API xoIoDeviceWriteStreamModifier : public xoIoDeviceDelegable {
 public:
-    // The modifier is not owned. Null counts as one that cannot be begun.
+    // The modifier is not owned. Null counts as one that cannot be begun. Throws std::bad_alloc without memory.
     explicit xoIoDeviceWriteStreamModifier(xoIoDeviceDelegable* modifier);
     ~xoIoDeviceWriteStreamModifier() override;
     xoIoDeviceWriteStreamModifier(const xoIoDeviceWriteStreamModifier&) = delete;

@@ -51,8 +51,7 @@ public:
     using iterator = Container::iterator;
     using const_iterator = Container::const_iterator;
 
-    // The map that is assigned may lie inside the one that it is assigned to. With Microsoft's std::map, making and
-    // moving a map takes a small block of memory; where none is left, this ends the program.
+    // The map that is assigned may lie inside the one that it is assigned to.
     xoVariantMapImpl() noexcept = default;
     xoVariantMapImpl(const xoVariantMapImpl& other);
     xoVariantMapImpl(xoVariantMapImpl&&) noexcept = default;
@@ -132,7 +131,8 @@ public:
     }
 
     // Inserts the value without losing the one that the key already has. Without asList two maps are merged key by key
-    // at every depth, and texts are collected in a STRINGLIST; all other values are collected in a LIST.
+    // at every depth, and texts are collected in a STRINGLIST; all other values are collected in a LIST. If memory runs
+    // out, the map still has the values that it had.
     void multiInsert(std::string_view key, const xoVariant& value, bool asList = false);
     void multiInsert(const char* key, const xoVariant& value, bool asList = false) {
         if (key != nullptr) multiInsert(std::string_view(key), value, asList);
