@@ -12,9 +12,7 @@ archive=$XO_ROOT/$package.zip
 package_time() {
     if [[ ${SOURCE_DATE_EPOCH:-} ]]; then
         echo "$SOURCE_DATE_EPOCH"
-    elif [[ -e .git ]]; then
-        git log -1 --format=%ct || fail "git does not give the time of the commit; SOURCE_DATE_EPOCH can name one"
-    else
+    elif [[ ! -e .git ]] || ! git log -1 --format=%ct; then # git refuses the tree of another user
         echo 315532800
     fi
 }
