@@ -70,7 +70,7 @@ private:
     void start(Member& member) {
         member.process = mStarted++;
         member.child = std::make_unique<Child>(mProgram, mArguments(member.process, mBoardName));
-        EXPECT_TRUE(member.child->isStarted());
+        EXPECT_EQ(member.child->error(), DWORD{ERROR_SUCCESS});
     }
     std::int64_t sum(std::size_t process, Shared SoakCell::*value) const {
         std::int64_t all = 0;

@@ -21,13 +21,16 @@ public:
         startup.cb = sizeof startup;
         PROCESS_INFORMATION information{};
         if (!::CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, /*bInheritHandles=*/FALSE,
-                              creationFlags, nullptr, nullptr, &startup, &information))
+                              creationFlags, nullptr, nullptr, &startup, &information)) {
+            mError = ::GetLastError();
             return;
+        }
         const platform::KernelHandle thread(information.hThread);
         mProcess.reset(information.hProcess);
     }
 
     bool isStarted() const { return static_cast<bool>(mProcess); }
+    DWORD error() const { return mError; }  // of the start
 
     // Waits for the end. Returns the exit code, or -1 if the child did not start or does not end within a minute.
     int wait() const {
@@ -40,6 +43,7 @@ public:
 
 private:
     platform::KernelHandle mProcess;
+    DWORD mError = ERROR_SUCCESS;
 };
 
 }  // namespace xo::tests
