@@ -10,6 +10,7 @@
 #include "files/fileReplacement.h"
 #include "files/fileWriting.h"
 #include "platform/ownStack.h"
+#include "platform/structuredCall.h"
 #include "platform/wideText.h"
 #include "platform/windows.h"
 #include "progress/work.h"
@@ -73,6 +74,11 @@ bool platform::callOnOwnStack(std::size_t, void (*function)(void*), void* argume
     return true;
 }
 std::size_t platform::stackLeft() { return std::size_t{64} * 1024 * 1024; }
+
+void platform::callReleasing(Function run, Function release, void* argument) {
+    run(argument);
+    release(argument);
+}
 
 std::wstring platform::toWide(std::string_view text) { return {text.begin(), text.end()}; }
 std::wstring platform::toExtendedPath(const std::wstring& path) { return path; }

@@ -49,6 +49,14 @@ struct CONDITION_VARIABLE {};
 inline BOOL SleepConditionVariableSRW(CONDITION_VARIABLE*, SRWLOCK*, DWORD, DWORD) { return 1; }
 inline void WakeAllConditionVariable(CONDITION_VARIABLE*) {}
 inline void Sleep(DWORD) {}
+struct NT_TIB {
+    void* StackLimit;
+};
+inline void* NtCurrentTeb() {
+    static NT_TIB block{};  // a stack without a limit
+    return &block;
+}
+struct EXCEPTION_POINTERS;
 void SetLastError(DWORD error);
 
 #endif
