@@ -31,7 +31,7 @@ constexpr std::size_t kMostReports = 100;  // lines of errors that are kept; fur
 
 // The path of an open folder, without links and short names; the fallback when Windows cannot determine it.
 std::wstring finalPath(HANDLE folder, const std::wstring& fallback) {
-    std::wstring path = files::finalPath(folder, FILE_NAME_NORMALIZED);
+    const std::wstring path = files::finalPath(folder, FILE_NAME_NORMALIZED);
     return path.empty() ? fallback : path;
 }
 
