@@ -111,7 +111,7 @@ public:
 private:
     class Batch;
     class Worker;
-    struct Look;
+    class Look;
 
     // Tasks are handed out by code that the caller compiles, so the members below belong to the interface between the
     // caller and the DLL.
@@ -207,22 +207,26 @@ private:
 
 // A call of the notifier while the tasks are solved. If it ends by a fault, solve() does not go on, so that its batch
 // has to be taken back from the workers before the stack is used again.
-struct ConcurrentPool::Look {
+class ConcurrentPool::Look {
+    friend class ConcurrentPool;
+
+    Look(ConcurrentPool& pool, Batch& batch, xoProgressScope& work) : mPool(pool), mBatch(batch), mWork(work) {}
+
     static void run(void* look) {
         Look& self = *static_cast<Look*>(look);
-        self.work.advanceTo(self.done);
-        self.hasReturned = true;
+        self.mWork.advanceTo(self.mDone);
+        self.mHasReturned = true;
     }
     static void release(void* look) {
         const Look& self = *static_cast<Look*>(look);
-        if (!self.hasReturned) self.pool.abandonAndLeave(self.batch);
+        if (!self.mHasReturned) self.mPool.abandonAndLeave(self.mBatch);
     }
 
-    ConcurrentPool& pool;
-    Batch& batch;
-    xoProgressScope& work;
-    std::size_t done;
-    bool hasReturned;
+    ConcurrentPool& mPool;
+    Batch& mBatch;
+    xoProgressScope& mWork;
+    const std::size_t mDone = mBatch.doneCount();
+    bool mHasReturned = false;
 };
 
 inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks) {
@@ -246,7 +250,7 @@ inline bool ConcurrentPool::solve(const std::vector<SolverBase*>& tasks, xoProgr
     enter(batch);
     abandonIfCanceled(batch);
     while (awaitChange(batch, kLookMs)) {
-        Look look{*this, batch, work, batch.doneCount(), /*hasReturned=*/false};
+        Look look(*this, batch, work);
         locker.unlock();
         callReleasing(&Look::run, &Look::release, &look);
         locker.lock();
