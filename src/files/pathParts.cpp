@@ -46,7 +46,7 @@ std::size_t rootLength(std::wstring_view path) {
     } else if (path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1])) {
         at = 2;
         names = 2;
-    } else if (path.size() >= 2 && path[1] == L':') {
+    } else if (platform::beginsWithDrive(path)) {
         at = 2;
     }
     for (; names > 0; --names) at = pastName(path, pastSeparators(path, at));

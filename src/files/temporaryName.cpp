@@ -8,6 +8,7 @@
 
 #include "files/pathParts.h"
 #include "platform/openFile.h"
+#include "platform/pathSyntax.h"
 #include "platform/slimLock.h"
 #include "platform/wideText.h"
 #include "xoSystem/xoDirUtils.h"
@@ -122,7 +123,7 @@ std::wstring shortPrefix(std::wstring prefix) {
 std::wstring folderFor(const std::string& utf8Folder) {
     std::wstring folder = platform::toWide(utf8Folder.empty() ? xoDirUtils::GetTempFolderUtf8() : utf8Folder);
     std::replace(folder.begin(), folder.end(), L'/', L'\\');
-    return folder.find(L'\0') == std::wstring::npos ? folder : std::wstring();
+    return platform::hasNul(folder) ? std::wstring() : folder;
 }
 
 std::string freshName(const std::string& folder, const std::string& prefix, const std::wstring& extension) {

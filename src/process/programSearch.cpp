@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "platform/ordinalText.h"
+#include "platform/pathSyntax.h"
 #include "platform/wideText.h"
 #include "process/commandLine.h"
 #include "process/programFile.h"
@@ -31,15 +32,6 @@ std::vector<std::wstring> entriesOf(const std::wstring& list) {
             entries.back() += c;
     }
     return entries;
-}
-
-bool isSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
-
-// A drive with a root ("C:\"), or a share or device (two separators). "C:bin" and "\bin" depend on the current folder
-// or drive, which must not decide which program runs.
-bool isAbsolute(const std::wstring& folder) {
-    if (folder.size() < 3) return false;
-    return (isSeparator(folder[0]) && isSeparator(folder[1])) || (folder[1] == L':' && isSeparator(folder[2]));
 }
 
 // In their order of preference. Without PATHEXT the extensions that the command interpreter has always known.
@@ -98,8 +90,9 @@ std::string xoProcess::FindProgramUtf8(const std::string& name) {
     const std::wstring wide = platform::toWide(name);
     const std::vector<std::wstring> extensions = extensionsFor(wide);
     for (const std::wstring& folder : entriesOf(environmentVariable(L"PATH"))) {
-        // Also passes over empty entries.
-        if (!isAbsolute(folder)) continue;
+        // The current folder or drive, on which "bin", "C:bin" and "\bin" depend, must not decide which program runs.
+        // Two separators alone name no folder. Also passes over empty entries.
+        if (folder.size() < 3 || !platform::isAbsolutePath(folder)) continue;
         for (const std::wstring& extension : extensions) {
             const std::string path =
                 platform::toUtf8(std::wstring(folder).append(L"\\").append(wide).append(extension));

@@ -2,9 +2,9 @@
 #include <new>
 #include <string_view>
 
-#include "platform/wideText.h"
 #include "stream/deviceMessage.h"
 #include "xoSystem/xoCsvStream.h"
+#include "xoSystem/xoDirUtils.h"
 #include "xoSystem/xoIoDeviceFile.h"
 #include "xoSystem/xoStringUtils.h"
 
@@ -20,12 +20,10 @@ std::string asPrefix(std::string folder) {
     return folder;
 }
 
-// Unchanged where it has the "\\?\" prefix already, and where it names no folder.
+// Unchanged where it names no folder.
 std::string makeAbsolute(const std::string& folder) {
-    const std::wstring given = platform::toWide(folder);
-    const std::wstring extended = platform::toExtendedPath(given);
-    if (extended.empty() || extended == given) return folder;
-    return platform::toUtf8(platform::withoutExtendedPrefix(extended));
+    std::string full = xoDirUtils::GetAbsolutePathUtf8(folder);
+    return full.empty() ? folder : full;
 }
 
 struct Settings {
