@@ -22,7 +22,7 @@ std::string asPrefix(std::string folder) {
 
 // Unchanged where it names no folder.
 std::string makeAbsolute(const std::string& folder) {
-    std::string full = xoDirUtils::GetAbsolutePathUtf8(folder);
+    const std::string full = xoDirUtils::GetAbsolutePathUtf8(folder);
     return full.empty() ? folder : full;
 }
 
